@@ -1,0 +1,28 @@
+// Which language and country the user lives in, as the environment says.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+
+/// The user's locale as language, script and country, such as "de_DE" or "sr_Latn_RS".
+///
+/// From the first of LC_ALL, LC_COLLATE and LANG that is set and not empty, read anew each time: the
+/// library asks the environment itself, since its host need not have called setlocale. "en_US" where none
+/// is set, or where it is "C" or "POSIX".
+std::string currentLocale();
+
+/// The languages that the user reads, best first: each locale of LANGUAGE, LC_ALL, LC_MESSAGES or LANG,
+/// followed by the language alone ("pt_BR", "pt"). As in gettext, LANGUAGE counts only when the language of
+/// messages is not "C". Ends with "en".
+std::vector<std::string> preferredLanguages();
+
+/// The country part of a locale in upper case, "DE" of "de_DE"; empty when it has none.
+std::string countryOfLocale(std::string_view locale);
+
+/// The locale in the form of `currentLocale`, from the form of the environment ("sr_RS.UTF-8@latin").
+std::string localeFromEnvironmentForm(std::string_view name);
+
+} // namespace platform
