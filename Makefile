@@ -1,0 +1,43 @@
+# Two commands do everything on a fresh machine; the rest are the same steps one by one.
+#   make demo    install what is missing, build, import real cards into a throwaway roster, look at them
+#   make check   install what is missing, build and pass all tests, with sanitizers and in release
+
+.PHONY: demo check bootstrap dev release bench fuzz tidy format
+
+demo: release
+	tools/demo build/release/bin/roster
+
+check: bootstrap
+	cmake --preset dev
+	cmake --build --preset dev
+	ctest --preset dev -j 2
+	cmake --preset release
+	cmake --build --preset release
+	ctest --preset release -j 2
+
+bootstrap:
+	@tools/bootstrap
+
+dev release: bootstrap
+	cmake --preset $@
+	cmake --build --preset $@
+
+bench: bootstrap
+	cmake --preset bench
+	cmake --build --preset bench
+	bench/run build/bench
+
+# The build and a short run of each target; bench/README.md and docs/limits.md tell how long a full run takes.
+fuzz: bootstrap
+	@tools/bootstrap --clang
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	fuzz/run build/fuzz 60
+
+tidy: bootstrap
+	@tools/bootstrap --clang
+	cmake --preset tidy
+	cmake --build --preset tidy
+
+format:
+	git ls-files '*.h' '*.cpp' '*.c' | xargs clang-format -i
