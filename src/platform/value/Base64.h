@@ -1,0 +1,18 @@
+// Data within XML: bytes as text of 64 digits (RFC 4648 §4), and back. Everybody else uses the text room,
+// which stands above this one.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform::propertylist {
+
+/// On one line, padded.
+std::string base64FromBytes(std::string_view bytes);
+
+/// The bytes of `text`; blanks and line ends are passed over, padding may be missing. None when any other
+/// character occurs, digits follow the padding, or a lone digit is left over.
+std::optional<std::string> bytesFromBase64(std::string_view text);
+
+} // namespace platform::propertylist
