@@ -97,8 +97,9 @@ enum class DayOrder { monthFirst, dayFirst };
 
 /// Reads a day as people write it, with English names: "Wed, Mar 4, 1998", "4 March 1998", "Mar. 4 1998",
 /// "1998-03-04", "19980304", "3/4/1998". Blanks, commas, case, the weekday and a time behind the day do not
-/// matter. Of a year in two digits the latest is meant that is not above `latestYear`. Absent for anything
-/// else, and for a day that does not exist: 31/31/1998 is no day at all.
+/// matter; full stops ("4.3.1998") and a first number above 12 mean that the day comes first. Of a year in
+/// two digits the latest is meant that is not above `latestYear`. Absent for anything else, and for a day
+/// that does not exist: 31/31/1998 is no day at all.
 std::optional<CalendarDay> readDay(
     std::string_view text, DayOrder order = DayOrder::monthFirst, int latestYear = 2068);
 

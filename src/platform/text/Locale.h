@@ -14,6 +14,10 @@ namespace platform {
 /// is set, or where it is "C" or "POSIX".
 std::string currentLocale();
 
+/// What `currentLocale` reads, as it stands in the environment; empty when nothing is set. For caches that
+/// must notice a change: borrow it no longer than the environment stays as it is.
+std::string_view localeVariable();
+
 /// The languages that the user reads, best first: each locale of LANGUAGE, LC_ALL, LC_MESSAGES or LANG,
 /// followed by the language alone ("pt_BR", "pt"). As in gettext, LANGUAGE counts only when the language of
 /// messages is not "C". Ends with "en".

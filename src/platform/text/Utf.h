@@ -57,6 +57,16 @@ std::string toUTF16Bytes(std::string_view text, ByteOrder order);
 /// or a lone surrogate.
 std::optional<std::string> fromUTF16Bytes(std::string_view bytes, ByteOrder order);
 
+/// Stands for an ill-formed sequence.
+inline constexpr char32_t kIllFormed = 0xFFFFFFFF;
+
+/// The character that begins at byte `at`, which moves behind it; `kIllFormed` for a sequence that is none,
+/// of which `at` passes the bytes that one U+FFFD stands for. `at` must lie before the end.
+char32_t nextCharacter(std::string_view text, std::size_t& at);
+
+/// The byte at which the last character of a text that is not empty begins.
+std::size_t startOfLastCharacter(std::string_view text);
+
 /// Appends one code point as UTF-8; what is no Unicode scalar value becomes U+FFFD.
 void appendUTF8(std::string& text, char32_t codePoint);
 
