@@ -1,0 +1,66 @@
+// How bytes become lines: the character width, the line ends, and which lines belong together.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vcard::prepare {
+
+/// UTF-16 and UTF-32 of either order, by their mark or by the zeros in the first two characters, as UTF-8;
+/// absent when the bytes are neither. What is no character becomes U+FFFD.
+std::optional<std::string> textOfWideBytes(std::string_view bytes);
+
+/// The bytes without the UTF-8 mark in front.
+std::string_view withoutMark(std::string_view bytes);
+
+/// The physical lines of some bytes, ended by CR, LF or CR LF; a position that is cheap to copy.
+///
+/// Ownership: borrows the bytes.
+/// Threads:   a plain value.
+/// Errors:    none. Behind the last line `atEnd` is true and `line` empty.
+class PhysicalLines {
+public:
+    explicit PhysicalLines(std::string_view bytes);
+
+    bool atEnd() const { return _start >= _bytes.size(); }
+    /// The line here, without its end.
+    std::string_view line() const { return _bytes.substr(_start, _end - _start); }
+    /// Its number in the file, from 1.
+    std::size_t number() const { return _number; }
+    /// Where it begins, in bytes.
+    std::size_t offset() const { return _start; }
+    void advance();
+
+private:
+    void findEnd();
+
+    std::string_view _bytes;
+    std::size_t _start = 0;
+    std::size_t _end = 0;
+    /// The first LF at or behind `_start`, kept so that a file with CR alone is searched for it once.
+    std::size_t _lineFeed = 0;
+    std::size_t _number = 1;
+    bool _lineFeedKnown = false;
+};
+
+enum class Mark : std::uint8_t { none, begin, end };
+
+/// Whether a physical line is BEGIN:VCARD or END:VCARD: any case, blanks around the words.
+Mark markOf(std::string_view line);
+
+/// What happens to the blank or tab at which a line goes on: vCard 2.1 folds in front of a blank of the text
+/// and keeps it, RFC 2425 and RFC 6350 put one in.
+enum class Folding : std::uint8_t { dropBlank, keepBlank };
+
+/// Appends one logical line, that is at least one physical line, and moves behind it. A line goes on
+/// - over a next line that starts with a blank or tab;
+/// - as quoted-printable, declared in its header, over a "=" at its end, which is dropped, unless
+///   the next line is a BEGIN or END mark: a soft break left open must not swallow a card;
+/// - as base64, declared in its header, over lines of nothing but digits; one empty line ends it.
+/// Once `out` has more than `limit` bytes the rest of the line is read but not appended.
+void readLogicalLine(PhysicalLines& lines, Folding folding, std::size_t limit, std::string& out);
+
+} // namespace vcard::prepare
