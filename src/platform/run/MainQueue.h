@@ -63,7 +63,8 @@ public:
     /// Returns once the library's own thread has finished the block it is in. Minus one in a forked child.
     int fileDescriptor();
     /// Runs what waits now; what that adds waits for the next call. Called by the adopting thread, also from
-    /// inside a block. When another thread is draining, it does nothing.
+    /// inside a block; a thread that drains without having asked for the descriptor adopts the queue. When
+    /// another thread is draining, it does nothing.
     void drain();
     /// As a run loop's turn: waits for work for at most `seconds` of real time, then drains. For the main
     /// thread, which else would wait for itself.
@@ -73,7 +74,8 @@ public:
     void abandon();
 
 private:
-    friend struct MainQueueStorage;
+    template <class T>
+    friend class NeverDestroyed;
     MainQueue();
     ~MainQueue() = default;
 

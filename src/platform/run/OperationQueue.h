@@ -109,6 +109,7 @@ protected:
     ~OperationQueue() override;
 
 private:
+    friend class Operation;
     struct State;
     std::shared_ptr<State> _state;
 };
