@@ -15,7 +15,7 @@ constexpr std::array<std::string_view, 10> kOperators{
     "==", "!=", "<", "<=", ">", ">=", "IN", "BEGINSWITH", "CONTAINS", "ENDSWITH"};
 constexpr std::array<std::string_view, 3> kOptions{"", "[c]", "[cd]"};
 
-std::string quoted(std::string_view text)
+std::string quotation(std::string_view text)
 {
     std::string result = "\"";
     for (const char character : text) {
@@ -34,7 +34,7 @@ std::string literal(const Value& value)
     if (value.isNothing())
         return "null";
     if (value.isString())
-        return quoted(value.asText());
+        return quotation(value.asText());
     if (!value.isArray())
         return value.description();
     std::string list;
