@@ -1,0 +1,70 @@
+// Groups, as far as a record needs them: their name and who is in them.
+#pragma once
+
+#include "core/ZRRecord.h"
+
+class ZRPerson;
+
+/// A stored group of people and of other groups. Members and subgroups are sets: their order means nothing.
+///
+/// Ownership, Threads, Errors: as ZRRecord.
+class ZR_EXPORT ZRGroup : public ZRRecord {
+public:
+    static const ZRRecordClass recordClassDescription;
+    const ZRRecordClass& recordClass() const override { return recordClassDescription; }
+
+    /// A new group in the shared roster, or in the one given; absent when there is none.
+    static platform::Ref<ZRGroup> init();
+    static platform::Ref<ZRGroup> initWithRoster(platform::Ref<ZRRoster> roster);
+
+    std::string name() const;
+    ZRRecordList members() const;
+    ZRRecordList nts_Members() const;
+    bool addMember(ZRPerson& person);
+    bool nts_AddMember(ZRPerson& person);
+    bool removeMember(ZRPerson& person);
+    bool nts_RemoveMember(ZRPerson& person);
+
+    static std::int64_t addPropertiesAndTypes(const platform::Value& typesByName);
+    static std::int64_t addPropertiesAndTypes(const platform::Value& typesByName, ZRRoster* roster);
+    static std::int64_t addPropertiesAndTypes(
+        const platform::Value& typesByName, ZRRoster* roster, bool acquireLock);
+    static std::int64_t addPropertiesAndTypes(
+        const platform::Value& typesByName, ZRRoster* roster, bool acquireLock, bool save);
+    static std::int64_t removeProperties(const platform::Value& names);
+
+protected:
+    ZRGroup() = default;
+
+private:
+    friend struct ZRRecordClasses;
+};
+
+/// A group whose members are whatever matches its search element.
+class ZR_EXPORT ZRSmartGroup : public ZRGroup {
+public:
+    static const ZRRecordClass recordClassDescription;
+    const ZRRecordClass& recordClass() const override { return recordClassDescription; }
+
+protected:
+    ZRSmartGroup() = default;
+
+private:
+    friend struct ZRRecordClasses;
+};
+
+/// A group that came with a subscription.
+class ZR_EXPORT ZRSubscribedGroup : public ZRGroup {
+public:
+    static const ZRRecordClass recordClassDescription;
+    const ZRRecordClass& recordClass() const override { return recordClassDescription; }
+
+protected:
+    ZRSubscribedGroup() = default;
+
+private:
+    friend struct ZRRecordClasses;
+};
+
+/// For the source list: local before subscribed, ordinary before smart, then by name.
+ZR_EXPORT int ZRCompareGroupName(const ZRGroup& a, const ZRGroup& b);

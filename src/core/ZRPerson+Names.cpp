@@ -1,0 +1,210 @@
+// How a card's name is made of its fields: full, composite, alternate and phonetic.
+#include "core/ZRConstants.h"
+#include "core/ZRMultiValue.h"
+#include "core/ZRPerson.h"
+#include "platform/files/StringTable.h"
+#include "platform/text/Utf.h"
+#include "store/ZROSContact.h"
+#include "store/ZRRoster.h"
+
+#include <string>
+#include <string_view>
+
+using platform::Value;
+
+namespace {
+
+constexpr std::string_view fullNameKey = "ZRFullName";
+constexpr std::string_view compositeNameKey = "ZRCompositeName";
+
+constexpr std::int64_t showAsMask = 7;
+constexpr std::int64_t showAsCompany = 1;
+constexpr std::int64_t nameOrderingMask = 56;
+constexpr std::int64_t lastNameFirst = 16;
+
+std::string text(const ZRPerson& person, std::string_view property)
+{
+    return std::string(person.nts_ValueForProperty(property).asText());
+}
+
+/// A name part counts as present by the low eight bits of its length: one of 256 characters is empty to us, as
+/// it always was to programs that store these names.
+bool isPresent(std::string_view part) { return (platform::utf16Length(part) & 0xFF) != 0; }
+
+void appendWithBlankBefore(std::string& name, std::string_view part)
+{
+    if (isPresent(part))
+        name.append(" ").append(part);
+}
+
+void appendWithBlankAfter(std::string& name, std::string_view part)
+{
+    if (isPresent(part))
+        name.append(part).append(" ");
+}
+
+std::int64_t flags(const ZRPerson& person) { return person.nts_ValueForProperty(kZRPersonFlags).asInteger(); }
+
+std::string firstEntry(const ZRPerson& person, std::string_view property)
+{
+    const Value value = person.nts_ValueForProperty(property);
+    const auto* entries = value.as<ZRMultiValue>();
+    return entries && entries->count() > 0 ? std::string(entries->valueAtIndex(0).asText()) : std::string();
+}
+
+} // namespace
+
+std::string ZRPerson::nts__fullNameIncludingAuxiliaryElements(bool auxiliary) const
+{
+    if (auxiliary)
+        if (const Value cached = nts_ValueInTemporaryCacheForProperty(fullNameKey); cached.isString())
+            return std::string(cached.asText());
+
+    const std::string first = text(*this, kZRFirstNameProperty), last = text(*this, kZRLastNameProperty);
+    std::string name;
+    if (!isPresent(first))
+        name = isPresent(last) ? last : std::string();
+    else if (!isPresent(last))
+        name = first;
+    else {
+        const std::string middle = text(*this, kZRMiddleNameProperty), suffix = text(*this, kZRSuffixProperty);
+        if (auxiliary)
+            appendWithBlankAfter(name, text(*this, kZRTitleProperty));
+        if (nts__isLastNameFirst()) {
+            name.append(last).append(" ").append(first);
+            appendWithBlankBefore(name, suffix);
+            appendWithBlankBefore(name, middle);
+        } else {
+            name.append(first).append(" ");
+            appendWithBlankAfter(name, middle);
+            name.append(last);
+            appendWithBlankBefore(name, suffix);
+        }
+    }
+    if (auxiliary)
+        nts_SetValueInTemporaryCache(Value(name), fullNameKey);
+    return name;
+}
+
+std::string ZRPerson::nts__fullName() const { return nts__fullNameIncludingAuxiliaryElements(true); }
+
+std::string ZRPerson::nts__fullPhoneticName() const
+{
+    const std::string first = text(*this, kZRFirstNamePhoneticProperty);
+    const std::string last = text(*this, kZRLastNamePhoneticProperty);
+    if (!isPresent(first))
+        return last;
+    if (!isPresent(last))
+        return first;
+    const std::string middle = text(*this, kZRMiddleNamePhoneticProperty);
+    std::string name;
+    if (nts__isLastNameFirst()) {
+        name.append(last).append(" ").append(first);
+        appendWithBlankBefore(name, middle);
+        return name;
+    }
+    // No blank directly after the first name: readings run together unless a middle one stands between.
+    name.append(first);
+    appendWithBlankAfter(name, middle);
+    return name.append(last);
+}
+
+std::string ZRPerson::nts_AlternateName() const
+{
+    for (const char* property : {kZRNicknameProperty, kZROrganizationProperty})
+        if (const Value value = nts_ValueForProperty(property); !value.isNothing())
+            return std::string(value.asText());
+    for (const char* property : {kZREmailProperty, kZRAIMInstantProperty})
+        if (const Value value = nts_ValueForProperty(property); !value.isNothing())
+            return firstEntry(*this, property);
+    return {};
+}
+
+std::string ZRPerson::_realCompositeNameIncludingAuxiliaryElements(bool auxiliary) const
+{
+    return locked(*nts_Roster(), ZRAccess::read, [&] {
+        if (auxiliary)
+            if (const Value cached = nts_ValueInTemporaryCacheForProperty(compositeNameKey); cached.isString())
+                return std::string(cached.asText());
+        std::string name;
+        if (nts__isCompany())
+            name = text(*this, kZROrganizationProperty);
+        if (name.empty())
+            name = nts__fullNameIncludingAuxiliaryElements(nts__isCompany() || auxiliary);
+        if (name.empty())
+            name = nts_AlternateName();
+        if (auxiliary)
+            nts_SetValueInTemporaryCache(Value(name), compositeNameKey);
+        return name;
+    });
+}
+
+// The looser form: an empty organization of a company stands, and the alternate name is never asked.
+std::string ZRPerson::nts__RealCompositeName() const
+{
+    if (const Value cached = nts_ValueInTemporaryCacheForProperty(compositeNameKey); cached.isString())
+        return std::string(cached.asText());
+    if (nts__isCompany())
+        if (const Value organization = nts_ValueForProperty(kZROrganizationProperty); !organization.isNothing())
+            return std::string(organization.asText());
+    return nts__fullName();
+}
+
+std::string ZRPerson::_compositeNameIncludingAuxiliaryElements(bool auxiliary) const
+{
+    const std::string name = _realCompositeNameIncludingAuxiliaryElements(auxiliary);
+    return name.empty() ? platform::localizedString("NO_NAME", "ZRStrings") : name;
+}
+
+std::string ZRPerson::_fullName() const { return _fullNameIncludingAuxiliaryElements(true); }
+std::string ZRPerson::compositeName() const { return _compositeNameIncludingAuxiliaryElements(true); }
+std::string ZRPerson::_realCompositeName() const { return _realCompositeNameIncludingAuxiliaryElements(true); }
+
+std::string ZRPerson::_fullNameIncludingAuxiliaryElements(bool auxiliary) const
+{
+    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts__fullNameIncludingAuxiliaryElements(auxiliary); });
+}
+
+std::string ZRPerson::_fullPhoneticName() const
+{
+    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts__fullPhoneticName(); });
+}
+
+std::string ZRPerson::alternateName() const
+{
+    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts_AlternateName(); });
+}
+
+bool ZRPerson::nts__isCompany() const { return (flags(*this) & showAsMask) == showAsCompany; }
+
+bool ZRPerson::_isCompany() const
+{
+    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts__isCompany(); });
+}
+
+bool ZRPerson::nts__isLastNameFirst() const
+{
+    const std::int64_t ordering = flags(*this) & nameOrderingMask;
+    return (ordering != 0 ? ordering : nts_Roster()->defaultNameOrdering()) == lastNameFirst;
+}
+
+// Unlike the form under the lock, which stays with the first answer of the process, this one sees a changed
+// preference at once.
+bool ZRPerson::_isLastNameFirst() const
+{
+    const std::int64_t ordering
+        = locked(*nts_Roster(), ZRAccess::read, [&] { return flags(*this) & nameOrderingMask; });
+    if (ordering != 0)
+        return ordering == lastNameFirst;
+    return nts_Roster()->localizedDefaults()[kZRNameDisplay].asInteger() == 1;
+}
+
+std::string ZRPerson::similarNameForHashing() const
+{
+    std::string name = _realCompositeNameIncludingAuxiliaryElements(false);
+    if (name.empty())
+        name = _compositeNameIncludingAuxiliaryElements(false);
+    if (_isCompany())
+        name += _fullName();
+    return platform::lowercase(name);
+}

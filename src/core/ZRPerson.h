@@ -1,0 +1,130 @@
+// A card: what a person adds to a record, above all the names.
+#pragma once
+
+#include "core/ZRRecord.h"
+
+#include <map>
+
+/// A card.
+///
+/// Ownership, Threads, Errors: as ZRRecord.
+class ZR_EXPORT ZRPerson : public ZRRecord {
+public:
+    static const ZRRecordClass recordClassDescription;
+    const ZRRecordClass& recordClass() const override { return recordClassDescription; }
+
+    /// A new card in the shared roster, or in the one given; absent when there is none.
+    static platform::Ref<ZRPerson> init();
+    static platform::Ref<ZRPerson> initWithRoster(platform::Ref<ZRRoster> roster);
+    static platform::Ref<ZRPerson> initWithUniqueId(
+        std::string_view uniqueId, platform::Ref<ZRRoster> roster);
+    /// The first card of vCard data (RFC 2426, vCard 2.1), read raw; absent when it cannot be read or no
+    /// shared roster exists.
+    static platform::Ref<ZRPerson> initWithVCardRepresentation(std::string_view data);
+    static platform::Ref<ZRPerson> initWithVCardRepresentation(
+        std::string_view data, platform::Ref<ZRRoster> roster);
+
+    // ---- names
+
+    std::string _fullName() const;
+    std::string nts__fullName() const;
+    std::string _fullNameIncludingAuxiliaryElements(bool auxiliary) const;
+    std::string nts__fullNameIncludingAuxiliaryElements(bool auxiliary) const;
+    /// What a list shows for this card; never empty ("No Name" in the user's language).
+    std::string compositeName() const;
+    std::string _compositeNameIncludingAuxiliaryElements(bool auxiliary) const;
+    std::string _realCompositeName() const;
+    std::string _realCompositeNameIncludingAuxiliaryElements(bool auxiliary) const;
+    std::string nts__RealCompositeName() const;
+    std::string alternateName() const;
+    std::string nts_AlternateName() const;
+    std::string createAlternateName() const;
+    std::string _fullPhoneticName() const;
+    std::string nts__fullPhoneticName() const;
+    std::string createFirstLastSorting(bool a, bool part1) const;
+    void createFirstLastSortingNamePart1(std::string& part1, std::string& part2) const;
+    void createLastFirstSortingNamePart1(std::string& part1, std::string& part2) const;
+    void lastFirstSortingNamePart1(std::string& part1, std::string& part2) const;
+    void firstLastSortingNamePart1(std::string& part1, std::string& part2) const;
+    std::string similarNameForHashing() const;
+    platform::Value stringForIndexing() const;
+    platform::Value nts_StringForIndexing() const;
+
+    // ---- flags
+
+    bool _isCompany() const;
+    bool nts__isCompany() const;
+    bool _isLastNameFirst() const;
+    bool nts__isLastNameFirst() const;
+
+    // ---- the card as a whole
+
+    bool isReadOnly() const override;
+    bool isEmptyPerson() const;
+    /// The multi-value properties that have at least one entry.
+    std::vector<std::string> zrUsedProperties() const;
+    void nts_CascadeRemove() override;
+    static platform::Ref<ZRPerson> personFromDictionary(const platform::Value& dictionary);
+    static platform::Ref<ZRPerson> personFromDictionary(const platform::Value& dictionary,
+        platform::Ref<ZRRoster> roster, bool skipUnknownProperties, bool generateMultiValueIDs);
+    void populateWithDictionary(const platform::Value& dictionary, bool skipUnknownProperties,
+        bool generateMultiValueIDs, bool recordIsNew);
+    void resetWithDictionary(
+        const platform::Value& dictionary, bool skipUnknownProperties, bool generateMultiValueIDs);
+
+    // ---- class-level
+
+    static ZRPropertyTypes builtInProperties();
+    static std::vector<std::string> builtInLabelsForProperty(std::string_view property);
+    static std::vector<std::string> initialFieldsForProperty(std::string_view property);
+    /// Declares custom properties of people; answers how many were added.
+    static std::int64_t addPropertiesAndTypes(const platform::Value& typesByName);
+    static std::int64_t addPropertiesAndTypes(const platform::Value& typesByName, ZRRoster* roster);
+    static std::int64_t addPropertiesAndTypes(
+        const platform::Value& typesByName, ZRRoster* roster, bool acquireLock);
+    static std::int64_t addPropertiesAndTypes(
+        const platform::Value& typesByName, ZRRoster* roster, bool acquireLock, bool save);
+    static std::int64_t removeProperties(const platform::Value& names);
+    /// Forgets which fields of Me vCards leave out.
+    static void clearPrivateFields();
+
+    // ---- pictures, in the images directory beside the store
+
+    platform::Value imageData() const;
+    bool setImageData(const platform::Value& data);
+    platform::Value imageDataOfKind(std::string_view kind) const;
+    bool setImageData(const platform::Value& data, std::string_view kind);
+    bool nts_SetImageData(const platform::Value& data, std::string_view kind);
+    std::optional<std::string> pathForUIDTaggedImage() const;
+    std::optional<std::string> nts_PathForUIDTaggedImage() const;
+    std::optional<std::string> nts_PathForUIDTaggedImageOfKind(std::string_view kind) const;
+    std::string nts_imageNameForPerson() const;
+    std::string _imageNameForPerson() const;
+    platform::Value _customImageData() const;
+    platform::Value nts_CustomImageData() const;
+    std::optional<std::string> largeImagePath() const;
+    platform::Value largeImageData() const;
+    bool setLargeImageData(const platform::Value& data);
+
+protected:
+    ZRPerson() = default;
+
+private:
+    friend struct ZRRecordClasses;
+};
+
+/// A card that came with a subscription.
+class ZR_EXPORT ZRSubscribedPerson : public ZRPerson {
+public:
+    static const ZRRecordClass recordClassDescription;
+    const ZRRecordClass& recordClass() const override { return recordClassDescription; }
+
+protected:
+    ZRSubscribedPerson() = default;
+
+private:
+    friend struct ZRRecordClasses;
+};
+
+/// Longest first: 1 when `a` is shorter, -1 when it is longer, 0 at equal length (UTF-16 units).
+ZR_EXPORT int ZRCompareStringLength(std::string_view a, std::string_view b);

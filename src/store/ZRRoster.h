@@ -1,0 +1,270 @@
+// The one object through which a process reaches a contact database.
+#pragma once
+
+#include "core/ZRExport.h"
+#include "core/ZRPropertyType.h"
+#include "core/ZRRecord.h"
+#include "platform/value/Error.h"
+
+#include <cstdint>
+#include <functional>
+#include <source_location>
+
+class ZRInfo;
+class ZRManagedObjectContext;
+class ZRPerson;
+class ZRRecordConstraint;
+
+/// How a list of people is sorted; `preferred` is the user's choice.
+enum class ZRNameOrder { preferred, firstName, lastName };
+
+namespace objectstore {
+class StoreCoordinator;
+class StorePredicate;
+} // namespace objectstore
+
+/// A contact database: the shared one of this process, another directory's, or one in memory.
+///
+/// There is one shared roster a process. Others are made by the class-level operations only: `init` raises.
+///
+/// Ownership: the shared roster lives as long as the process. Records share ownership of their roster; the
+///            roster holds its records weakly.
+/// Threads:   any thread may call. Public operations take the global lock, then the lock of the roster's
+///            context; `nts_` forms expect both.
+/// Errors:    a store that cannot be opened gives no roster, or a roster in memory (see `openingReport`);
+///            bad arguments raise ZRInvalidArgument; a failed save answers false, with every edit still
+///            there.
+class ZR_EXPORT ZRRoster : public platform::Object {
+public:
+    // ---- the rosters of a process                                     (ZRRoster+Lifecycle.cpp)
+
+    /// The shared roster, opened at the first call; absent when it cannot be opened, and then for good.
+    static platform::Ref<ZRRoster> sharedRoster();
+    static platform::Ref<ZRRoster> nts_SharedRoster();
+    static void nts_CreateSharedRoster();
+    /// Makes the shared roster if there is none, and answers whether there is one.
+    static bool nts_hasSharedInstance();
+    /// The roster for work on the calling thread: the shared one.
+    static platform::Ref<ZRRoster> roster() { return sharedRoster(); }
+    static platform::Ref<ZRRoster> nts_Roster() { return nts_SharedRoster(); }
+    [[noreturn]] static void init();
+    /// Another roster on `directory`; absent when there is no shared roster or the store cannot be opened.
+    static platform::Ref<ZRRoster> rosterWithDatabaseDirectory(
+        const std::string& directory, bool doInitialImports = true);
+    static platform::Ref<ZRRoster> nts_RosterWithDatabaseDirectory(
+        const std::string& directory, bool doInitialImports = true);
+    /// A roster on no directory, with an empty store in memory and its pictures in the temporary directory.
+    static platform::Ref<ZRRoster> emptyMemoryBackedRoster();
+    /// A second roster on the same store with a context of its own, for a worker.
+    platform::Ref<ZRRoster> parallelUniverseRoster();
+    /// What went wrong at opening, for the person at the command line; empty when nothing did.
+    static std::string openingReport();
+
+    // ---- directories and files                                        (ZRRoster+Directories.cpp)
+
+    /// The shared roster's directory, fixed once a process: the preference "ZRAlternateDataStoreDirectory",
+    /// else "ZRDatabaseDirectory", else `Roster` in the user's data directory.
+    static std::string rosterDirectory();
+    /// The default directory before any preference.
+    static std::string defaultRosterDirectory();
+    static std::string rosterTempImagesDirectory();
+    static std::string classRosterImagesDirectory();
+    static std::string classRosterDataFile();
+    static std::string classRosterSaveFile();
+    static std::string classRosterMetadataDirectory();
+    std::string databaseDirectory() const;
+    std::string rosterObjectStoreDatabaseFile() const;
+    std::string rosterDatabaseFile() const { return rosterObjectStoreDatabaseFile(); }
+    std::string mailRecentsObjectStoreDatabaseFile() const;
+    std::string rosterDataFile() const;
+    std::string rosterLockFile() const;
+    std::string rosterSaveFile() const;
+    std::string rosterMetaDataDirectory() const;
+    std::string rosterImagesDirectory() const;
+    void setRosterImagesDirectory(const std::string& directory);
+
+    static bool shouldCreateEmptyDatabase();
+    static void setShouldCreateEmptyDatabase(bool empty);
+    static bool isInert();
+    static void setIsInert(bool inert);
+
+    // ---- the store beneath                                            (ZRRoster+Opening.cpp)
+
+    /// The context of the main store, opened at the first call; absent when it cannot be.
+    platform::Ref<ZRManagedObjectContext> managedObjectContext();
+    platform::Ref<ZRManagedObjectContext> nts_mailRecentsManagedObjectContext();
+    objectstore::StoreCoordinator* storeCoordinator();
+    void setManagedObjectContext(platform::Ref<ZRManagedObjectContext> context);
+    void setManagedObjectContext(platform::Ref<ZRManagedObjectContext> context, bool takingOwnership);
+    void resetManagedObjectContext();
+    void resetDatabase();
+    void _vacuum();
+    void nts_ZRReconnect() { }
+    bool isSharedInstance() const;
+    bool isSharedInstanceOrClone();
+    bool isMemoryBacked();
+    bool isAggregate();
+    bool _isReadOnly();
+    bool _isReadOnlyIgnoresInert(bool ignoresInert);
+    std::string notificationID() const;
+    std::int64_t version();
+
+    // ---- records                                                      (ZRRoster+Records.cpp)
+
+    ZRRecordList people();
+    ZRRecordList nts_People();
+    ZRRecordList groups();
+    ZRRecordList nts_Groups();
+    platform::Ref<ZRRecord> recordForUniqueId(std::string_view uniqueId);
+    platform::Ref<ZRRecord> nts_RecordForUniqueId(std::string_view uniqueId);
+    /// All of several ids at once, one fetch a class; ids without a record are left out.
+    ZRRecordList recordsForUniqueIds(const std::vector<std::string>& uniqueIds);
+    ZRRecordList nts_AllRecordsForClass(const ZRRecordClass& recordClass);
+    ZRRecordList recordsForClass(const ZRRecordClass& recordClass,
+        platform::Ref<const objectstore::StorePredicate> predicate,
+        const std::vector<std::string>& prefetching, bool takeLock);
+    std::int64_t countOfRecordsForClass(const ZRRecordClass& recordClass);
+    /// Puts a record of any roster into this one. True also when it is already here; false when refused.
+    bool addRecord(const platform::Ref<ZRRecord>& record);
+    bool addRecord(const platform::Ref<ZRRecord>& record, platform::Error* error);
+    bool nts_AddRecord(ZRRecord& record);
+    /// Deletes a record at the next save. False when it is not in this roster.
+    bool removeRecord(const platform::Ref<ZRRecord>& record);
+    bool removeRecord(const platform::Ref<ZRRecord>& record, platform::Error* error);
+    bool nts_RemoveRecord(ZRRecord& record);
+    /// The people in the order of their names, at most `limit` (0: all). One fetch of narrow rows: no values
+    /// of multi-values are read.
+    ZRRecordList sortedPeople(ZRNameOrder order, std::size_t limit);
+    /// The people whose card contains `text` in any case and with any accents, or whose id begins with it.
+    ZRRecordList peopleMatchingText(std::string_view text);
+    /// Reads the values of many records in a few fetches, before work that walks them.
+    void prefetchDataForRecords(const ZRRecordList& records);
+
+    /// The record type that an id names: what follows position 37.
+    static std::string recordClassFromUniqueId(std::string_view uniqueId);
+    const ZRRecordClass* publicRecordClassFromUniqueId(std::string_view uniqueId);
+
+    platform::Ref<ZRPerson> me();
+    platform::Ref<ZRPerson> nts_Me();
+    void setMe(const platform::Ref<ZRRecord>& person);
+    void nts_SetMe(ZRPerson* person);
+    platform::Ref<ZRInfo> nts_Info();
+
+    platform::Ref<ZRRecord> nts_CachedRecordForUniqueId(std::string_view uniqueId);
+    void nts_SetCachedRecord(ZRRecord* record, std::string_view uniqueId);
+    void nts_ClearCachedRecordsByUniqueId();
+    void nts_ClearCachedRecordsForUniqueIds(const std::vector<std::string>& uniqueIds);
+    void clearTemporaryCaches();
+    ZRRecord* nonRetainedCachedRecordForKey(std::string_view key);
+    void setNonRetainedCachedRecord(ZRRecord* record, std::string_view key);
+
+    // ---- properties and constraints                                   (ZRRoster+Properties.cpp)
+
+    ZRPropertyType typeOfProperty(std::string_view property, std::string_view recordType);
+    ZRPropertyType nts_TypeOfProperty(std::string_view property, std::string_view recordType);
+    ZRPropertyTypes nts_PropertyTypesForRecordOfClass(const ZRRecordClass& recordClass);
+    bool doesPropertyExist(std::string_view property, const ZRRecordClass& recordClass);
+    bool nts_DoesPropertyExist(std::string_view property, const ZRRecordClass& recordClass);
+    void clearCustomPropertyCaches();
+
+    std::vector<platform::Ref<ZRRecordConstraint>> constraints();
+    void setConstraints(std::vector<platform::Ref<ZRRecordConstraint>> constraints);
+    void addConstraint(platform::Ref<ZRRecordConstraint> constraint);
+    void removeConstraint(const ZRRecordConstraint& constraint);
+    /// Adds labels that a host has of its own to those in use.
+    using ActiveLabelsDelegate = std::function<std::vector<std::string>(std::string_view property)>;
+    std::vector<std::string> validProperties();
+    std::vector<std::string> initialProperties();
+    std::vector<std::string> validLabelsForProperty(std::string_view property);
+    std::vector<std::string> initialLabelsForProperty(std::string_view property);
+    std::vector<std::string> availablePropertiesForPerson(
+        ZRPerson& person, const ActiveLabelsDelegate& delegate = {});
+    std::vector<std::string> availablePropertiesForContact(
+        ZROSRecord& contact, const ActiveLabelsDelegate& delegate);
+    std::vector<std::string> availableLabelsForProperty(
+        std::string_view property, ZRPerson& person, const ActiveLabelsDelegate& delegate = {});
+    std::vector<std::string> availableLabelsForProperty(
+        std::string_view property, ZROSRecord& contact, const ActiveLabelsDelegate& delegate);
+    std::vector<std::string> activeLabelsForProperty(
+        std::string_view property, ZRPerson& person, const ActiveLabelsDelegate& delegate = {});
+    std::vector<std::string> activeLabelsForProperty(
+        std::string_view property, ZROSRecord& contact, const ActiveLabelsDelegate& delegate);
+
+    // ---- preferences of the roster                                    (ZRRoster+Defaults.cpp)
+
+    std::string defaultCountryCode();
+    void setDefaultCountryCode(std::string_view code);
+    platform::Value localizedDefaults();
+    /// 16 when names are shown last name first, 32 when first name first; read once a process.
+    std::int64_t defaultNameOrdering();
+
+    // ---- saving                                                       (ZRRoster+Save.cpp)
+
+    /// Writes all changes in one transaction. True: they are on the disk. False: nothing was written, and the
+    /// changes are still here.
+    bool save();
+    bool saveAndReturnError(platform::Error* error);
+    bool saveAndTriggerSync(bool triggerSync, const platform::Value& modificationDate);
+    /// The same under an old misspelled name, kept for callers.
+    bool saveAndTriggerSync_udpateModificationDate(bool triggerSync, const platform::Value& modificationDate);
+    bool nts_Save();
+    bool nts_SaveAndTriggerSync(bool triggerSync, const platform::Value& modificationDate);
+    bool nts_SaveWithFileLock(bool withFileLock);
+    bool nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const platform::Value& modificationDate);
+    bool hasUnsavedChanges();
+    bool nts_hasUnsavedChanges();
+    /// Why the last save of this roster answered false.
+    platform::Error lastSaveError() const;
+
+    // ---- upkeep                                                       (ZRRoster+Upkeep.cpp)
+
+    /// What is in the store: a name and a count each, in the order to show them.
+    std::vector<std::pair<std::string, std::int64_t>> statistics();
+    struct CheckReport {
+        std::vector<std::string> problems;
+        std::vector<std::string> remarks;
+    };
+    /// Looks whether the file is sound, rows fit together, and pictures belong to cards. Changes nothing.
+    CheckReport check();
+
+    // ---- the lock
+
+    void zrGlobalAPILock(
+        bool togglingSuddenTermination = true, std::source_location where = std::source_location::current());
+    void zrGlobalAPIUnlock(
+        bool togglingSuddenTermination = true, std::source_location where = std::source_location::current());
+    bool zrGlobalAPITryLock(
+        bool togglingSuddenTermination = true, std::source_location where = std::source_location::current());
+    void zrGlobalMailRecentAPILock(std::source_location where = std::source_location::current());
+    void zrGlobalMailRecentAPIUnlock(std::source_location where = std::source_location::current());
+
+    ~ZRRoster() override;
+
+private:
+    friend class platform::Ref<ZRRoster>;
+    template <class T, class... Arguments>
+    friend platform::Ref<T> platform::makeRef(Arguments&&...);
+    friend struct ZRRosterAccess;
+    struct State;
+
+    ZRRoster();
+    std::unique_ptr<State> _state;
+};
+
+/// Runs `body` under the lock of `roster`: the shape of every public operation. The lock is free again when
+/// body returns or raises. Readers leave the sudden-termination counter alone.
+enum class ZRAccess { read, write };
+template <class Body>
+auto locked(ZRRoster& roster, ZRAccess access, Body&& body,
+    std::source_location where = std::source_location::current())
+{
+    struct Guard {
+        ZRRoster& roster;
+        bool writes;
+        std::source_location where;
+        ~Guard() { roster.zrGlobalAPIUnlock(writes, where); }
+    };
+    roster.zrGlobalAPILock(access == ZRAccess::write, where);
+    const Guard guard{roster, access == ZRAccess::write, where};
+    return std::forward<Body>(body)();
+}

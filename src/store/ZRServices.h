@@ -1,0 +1,60 @@
+// What upper rooms add to the model: the one registration struct, filled when the library loads.
+#pragma once
+
+#include "core/ZRRecord.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class ZRManagedObjectContext;
+
+/// The services that the store calls and does not have itself. An empty function is an absent service: the
+/// store then does what is said here.
+///
+/// Ownership: one instance a process, made before the first roster.
+/// Threads:   filled while the library loads, read-only afterwards; the functions are called with the global
+///            lock held unless said otherwise.
+/// Errors:    a service reports its own; none may raise.
+struct ZRServices {
+    static ZRServices& registered();
+
+    // ---- opening
+    /// Converts the legacy file of a roster's directory. Absent: nothing is converted.
+    std::function<void(ZRRoster&)> importFromLegacyFile;
+    /// Rebuilds a roster from its metadata files. Absent: nothing is there to rebuild from, which is success.
+    std::function<bool(ZRRoster&)> restoreFromMetaData;
+    /// Checks the metadata files some seconds after opening. Absent: there are none.
+    std::function<void(ZRRoster&)> validateMetaData;
+    /// A new person of `roster` from the first card of vCard data. Absent: the sample cards are not imported.
+    std::function<platform::Ref<ZRRecord>(std::string_view data, platform::Ref<ZRRoster> roster)> readCard;
+
+    // ---- file lock between processes, around opening and `nts_Save`. Absent: always granted.
+    std::function<bool(const std::string& path)> acquireFileLock;
+    std::function<void(const std::string& path)> releaseFileLock;
+    std::function<void(const std::string& path)> updateFileLockTime;
+
+    // ---- saving
+    /// Told of the stored objects that a save is about to write. Absent: nobody is told.
+    std::function<void(ZRRoster&, const std::vector<platform::Ref<ZROSRecord>>&)> processRecords;
+    /// Called after a save that matters to others, without the lock. Absent: nothing is started.
+    std::function<void()> scheduleTrickleSync;
+    std::function<void()> launchOrWaitForDaemon;
+    /// The second store of mail recents. Absent: it is not in use.
+    std::function<bool()> hasUnsavedMailRecents;
+    std::function<bool()> saveMailRecents;
+    std::function<platform::Ref<ZRManagedObjectContext>()> mailRecentsContext;
+
+    // ---- at exit
+    /// Cancels background work on records and waits at most `seconds`. Absent: there is none.
+    std::function<void(double seconds)> cancelBackgroundWork;
+
+    // ---- the platform's directory of users
+    /// The picture of the current user, or absent.
+    std::function<platform::Value()> userPicture;
+    /// Stores it; false when the directory is not there or refuses.
+    std::function<bool(const platform::Value& data)> setUserPicture;
+    /// The full name of the current user. Absent: as the password database has it.
+    std::function<std::string()> userRealName;
+};
