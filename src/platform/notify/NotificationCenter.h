@@ -42,7 +42,7 @@ public:
 
     /// Calls, in the order subscribed, everybody who is subscribed now and still is when the turn comes.
     void post(const Notification& notification) const;
-    /// The same on the main queue, without waiting. The center must outlive that, as the shared one does.
+    /// The same on the main queue, without waiting.
     void postOnMain(Notification notification) const;
 
 private:
