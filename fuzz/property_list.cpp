@@ -1,0 +1,64 @@
+// Any bytes as a property list: refused with a reason, or a value that comes back the same through both
+// forms.
+#include "platform/value/KeyedArchive.h"
+#include "platform/value/PropertyList.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+using namespace platform;
+
+void require(bool holds, const char* what, const std::string& detail = {})
+{
+    if (holds)
+        return;
+    std::fprintf(stderr, "%s: %s\n", what, detail.c_str());
+    std::abort();
+}
+
+/// Holds whatever it finds under two keys, so that forged archives can nest.
+class Pair : public Object {
+public:
+    explicit Pair(KeyedUnarchiver& coder)
+        : _first(coder.decodeValue("a")), _second(coder.decodeValue("b")) { }
+
+private:
+    const Value _first, _second;
+};
+
+/// Writing ends at a fixed point: once written and read, the same bytes come again. Compared as bytes, since
+/// a NaN is not equal to itself.
+void checkRoundTrip(const Value& value, PropertyListFormat format)
+{
+    const auto first = encodePropertyList(value, format);
+    if (!first) {
+        require(format == PropertyListFormat::xml
+                || first.error().code == static_cast<long>(PropertyListFault::tooLarge),
+            "a value that was read cannot be written", first.error().text);
+        return;
+    }
+    const auto again = decodePropertyList(*first);
+    require(bool(again), "what was written cannot be read", again ? "" : again.error().text);
+    const auto second = encodePropertyList(*again, format);
+    require(second && *second == *first, "written twice, not the same");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+{
+    const std::string_view text(reinterpret_cast<const char*>(bytes), size);
+    const auto value = decodePropertyList(text);
+    if (!value) {
+        require(!value.error().text.empty(), "refused without a reason");
+        return 0;
+    }
+    checkRoundTrip(*value, PropertyListFormat::binary);
+    checkRoundTrip(*value, PropertyListFormat::xml);
+    static const ArchiveClasses classes{
+        {"Pair", [](KeyedUnarchiver& coder) -> Ref<const Object> { return makeRef<Pair>(coder); }}};
+    (void)unarchivedValue(text, classes);
+    return 0;
+}
