@@ -26,7 +26,7 @@ ZR_EXPORT bool _ZRCheckTypeOfValue(const platform::Value& value, ZRPropertyType 
 enum class ZRTypeGuess {
     /// Only strings, numbers, dates, data and arrays have a type.
     strict,
-    /// Everything else counts as a dictionary.
+    /// A dictionary has one, too.
     lenient,
 };
 

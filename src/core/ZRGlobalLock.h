@@ -1,0 +1,72 @@
+// The locks that every public call runs under.
+#pragma once
+
+#include "core/ZRExport.h"
+#include "platform/run/Mutex.h"
+
+#include <exception>
+#include <source_location>
+
+// Three recursive mutexes. `file` and `line` say where the call stands and serve the log lines under
+// __ZRLockDebug only.
+//
+// All of them belong to the process that locked one first. In a child forked from it, whose other threads are
+// gone and whose locks may be held for ever, locking and trying raise ZRForkedProcess and unlocking does
+// nothing. A child of a process that never locked anything is free to begin.
+
+/// Guards the roster's context, its caches and its records. At each outermost lock the hooks of
+/// `ZRAddLockHook` run first.
+ZR_EXPORT void _ZR_Lock(const char* file, long line);
+ZR_EXPORT void _ZR_Unlock(const char* file, long line);
+/// Does not wait. Answers whether the lock was taken, except under __ZRLockDebug: there the sense is
+/// reversed, and true means that another thread has it. Callers have come to expect that of a debug run, so
+/// it stays.
+ZR_EXPORT bool _ZR_TRY_Lock(const char* file, long line);
+
+/// Guards the context of mail recents. Never taken while the global lock is held.
+ZR_EXPORT void _ZR_MR_Lock(const char* file, long line);
+ZR_EXPORT void _ZR_MR_Unlock(const char* file, long line);
+
+/// Guards the certificate errors that the user chose to ignore.
+ZR_EXPORT void _ZR_IgnoreCertErrors_Lock();
+ZR_EXPORT void _ZR_IgnoreCertErrors_Unlock();
+
+/// Whether this thread holds the global lock: for `nts_` operations that check their caller.
+ZR_EXPORT bool _ZR_IsLockedByThisThread();
+
+/// Raised by a lock in a child process that was forked after the library was used.
+///
+/// Ownership: none.
+/// Threads:   any.
+/// Errors:    none.
+class ZR_EXPORT ZRForkedProcess : public std::exception {
+public:
+    ~ZRForkedProcess() override;
+    const char* what() const noexcept override;
+};
+
+/// Called under the global lock, before the operation that took it. It must not take any lock but may call
+/// `nts_` code.
+using ZRLockHook = void (*)() noexcept;
+
+/// Adds a hook for the life of the process; adding one twice does nothing. At most 8.
+ZR_EXPORT void ZRAddLockHook(ZRLockHook hook);
+
+/// Holds the global lock for a scope.
+///
+/// Ownership: none.
+/// Threads:   one.
+/// Errors:    raises ZRForkedProcess as `_ZR_Lock` does.
+class ZRGlobalLockScope {
+public:
+    explicit ZRGlobalLockScope(std::source_location where = std::source_location::current()) : _where(where)
+    {
+        _ZR_Lock(_where.file_name(), static_cast<long>(_where.line()));
+    }
+    ~ZRGlobalLockScope() { _ZR_Unlock(_where.file_name(), static_cast<long>(_where.line())); }
+    ZRGlobalLockScope(const ZRGlobalLockScope&) = delete;
+    ZRGlobalLockScope& operator=(const ZRGlobalLockScope&) = delete;
+
+private:
+    const std::source_location _where;
+};
