@@ -3,6 +3,7 @@
 
 #include "platform/value/Error.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,5 +40,13 @@ public:
     /// Replaces it and answers the former; null brings the system's back.
     static std::shared_ptr<const Directories> install(std::shared_ptr<const Directories> directories);
 };
+
+/// Answers the value of an environment variable, or null.
+using Environment = std::function<const char*(const char* name)>;
+
+/// The directories that `environment` names by the XDG base directory rules. Where it names no run-time
+/// directory that is the user's own, that is "roster-UID" in `sharedTemporary`.
+std::shared_ptr<const Directories> makeXDGDirectories(
+    Environment environment, std::string sharedTemporary = "/tmp");
 
 } // namespace platform

@@ -21,7 +21,8 @@ Error fileError(std::string_view path, std::string_view what, int code);
 Result<std::string> readFile(const std::string& path);
 
 /// Puts `bytes` at `path`, in place of any file there. When it returns without an error they survive a power
-/// cut; on an error the former file is untouched and nothing is left beside it.
+/// cut; on an error the former file is untouched and nothing is left beside it. (Only when the very last
+/// step, writing the directory to the disk, fails, does the new file lie there already.) A link is followed.
 Result<void> writeFileAtomically(const std::string& path, std::string_view bytes, mode_t mode = 0600);
 
 /// Makes a directory with all those above it, each new one with mode octal 700. One that exists will do.

@@ -46,7 +46,8 @@ public:
     Subscription observe(Observers<std::string, std::string>::Callback callback);
 
 private:
-    friend class UserDefaults;
+    template <class T>
+    friend class NeverDestroyed;
     Preferences();
     ~Preferences() = default;
 

@@ -38,7 +38,8 @@ public:
 private:
     UserDefaults();
     ~UserDefaults() = default;
-    friend struct UserDefaultsStorage;
+    template <class T>
+    friend class NeverDestroyed;
 
     std::string _domain;
     mutable Mutex _mutex;
