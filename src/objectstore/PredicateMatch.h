@@ -13,7 +13,4 @@ namespace objectstore {
 /// throws.
 bool matches(const StorePredicate& predicate, StoreObject& object);
 
-/// Whether both stand for one row of one store, or are one object.
-bool isSameObject(const StoreObject& a, const StoreObject& b);
-
 } // namespace objectstore

@@ -43,9 +43,9 @@ std::optional<SQLCondition> translate(
 /// Makes the functions that translated conditions call known to a connection. Answers SQLite's result code.
 int registerPredicateFunctions(sqlite3* connection);
 
-/// The entities whose unsaved changes can alter the answer for an object of `entity` that is unchanged itself,
-/// and has no changed part or link: what stands behind a relationship that is not to a part of the object.
-/// While the context has a change in one of them, only `matches` is right for every object.
+/// The entities whose unsaved changes can alter the answer for an object of `entity` that is unchanged
+/// itself, and has no changed part or link: what stands behind a relationship that is not to a part of the
+/// object. While the context has a change in one of them, only `matches` is right for every object.
 std::vector<const Entity*> entitiesBehind(const StorePredicate& predicate, const Entity& entity);
 
 } // namespace objectstore

@@ -60,6 +60,13 @@ std::partial_ordering orderOfNumbers(const Value& left, const Value& right)
     return left.asInteger() <=> right.asInteger();
 }
 
+bool areEqual(const Value& left, const Value& right)
+{
+    const auto* a = left.as<const StoreObject>();
+    const auto* b = right.as<const StoreObject>();
+    return a && b ? isSameObject(*a, *b) : left == right;
+}
+
 /// Of two present values of one kind.
 std::partial_ordering order(const Value& left, const Value& right, ComparisonKind kind)
 {
@@ -71,7 +78,7 @@ std::partial_ordering order(const Value& left, const Value& right, ComparisonKin
     case ComparisonKind::data:
         return left.asBytes().compare(right.asBytes()) <=> 0;
     default:
-        return left == right ? std::partial_ordering::equivalent : std::partial_ordering::unordered;
+        return areEqual(left, right) ? std::partial_ordering::equivalent : std::partial_ordering::unordered;
     }
 }
 
@@ -125,6 +132,12 @@ bool comparesText(
     default:
         return ordered(left.compare(foldedRight) <=> 0, comparator);
     }
+}
+
+bool isSameObject(const StoreObject& a, const StoreObject& b)
+{
+    const auto id = a.storeId();
+    return &a == &b || (id && !id.isTemporary() && id == b.storeId());
 }
 
 bool compares(const Value& left, Comparator comparator, const Value& right, TextOption option)
