@@ -152,8 +152,20 @@ UConverter* converterOf(const EncodingInfo& info)
     return converter.get();
 }
 
-std::optional<std::string> decodeByConverter(std::string_view bytes, const EncodingInfo& info)
+// ICU's converters of this set turn round three control characters, which elsewhere are ASCII in it.
+bool turnsControls(const EncodingInfo& info) { return std::string_view(info.converter) == "Shift_JIS"; }
+
+void replaceControls(std::string& bytes, std::string_view from, std::string_view to)
 {
+    for (char& byte : bytes)
+        if (const std::size_t at = from.find(byte); at != std::string_view::npos)
+            byte = to[at];
+}
+
+std::optional<std::string> decodeByConverter(std::string bytes, const EncodingInfo& info)
+{
+    if (turnsControls(info))
+        replaceControls(bytes, "\x1A\x1C\x7F", "\x7F\x1A\x1C");
     UConverter* converter = converterOf(info);
     if (!converter || bytes.size() > INT32_MAX / 2)
         return std::nullopt;
@@ -184,6 +196,8 @@ std::optional<std::string> encodeByConverter(std::string_view text, const Encodi
     if (U_FAILURE(status))
         return std::nullopt;
     bytes.resize(static_cast<std::size_t>(size));
+    if (turnsControls(info))
+        replaceControls(bytes, "\x7F\x1A\x1C", "\x1A\x1C\x7F");
     return bytes;
 }
 
@@ -291,7 +305,7 @@ std::optional<std::string> decode(std::string_view bytes, TextEncoding encoding)
     case Kind::multiByte:
         break;
     }
-    return decodeByConverter(bytes, *info);
+    return decodeByConverter(std::string(bytes), *info);
 }
 
 std::optional<std::string> encode(std::string_view text, TextEncoding encoding)

@@ -6,6 +6,7 @@
 #include <unicode/ubrk.h>
 #include <unicode/utext.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 
@@ -81,8 +82,10 @@ icu::BreakIterator* currentIterator()
     return iterator.get();
 }
 
-std::vector<TextRange> wordsByRules(std::string_view text)
+std::vector<TextRange> wordsByRules(std::string text)
 {
+    // Some versions of ICU take this sign for a letter, though the standard does not.
+    std::replace(text.begin(), text.end(), '@', ' ');
     std::vector<TextRange> ranges;
     icu::BreakIterator* iterator = currentIterator();
     UErrorCode status = U_ZERO_ERROR;
@@ -93,8 +96,11 @@ std::vector<TextRange> wordsByRules(std::string_view text)
     iterator->setText(&source, status);
     int32_t start = iterator->first();
     for (int32_t end = iterator->next(); end != icu::BreakIterator::DONE; end = iterator->next()) {
-        if (iterator->getRuleStatus() >= UBRK_WORD_NONE_LIMIT)
-            ranges.push_back({static_cast<std::size_t>(start), static_cast<std::size_t>(end - start)});
+        const TextRange range{static_cast<std::size_t>(start), static_cast<std::size_t>(end - start)};
+        // The rules count two lines in a row as a word, though one line as none.
+        const bool isLine = range.of(text).find_first_not_of('_') == std::string_view::npos;
+        if (iterator->getRuleStatus() >= UBRK_WORD_NONE_LIMIT && !isLine)
+            ranges.push_back(range);
         start = end;
     }
     utext_close(&source);
@@ -106,7 +112,7 @@ std::vector<TextRange> wordsByRules(std::string_view text)
 std::vector<TextRange> wordRanges(std::string_view text)
 {
     const bool isPlain = isASCII(text) && text.find(':') == std::string_view::npos;
-    return isPlain ? wordsOfASCII(text) : wordsByRules(text);
+    return isPlain ? wordsOfASCII(text) : wordsByRules(std::string(text));
 }
 
 std::vector<std::string> words(std::string_view text)

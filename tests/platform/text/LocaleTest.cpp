@@ -1,0 +1,61 @@
+#include "platform/text/Locale.h"
+
+#include "Environment.h"
+
+#include <gtest/gtest.h>
+
+namespace platform {
+namespace {
+
+TEST(Locale, ComesFromTheFirstVariableThatIsSet)
+{
+    struct {
+        const char *all, *collate, *lang;
+        std::string_view locale, country;
+    } const rows[] = {
+        {nullptr, nullptr, nullptr, "en_US", "US"},
+        {nullptr, nullptr, "C.UTF-8", "en_US", "US"},
+        {nullptr, nullptr, "POSIX", "en_US", "US"},
+        {nullptr, nullptr, "de_DE.UTF-8", "de_DE", "DE"},
+        {nullptr, "", "de_AT@euro", "de_AT", "AT"},
+        {nullptr, "sv_SE", "de_DE", "sv_SE", "SE"},
+        {"fr_CA.ISO-8859-1", "sv_SE", "de_DE", "fr_CA", "CA"},
+        {"C", "sv_SE", "de_DE", "en_US", "US"},
+        {"sr_RS.UTF-8@latin", nullptr, nullptr, "sr_Latn_RS", "RS"},
+        {"zh-hant-tw", nullptr, nullptr, "zh_Hant_TW", "TW"},
+        {"eo", nullptr, nullptr, "eo", ""},
+        {"es_419", nullptr, nullptr, "es_419", "419"},
+        {"../../etc/passwd", nullptr, nullptr, "en_US", "US"},
+        {"de_../x", nullptr, nullptr, "de", ""},
+    };
+    for (const auto& [all, collate, lang, locale, country] : rows) {
+        const ScopedVariable first("LC_ALL", all), second("LC_COLLATE", collate), third("LANG", lang);
+        EXPECT_EQ(currentLocale(), locale);
+        EXPECT_EQ(countryOfLocale(currentLocale()), country) << locale;
+    }
+}
+
+TEST(Locale, LanguagesComeBestFirstAndEndWithEnglish)
+{
+    using List = std::vector<std::string>;
+    struct {
+        const char *language, *messages, *lang;
+        List languages;
+    } const rows[] = {
+        {nullptr, nullptr, nullptr, {"en"}},
+        {nullptr, nullptr, "de_AT.UTF-8", {"de_AT", "de", "en"}},
+        {nullptr, "pt_BR", "de_DE", {"pt_BR", "pt", "en"}},
+        {"fr:de_CH:fr::en_GB", nullptr, "de_DE", {"fr", "de_CH", "de", "en_GB", "en"}},
+        {"fr", nullptr, "C", {"en"}},
+        {"fr", "POSIX", "de_DE", {"en"}},
+        {"", nullptr, "it_IT", {"it_IT", "it", "en"}},
+    };
+    for (const auto& [language, messages, lang, languages] : rows) {
+        const ScopedVariable all("LC_ALL", nullptr), first("LANGUAGE", language),
+            second("LC_MESSAGES", messages), third("LANG", lang);
+        EXPECT_EQ(preferredLanguages(), languages);
+    }
+}
+
+} // namespace
+} // namespace platform
