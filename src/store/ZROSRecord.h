@@ -4,6 +4,7 @@
 #include "core/ZRPropertyType.h"
 #include "core/ZRRecordClass.h"
 #include "objectstore/StoreObject.h"
+#include "store/ZRPropertyPlaces.h"
 
 #include <functional>
 #include <optional>
@@ -15,21 +16,6 @@
 class ZRManagedObjectContext;
 class ZRRecord;
 class ZRRoster;
-
-/// Where a property of a class of stored records is kept.
-struct ZRPropertyPlace {
-    /// The key of the record; null: the class does not know the property.
-    const objectstore::Slot* key = nullptr;
-    /// The entity of the rows or of the one object that holds the value; null: the key holds it itself.
-    const objectstore::Entity* entity = nullptr;
-    /// The key of the value in that entity; null for a value that is converted as a whole (an address).
-    const objectstore::Slot* entityKey = nullptr;
-    /// For a messaging property: the service that its rows have.
-    std::string_view service = {};
-    /// The property is kept by the record's source, not by the record itself (sharing entries of the info
-    /// record).
-    bool ofSource = false;
-};
 
 /// Base of the stored records.
 ///
@@ -69,8 +55,6 @@ public:
 
     /// Where a property is kept, by the class of this object.
     const ZRPropertyPlace* placeOfProperty(std::string_view property) const;
-    /// The property that a key holds, when exactly one does.
-    static std::string_view propertyForKey(std::string_view key);
     /// The property that a value object (an e-mail row, a messaging row) belongs to; empty when unknown.
     static std::string_view propertyForRecord(StoreObject& value);
     platform::Value nts_ValueForProperty(std::string_view property, std::size_t row, const ZRRecord& record);
@@ -78,6 +62,9 @@ public:
         bool recordCouldBeInDatabase, ZRRecord& record);
     platform::Value valueForUndefinedKey(std::string_view key) override;
 
+    /// Reads the values of all multi-values of this record at once, if none was read yet: who asks for one of
+    /// a card asks for more.
+    virtual void readAllParts() { }
     /// The rows of a multi-value key, in order.
     objectstore::ObjectList sortedPropertyValuesWithKey(const objectstore::Slot& key);
     /// The row of that entry, or absent.
@@ -102,6 +89,9 @@ protected:
     ~ZROSRecord() override = default;
 
 private:
+    platform::Value customValue(std::string_view property);
+    objectstore::ObjectRef definitionOfCustomProperty(std::string_view property) const;
+
     ZRRecord* _publicRecord = nullptr;
     std::unique_ptr<std::vector<std::pair<std::string, platform::Value>>> _cache;
 };
@@ -118,6 +108,8 @@ public:
     void willSave() override;
     void didSave() override;
     void didChange(const objectstore::Slot& slot) override;
+    void didTurnIntoFault() override { _partsAreRead = false; }
+    void readAllParts() override;
 
     /// True from a change of the picture to the next save.
     bool mHasUserImageChanges() const { return _hasUserImageChanges; }
@@ -130,14 +122,19 @@ public:
     std::string createFirstLastSorting(bool a, bool part1);
     /// The folded text of everything in the card that a search looks through.
     std::string _newStringForIndexing();
-    /// Forgets the index string, so that it is made anew when it is asked for or saved.
+    /// Forget what follows from the fields, so that it is made anew when it is asked for or saved.
+    void clearSortNames();
     void clearStringForIndexing();
 
 protected:
     ~ZROSContact() override = default;
 
 private:
+    std::string newSortingName(const objectstore::Slot& phoneticA, const objectstore::Slot& writtenA,
+        const objectstore::Slot& phoneticB, const objectstore::Slot& writtenB);
+
     bool _hasUserImageChanges = false;
+    bool _partsAreRead = false;
 };
 
 /// A group of any kind.
@@ -158,6 +155,8 @@ public:
 
     /// The source of this record, fetched or made.
     ZROSRecord& rosterSource();
+    /// The card of that id in the same context, or null.
+    objectstore::ObjectRef contactWithUniqueId(std::string_view uniqueId);
     ZROSRecord& holderOf(const ZRPropertyPlace& place) override;
     void awakeFromInsert() override;
 

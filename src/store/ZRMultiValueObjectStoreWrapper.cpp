@@ -1,0 +1,330 @@
+// How rows become a multi-value, and how a multi-value becomes rows.
+#include "store/ZRMultiValueObjectStoreWrapper.h"
+
+#include "core/CountryCodes.h"
+#include "core/ZRConstants.h"
+#include "core/ZRLog.h"
+#include "core/ZRMultiValue.h"
+#include "core/ZRRecord.h"
+#include "objectstore/StoreContext.h"
+#include "platform/value/PropertyList.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRModelSlots.h"
+#include "store/ZROSRecord.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+using objectstore::ObjectList;
+using objectstore::ObjectRef;
+using objectstore::Slot;
+using objectstore::StoreContext;
+using objectstore::StoreObject;
+using platform::Value;
+
+namespace {
+
+/// The keys of an address and the property list keys that they hold.
+struct AddressKey {
+    const Slot& slot;
+    std::string_view key;
+};
+
+const std::vector<AddressKey>& addressKeys()
+{
+    static const auto* const keys = [] {
+        const auto& slots = addressSlots();
+        return new std::vector<AddressKey>{{slots.street, zr::kZRAddressStreetKey},
+            {slots.city, zr::kZRAddressCityKey}, {slots.state, zr::kZRAddressStateKey},
+            {slots.zipCode, zr::kZRAddressZIPKey}, {slots.countryName, zr::kZRAddressCountryKey},
+            {slots.countryCode, zr::kZRAddressCountryCodeKey}, {slots.region, "Region"},
+            {slots.sama, "Sama"}};
+    }();
+    return *keys;
+}
+
+bool isAddressKey(std::string_view key)
+{
+    return std::ranges::any_of(addressKeys(), [&](const AddressKey& known) { return known.key == key; });
+}
+
+/// The keys that rows of every multi-value share, in the entity of these rows.
+struct RowSlots {
+    explicit RowSlots(const objectstore::Entity& entity)
+        : uniqueId(*entity.slot("uniqueId"))
+        , label(*entity.slot("label"))
+        , orderingIndex(*entity.slot("orderingIndex"))
+        , isPrimary(*entity.slot("isPrimary"))
+    {
+    }
+    const Slot &uniqueId, &label, &orderingIndex, &isPrimary;
+};
+
+const RowSlots& rowSlots(const objectstore::Entity& entity)
+{
+    thread_local std::map<const objectstore::Entity*, RowSlots> known;
+    return known.try_emplace(&entity, entity).first->second;
+}
+
+Value valueOfRow(StoreObject& row, const ZRPropertyPlace& place)
+{
+    if (!place.entityKey)
+        return ZRMultiValueObjectStoreWrapper::addressValueWithEntity(row);
+    const Value value = row.value(*place.entityKey);
+    return value.isDate() ? ZRRecord::localDateOccurringOnSameCalendarDayAsDateInGMT(value) : value;
+}
+
+/// The identifier of the first row that is marked primary.
+std::optional<std::string> primaryIdentifierForEntities(const ObjectList& rows)
+{
+    for (const auto& row : rows)
+        if (const auto& slots = rowSlots(row->entity()); row->boolean(slots.isPrimary))
+            return std::string(row->text(slots.uniqueId));
+    return {};
+}
+
+ObjectList rowsOf(ZROSRecord& record, const ZRPropertyPlace& place)
+{
+    if (!place.service.empty())
+        return ZRMultiValueObjectStoreWrapper::messagingAddressesWithService(place.service, record);
+    return record.sortedPropertyValuesWithKey(*place.key);
+}
+
+/// What a custom row keeps under the key of its type; serialised types go through a binary property list.
+Value storedCustomValue(const Value& value, bool isSerialized)
+{
+    if (!isSerialized || value.isAbsent())
+        return value;
+    const auto bytes = platform::encodePropertyList(value, platform::PropertyListFormat::binary);
+    if (bytes)
+        return Value::data(*bytes);
+    platform::log(fmt::format("Cannot store a custom value: {}", bytes.error().text));
+    return {};
+}
+
+/// Distribution-list choices of rows that are about to be replaced, by the identifier of their entry.
+using SavedChoices = std::map<std::string, ObjectList>;
+
+SavedChoices deleteRows(const ObjectList& rows, const Slot& key, ZROSRecord& record)
+{
+    SavedChoices saved;
+    StoreContext& context = *record.context();
+    for (const auto& row : rows) {
+        const auto& slots = rowSlots(row->entity());
+        if (row->isAbsent(slots.uniqueId))
+            continue;
+        if (const Slot* choices = row->entity().slot("distributionListConfigs"))
+            if (ObjectList found = row->objects(*choices); !found.empty())
+                saved.emplace(row->text(slots.uniqueId), std::move(found));
+        record.removeObject(key, *row);
+        context.deleteObject(*row);
+    }
+    return saved;
+}
+
+void rewireChoices(SavedChoices& saved, StoreObject& row, std::string_view identifier)
+{
+    const auto at = saved.find(std::string(identifier));
+    if (at == saved.end())
+        return;
+    row.setObjects(row.slot("distributionListConfigs"), at->second);
+    saved.erase(at);
+}
+
+/// Choices whose entries are gone.
+void deleteChoices(const SavedChoices& saved, StoreContext& context)
+{
+    for (const auto& [identifier, choices] : saved)
+        for (const auto& choice : choices)
+            context.deleteObject(*choice);
+}
+
+/// Replaces `old` by one row of `key`'s entity for each entry; `fill` gives a row its value.
+template <class Fill>
+void rewriteRows(
+    const ObjectList& old, const Slot& key, const ZRMultiValue* entries, ZROSRecord& record, Fill&& fill)
+{
+    StoreContext& context = *record.context();
+    SavedChoices choices = deleteRows(old, key, record);
+    const auto& slots = rowSlots(*key.destination);
+    const std::string primary =
+        entries ? entries->primaryIdentifier().value_or(std::string()) : std::string();
+    for (ZRIndex index = 0; entries && index < entries->count(); ++index) {
+        const std::string& identifier = entries->identifierAtIndex(index);
+        const ObjectRef row = context.insertObjectOfEntity(*key.destination);
+        context.assignObjectToStore(*row, record.store());
+        fill(*row, entries->valueAtIndex(index));
+        row->setPrimitiveValue(slots.label, Value(entries->labelAtIndex(index)));
+        row->setPrimitiveValue(slots.uniqueId, Value(identifier));
+        row->setPrimitiveValue(slots.isPrimary, Value(identifier == primary));
+        row->setPrimitiveValue(slots.orderingIndex, Value(index));
+        rewireChoices(choices, *row, identifier);
+        record.addObject(key, *row);
+        if (const Slot* owner = row->entity().slot("owner"); owner != key.inverse)
+            row->setRelated(*owner, &record);
+    }
+    deleteChoices(choices, context);
+}
+
+} // namespace
+
+ObjectList ZRMultiValueObjectStoreWrapper::messagingAddressesWithService(
+    std::string_view service, ZROSRecord& owner)
+{
+    ObjectList rows = owner.sortedPropertyValuesWithKey(contactSlots().messagingAddresses);
+    std::erase_if(rows, [&](const ObjectRef& row) {
+        const ObjectRef of = row->related(messagingSlots().service);
+        return !of || of->text(of->slot("serviceName")) != service;
+    });
+    return rows;
+}
+
+Value ZRMultiValueObjectStoreWrapper::valueWithRecord(ZROSRecord& record, const ZRPropertyPlace& place)
+{
+    record.readAllParts();
+    const ObjectList rows = rowsOf(record, place);
+    ZRMultiValue::Entries entries;
+    for (const auto& row : rows) {
+        const auto& slots = rowSlots(row->entity());
+        Value value = valueOfRow(*row, place);
+        if (value.isNothing() || row->isAbsent(slots.label) || row->isAbsent(slots.uniqueId))
+            continue;
+        entries.identifiers.emplace_back(row->text(slots.uniqueId));
+        entries.labels.emplace_back(row->text(slots.label));
+        entries.values.push_back(std::move(value));
+    }
+    if (entries.identifiers.empty())
+        return {};
+    entries.primaryIdentifier = primaryIdentifierForEntities(rows);
+    return Value(platform::makeRef<ZRMultiValue>(std::move(entries)));
+}
+
+Value ZRMultiValueObjectStoreWrapper::valueWithRecord(ZROSRecord& record, StoreObject& definition)
+{
+    const ObjectList rows = record.allCustomPropertyValuesWithCustomProperty(definition);
+    if (rows.empty())
+        return {};
+    const auto type = static_cast<ZRPropertyType>(definition.integer(customPropertySlots().valueType));
+    const auto& slots = customValueSlots();
+    std::vector<std::string> identifiers, labels;
+    std::vector<Value> values;
+    for (const auto& row : rows) {
+        values.push_back(valueOfCustomRow(*row, type));
+        if (row->isAbsent(slots.label))
+            platform::log(fmt::format("Multivalue Inconsistency: Nil label on <{}>", row->description()));
+        else
+            labels.emplace_back(row->text(slots.label));
+        if (row->isAbsent(slots.uniqueId))
+            platform::log(
+                fmt::format("Multivalue Inconsistency: Nil identifier on <{}>", row->description()));
+        else
+            identifiers.emplace_back(row->text(slots.uniqueId));
+    }
+    return Value(ZRMultiValue::_initWithIdentifiers(
+        std::move(identifiers), std::move(values), std::move(labels), primaryIdentifierForEntities(rows)));
+}
+
+Value ZRMultiValueObjectStoreWrapper::valueOfCustomRow(StoreObject& row, ZRPropertyType type)
+{
+    const auto place = customPropertyValueKeyNameForPropertyType(type);
+    if (!place)
+        return {};
+    const Value stored = row.valueForKey(place->key);
+    if (place->isSerializedPropertyList) {
+        const auto value = platform::decodePropertyList(stored.asBytes());
+        return value ? *value : Value();
+    }
+    return stored;
+}
+
+bool ZRMultiValueObjectStoreWrapper::applyMultiValue(
+    const Value& value, const ZRPropertyPlace& place, ZROSRecord& record)
+{
+    const auto* entries = value.as<ZRMultiValue>();
+    if (!value.isAbsent() && !entries)
+        return false;
+    const ObjectRef service = place.service.empty() || !entries
+        ? nullptr
+        : record.managedObjectContext()->serviceNamed(place.service, record.store());
+    rewriteRows(
+        rowsOf(record, place), *place.key, entries, record, [&](StoreObject& row, const Value& entry) {
+            if (!place.entityKey)
+                setAddressValue(entry, row);
+            else
+                row.setValue(
+                    *place.entityKey, entry.isDate() ? ZRRecord::dateByNormalizingToGMT(entry) : entry);
+            if (service)
+                row.setRelated(messagingSlots().service, service.get());
+        });
+    return true;
+}
+
+bool ZRMultiValueObjectStoreWrapper::applyCustomValue(
+    const Value& value, StoreObject& definition, ZROSRecord& record)
+{
+    const auto type = static_cast<ZRPropertyType>(definition.integer(customPropertySlots().valueType));
+    const auto place = customPropertyValueKeyNameForPropertyType(type);
+    const auto* entries = value.as<ZRMultiValue>();
+    if (!place || (zrIsMultiValueType(type) && !value.isAbsent() && !entries))
+        return false;
+    const Slot& key = record.slot("customProperties");
+    const auto fill = [&](StoreObject& row, const Value& entry) {
+        row.setRelated(customValueSlots().customProperty, &definition);
+        row.setValueForKey(place->key, storedCustomValue(entry, place->isSerializedPropertyList));
+    };
+    const ObjectList old = record.allCustomPropertyValuesWithCustomProperty(definition);
+    if (zrIsMultiValueType(type)) {
+        rewriteRows(old, key, entries, record, fill);
+        return true;
+    }
+    ObjectRef row = old.empty() ? nullptr : old.front();
+    if (!row && value.isAbsent())
+        return true;
+    if (!row) {
+        row = record.context()->insertObjectOfEntity(*key.destination);
+        record.context()->assignObjectToStore(*row, record.store());
+        // All writers give the one row of a single value the same identifier, so that two of them meet in it.
+        row->setPrimitiveValue(
+            customValueSlots().uniqueId, Value(definition.text(customPropertySlots().propertyName)));
+        record.addObject(key, *row);
+    }
+    fill(*row, value);
+    return true;
+}
+
+Value ZRMultiValueObjectStoreWrapper::addressValueWithEntity(StoreObject& row)
+{
+    std::vector<std::pair<std::string, Value>> entries;
+    for (const auto& [slot, key] : addressKeys())
+        if (const auto text = row.text(slot); !text.empty())
+            entries.emplace_back(key, Value(text));
+    const auto& custom = addressSlots().customValuesDictionary;
+    if (!row.isAbsent(custom))
+        if (const auto decoded = platform::decodePropertyList(row.bytes(custom));
+            decoded && decoded->asDictionary())
+            for (const auto& entry : decoded->asDictionary()->entries())
+                entries.push_back(entry);
+    return Value::dictionary(std::move(entries));
+}
+
+void ZRMultiValueObjectStoreWrapper::setAddressValue(const Value& dictionary, StoreObject& row)
+{
+    for (const auto& [slot, key] : addressKeys()) {
+        const Value& part = dictionary[key];
+        row.setValue(slot,
+            key == zr::kZRAddressCountryCodeKey && part.isString()
+                ? Value(correctedCountryCode(part.asText()))
+                : part);
+    }
+    std::vector<std::pair<std::string, Value>> custom;
+    if (const auto* given = dictionary.asDictionary())
+        for (const auto& [key, value] : given->entries())
+            if (!isAddressKey(key) && !value.isNothing())
+                custom.emplace_back(key, value);
+    if (!custom.empty())
+        row.setValue(addressSlots().customValuesDictionary,
+            storedCustomValue(Value::dictionary(std::move(custom)), true));
+}

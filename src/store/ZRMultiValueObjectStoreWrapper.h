@@ -1,0 +1,45 @@
+// Multi-values in the store: how rows become a multi-value, and how a multi-value becomes rows.
+#pragma once
+
+#include "core/ZRPropertyType.h"
+#include "objectstore/StoreObject.h"
+#include "platform/value/Value.h"
+#include "store/ZRPropertyPlaces.h"
+
+#include <string_view>
+
+class ZROSRecord;
+
+/// Reads and rewrites the rows of one property of one record.
+///
+/// A multi-value read is a plain value: it keeps no link to the rows. A write replaces every row of the
+/// property; an entry that keeps its identifier keeps its distribution-list choices, though its row is new.
+///
+/// Ownership: none; class-level operations only.
+/// Threads:   the global lock and the context's lock are held.
+/// Errors:    a row without value, label or identifier is passed over. A write answers false, with nothing
+/// changed,
+///            for a value that is no multi-value and for a property without rows.
+class ZRMultiValueObjectStoreWrapper {
+public:
+    /// The multi-value of a property; absent when no entry could be read.
+    static platform::Value valueWithRecord(ZROSRecord& record, const ZRPropertyPlace& place);
+    /// The same of a custom property, by its definition.
+    static platform::Value valueWithRecord(ZROSRecord& record, objectstore::StoreObject& definition);
+    /// The value of one row of a custom property.
+    static platform::Value valueOfCustomRow(objectstore::StoreObject& row, ZRPropertyType type);
+
+    /// Makes the rows those of `value`; absent leaves none.
+    static bool applyMultiValue(
+        const platform::Value& value, const ZRPropertyPlace& place, ZROSRecord& record);
+    /// The same of a custom property, of one value or of several.
+    static bool applyCustomValue(
+        const platform::Value& value, objectstore::StoreObject& definition, ZROSRecord& record);
+
+    /// The messaging rows of one service, in order.
+    static objectstore::ObjectList messagingAddressesWithService(std::string_view service, ZROSRecord& owner);
+
+    /// An address as its dictionary, and back.
+    static platform::Value addressValueWithEntity(objectstore::StoreObject& row);
+    static void setAddressValue(const platform::Value& dictionary, objectstore::StoreObject& row);
+};

@@ -1,0 +1,236 @@
+// How a property of a record is read from and written to its stored object.
+#include "store/ZROSRecord.h"
+
+#include "core/ZRConstants.h"
+#include "core/ZRLog.h"
+#include "core/ZRRecord.h"
+#include "core/ZRUniqueId.h"
+#include "objectstore/StoreContext.h"
+#include "platform/run/Clock.h"
+#include "platform/value/PropertyList.h"
+#include "store/ZRCustomProperties.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRModelSlots.h"
+#include "store/ZRModelTable.h"
+#include "store/ZRMultiValueObjectStoreWrapper.h"
+#include "store/ZRPropertyPlaces.h"
+
+#include <algorithm>
+
+using objectstore::ObjectList;
+using objectstore::ObjectRef;
+using objectstore::Slot;
+using objectstore::StoreObject;
+using platform::Value;
+
+namespace {
+
+constexpr std::int64_t publicFlags = 7 | 56;
+
+/// What callers see of a stored value: a birthday is noon of its day where they are, of the flags only the
+/// bits that have a public meaning.
+Value publicValue(const Value& stored, std::string_view property)
+{
+    if (property == zr::kZRBirthdayProperty)
+        return ZRRecord::localDateOccurringOnSameCalendarDayAsDateInGMT(stored);
+    if (property == zr::kZRPersonFlags) {
+        const std::int64_t flags = stored.asInteger() & publicFlags;
+        return flags == 0 ? Value() : Value(flags);
+    }
+    return stored;
+}
+
+/// What is stored of a value that a caller gives. `stored` is there now.
+Value storedValue(const Value& value, std::string_view property, const Value& stored)
+{
+    if (property == zr::kZRBirthdayProperty)
+        return ZRRecord::dateByNormalizingToGMT(value);
+    if (property == zr::kZRPersonFlags) {
+        // The mark of the last import is not the caller's to clear.
+        const std::int64_t flags = (value.asInteger() & publicFlags) | (stored.asInteger() & ~publicFlags);
+        return flags == 0 ? Value() : Value(flags);
+    }
+    return value;
+}
+
+} // namespace
+
+platform::Ref<StoreObject> ZROSRecord::make(const objectstore::Entity& entity)
+{
+    return platform::makeRef<ZROSRecord>(entity);
+}
+
+platform::Ref<StoreObject> ZROSGroup::make(const objectstore::Entity& entity)
+{
+    return platform::makeRef<ZROSGroup>(entity);
+}
+
+std::string_view ZROSRecord::_table() const { return modelEntityNamed(entity().name())->table; }
+bool ZROSRecord::_isPublicRecord() const { return modelEntityNamed(entity().name())->isPublic; }
+
+const ZRRecordClass* ZROSRecord::publicRecordClass() const
+{
+    return ZRRecordClass::named(modelEntityNamed(entity().name())->publicClass);
+}
+
+std::string ZROSRecord::nts_UniqueId() { return std::string(text(slot("uniqueId"))); }
+
+void ZROSRecord::zrPublicRecordIsGone(const ZRRecord& record)
+{
+    if (_publicRecord == &record)
+        _publicRecord = nullptr;
+}
+
+ZRManagedObjectContext* ZROSRecord::managedObjectContext() const
+{
+    return dynamic_cast<ZRManagedObjectContext*>(context());
+}
+
+ZRRoster* ZROSRecord::roster() const
+{
+    const auto* managed = managedObjectContext();
+    return managed ? managed->owningRoster() : nullptr;
+}
+
+void ZROSRecord::awakeFromInsert()
+{
+    setValue(slot("creationDate"), Value(platform::Date{platform::Clock::current().now()}));
+}
+
+const ZRPropertyPlace* ZROSRecord::placeOfProperty(std::string_view property) const
+{
+    return zrPlaceOfProperty(entity(), property);
+}
+
+ZROSRecord& ZROSRecord::holderOf(const ZRPropertyPlace&) { return *this; }
+
+Value ZROSRecord::nts_ValueForProperty(std::string_view property, std::size_t, const ZRRecord&)
+{
+    if (!context())
+        return {};
+    if (const auto* place = placeOfProperty(property)) {
+        ZROSRecord& holder = holderOf(*place);
+        if (place->isMultiValue)
+            return ZRMultiValueObjectStoreWrapper::valueWithRecord(holder, *place);
+        if (!place->entity)
+            return publicValue(holder.value(*place->key), property);
+        const ObjectRef part = holder.related(*place->key);
+        return part ? part->value(*place->entityKey) : Value();
+    }
+    return customValue(property);
+}
+
+Value ZROSRecord::customValue(std::string_view property)
+{
+    const ObjectRef definition = definitionOfCustomProperty(property);
+    if (!definition)
+        return valueForKey(property);
+    const auto type = static_cast<ZRPropertyType>(definition->integer(customPropertySlots().valueType));
+    if (zrIsMultiValueType(type))
+        return ZRMultiValueObjectStoreWrapper::valueWithRecord(*this, *definition);
+    const ObjectList rows = allCustomPropertyValuesWithCustomProperty(*definition);
+    return rows.empty() ? Value() : ZRMultiValueObjectStoreWrapper::valueOfCustomRow(*rows.front(), type);
+}
+
+ObjectRef ZROSRecord::definitionOfCustomProperty(std::string_view property) const
+{
+    // A name that the entity knows as a key is that key, never a custom property.
+    ZRRoster* owner = roster();
+    if (!owner || entity().slot(property))
+        return nullptr;
+    return ZRCustomProperties::definitionNamed(*owner, entity().name(), property);
+}
+
+bool ZROSRecord::nts_SetValue(const Value& given, std::string_view property, bool, ZRRecord&)
+{
+    const Value value = given.isNull() ? Value() : given;
+    if (const auto* place = placeOfProperty(property)) {
+        ZROSRecord& holder = holderOf(*place);
+        if (place->isMultiValue)
+            return ZRMultiValueObjectStoreWrapper::applyMultiValue(value, *place, holder);
+        if (!place->entity) {
+            const Value stored = property == zr::kZRPersonFlags ? holder.value(*place->key) : Value();
+            holder.setValue(*place->key, storedValue(value, property, stored));
+            return true;
+        }
+        ObjectRef part = holder.related(*place->key);
+        if (!part) {
+            if (value.isAbsent())
+                return true;
+            part = context()->insertObjectOfEntity(*place->entity);
+            context()->assignObjectToStore(*part, store());
+            holder.setRelated(*place->key, part.get());
+        }
+        part->setValue(*place->entityKey, value);
+        return true;
+    }
+    if (const ObjectRef definition = definitionOfCustomProperty(property))
+        return ZRMultiValueObjectStoreWrapper::applyCustomValue(value, *definition, *this);
+    setValueForKey(property, value);
+    return true;
+}
+
+Value ZROSRecord::valueForUndefinedKey(std::string_view key)
+{
+    ZRDebugLog(fmt::format("ZRRecord ({}) valueForProperty: {} - unknown property", entity().name(), key));
+    return {};
+}
+
+ObjectList ZROSRecord::sortedPropertyValuesWithKey(const Slot& key)
+{
+    ObjectList rows = objects(key);
+    const Slot& order = *key.destination->slot("orderingIndex");
+    std::ranges::stable_sort(rows, {}, [&](const ObjectRef& row) { return row->integer(order); });
+    return rows;
+}
+
+ObjectRef ZROSRecord::propertyValueWithKey(const Slot& key, std::string_view uniqueId)
+{
+    const Slot& identifier = *key.destination->slot("uniqueId");
+    for (const auto& row : objects(key))
+        if (row->text(identifier) == uniqueId)
+            return row;
+    return nullptr;
+}
+
+ObjectList ZROSRecord::allCustomPropertyValuesWithCustomProperty(StoreObject& definition)
+{
+    ObjectList rows = sortedPropertyValuesWithKey(slot("customProperties"));
+    std::erase_if(rows, [&](const ObjectRef& row) {
+        return row->relatedKey(customValueSlots().customProperty) != definition.key();
+    });
+    return rows;
+}
+
+ObjectList ZROSRecord::parentGroups()
+{
+    const Slot* key = entity().slot("parentGroups");
+    return context() && key ? objects(*key) : ObjectList();
+}
+
+std::vector<std::string> ZROSRecord::nts_ChangedProperties()
+{
+    std::vector<std::string> properties;
+    for (const auto& [property, place] : zrPropertiesOf(entity()))
+        if (hasChanged(*place.key))
+            properties.emplace_back(property);
+    return properties;
+}
+
+Value ZROSRecord::cached(std::string_view key) const
+{
+    if (_cache)
+        for (const auto& [name, value] : *_cache)
+            if (name == key)
+                return value;
+    return {};
+}
+
+void ZROSRecord::cache(const Value& value, std::string_view key)
+{
+    if (!_cache)
+        _cache = std::make_unique<std::vector<std::pair<std::string, Value>>>();
+    std::erase_if(*_cache, [&](const auto& entry) { return entry.first == key; });
+    if (!value.isAbsent())
+        _cache->emplace_back(key, value);
+}
