@@ -1,0 +1,124 @@
+// What is known of a card only at its end: its name, its entries with their labels, its note.
+#include "interchange/vcard/ZRVCardParser+State.h"
+
+#include "core/ZRConstants.h"
+#include "core/ZRMutableMultiValue.h"
+
+#include <utility>
+
+using namespace vcard;
+
+namespace {
+
+constexpr std::pair<Pending, std::string_view> kEntriesBehindAddresses[] = {
+    {Pending::aims, zr::kZRAIMInstantProperty},
+    {Pending::jabbers, zr::kZRJabberInstantProperty},
+    {Pending::msns, zr::kZRMSNInstantProperty},
+    {Pending::yahoos, zr::kZRYahooInstantProperty},
+    {Pending::icqs, zr::kZRICQInstantProperty},
+    {Pending::dates, zr::kZROtherDatesProperty},
+    {Pending::relatedNames, zr::kZRRelatedNamesProperty},
+    {Pending::urls, zr::kZRURLsProperty},
+    {Pending::calendarURIs, zr::kZRCalendarURIsProperty},
+};
+
+bool isEmpty(const std::optional<std::string>& text) { return !text || text->empty(); }
+
+/// No value, or a text without characters.
+bool holdsNothing(const platform::Value& value)
+{
+    return value.isNothing() || (value.isString() && value.asText().empty());
+}
+
+void add(ZRMutableMultiValue& values, const ZRVCardParameter& entry, platform::Value value,
+    const std::string* label)
+{
+    const std::string_view own = entry.name() ? std::string_view(*entry.name()) : zr::kZROtherLabel;
+    const std::string identifier = values.addValue(value, label ? std::string_view(*label) : own);
+    if (entry.primary())
+        values.setPrimaryIdentifier(identifier);
+}
+
+} // namespace
+
+void ZRVCardParser::State::finishCard()
+{
+    finishNames();
+    addMultiValues(Pending::emails, zr::kZREmailProperty);
+    addMultiValues(Pending::phones, zr::kZRPhoneProperty);
+    addAddressMultiValues();
+    for (const auto& [kind, property] : kEntriesBehindAddresses)
+        addMultiValues(kind, property);
+    finishNotes();
+    if (card.uid)
+        setter->setValueInTemporaryCache(std::move(*card.uid), ZRTempVCardUIDKey);
+    if (card.imageData)
+        setter->setImageData(platform::Value::data(*card.imageData));
+}
+
+/// A card with a formatted name alone keeps it as its last name; one of an organization without a person's
+/// name is a company.
+void ZRVCardParser::State::finishNames()
+{
+    if (!isEmpty(card.organization))
+        setter->setValue(*card.organization, zr::kZROrganizationProperty);
+    if (!card.last && !card.first && !card.organization && !isEmpty(card.formattedName))
+        setter->setValue(*card.formattedName, zr::kZRLastNameProperty);
+    if (!isEmpty(card.organization) && isEmpty(setter->fullName()))
+        setPersonFlags((personFlags() & ~kShowAsBits) + kShowAsCompany);
+}
+
+void ZRVCardParser::State::finishNotes()
+{
+    if (card.otherNotes) {
+        if (isEmpty(card.notes))
+            card.notes = std::move(card.otherNotes);
+        else
+            card.notes->append("\n").append(*card.otherNotes);
+    }
+    if (!isEmpty(card.notes))
+        setter->setValue(std::move(*card.notes), zr::kZRNoteProperty);
+}
+
+const std::string* ZRVCardParser::State::extensionOf(
+    const ZRVCardParameter& entry, std::string_view name) const
+{
+    if (!entry.grouping())
+        return nullptr;
+    const auto group = card.extensions.find(*entry.grouping());
+    if (group == card.extensions.end())
+        return nullptr;
+    const auto extension = group->second.find(name);
+    return extension == group->second.end() || extension->second.empty() ? nullptr
+                                                                         : &extension->second.front();
+}
+
+void ZRVCardParser::State::addMultiValues(Pending kind, std::string_view property)
+{
+    if (entries(kind).empty())
+        return;
+    const auto values = platform::makeRef<ZRMutableMultiValue>();
+    values->reserve(entries(kind).size());
+    for (const auto& entry : entries(kind))
+        if (!holdsNothing(entry.value()))
+            add(*values, entry, entry.value(), extensionOf(entry, kLabelExtension));
+    if (values->count() > 0)
+        setter->setValue(values, property);
+}
+
+void ZRVCardParser::State::addAddressMultiValues()
+{
+    if (entries(Pending::addresses).empty())
+        return;
+    const auto values = platform::makeRef<ZRMutableMultiValue>();
+    for (const auto& entry : entries(Pending::addresses)) {
+        platform::Value address = entry.value();
+        if (const auto* countryCode = extensionOf(entry, kAddressExtension)) {
+            auto parts = address.asDictionary()->entries();
+            parts.emplace_back(zr::kZRAddressCountryCodeKey, *countryCode);
+            address = platform::Value::dictionary(std::move(parts));
+        }
+        add(*values, entry, address, extensionOf(entry, kLabelExtension));
+    }
+    setter->setValue(values, zr::kZRAddressProperty);
+}

@@ -1,0 +1,28 @@
+// How the lexer reads one character, of one byte or of two: what its files share.
+#pragma once
+
+#include "interchange/vcard/ZRVCardLexer.h"
+
+template <std::size_t Width>
+char16_t ZRVCardLexer::unitAt(std::size_t at) const
+{
+    if constexpr (Width == 1)
+        return byteAt(at);
+    else
+        return static_cast<char16_t>(byteAt(at) << 8 | byteAt(at + 1));
+}
+
+template <std::size_t Width>
+vcard::TokenCode ZRVCardLexer::tokenAt(std::size_t at) const
+{
+    return at < _length ? vcard::tokenOfUnit(unitAt<Width>(at)) : vcard::kNoToken;
+}
+
+/// The first place from `at` on with a token of one of the classes, or the end of the data.
+template <std::size_t Width>
+std::size_t ZRVCardLexer::find(std::size_t at, vcard::TokenMask classes) const
+{
+    while (at < _length && !(vcard::tokenOfUnit(unitAt<Width>(at)) & classes))
+        at += Width;
+    return at;
+}
