@@ -47,8 +47,8 @@ std::optional<std::string> bytesFromBase64(std::string_view text)
     bytes.reserve(text.size() / 4 * 3 + 2);
     std::uint32_t bits = 0;
     std::size_t digits = 0, padding = 0;
-    for (const unsigned char character : text) {
-        const std::int8_t worth = kWorth[character];
+    for (const char character : text) {
+        const std::int8_t worth = kWorth[static_cast<unsigned char>(character)];
         if (worth == kBlank)
             continue;
         if (worth == kPadding) {

@@ -94,8 +94,8 @@ private:
     std::uint64_t numberAt(std::size_t at, std::size_t width) const
     {
         std::uint64_t number = 0;
-        for (const unsigned char byte : _bytes.substr(at, width))
-            number = number << 8 | byte;
+        for (const char byte : _bytes.substr(at, width))
+            number = number << 8 | static_cast<unsigned char>(byte);
         return number;
     }
     std::uint64_t offsetOf(std::size_t object) const

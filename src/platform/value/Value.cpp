@@ -181,8 +181,8 @@ std::string Data::description() const
 {
     constexpr std::size_t shown = 24;
     std::string text = "<";
-    for (unsigned char byte : std::string_view(_bytes).substr(0, shown))
-        fmt::format_to(std::back_inserter(text), "{:02x}", byte);
+    for (const char byte : std::string_view(_bytes).substr(0, shown))
+        fmt::format_to(std::back_inserter(text), "{:02x}", static_cast<unsigned char>(byte));
     return fmt::format("{}{} {} bytes>", text, _bytes.size() > shown ? "…" : "", _bytes.size());
 }
 

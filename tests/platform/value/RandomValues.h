@@ -87,8 +87,8 @@ inline std::string spelled(const Value& value)
 {
     const auto hex = [](std::string_view bytes) {
         std::string digits;
-        for (const unsigned char byte : bytes)
-            fmt::format_to(std::back_inserter(digits), "{:02x}", byte);
+        for (const char byte : bytes)
+            fmt::format_to(std::back_inserter(digits), "{:02x}", static_cast<unsigned char>(byte));
         return digits;
     };
     switch (value.kind()) {
