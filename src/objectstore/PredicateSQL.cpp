@@ -83,6 +83,8 @@ struct Column {
     AttributeType type;
     /// True when it never is NULL.
     bool isAlwaysPresent = false;
+    /// Compared are only these bits.
+    std::optional<std::int64_t> mask = std::nullopt;
 };
 
 /// The three parts of a query over the pairs that a to-many relationship makes.
@@ -148,6 +150,13 @@ private:
             });
         else
             test();
+    }
+
+    void operand(const Column& column)
+    {
+        write(column.mask ? "(" + column.name + " & ?)" : column.name);
+        if (column.mask)
+            bind(Value(*column.mask));
     }
 
     void isPresent(const Column& column)
@@ -338,7 +347,7 @@ private:
     void sameAs(const Column& column, std::string_view comparison, const Value& value)
     {
         present(column, [&] {
-            write(column.name);
+            operand(column);
             write(comparison);
             bind(value);
         });
@@ -355,7 +364,8 @@ private:
 
     void inJSON(const Column& column, std::string json)
     {
-        write(column.name + " IN (SELECT value FROM json_each(?))");
+        operand(column);
+        write(" IN (SELECT value FROM json_each(?))");
         bind(Value(std::move(json)));
     }
 
@@ -432,7 +442,8 @@ private:
             return plainValue(test, comparator, column);
         const bool isNumber = kindOfColumn(column.type) == ComparisonKind::number;
         plainValue(test, comparator,
-            {isNumber ? fmt::format("({} & {})", column.name, *test.mask) : "NULL", AttributeType::integer});
+            {isNumber ? column.name : "NULL", AttributeType::integer, false,
+                isNumber ? test.mask : std::nullopt});
     }
 
     void plainValue(const StorePredicate::Comparison& test, Comparator comparator, const Column& column)
@@ -506,7 +517,8 @@ private:
         if (elements.size() > kMostBoundElements)
             return cannot();
         present(column, [&] {
-            write(column.name + " IN (");
+            operand(column);
+            write(" IN (");
             for (std::size_t i = 0; i < elements.size(); ++i) {
                 write(i ? ", ?" : "?");
                 bind(elements[i]);
