@@ -11,7 +11,8 @@
 class ZR_EXPORT ZRMutableMultiValue : public ZRMultiValue {
 public:
     ZRMutableMultiValue() = default;
-    explicit ZRMutableMultiValue(Entries entries) : ZRMultiValue(std::move(entries)) { }
+    /// Labels and values that are missing become empty; those without an identifier fall away.
+    explicit ZRMutableMultiValue(Entries entries);
 
     /// Makes room: a reader of cards knows how many entries come.
     void reserve(std::size_t entries);
