@@ -1,6 +1,7 @@
 // The public handle of every stored thing.
 #pragma once
 
+#include "core/ReleasedHandles.h"
 #include "core/ZRExport.h"
 #include "core/ZRPropertyType.h"
 #include "core/ZRRecordClass.h"
@@ -19,6 +20,20 @@ class ZROSRecord;
 class ZRRecord;
 class ZRRoster;
 
+/// A few values by name, made at the first write.
+class ZRPrivateDictionary {
+public:
+    /// Absent for a name that has none.
+    platform::Value value(std::string_view name) const;
+    /// An absent value takes the name out.
+    void set(const platform::Value& value, std::string_view name);
+    void clear() { _entries.reset(); }
+
+private:
+    using Entries = std::vector<std::pair<std::string, platform::Value>>;
+    std::unique_ptr<Entries> _entries;
+};
+
 using ZRRecordList = std::vector<platform::Ref<ZRRecord>>;
 
 /// A person, a group, the info record: a thin handle on a stored object, bound to the roster that made it.
@@ -34,7 +49,7 @@ using ZRRecordList = std::vector<platform::Ref<ZRRecord>>;
 ///            any thread and takes no lock: the next holder of the lock finishes it.
 /// Errors:    a bad argument raises ZRInvalidArgument. A row that another process deleted reads as absent; a
 ///            write to it raises objectstore::InaccessibleObject.
-class ZR_EXPORT ZRRecord : public platform::Object {
+class ZR_EXPORT ZRRecord : public platform::Object, private ReleasedHandle {
 public:
     static const ZRRecordClass recordClassDescription;
     /// The class of this record.
@@ -92,7 +107,10 @@ public:
     platform::Value nts_ValueForProperty(std::string_view property, std::size_t row) const;
     /// Sets a value; absent and the null marker remove it. Answers false when refused: the unique id never
     /// changes. The type of the value is not checked here.
-    bool setValue(const platform::Value& value, std::string_view property);
+    bool setValue(const platform::Value& value, std::string_view property)
+    {
+        return setValue(value, property, true);
+    }
     bool setValue(const platform::Value& value, std::string_view property, bool recordCouldBeInDatabase);
     virtual bool nts_SetValue(const platform::Value& value, std::string_view property);
     virtual bool nts_SetValue(
@@ -206,19 +224,19 @@ public:
 
 protected:
     ZRRecord() = default;
-    void lastOwnerGone() noexcept override;
+    void lastOwnerGone() noexcept final;
 
 private:
     friend class ZRRoster;
-    struct Dictionaries;
 
+    void finishRelease() noexcept final;
+    void bind(platform::Ref<ZROSRecord> impl, platform::Ref<ZRRoster> roster);
     std::pair<std::string, std::string> _firstMatchingProperty(std::string_view keyPath) const;
-    void bind(platform::Ref<ZROSRecord> impl, ZRRoster& roster);
 
     platform::Ref<ZROSRecord> _databaseImpl;
     platform::Ref<ZRRoster> _roster;
     std::string _uniqueId;
-    /// The temporary cache of a record without a stored object; a stored one keeps it with the stored object,
-    /// where it outlives the handle.
-    mutable std::unique_ptr<std::vector<std::pair<std::string, platform::Value>>> _specialCache;
+    /// The private dictionary of a record without a stored object; a stored object keeps it itself, so that
+    /// it outlives the handle.
+    mutable ZRPrivateDictionary _ownDictionary;
 };

@@ -172,7 +172,7 @@ bool ZROSRecord::nts_SetValue(const Value& given, std::string_view property, boo
 
 Value ZROSRecord::valueForUndefinedKey(std::string_view key)
 {
-    ZRDebugLog(fmt::format("ZRRecord ({}) valueForProperty: {} - unknown property", entity().name(), key));
+    ZRDebugLog("ZRRecord ({}) valueForProperty: {} - unknown property", entity().name(), key);
     return {};
 }
 
@@ -215,22 +215,4 @@ std::vector<std::string> ZROSRecord::nts_ChangedProperties()
         if (hasChanged(*place.key))
             properties.emplace_back(property);
     return properties;
-}
-
-Value ZROSRecord::cached(std::string_view key) const
-{
-    if (_cache)
-        for (const auto& [name, value] : *_cache)
-            if (name == key)
-                return value;
-    return {};
-}
-
-void ZROSRecord::cache(const Value& value, std::string_view key)
-{
-    if (!_cache)
-        _cache = std::make_unique<std::vector<std::pair<std::string, Value>>>();
-    std::erase_if(*_cache, [&](const auto& entry) { return entry.first == key; });
-    if (!value.isAbsent())
-        _cache->emplace_back(key, value);
 }

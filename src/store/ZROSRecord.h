@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/ZRPropertyType.h"
+#include "core/ZRRecord.h"
 #include "core/ZRRecordClass.h"
 #include "objectstore/StoreObject.h"
 #include "store/ZRPropertyPlaces.h"
@@ -79,9 +80,7 @@ public:
 
     // ---- the private dictionary of the record
 
-    platform::Value cached(std::string_view key) const;
-    void cache(const platform::Value& value, std::string_view key);
-    void clearCache() { _cache.reset(); }
+    ZRPrivateDictionary& privateDictionary() { return _privateDictionary; }
 
     void awakeFromInsert() override;
 
@@ -93,7 +92,7 @@ private:
     objectstore::ObjectRef definitionOfCustomProperty(std::string_view property) const;
 
     ZRRecord* _publicRecord = nullptr;
-    std::unique_ptr<std::vector<std::pair<std::string, platform::Value>>> _cache;
+    ZRPrivateDictionary _privateDictionary;
 };
 
 /// A card.

@@ -1,0 +1,59 @@
+// The stored side of the info record: its serial number, and the source that keeps Me and the sharing
+// entries.
+#include "core/ZRUniqueId.h"
+#include "objectstore/StoreContext.h"
+#include "platform/run/Log.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZROSRecord.h"
+
+#include <fmt/format.h>
+
+using objectstore::ObjectRef;
+using objectstore::StoreObject;
+using objectstore::StorePredicate;
+using platform::Value;
+
+platform::Ref<StoreObject> ZROSInfo::make(const objectstore::Entity& entity)
+{
+    return platform::makeRef<ZROSInfo>(entity);
+}
+
+void ZROSInfo::awakeFromInsert()
+{
+    ZROSRecord::awakeFromInsert();
+    setPrimitiveValue(slot("serialNumber"), Value(zrUniqueString()));
+}
+
+ZROSRecord& ZROSInfo::rosterSource()
+{
+    const auto& key = slot("rosterSource");
+    ObjectRef source = related(key);
+    if (!source) {
+        const auto local = StorePredicate::compare("local", objectstore::Comparator::equal, Value(true));
+        const auto found = managedObjectContext()->zrObjectsForPredicate(local, "ZROSRosterSource");
+        source = found.empty() ? nullptr : found.back();
+    }
+    if (!source) {
+        source = context()->insertObjectOfEntity("ZROSRosterSource");
+        context()->assignObjectToStore(*source, store());
+        source->setPrimitiveValue(
+            source->slot("uniqueId"), Value(_newUniqueIdForTable("ZRSubscriptionRecord")));
+        source->setPrimitiveValue(source->slot("local"), Value(true));
+    }
+    if (relatedKey(key) != source->key())
+        setRelated(key, source.get());
+    return static_cast<ZROSRecord&>(*source);
+}
+
+ZROSRecord& ZROSInfo::holderOf(const ZRPropertyPlace& place)
+{
+    if (place.ofSource)
+        return rosterSource();
+    return *this;
+}
+
+ObjectRef ZROSInfo::contactWithUniqueId(std::string_view uniqueId)
+{
+    const auto found = managedObjectContext()->zrContactsForUniqueIDs({std::string(uniqueId)});
+    return found.empty() ? nullptr : found.front();
+}
