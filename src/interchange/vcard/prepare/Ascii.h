@@ -16,6 +16,14 @@ constexpr bool isNameCharacter(char c)
     return (upper(c) >= 'A' && upper(c) <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
 }
 
+constexpr bool isName(std::string_view text)
+{
+    for (const char c : text)
+        if (!isNameCharacter(c))
+            return false;
+    return !text.empty();
+}
+
 constexpr bool equalInAnyCase(std::string_view a, std::string_view b)
 {
     if (a.size() != b.size())

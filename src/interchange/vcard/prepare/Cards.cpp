@@ -3,6 +3,8 @@
 #include "interchange/vcard/prepare/Ascii.h"
 #include "interchange/vcard/prepare/Property.h"
 
+#include <algorithm>
+
 namespace vcard::prepare {
 
 namespace {
@@ -122,7 +124,7 @@ void CardReader::readCard(RawCard& card)
             card.lines.clear();
         }
     }
-    if (card.ending == Ending::cutOff && _depth > 0 && _nestedClosed)
+    if (card.ending == Ending::cutOff && _nestedClosed)
         card.ending = Ending::nestedOpen;
     if (tooLarge)
         card.ending = Ending::tooLarge;
@@ -134,6 +136,11 @@ void CardReader::readLine(RawCard& card)
     const auto number = _lines.number();
     const auto folding = card.version == Version::v21 ? Folding::keepBlank : Folding::dropBlank;
     readLogicalLine(_lines, folding, kMaximumCardBytes, card.bytes);
+    // A NUL means nothing in a card, and a separator to its reader.
+    if (card.bytes.find('\0', start) != card.bytes.npos)
+        card.bytes.erase(
+            std::remove(card.bytes.begin() + static_cast<std::ptrdiff_t>(start), card.bytes.end(), '\0'),
+            card.bytes.end());
     const auto line = std::string_view(card.bytes).substr(start);
     const auto nested = nestedBy(line);
     _nestedMayFollow = nested == Nested::mayFollow;
@@ -145,6 +152,7 @@ void CardReader::readLine(RawCard& card)
     } else if (_depth > 0 || trimmed(line).empty()) {
         card.bytes.resize(start);
     } else {
+        _nestedClosed = false;
         card.lines.push_back({start, line.size(), number});
     }
 }

@@ -37,7 +37,7 @@ struct RawCard {
         std::size_t number;
     };
 
-    /// The logical lines, one behind the other, without BEGIN and END.
+    /// The logical lines, one behind the other, without BEGIN and END, and without NULs.
     std::string bytes;
     std::vector<Line> lines;
     /// The number of the line of BEGIN.
@@ -87,7 +87,7 @@ private:
     std::size_t _depth = 0;
     /// "AGENT:" with nothing behind it: a BEGIN in the next line opens a nested card.
     bool _nestedMayFollow = false;
-    /// A nested card has been closed, perhaps by the END of the card around it.
+    /// The last line was the END of a nested card, or perhaps of the card around it.
     bool _nestedClosed = false;
 };
 

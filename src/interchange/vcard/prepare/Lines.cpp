@@ -12,6 +12,8 @@ namespace vcard::prepare {
 
 namespace {
 
+constexpr std::string_view kBegin = "BEGIN:VCARD";
+
 struct Width {
     std::size_t bytes;
     bool bigEndian;
@@ -100,6 +102,17 @@ std::string_view withoutMark(std::string_view bytes)
     return bytes.starts_with("\xEF\xBB\xBF") ? bytes.substr(3) : bytes;
 }
 
+bool endsInBegin(std::string_view line)
+{
+    if (line.size() <= kBegin.size() || upper(line.back()) != 'D')
+        return false;
+    const auto before = trimmed(line.substr(0, line.size() - kBegin.size()));
+    if (before.empty() || !equalInAnyCase(line.substr(line.size() - kBegin.size()), kBegin))
+        return false;
+    Property property;
+    return before.back() != ':' || !property.parse(before) || !equalInAnyCase(property.name, "AGENT");
+}
+
 PhysicalLines::PhysicalLines(std::string_view bytes) : _bytes(bytes) { findEnd(); }
 
 void PhysicalLines::findEnd()
@@ -110,12 +123,19 @@ void PhysicalLines::findEnd()
     }
     const auto carriageReturn = _bytes.substr(_start, _lineFeed - _start).find('\r');
     _end = carriageReturn == _bytes.npos ? _lineFeed : _start + carriageReturn;
+    _endsAtMark = endsInBegin(line());
+    if (_endsAtMark)
+        _end -= kBegin.size();
 }
 
 void PhysicalLines::advance()
 {
     if (atEnd())
         return;
+    if (_endsAtMark) {
+        _start = _end;
+        return findEnd();
+    }
     const bool both = _end + 1 < _bytes.size() && _bytes[_end] == '\r' && _bytes[_end + 1] == '\n';
     _start = std::min(_end + (both ? 2 : 1), _bytes.size());
     ++_number;

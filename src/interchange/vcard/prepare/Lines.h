@@ -16,7 +16,13 @@ std::optional<std::string> textOfWideBytes(std::string_view bytes);
 /// The bytes without the UTF-8 mark in front.
 std::string_view withoutMark(std::string_view bytes);
 
+/// The mark of a card's beginning at the very end of a line of other text: what a card that was cut off
+/// leaves when the next one follows at once. Not so behind "AGENT:", where a nested card begins.
+bool endsInBegin(std::string_view line);
+
 /// The physical lines of some bytes, ended by CR, LF or CR LF; a position that is cheap to copy.
+///
+/// A line that `endsInBegin` is two lines, so that the card which begins there is not lost with the other.
 ///
 /// Ownership: borrows the bytes.
 /// Threads:   a plain value.
@@ -44,6 +50,8 @@ private:
     std::size_t _lineFeed = 0;
     std::size_t _number = 1;
     bool _lineFeedKnown = false;
+    /// The line ends at a mark, not at a line end.
+    bool _endsAtMark = false;
 };
 
 enum class Mark : std::uint8_t { none, begin, end };

@@ -17,7 +17,7 @@ std::string firstTellingLine(const RawCard& raw)
     for (const auto& line : raw.lines)
         if (const auto text = raw.text(line); !startsInAnyCase(text, "VERSION"))
             return platform::repairedUTF8(text.substr(0, kLongestExcerpt));
-    return {};
+    return "BEGIN:VCARD";
 }
 
 } // namespace

@@ -45,12 +45,15 @@ private:
     void carryUnreadable(std::string_view line);
 
     std::string_view value();
+    std::string decoded(std::string_view bytes, std::string_view charset);
     Escapes escapes() const;
     void appendHeader(std::string_view name, bool base64 = false);
     void appendTypes();
     void appendType(std::string_view type, bool& open);
-    bool endLine(const Row& row, std::size_t lineStart, std::size_t valueStart, Finding ifRepeated);
+    bool keepLine(const Row& row, std::size_t lineStart, std::size_t valueStart, Finding ifRepeated);
     void carry(std::string_view name, std::string_view canonical, Finding finding);
+    void endLine();
+    static void join(std::string& text, std::string_view more);
     void tell(Finding finding, std::string_view subject);
     std::string_view written(std::size_t start) const { return std::string_view(*_out).substr(start); }
 

@@ -1,0 +1,146 @@
+// What holds for whole files: canonical cards stay as they are, and a damaged card harms no other.
+#include "PreparedFile.h"
+
+#include "platform/text/Utf.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+namespace vcard::prepare {
+namespace {
+
+std::string canonicalCard(int number)
+{
+    const auto name = std::to_string(number);
+    return card("3.0",
+        "N:Lima " + name + ";Ana;;;\r\nFN:Ana Lima " + name
+            + "\r\nORG:Bo\\, Ek;Äußeres\r\nitem1.TEL;TYPE=HOME,FAX;TYPE=pref:+1 " + name
+            + "\r\nitem1.X-ZRLabel:Boat\r\nEMAIL;TYPE=WORK:a" + name
+            + "@b.c\r\nADR;TYPE=HOME:;;1\\nWay;Town;;12;Land\r\nURL:http://x/;y,z\r\nBDAY:1970-05-01\r\n"
+              "X-ZRShowAs:COMPANY\r\nPHOTO;ENCODING=b;TYPE=JPEG:QUJDREVGRw==\r\nNOTE:a\\\\b\\nc\\;d, "
+              "e\\,f\r\n");
+}
+
+TEST(Preparation, LeavesCanonicalCardsAsTheyAre)
+{
+    const auto bytes = canonicalCard(1) + canonicalCard(2);
+    const auto file = prepared(bytes);
+    EXPECT_EQ(file.text(), bytes);
+    EXPECT_EQ(file.report, "");
+}
+
+TEST(Preparation, ReadsWideBytesAsTheSameCards)
+{
+    const auto bytes = canonicalCard(1) + canonicalCard(2);
+    for (const auto order : {platform::ByteOrder::little, platform::ByteOrder::big})
+        EXPECT_EQ(prepared(platform::toUTF16Bytes(bytes, order)).text(), bytes);
+    EXPECT_EQ(prepared("\xEF\xBB\xBF" + bytes).text(), bytes);
+}
+
+TEST(Preparation, HandsOutEachCardWithItsPlaceAndName)
+{
+    Preparation preparation("x\n\nBEGIN:VCARD\nVERSION:3.0\nFN:a\nEND:VCARD\nBEGIN:VCARD\nFN:b\n", {"f", 0});
+    CanonicalCard card;
+    ASSERT_TRUE(preparation.next(card));
+    EXPECT_EQ(card.number, 1U);
+    EXPECT_EQ(card.line, 3U);
+    EXPECT_EQ(card.firstLine, "FN:a");
+    EXPECT_FALSE(card.refusal);
+    EXPECT_EQ(preparation.bytesRead(), 42U);
+    ASSERT_TRUE(preparation.next(card));
+    EXPECT_EQ(card.number, 2U);
+    EXPECT_EQ(card.line, 7U);
+    EXPECT_EQ(card.firstLine, "FN:b");
+    EXPECT_EQ(card.refusal, Finding::cardCutOff);
+    EXPECT_EQ(card.text, "");
+    EXPECT_FALSE(preparation.next(card));
+}
+
+struct Damage {
+    const char* name;
+    std::function<std::string(std::string, std::size_t)> apply;
+};
+
+const Damage kDamages[] = {
+    {"cut off", [](std::string card, std::size_t at) { return card.substr(0, at); }},
+    {"beginning lost", [](std::string card, std::size_t at) { return card.substr(at); }},
+    {"a NUL", [](std::string card, std::size_t at) { return card[at] = '\0', card; }},
+    {"no UTF-8", [](std::string card, std::size_t at) { return card[at] = '\xFF', card; }},
+    {"bytes lost", [](std::string card, std::size_t at) { return card.erase(at, 30); }},
+    {"bytes doubled", [](std::string card, std::size_t at) { return card.insert(at, card.substr(at, 25)); }},
+    {"a line break", [](std::string card, std::size_t at) { return card.insert(at, "\r\n"); }},
+    {"a fold", [](std::string card, std::size_t at) { return card.insert(at, "\r\n "); }},
+    {"a quote", [](std::string card, std::size_t at) { return card.insert(at, ";X=\""); }},
+    {"a soft break",
+        [](std::string card, std::size_t at) { return card.insert(at, "\r\nX;QUOTED-PRINTABLE:a=\r\n"); }},
+    {"open base64", [](std::string card, std::size_t at) { return card.insert(at, "\r\nX;BASE64:\r\n QQ"); }},
+    {"an AGENT",
+        [](std::string card, std::size_t at) { return card.insert(at, "\r\nAGENT:BEGIN:VCARD\r\n"); }},
+    {"a BEGIN", [](std::string card, std::size_t at) { return card.insert(at, "\r\nBEGIN:VCARD\r\n"); }},
+    {"an END", [](std::string card, std::size_t at) { return card.insert(at, "\r\nEND:VCARD\r\n"); }},
+    {"a backslash", [](std::string card, std::size_t at) { return card[at] = '\\', card; }},
+};
+
+/// Five good cards with a damaged one among them: the five must come out as they are, and each piece of the
+/// sixth must come out as a card with its number, or be named in the report by a line of its own.
+void checkDamage(const std::string& damaged, int place)
+{
+    std::string bytes, good;
+    std::size_t firstLine = 1;
+    for (int number = 1; number <= 6; ++number) {
+        bytes += number == place ? damaged : canonicalCard(number);
+        good += number == place ? "" : canonicalCard(number);
+        firstLine += number < place ? 15 : 0;
+    }
+    const auto file = prepared(bytes);
+    std::string others;
+    std::size_t pieces = 0;
+    for (const auto& card : file.cards) {
+        if (good.find(card.text) != good.npos && !card.text.empty()) {
+            others += card.text;
+            continue;
+        }
+        ++pieces;
+        EXPECT_GE(card.line, firstLine);
+        EXPECT_FALSE(card.firstLine.empty());
+    }
+    EXPECT_EQ(others, good);
+    EXPECT_TRUE(pieces > 0 || file.report.find("text outside cards") != file.report.npos || damaged.empty());
+}
+
+TEST(Preparation, KeepsTheHarmOfADamagedCardToThatCard)
+{
+    constexpr std::size_t positions = 40;
+    const auto whole = canonicalCard(9);
+    for (const auto& [name, apply] : kDamages)
+        for (std::size_t position = 0; position < positions; ++position)
+            for (int place = 1; place <= 6; ++place) {
+                const auto at = position * whole.size() / positions;
+                SCOPED_TRACE(testing::Message() << name << " at byte " << at << ", card " << place);
+                checkDamage(apply(whole, at), place);
+                if (HasFailure())
+                    return;
+            }
+}
+
+TEST(Preparation, TakesTimeInProportionToTheInput)
+{
+    // Marks, quotes, names of sets, folds: what looks ahead or back could cost the square of the length.
+    constexpr std::size_t times = 200'000;
+    const auto repeated = [](std::string_view piece) {
+        std::string all;
+        for (std::size_t i = 0; i < times; ++i)
+            all += piece;
+        return all;
+    };
+    for (const auto* piece :
+        {"BEGIN:VCARD\n", "END:VCARD\n", "AGENT:BEGIN:VCARD\n", "\r", " \n", "\"", ";", "=\n",
+            "X;CHARSET=windows-1251:\xFF\n", "N;QUOTED-PRINTABLE:=FF\n", "N:a;b;c\n", "a:BEGIN:VCARD"}) {
+        const auto file = prepared("BEGIN:VCARD\nX;QUOTED-PRINTABLE:" + repeated(piece) + "\nEND:VCARD\n");
+        EXPECT_GE(file.cards.size(), 1U) << piece;
+    }
+}
+
+} // namespace
+} // namespace vcard::prepare
