@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 namespace platform {
 namespace {
 
@@ -45,6 +47,9 @@ TEST(Bidi, OrdersPartsFromLeftToRightAsTheyAreSeen)
 TEST(Bidi, PartsWithoutWidthKeepTheirOrder)
 {
     EXPECT_EQ(visualOrder("é", std::vector<TextRange>{{2, 0}, {0, 2}, {0, 0}, {2, 0}}), (Order{1, 2, 0, 3}));
+    Order inOrder(100);
+    std::iota(inOrder.begin(), inOrder.end(), std::size_t{0});
+    EXPECT_EQ(visualOrder("é", std::vector<TextRange>(100)), inOrder);
 }
 
 } // namespace
