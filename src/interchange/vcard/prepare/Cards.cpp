@@ -154,6 +154,7 @@ void CardReader::readLine(RawCard& card)
     } else {
         _nestedClosed = false;
         card.lines.push_back({start, line.size(), number});
+        card.bytes += '\n';
     }
 }
 

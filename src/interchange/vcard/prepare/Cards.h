@@ -37,7 +37,8 @@ struct RawCard {
         std::size_t number;
     };
 
-    /// The logical lines, one behind the other, without BEGIN and END, and without NULs.
+    /// The logical lines, each ended by LF so that no character runs over two, without BEGIN and END, and
+    /// without NULs.
     std::string bytes;
     std::vector<Line> lines;
     /// The number of the line of BEGIN.
@@ -54,7 +55,7 @@ struct RawCard {
 };
 
 /// A card with more than this is refused: its text could not be held beside an import's other memory.
-inline constexpr std::size_t kMaximumCardBytes = 32U << 20;
+inline constexpr std::size_t kMaximumCardBytes = 16U << 20;
 inline constexpr std::size_t kMaximumCardLines = 100'000;
 
 /// Splits a file into cards, one at a time.

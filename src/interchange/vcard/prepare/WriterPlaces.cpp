@@ -89,6 +89,9 @@ void CardWriter::writePicture(const Row& row)
     if (raw.empty())
         return tell(Finding::emptyValue, _property.name);
     if (raw.find(':') != raw.npos && !isDataURI(raw)) {
+        // An address is none of base64's digits, whatever the line declares.
+        if (_property.transfer == Transfer::base64)
+            _property.transfer = Transfer::plain;
         std::string canonical;
         appendValue(canonical, value(), Shape::wholeLine, escapes());
         return carry(_property.name, canonical, Finding::pictureByReference);
@@ -160,9 +163,12 @@ void CardWriter::carryUnreadable(std::string_view line)
 /// Adds "NAME: value" to the note. `canonical` may be of any shape.
 void CardWriter::carry(std::string_view name, std::string_view canonical, Finding finding)
 {
+    canonical = trimmed(canonical);
+    if (canonical.empty())
+        return tell(Finding::emptyValue, name);
     std::string text(name);
     text += ": ";
-    appendValue(text, trimmed(canonical), Shape::onePart, Escapes::rfc);
+    appendValue(text, canonical, Shape::onePart, Escapes::rfc);
     join(_carried, text);
     tell(finding, name);
 }

@@ -38,6 +38,12 @@ TEST(Preparation, ReadsWideBytesAsTheSameCards)
     EXPECT_EQ(prepared("\xEF\xBB\xBF" + bytes).text(), bytes);
 }
 
+// Two halves of a character in two lines once made the card look like UTF-8.
+TEST(Preparation, SeesBytesOfNeighbouringLinesApart)
+{
+    EXPECT_EQ(prepared(card("2.1", "FN:\xC3\n\xBC: x\n"), 0).text(), card("3.0", "FN:Ã\r\nNOTE:¼: x\r\n"));
+}
+
 TEST(Preparation, HandsOutEachCardWithItsPlaceAndName)
 {
     Preparation preparation("x\n\nBEGIN:VCARD\nVERSION:3.0\nFN:a\nEND:VCARD\nBEGIN:VCARD\nFN:b\n", {"f", 0});
