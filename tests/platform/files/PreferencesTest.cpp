@@ -164,7 +164,7 @@ TEST(UserDefaultsTest, AskArgumentsThenTheProgramsFileThenTheRegistered)
 {
     auto& defaults = UserDefaults::standard();
     EXPECT_EQ(defaults.domain(), "platform_files_test");
-    EXPECT_FALSE(defaults.boolForKey("flag"));
+    EXPECT_FALSE(defaults.boolForKey("other"));
     defaults.registerDefaults(Value::dictionary({{"flag", true}, {"number", 1}}));
     defaults.registerDefaults(Value::dictionary({{"number", 2}}));
     EXPECT_TRUE(defaults.boolForKey("flag"));
@@ -178,7 +178,9 @@ TEST(UserDefaultsTest, AskArgumentsThenTheProgramsFileThenTheRegistered)
     EXPECT_EQ(defaults.integerForKey("number"), -4);
     Preferences::shared().setArgument("number", {});
     defaults.removeObjectForKey("number");
+    defaults.removeObjectForKey("flag");
     EXPECT_EQ(defaults.integerForKey("number"), 2);
+    EXPECT_TRUE(defaults.boolForKey("flag"));
 }
 
 TEST(ZRUserDefaultsTest, KeepTheirThreeDomainsApart)

@@ -15,6 +15,8 @@ namespace {
 
 class TrashTest : public testing::Test {
 protected:
+    ~TrashTest() override { EXPECT_TRUE(removeFile(trash)); }
+
     std::string trash = Directories::current()->dataHome() + "/Trash";
     ManualClock clock{1'000'000'000};
     ClockScope scope{clock};

@@ -110,25 +110,29 @@ TEST_F(ServedMainQueue, SurvivesABlockThatThrowsAndLogsIt)
 
 TEST_F(ServedMainQueue, HandsOverBetweenTwoItems)
 {
-    std::latch begun(1), mayEnd(1);
-    std::atomic<bool> ended = false;
-    std::thread::id second;
+    std::latch begun(1);
+    std::atomic<bool> adopting = false, ended = false;
+    std::thread::id second, third;
     queue().async([&] {
         begun.count_down();
-        mayEnd.wait();
+        while (!adopting)
+            std::this_thread::yield();
+        // The adopting thread is on its way in; most often it waits there for this block by now.
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
         ended = true;
     });
     queue().async([&] { second = std::this_thread::get_id(); });
     begun.wait();
-    std::thread release([&] { mayEnd.count_down(); });
+    adopting = true;
     const int descriptor = queue().fileDescriptor();
     EXPECT_TRUE(ended);
-    EXPECT_EQ(second, std::thread::id());
     EXPECT_TRUE(queue().isMainThread());
+    const bool isSecondLeft = second == std::thread::id();
+    queue().async([&] { third = std::this_thread::get_id(); });
     EXPECT_TRUE(isReadable(descriptor));
     queue().drain();
-    EXPECT_EQ(second, std::this_thread::get_id());
-    release.join();
+    EXPECT_EQ(third, std::this_thread::get_id());
+    EXPECT_EQ(second == std::this_thread::get_id(), isSecondLeft);
     queue().abandon();
 }
 
