@@ -78,9 +78,12 @@ const Damage kDamages[] = {
     {"a line break", [](std::string card, std::size_t at) { return card.insert(at, "\r\n"); }},
     {"a fold", [](std::string card, std::size_t at) { return card.insert(at, "\r\n "); }},
     {"a quote", [](std::string card, std::size_t at) { return card.insert(at, ";X=\""); }},
-    {"a soft break",
-        [](std::string card, std::size_t at) { return card.insert(at, "\r\nX;QUOTED-PRINTABLE:a=\r\n"); }},
-    {"open base64", [](std::string card, std::size_t at) { return card.insert(at, "\r\nX;BASE64:\r\n QQ"); }},
+    {"cut off in a soft break",
+        [](std::string card, std::size_t at) {
+            return card.substr(0, at) + "\r\nX;QUOTED-PRINTABLE:a=\r\n";
+        }},
+    {"cut off in base64",
+        [](std::string card, std::size_t at) { return card.substr(0, at) + "\r\nX;BASE64:\r\n QQ\r\n"; }},
     {"an AGENT",
         [](std::string card, std::size_t at) { return card.insert(at, "\r\nAGENT:BEGIN:VCARD\r\n"); }},
     {"a BEGIN", [](std::string card, std::size_t at) { return card.insert(at, "\r\nBEGIN:VCARD\r\n"); }},

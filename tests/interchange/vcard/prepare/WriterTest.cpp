@@ -12,6 +12,7 @@ namespace {
 std::string outcome(std::string_view version, std::string_view lines)
 {
     const auto file = prepared(card(version, lines));
+    EXPECT_EQ(prepared(file.text()).text(), file.text());
     std::string text;
     for (const char c : file.text())
         if (c != '\r')
@@ -67,6 +68,9 @@ TEST(Writer, PutsWhatHasNoLineIntoTheNoteOrTellsIt)
             "NOTE:a\\nd\\nX-FOO: b\\;c\n--X-FOO has no place of its own (kept in the note)\n"},
         {"3.0", "ORG:a;b;c;\\;d\n",
             "ORG:a;b\nNOTE:ORG: c\\;\\;d\n"
+            "--ORG has more fields than there are places (kept in the note)\n"},
+        {"3.0", "ORG:a;b ;c\n",
+            "ORG:a;b\nNOTE:ORG: c\n"
             "--ORG has more fields than there are places (kept in the note)\n"},
         {"3.0", "ORG:;;c\n", "NOTE:ORG: c\n--ORG has more fields than there are places (kept in the note)\n"},
         {"3.0", "TITLE:a\nTITLE:b\nTITLE:a\n",
