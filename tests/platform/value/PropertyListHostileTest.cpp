@@ -65,6 +65,15 @@ std::string bomb(int length)
     return forged.bytes();
 }
 
+/// A hundred arrays in one another, first read on their own, then met again at the end of 450 others.
+std::string chainMetAgain()
+{
+    Forged forged{.objects = {"\xA2" + number(1, 2) + number(101, 2)}, .referenceWidth = 2};
+    for (unsigned at = 2; at <= 551; ++at)
+        forged.objects.push_back(at == 101 ? "\xA0" : "\xA1" + number(at == 551 ? 1 : at, 2));
+    return forged.bytes();
+}
+
 std::string times(std::size_t count, std::string_view text)
 {
     std::string all;
@@ -101,6 +110,7 @@ TEST(PropertyListHostile, IsRefusedWithAReason)
         {"a million unknown elements", "<plist>" + times(1'000'000, "<a>"), unsupported,
             "unknown element <a>"},
         {"one level too many", chain(513), tooLarge, "levels deep"},
+        {"one level too many by a second way", chainMetAgain(), tooLarge, "levels deep"},
         {"31 arrays, each twice in the one before", bomb(31), tooLarge, "values"},
         {"255 arrays, each twice in the one before", bomb(255), tooLarge, "values"},
         {"an array in itself", Forged{{"\xA1\x00"s}}.bytes(), malformed, "holds itself"},

@@ -238,6 +238,13 @@ TEST(PropertyList, RefusesWhatItCannotHoldAndSaysWhere)
         }
 }
 
+TEST(PropertyList, RefusesTextThatOnlyLooksLikeUTF8)
+{
+    for (const char* text : {"\x80", "\xC1\xBF", "\xC3", "\xC3(", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xEF\xBF",
+             "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "long enough ASCII first \xFF"})
+        EXPECT_FALSE(encodePropertyList(text, PropertyListFormat::binary)) << testing::PrintToString(text);
+}
+
 TEST(PropertyList, TellsItsFormByItsFirstBytes)
 {
     EXPECT_EQ(propertyListFormatOf("bplist99"), PropertyListFormat::binary);
