@@ -97,6 +97,8 @@ struct Matcher {
         Value left = read(object, test.keyPath);
         if (test.mask)
             left = left.isNumber() ? Value(left.asInteger() & *test.mask) : Value();
+        if (test.texts && left.isString())
+            return test.texts->contains(left.asText());
         if (!right.isNothing())
             return compares(left, test.comparator, right, test.option);
         const bool isAbsent = comparisonKind(left) == ComparisonKind::none;

@@ -41,6 +41,19 @@ std::optional<PredicateOperand> bound(const PredicateOperand& operand, const Val
     return checked(PredicateOperand(found->second), isList);
 }
 
+/// Null for a list that is short, or not compared exactly. The texts live as long as the list.
+std::shared_ptr<const std::unordered_set<std::string_view>> textsOf(const Value& list, TextOption option)
+{
+    constexpr std::size_t isLong = 8;
+    if (option != TextOption::exact || list.asArray().size() < isLong)
+        return nullptr;
+    auto texts = std::make_shared<std::unordered_set<std::string_view>>();
+    for (const auto& element : list.asArray())
+        if (element.isString())
+            texts->insert(element.asText());
+    return texts;
+}
+
 int deepest(const std::vector<PredicateRef>& parts)
 {
     int depth = 0;
@@ -66,7 +79,10 @@ PredicateRef StorePredicate::compare(
     std::string_view keyPath, Comparator comparator, PredicateOperand operand, TextOption option)
 {
     auto value = checked(std::move(operand), comparator == Comparator::in);
-    return make(Comparison{std::string(keyPath), comparator, option, std::move(value), std::nullopt}, 0);
+    auto texts = comparator == Comparator::in ? textsOf(value.value, option) : nullptr;
+    return make(Comparison{std::string(keyPath), comparator, option, std::move(value), std::nullopt,
+                    std::move(texts)},
+        0);
 }
 
 PredicateRef StorePredicate::isAbsent(std::string_view keyPath)

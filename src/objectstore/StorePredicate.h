@@ -6,9 +6,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -96,6 +98,8 @@ public:
         TextOption option;
         PredicateOperand operand;
         std::optional<std::int64_t> mask;
+        /// The texts of a long list that is compared exactly, so that thousands of ids are found at once.
+        std::shared_ptr<const std::unordered_set<std::string_view>> texts = nullptr;
     };
     struct Compound {
         bool isAll;

@@ -300,7 +300,7 @@ private:
     PersonQuestion list()
     {
         std::vector<Value> elements;
-        for (std::size_t i = _dice.below(6); i > 0; --i)
+        for (std::size_t i = _dice.below(14); i > 0; --i)
             elements.push_back(_dice.chance(70) ? valueOf(_world.anyText()) : anyNumber());
         if (_dice.chance(50)) {
             const auto option = anyOption();
