@@ -1,9 +1,9 @@
 // How the properties of a record are read and written, and what its private dictionary keeps.
+#include "core/BuiltInProperties.h"
 #include "core/ZRConstants.h"
 #include "core/ZRFailure.h"
 #include "core/ZRRecord.h"
 #include "objectstore/StoreErrors.h"
-#include "core/BuiltInProperties.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
 #include "platform/text/Dates.h"

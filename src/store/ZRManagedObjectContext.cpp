@@ -60,6 +60,16 @@ void refreshParts(objectstore::StoreContext& context, StoreObject& object)
 
 ZRManagedObjectContext::~ZRManagedObjectContext() = default;
 
+bool ZRManagedObjectContext::hasCollationKeys()
+{
+    if (!_writesCollationKeys)
+        return false;
+    StoreFetch fetch(contactSlots().entity, StorePredicate::isAbsent("sortingLastKey"));
+    fetch.limit = 1;
+    const auto without = countFetch(fetch);
+    return without && *without == 0;
+}
+
 bool ZRManagedObjectContext::isMemoryBacked() const
 {
     return std::ranges::any_of(

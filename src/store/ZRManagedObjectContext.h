@@ -23,6 +23,12 @@ public:
     void setOwningRoster(ZRRoster* roster) { _owningRoster = roster; }
     ZRRoster* owningRoster() const { return _owningRoster; }
 
+    /// Whether the collation keys of this store are of this process's locale and ICU version. Otherwise names
+    /// are sorted in memory, and what is saved here leaves the keys absent, for all to see.
+    void setWritesCollationKeys(bool writes) { _writesCollationKeys = writes; }
+    bool writesCollationKeys() const { return _writesCollationKeys; }
+    /// Whether SQL can sort people by name: every card has keys that this process understands.
+    bool hasCollationKeys();
     /// Whether a store of it lives in memory.
     bool isMemoryBacked() const;
     /// The card of the first source that has a Me, or null.
@@ -82,6 +88,7 @@ private:
     friend platform::Ref<T> platform::makeRef(Arguments&&... arguments);
 
     ZRRoster* _owningRoster = nullptr;
+    bool _writesCollationKeys = false;
     std::map<std::pair<objectstore::PersistentStore*, std::string>, objectstore::ObjectRef, std::less<>>
         _services;
 };

@@ -8,6 +8,7 @@
 #include "platform/text/Dates.h"
 #include "platform/text/Fold.h"
 #include "platform/value/PropertyList.h"
+#include "store/ZRManagedObjectContext.h"
 #include "store/ZROSRecord.h"
 
 #include <fmt/format.h>
@@ -67,6 +68,9 @@ void normalize(StoreObject& object, std::string_view key, std::string_view norma
 
 Value collationKeyOf(StoreObject& object, std::string_view key)
 {
+    const auto* context = contact(object).managedObjectContext();
+    if (!context || !context->writesCollationKeys())
+        return {};
     return Value::data(platform::collationKey(object.value(object.slot(key)).asText()));
 }
 

@@ -107,6 +107,15 @@ void ZROSContact::readAllParts()
     managedObjectContext()->preheatContacts({objectstore::ObjectRef(this)});
 }
 
+void ZROSContact::partDidChange(const Slot& slot)
+{
+    clearStringForIndexing();
+    // A card without a name sorts by its first address.
+    const auto& slots = contactSlots();
+    if (slot.key == "address" && isAbsent(slots.firstName) && isAbsent(slots.lastName))
+        clearSortNames();
+}
+
 void ZROSContact::clearSortNames()
 {
     const auto& slots = contactSlots();

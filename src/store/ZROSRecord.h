@@ -109,6 +109,10 @@ public:
     void didChange(const objectstore::Slot& slot) override;
     void didTurnIntoFault() override { _partsAreRead = false; }
     void readAllParts() override;
+    /// Somebody else read them, along with those of other cards.
+    void partsWereRead() { _partsAreRead = true; }
+    /// A value of this card was changed.
+    void partDidChange(const objectstore::Slot& slot);
 
     /// True from a change of the picture to the next save.
     bool mHasUserImageChanges() const { return _hasUserImageChanges; }

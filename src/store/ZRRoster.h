@@ -144,10 +144,14 @@ public:
     static std::string recordClassFromUniqueId(std::string_view uniqueId);
     const ZRRecordClass* publicRecordClassFromUniqueId(std::string_view uniqueId);
 
+    /// Told by a handle that ends: leaves the caches, unless another handle has taken its place there.
+    void nts_RecordIsGone(ZRRecord& record);
+
     platform::Ref<ZRPerson> me();
     platform::Ref<ZRPerson> nts_Me();
     void setMe(const platform::Ref<ZRRecord>& person);
     void nts_SetMe(ZRPerson* person);
+    bool nts_IsMe(const ZRPerson& person);
     platform::Ref<ZRInfo> nts_Info();
 
     platform::Ref<ZRRecord> nts_CachedRecordForUniqueId(std::string_view uniqueId);
@@ -157,6 +161,16 @@ public:
     void clearTemporaryCaches();
     ZRRecord* nonRetainedCachedRecordForKey(std::string_view key);
     void setNonRetainedCachedRecord(ZRRecord* record, std::string_view key);
+
+    // ---- pictures of people that are not saved yet                    (ZRRoster+Pictures.cpp)
+
+    /// From now on pictures of new people are kept in memory and written at the save, just before the commit,
+    /// so that no card is ever saved whose picture is missing. For imports.
+    void nts_SetKeepsPictures(bool keeps);
+    bool nts_KeepsPictures() const;
+    void nts_KeepPicture(const std::string& uniqueId, std::string_view kind, const platform::Value& data);
+    /// Absent when none waits.
+    platform::Value nts_PendingPicture(const std::string& uniqueId, std::string_view kind) const;
 
     // ---- properties and constraints                                   (ZRRoster+Properties.cpp)
 
@@ -248,6 +262,11 @@ private:
     struct State;
 
     ZRRoster();
+    void observeSaves();
+    bool nts_writeChanges(ZRManagedObjectContext& context);
+    bool nts_writePictures();
+    void nts_removeWrittenPictures();
+    std::string picturePath(const std::string& uniqueId, std::string_view kind) const;
     std::unique_ptr<State> _state;
 };
 

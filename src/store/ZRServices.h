@@ -58,3 +58,27 @@ struct ZRServices {
     /// The full name of the current user. Absent: as the password database has it.
     std::function<std::string()> userRealName;
 };
+
+/// Holds the file lock of a roster for a scope; where that service is absent, it is always held.
+class ZRFileLockScope {
+public:
+    explicit ZRFileLockScope(std::string path)
+        : _path(std::move(path))
+        , _isHeld(
+              !ZRServices::registered().acquireFileLock || ZRServices::registered().acquireFileLock(_path))
+    {
+    }
+    ~ZRFileLockScope()
+    {
+        if (_isHeld && ZRServices::registered().releaseFileLock)
+            ZRServices::registered().releaseFileLock(_path);
+    }
+    ZRFileLockScope(const ZRFileLockScope&) = delete;
+    ZRFileLockScope& operator=(const ZRFileLockScope&) = delete;
+
+    bool isHeld() const { return _isHeld; }
+
+private:
+    const std::string _path;
+    const bool _isHeld;
+};

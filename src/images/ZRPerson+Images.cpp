@@ -1,0 +1,135 @@
+// A person's picture: one private file beside the store, named after the person's UUID.
+#include "core/ZRConstants.h"
+#include "core/ZRPerson.h"
+#include "core/ZRUniqueId.h"
+#include "platform/files/Files.h"
+#include "platform/notify/NotificationCenter.h"
+#include "platform/run/Log.h"
+#include "store/ZROSRecord.h"
+#include "store/ZRRoster.h"
+#include "store/ZRServices.h"
+
+#include <fmt/format.h>
+
+using platform::Ref;
+using platform::Value;
+
+namespace {
+
+constexpr char imageDidChange[] = "ZRContactImageDidChangeNotification";
+
+Value contentsOf(const std::optional<std::string>& path)
+{
+    if (!path || !platform::isPlainFile(*path))
+        return {};
+    const auto bytes = platform::readFile(*path);
+    return bytes ? Value::data(*bytes) : Value();
+}
+
+bool writePicture(const std::string& path, const std::string& directory, const Value& data)
+{
+    auto written = platform::makePrivateDirectory(directory);
+    if (written)
+        written = platform::writeFileAtomically(path, data.asBytes());
+    if (!written)
+        platform::log(fmt::format("Caught exception setting image data: {}", written.error().text));
+    return bool(written);
+}
+
+} // namespace
+
+std::string ZRPerson::nts_imageNameForPerson() const { return nts_UniqueId().substr(0, kZRUniqueIdTextLength); }
+std::string ZRPerson::_imageNameForPerson() const { return nts_imageNameForPerson(); }
+
+std::optional<std::string> ZRPerson::nts_PathForUIDTaggedImageOfKind(std::string_view kind) const
+{
+    const std::string directory = nts_Roster()->rosterImagesDirectory();
+    if (directory.empty())
+        return {};
+    std::string path = directory + "/" + nts_imageNameForPerson();
+    return kind == zr::kZRLargeImageProperty ? path + ".jpeg" : path;
+}
+
+std::optional<std::string> ZRPerson::nts_PathForUIDTaggedImage() const
+{
+    return nts_PathForUIDTaggedImageOfKind(zr::kZRImageProperty);
+}
+
+std::optional<std::string> ZRPerson::pathForUIDTaggedImage() const
+{
+    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts_PathForUIDTaggedImage(); });
+}
+
+std::optional<std::string> ZRPerson::largeImagePath() const
+{
+    return locked(*nts_Roster(), ZRAccess::read,
+        [&] { return nts_PathForUIDTaggedImageOfKind(zr::kZRLargeImageProperty); });
+}
+
+Value ZRPerson::imageData() const { return imageDataOfKind(zr::kZRImageProperty); }
+Value ZRPerson::largeImageData() const { return contentsOf(largeImagePath()); }
+
+// The lock is held for what is pending and for the path only; the file is read without it.
+Value ZRPerson::imageDataOfKind(std::string_view kind) const
+{
+    std::optional<std::string> path;
+    const Value pending = locked(*nts_Roster(), ZRAccess::read, [&] {
+        path = nts_PathForUIDTaggedImageOfKind(kind);
+        return nts_Roster()->nts_PendingPicture(nts_UniqueId(), kind);
+    });
+    if (!pending.isAbsent())
+        return pending;
+    const bool isMe = kind == zr::kZRImageProperty && nts_Roster()->nts_IsMe(*this);
+    if (isMe)
+        if (const auto& userPicture = ZRServices::registered().userPicture)
+            if (Value picture = userPicture(); !picture.isNothing())
+                return picture;
+    return contentsOf(path);
+}
+
+Value ZRPerson::nts_CustomImageData() const { return contentsOf(nts_PathForUIDTaggedImage()); }
+
+Value ZRPerson::_customImageData() const
+{
+    const Value own = contentsOf(pathForUIDTaggedImage());
+    const auto& userPicture = ZRServices::registered().userPicture;
+    return own.isNothing() && userPicture && nts_Roster()->nts_IsMe(*this) ? userPicture() : own;
+}
+
+bool ZRPerson::setImageData(const Value& data) { return setImageData(data, zr::kZRImageProperty); }
+
+bool ZRPerson::setImageData(const Value& data, std::string_view kind)
+{
+    return locked(*nts_Roster(), ZRAccess::write, [&] { return nts_SetImageData(data, kind); });
+}
+
+bool ZRPerson::nts_SetImageData(const Value& data, std::string_view kind)
+{
+    ZRRoster& roster = *nts_Roster();
+    const auto path = nts_PathForUIDTaggedImageOfKind(kind);
+    if (!path)
+        return false;
+    const auto& setUserPicture = ZRServices::registered().setUserPicture;
+    const bool isUsers = kind == zr::kZRImageProperty && setUserPicture && roster.nts_IsMe(*this) && setUserPicture(data);
+    if (!isUsers) {
+        // A picture of a card that is not saved yet waits for the save: a card whose picture is missing must not
+        // come to be, and a file of a card that never comes is litter.
+        if (roster.nts_KeepsPictures() && zrDatabaseImpl() && zrDatabaseImpl()->isInserted()) {
+            roster.nts_KeepPicture(nts_UniqueId(), kind, data);
+        } else if (data.isNothing()) {
+            if (platform::isPlainFile(*path))
+                platform::removeFile(*path);
+        } else if (!writePicture(*path, roster.rosterImagesDirectory(), data)) {
+            return false;
+        }
+    }
+    nts_Touch();
+    platform::NotificationCenter::shared().post({imageDidChange, Ref<const platform::Object>(zrDatabaseImpl()), Value()});
+    return true;
+}
+
+bool ZRPerson::setLargeImageData(const Value& data)
+{
+    const auto path = largeImagePath();
+    return path && writePicture(*path, nts_Roster()->rosterImagesDirectory(), data);
+}

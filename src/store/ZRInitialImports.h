@@ -1,0 +1,18 @@
+// What goes into a roster when it is first opened.
+#pragma once
+
+#include "platform/value/Value.h"
+
+class ZRRoster;
+
+/// Once a process for each directory: what is legacy is converted, what is lost rebuilt, and a new roster
+/// gets its Me card and its sample cards. The global lock and the file lock are held.
+void nts_doInitialImports(ZRRoster& roster);
+
+/// Rebuilds the roster from its metadata files when its store was lost; true when there was nothing to do or
+/// it worked.
+bool nts_restoreFromMetaDataIfNeeded(ZRRoster& roster);
+
+/// The properties of the Me card that the first-run assistant's answers give: property names with their
+/// values.
+platform::Value firstRunMeProperties(const platform::Value& answers, const std::string& defaultCountryCode);

@@ -1,0 +1,123 @@
+// The preferences that belong to a roster: its country, and the defaults of the user's language.
+#include "core/CountryCodes.h"
+#include "core/ZRConstants.h"
+#include "platform/files/Preferences.h"
+#include "platform/files/Resources.h"
+#include "platform/files/ZRUserDefaults.h"
+#include "platform/run/Log.h"
+#include "platform/text/Locale.h"
+#include "platform/value/PropertyList.h"
+#include "store/ZRRosterState.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <mutex>
+
+using platform::Value;
+
+namespace {
+
+constexpr std::string_view countryKey = "ZRDefaultAddressCountryCode";
+constexpr std::string_view lastResort = "us";
+constexpr std::int64_t unset = -1;
+constexpr std::int64_t lastNameFirst = 16;
+constexpr std::int64_t firstNameFirst = 32;
+
+std::string lowered(std::string_view text)
+{
+    std::string lower(text);
+    std::ranges::transform(
+        lower, lower.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
+    return lower;
+}
+
+/// The second piece of the locale's name, where it has one.
+std::string countryOfUser()
+{
+    std::string code = lowered(platform::countryOfLocale(platform::currentLocale()));
+    if (!isKnownCountry(code))
+        code = lowered(ZRUserDefaults::objectForKey("Country", "org.quillon.GlobalPreferences").asText());
+    return isKnownCountry(code) ? code : std::string(lastResort);
+}
+
+/// Writes the defaults of the user's language to the preferences, where the user has none.
+void seedPreferences()
+{
+    std::optional<std::string> file;
+    for (const auto& language : platform::userLanguages())
+        if (!file)
+            file = platform::resource("defaults/" + language + "/LocalizedDefaults", "plist");
+    if (!file)
+        file = platform::resource("defaults/en/LocalizedDefaults", "plist");
+    const auto defaults = file ? platform::decodePropertyList(*file) : platform::Result<Value>(Value());
+    if (!defaults || !defaults->asDictionary())
+        return;
+    const auto preferences = ZRUserDefaults::rosterPreferences();
+    const auto seed = [&](std::string_view key, const Value& value) {
+        if (preferences->objectForKey(key).isAbsent())
+            preferences->setObject(value, key);
+    };
+    if (const Value& encoding = (*defaults)[zr::kZR21vCardEncoding]; !encoding.isAbsent())
+        seed(std::string(zr::kZR21vCardEncoding) + "-localized", encoding);
+    for (const auto& [key, value] : defaults->asDictionary()->entries())
+        seed(key, value);
+    preferences->synchronize();
+}
+
+std::atomic<std::int64_t>& nameOrdering()
+{
+    static std::atomic<std::int64_t> ordering = unset;
+    return ordering;
+}
+
+/// Forgets the name ordering that was read, when preferences change.
+void observePreferences()
+{
+    static const auto* const observing = new platform::Subscription(platform::Preferences::shared().observe(
+        [](const std::string&, const std::string&) { nameOrdering() = unset; }));
+    static_cast<void>(observing);
+}
+
+} // namespace
+
+std::string ZRRoster::defaultCountryCode()
+{
+    const auto stored = ZRUserDefaults::rosterPreferences()->objectForKey(countryKey);
+    if (isKnownCountry(stored.asText()))
+        return std::string(stored.asText());
+    const std::string code = countryOfUser();
+    setDefaultCountryCode(code);
+    return code;
+}
+
+void ZRRoster::setDefaultCountryCode(std::string_view code)
+{
+    const std::string known = lowered(code);
+    if (!isKnownCountry(known))
+        return platform::log(
+            fmt::format("-[ZRRoster setDefaultCountryCode:] called with unknown country code '{}'", code));
+    ZRUserDefaults::rosterPreferences()->setObject(Value(known), countryKey);
+}
+
+Value ZRRoster::localizedDefaults()
+{
+    static std::once_flag seeded;
+    if (_state->flags.prefsNeedSync) {
+        ZRUserDefaults::rosterPreferences()->synchronize();
+        _state->flags.prefsNeedSync = false;
+    }
+    std::call_once(seeded, seedPreferences);
+    return platform::Preferences::shared().dictionary(ZRUserDefaults::rosterPreferences()->applicationID());
+}
+
+std::int64_t ZRRoster::defaultNameOrdering()
+{
+    observePreferences();
+    if (nameOrdering() == unset)
+        nameOrdering() =
+            ZRUserDefaults::rosterPreferences()->objectForKey(zr::kZRNameDisplay).asInteger() != 0
+            ? lastNameFirst
+            : firstNameFirst;
+    return nameOrdering();
+}

@@ -1,0 +1,61 @@
+// The lock of a roster: the global mutex first, then the context, and the count that keeps a writer from
+// being killed.
+#include "core/ZRGlobalLock.h"
+#include "platform/run/SuddenTermination.h"
+#include "store/ZRRosterState.h"
+
+void ZRRoster::zrGlobalAPILock(bool togglingSuddenTermination, std::source_location where)
+{
+    if (togglingSuddenTermination)
+        platform::suddentermination::disable();
+    try {
+        _ZR_Lock(where.file_name(), static_cast<long>(where.line()));
+    } catch (...) {
+        if (togglingSuddenTermination)
+            platform::suddentermination::enable();
+        throw;
+    }
+    if (_state->context)
+        _state->context->lock();
+    _state->lockedContexts.push_back(_state->context);
+}
+
+void ZRRoster::zrGlobalAPIUnlock(bool togglingSuddenTermination, std::source_location where)
+{
+    // The context of the lock, not of now: an operation may have opened or replaced it.
+    const auto context = std::move(_state->lockedContexts.back());
+    _state->lockedContexts.pop_back();
+    if (context)
+        context->unlock();
+    _ZR_Unlock(where.file_name(), static_cast<long>(where.line()));
+    if (togglingSuddenTermination)
+        platform::suddentermination::enable();
+}
+
+bool ZRRoster::zrGlobalAPITryLock(bool togglingSuddenTermination, std::source_location where)
+{
+    if (!_ZR_TRY_Lock(where.file_name(), static_cast<long>(where.line())))
+        return false;
+    if (const auto& context = _state->context; context && !context->tryLock()) {
+        _ZR_Unlock(where.file_name(), static_cast<long>(where.line()));
+        return false;
+    }
+    _state->lockedContexts.push_back(_state->context);
+    if (togglingSuddenTermination)
+        platform::suddentermination::disable();
+    return true;
+}
+
+void ZRRoster::zrGlobalMailRecentAPILock(std::source_location where)
+{
+    _ZR_MR_Lock(where.file_name(), static_cast<long>(where.line()));
+    if (const auto& context = _state->mailRecentsContext)
+        context->lock();
+}
+
+void ZRRoster::zrGlobalMailRecentAPIUnlock(std::source_location where)
+{
+    if (const auto& context = _state->mailRecentsContext)
+        context->unlock();
+    _ZR_MR_Unlock(where.file_name(), static_cast<long>(where.line()));
+}

@@ -1,0 +1,296 @@
+// How the store of a roster is opened, and what happens to one that cannot be.
+#include "core/ZRMessageTracer.h"
+#include "objectstore/PersistentStore.h"
+#include "objectstore/StoreCoordinator.h"
+#include "platform/files/Files.h"
+#include "platform/files/Trash.h"
+#include "platform/run/Log.h"
+#include "platform/text/Compare.h"
+#include "store/ZRModelTable.h"
+#include "store/ZRRosterState.h"
+#include "store/ZRServices.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+
+using objectstore::PersistentStore;
+using objectstore::StoreCoordinator;
+using objectstore::StoreFault;
+using objectstore::StoreType;
+using platform::Error;
+using platform::Ref;
+using platform::Value;
+
+namespace {
+
+/// What the store's metadata says of the form of its contents.
+constexpr float databaseVersion = 0.03F;
+constexpr std::string_view versionKey = "ZRDatabaseVersion";
+/// The locale and ICU version of the collation keys that the store's rows carry.
+constexpr std::string_view collationKey = "ZRCollationVersion";
+
+/// Coordinators by path, so that two rosters on one path share a model and a connection.
+struct SharedCoordinators {
+    struct Entry {
+        Ref<StoreCoordinator> coordinator;
+        int users = 0;
+    };
+    platform::RecursiveMutex monitor;
+    std::map<std::string, Entry> byPath ZR_GUARDED_BY(monitor);
+};
+
+SharedCoordinators& sharedCoordinators()
+{
+    static auto* const shared = new SharedCoordinators;
+    return *shared;
+}
+
+/// Why a store is moved aside: the words of its new name and of the log.
+struct MoveAside {
+    std::string_view reason;
+    std::string_view message;
+};
+
+std::optional<MoveAside> moveAsideFor(const Error& error)
+{
+    if (objectstore::isFault(error, StoreFault::corrupt))
+        return MoveAside{"corrupt", "Corrupt roster database file detected, will attempt reimporting"};
+    if (objectstore::isFault(error, StoreFault::readFailed))
+        return MoveAside{"unknown", "Unknown error reading database file, will attempt reimporting"};
+    for (const auto fault :
+        {StoreFault::incompatibleHash, StoreFault::saveConflict, StoreFault::unknownModel})
+        if (objectstore::isFault(error, fault))
+            return MoveAside{
+                "incompatible", "Incompatible roster database file detected, will attempt reimporting"};
+    return {};
+}
+
+void traceFailure(std::string_view message, const Error& error)
+{
+    ZRMessageTracer tracer;
+    tracer.setSubdomain("addStoreToRosterPSC");
+    tracer.setSuccess(false);
+    tracer.setSignature(fmt::format("Error Domain={}, Code={}", error.domain, error.code));
+    tracer.setMessage(std::string(message));
+    tracer.log();
+}
+
+/// Moves the store file with what SQLite keeps beside it to the first free "<path>.<n>.<reason>".
+std::string moveAsideDatabaseAtPath(const std::string& path, std::string_view reason)
+{
+    std::string aside;
+    for (int n = 1; aside.empty() || platform::fileExists(aside); ++n)
+        aside = fmt::format("{}.{}.{}", path, n, reason);
+    for (const char* companion : {"", "-wal", "-shm"})
+        if (platform::fileExists(path + companion)
+            && std::rename((path + companion).c_str(), (aside + companion).c_str()) != 0)
+            platform::log(fmt::format("cannot move {}{} aside", path, companion));
+    return aside;
+}
+
+/// One attempt at the store, and what it made of the file.
+class StoreOpener {
+public:
+    StoreOpener(StoreCoordinator& coordinator, const std::string& path)
+        : _coordinator(coordinator), _path(path)
+    {
+    }
+
+    /// The store, or null; `loadFailure` tells that it does not hold what it should.
+    PersistentStore* open(bool& loadFailure)
+    {
+        loadFailure = !platform::fileExists(_path);
+        if (platform::fileExists(_path + ".new"))
+            static_cast<void>(platform::moveToTrash(_path + ".new"));
+        PersistentStore* store = add(StoreType::sqlite);
+        if (store)
+            return store;
+        if (const auto aside = moveAsideFor(_error)) {
+            platform::log(fmt::format("{}: {}", aside->message, _error.text));
+            traceFailure(aside->message, _error);
+            const std::string moved = moveAsideDatabaseAtPath(_path, aside->reason);
+            noteOpeningProblem(fmt::format("{} ({}); it is kept as {}", aside->message, _error.text, moved));
+            loadFailure = true;
+            store = add(StoreType::sqlite);
+        }
+        if (!store && runsWithoutFile()) {
+            noteOpeningProblem(fmt::format("{}; nothing will be saved", _error.text));
+            loadFailure = true;
+            store = add(StoreType::inMemory);
+        }
+        if (!store)
+            noteOpeningProblem(_error.text);
+        return store;
+    }
+
+private:
+    PersistentStore* add(StoreType type)
+    {
+        const auto added = _coordinator.addStore(type, _path);
+        if (added)
+            return *added;
+        _error = added.error();
+        return nullptr;
+    }
+
+    bool runsWithoutFile() const
+    {
+        return objectstore::isFault(_error, StoreFault::notPermitted)
+            || objectstore::isFault(_error, StoreFault::migrationFailed);
+    }
+
+    StoreCoordinator& _coordinator;
+    const std::string _path;
+    Error _error;
+};
+
+/// Writes what the store's form is, where it does not say so yet; answers whether its collation keys are
+/// ours.
+bool stampMetadata(StoreCoordinator& coordinator, PersistentStore* store)
+{
+    const auto metadata = coordinator.metadata(store);
+    const Value known = metadata ? *metadata : Value();
+    const std::string ours = platform::collationVersion();
+    const Value& theirs = known[collationKey];
+    const bool isStamped =
+        known[versionKey].asReal() == static_cast<double>(databaseVersion) && theirs.isString();
+    if (!isStamped) {
+        auto entries = known.asDictionary() ? known.asDictionary()->entries()
+                                            : std::vector<platform::Dictionary::Entry>();
+        entries.emplace_back(versionKey, Value(static_cast<double>(databaseVersion)));
+        if (!theirs.isString())
+            entries.emplace_back(collationKey, Value(ours));
+        if (const auto written = coordinator.setMetadata(store, Value::dictionary(std::move(entries)));
+            !written)
+            platform::log(fmt::format("cannot stamp the store: {}", written.error().text));
+    }
+    return !theirs.isString() || theirs.asText() == ours;
+}
+
+Ref<ZRManagedObjectContext> contextOn(const Ref<StoreCoordinator>& coordinator, bool writesCollationKeys)
+{
+    auto context = platform::makeRef<ZRManagedObjectContext>(coordinator);
+    context->setMergePolicy(objectstore::MergePolicy::memoryWins);
+    context->setWritesCollationKeys(writesCollationKeys);
+    return context;
+}
+
+} // namespace
+
+ZRStoreOpening nts_openStore(const std::string& path)
+{
+    auto& shared = sharedCoordinators();
+    const platform::Lock guard(shared.monitor);
+    ZRStoreOpening opening;
+    if (const auto known = shared.byPath.find(path); known != shared.byPath.end()) {
+        ++known->second.users;
+        const auto& coordinator = known->second.coordinator;
+        opening.context = contextOn(coordinator, stampMetadata(*coordinator, coordinator->stores().front()));
+        return opening;
+    }
+    const auto coordinator = StoreCoordinator::make(rosterModel());
+    PersistentStore* store = StoreOpener(*coordinator, path).open(opening.loadFailure);
+    if (!store) {
+        platform::log(fmt::format("ManagedObjectContext could not create the store at path: <{}>", path));
+        return opening;
+    }
+    opening.context = contextOn(coordinator, stampMetadata(*coordinator, store));
+    shared.byPath[path] = {coordinator, 1};
+    return opening;
+}
+
+void nts_closeStore(const std::string& path)
+{
+    auto& shared = sharedCoordinators();
+    const platform::Lock guard(shared.monitor);
+    const auto known = shared.byPath.find(path);
+    if (known != shared.byPath.end() && --known->second.users == 0)
+        shared.byPath.erase(known);
+}
+
+Ref<ZRManagedObjectContext> ZRRoster::managedObjectContext()
+{
+    const platform::Lock guard(_state->monitor);
+    if (_state->context || _state->kind == State::Kind::inMemory || _state->openingFailed)
+        return _state->context;
+    ZRStoreOpening opening = nts_openStore(rosterObjectStoreDatabaseFile());
+    _state->openingFailed = !opening.context;
+    if (!opening.context)
+        return nullptr;
+    if (opening.loadFailure)
+        _state->flags.restoreFromMetaData = true;
+    _state->holdsSharedStore = true;
+    setManagedObjectContext(std::move(opening.context), true);
+    return _state->context;
+}
+
+Ref<ZRManagedObjectContext> ZRRoster::nts_mailRecentsManagedObjectContext()
+{
+    if (!_state->mailRecentsContext && ZRServices::registered().mailRecentsContext)
+        _state->mailRecentsContext = ZRServices::registered().mailRecentsContext();
+    return _state->mailRecentsContext;
+}
+
+objectstore::StoreCoordinator* ZRRoster::storeCoordinator()
+{
+    const auto context = managedObjectContext();
+    return context ? context->coordinator().get() : nullptr;
+}
+
+void ZRRoster::setManagedObjectContext(Ref<ZRManagedObjectContext> context)
+{
+    setManagedObjectContext(std::move(context), false);
+}
+
+void ZRRoster::setManagedObjectContext(Ref<ZRManagedObjectContext> context, bool takingOwnership)
+{
+    const platform::Lock guard(_state->monitor);
+    if (context) {
+        context->setMergePolicy(objectstore::MergePolicy::memoryWins);
+        if (takingOwnership)
+            context->setOwningRoster(this);
+    }
+    _state->ownsContext = takingOwnership;
+    _state->coordinator = context ? context->coordinator() : nullptr;
+    _state->context = std::move(context);
+    observeSaves();
+}
+
+void ZRRoster::resetManagedObjectContext()
+{
+    locked(*this, ZRAccess::write, [&] {
+        clearCustomPropertyCaches();
+        if (const auto context = managedObjectContext())
+            context->reset();
+    });
+}
+
+bool ZRRoster::isSharedInstanceOrClone()
+{
+    if (isSharedInstance())
+        return true;
+    const auto shared = nts_SharedRoster();
+    const auto mine = managedObjectContext();
+    const auto theirs = shared ? shared->managedObjectContext() : nullptr;
+    return mine && theirs && mine->zrHasCommonStoreWithContext(*theirs);
+}
+
+bool ZRRoster::isMemoryBacked()
+{
+    const auto context = managedObjectContext();
+    return context && context->isMemoryBacked();
+}
+
+bool ZRRoster::isAggregate()
+{
+    const auto context = managedObjectContext();
+    return context && !context->owningRoster();
+}
+
+bool ZRRoster::_isReadOnly() { return _isReadOnlyIgnoresInert(false); }
+
+bool ZRRoster::_isReadOnlyIgnoresInert(bool ignoresInert)
+{
+    return _state->flags.readOnly || (!ignoresInert && isInert() && !isSharedInstance());
+}

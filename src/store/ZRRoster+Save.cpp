@@ -1,0 +1,231 @@
+// How the changes of a roster are written: in one transaction, with the log of what was deleted.
+#include "core/ZRConstants.h"
+#include "core/ZRInfo.h"
+#include "core/ZRLog.h"
+#include "objectstore/StoreContext.h"
+#include "platform/files/Files.h"
+#include "platform/notify/NotificationCenter.h"
+#include "platform/run/Clock.h"
+#include "platform/run/Log.h"
+#include "store/ZRModelSlots.h"
+#include "store/ZROSRecord.h"
+#include "store/ZRRecordObjectStoreFactoryImpl.h"
+#include "store/ZRRosterState.h"
+#include "store/ZRServices.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+
+using objectstore::ObjectList;
+using platform::Ref;
+using platform::Value;
+
+namespace {
+
+/// Files that versions long gone left in a roster's directory.
+bool isLeftover(const std::string& name)
+{
+    if (name.starts_with("ZRMailRecent.") || name.ends_with(".index2"))
+        return true;
+    constexpr std::string_view numbered = "Roster.data.";
+    const std::string number = name.starts_with(numbered) ? name.substr(numbered.size()) : std::string();
+    return !number.empty() && number.find_first_not_of("0123456789") == std::string::npos && number != "0"
+        && number != "1";
+}
+
+void cleanUp(const std::string& directory)
+{
+    std::error_code ignored;
+    for (const auto& file : std::filesystem::directory_iterator(directory, ignored))
+        if (isLeftover(file.path().filename().string()))
+            static_cast<void>(platform::removeFile(file.path().string()));
+}
+
+/// Marks what was changed as modified now, and hands the records to those who keep files about them.
+void stampChanges(ZRRoster& roster, ZRManagedObjectContext& context, const Value& date)
+{
+    std::vector<Ref<ZROSRecord>> changed;
+    for (const auto& object : context.updatedObjects()) {
+        Ref<ZROSRecord> record = platform::refCast<ZROSRecord>(object);
+        if (object->entity().name() == "ZROSContactIndex")
+            record = platform::refCast<ZROSRecord>(object->related(contactIndexSlots().contact));
+        if (!record || record->isInserted() || record->isDeleted() || !record->publicRecordClass())
+            continue;
+        const bool isPreserved =
+            record->privateDictionary().value(zr::kZRPreserveModificationDate).asBoolean();
+        if (!isPreserved && record->entity().name() != "ZROSInfo"
+            && record->entity().name() != "ZROSRosterSource")
+            record->setValueForKey("modificationDate", date);
+        changed.push_back(std::move(record));
+    }
+    const auto& processRecords = ZRServices::registered().processRecords;
+    if (!processRecords || !roster.isSharedInstance())
+        return;
+    for (const auto& object : context.insertedObjects())
+        if (auto record = platform::refCast<ZROSRecord>(object))
+            changed.push_back(std::move(record));
+    processRecords(roster, changed);
+}
+
+/// A record of who deletes contacts, on purpose.
+void logDeletions(ZRManagedObjectContext& context)
+{
+    const auto count = std::ranges::count_if(context.deletedObjects(),
+        [](const auto& object) { return object->entity().isKindOf(contactSlots().entity); });
+    if (count > 0 && !context.isMemoryBacked())
+        platform::log(fmt::format("Process {} deleting {} {}", program_invocation_short_name, count,
+            count == 1 ? "contact" : "contacts"));
+}
+
+} // namespace
+
+bool ZRRoster::save() { return saveAndTriggerSync(true, Value()); }
+
+bool ZRRoster::saveAndReturnError(platform::Error*) { return save(); }
+
+bool ZRRoster::saveAndTriggerSync(bool triggerSync, const Value& modificationDate)
+{
+    const bool saved = locked(
+        *this, ZRAccess::write, [&] { return nts_SaveWithFileLock(false, triggerSync, modificationDate); });
+    if (!saved)
+        platform::log(fmt::format("-[ZRRoster save] failed. ({})", _state->directory));
+    return saved;
+}
+
+bool ZRRoster::saveAndTriggerSync_udpateModificationDate(bool triggerSync, const Value& modificationDate)
+{
+    return saveAndTriggerSync(triggerSync, modificationDate);
+}
+
+bool ZRRoster::nts_Save() { return nts_SaveAndTriggerSync(true, Value()); }
+
+bool ZRRoster::nts_SaveAndTriggerSync(bool triggerSync, const Value& modificationDate)
+{
+    return nts_SaveWithFileLock(true, triggerSync, modificationDate);
+}
+
+bool ZRRoster::nts_SaveWithFileLock(bool withFileLock)
+{
+    return nts_SaveWithFileLock(withFileLock, true, Value());
+}
+
+bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const Value& modificationDate)
+{
+    if (!nts_hasUnsavedChanges())
+        return true;
+    const auto context = managedObjectContext();
+    context->zrPruneEmptyRelationships();
+    if (_isReadOnlyIgnoresInert(true)) {
+        _state->lastSaveError = {
+            "ZRRosterErrorDomain", 513, _state->directory + ": the roster may not be written"};
+        return false;
+    }
+    if ((isInert() && !isSharedInstance()) || (!isMemoryBacked() && !nts_hasSharedInstance()))
+        return false;
+
+    const double start = platform::Clock::current().monotonic();
+    const std::string lockPath = rosterLockFile();
+    const std::optional<ZRFileLockScope> fileLock =
+        withFileLock ? std::optional<ZRFileLockScope>(std::in_place, lockPath) : std::nullopt;
+    if (fileLock && !fileLock->isHeld())
+        return false;
+    if (!_state->flags.cleanedUp && !_state->directory.empty())
+        cleanUp(_state->directory);
+    _state->flags.cleanedUp = true;
+    if (const auto& touch = ZRServices::registered().updateFileLockTime)
+        touch(lockPath);
+
+    ZRRecordObjectStoreFactoryImpl::doRemoveRecordsAndCreateLogsWithRoster(*this);
+    context->flushPendingChanges();
+    stampChanges(*this, *context,
+        modificationDate.isDate() ? modificationDate
+                                  : Value(platform::Date{platform::Clock::current().now()}));
+    logDeletions(*context);
+    if (!nts_writePictures() || !nts_writeChanges(*context))
+        return false;
+    if (ZRPerfFlagIsSet(ZRPerfFlag::save))
+        ZRPerfLog("[LogSaveTimes] Time to save = {:3.3f}", platform::Clock::current().monotonic() - start);
+    if (const auto& sync = ZRServices::registered().scheduleTrickleSync;
+        triggerSync && sync && isSharedInstanceOrClone())
+        sync();
+    return true;
+}
+
+bool ZRRoster::nts_writeChanges(ZRManagedObjectContext& context)
+{
+    try {
+        const auto saved = context.save();
+        if (!saved) {
+            _state->lastSaveError = saved.error();
+            platform::log(
+                fmt::format("Roster failed to save: {} ({})", saved.error().text, saved.error().code));
+            nts_removeWrittenPictures();
+            return false;
+        }
+    } catch (const std::exception& failure) {
+        _state->lastSaveError = {"ZRRosterErrorDomain", 1, failure.what()};
+        platform::log(fmt::format("Caught ObjectStore exception when saving MOC: {}", failure.what()));
+        nts_removeWrittenPictures();
+        return false;
+    }
+    _state->pictures.clear();
+    const auto& saveRecents = ZRServices::registered().saveMailRecents;
+    return !saveRecents || saveRecents();
+}
+
+bool ZRRoster::hasUnsavedChanges()
+{
+    const bool has = locked(*this, ZRAccess::read, [&] { return nts_hasUnsavedChanges(); });
+    const auto& recents = ZRServices::registered().hasUnsavedMailRecents;
+    return has || (recents && recents());
+}
+
+bool ZRRoster::nts_hasUnsavedChanges()
+{
+    const auto context = managedObjectContext();
+    return context && context->hasChanges();
+}
+
+platform::Error ZRRoster::lastSaveError() const { return _state->lastSaveError; }
+
+// After a save: definitions that were made are read anew, and handles of what was deleted leave the cache.
+void ZRRoster::observeSaves()
+{
+    _state->didSave = platform::NotificationCenter::shared().subscribe(objectstore::kStoreContextDidSave,
+        _state->context.get(), [this](const platform::Notification& notice) {
+            const auto* changes = notice.userInfo.as<objectstore::StoreChanges>();
+            if (!changes)
+                return;
+            for (const auto* list : {&changes->inserted, &changes->updated, &changes->deleted})
+                if (std::ranges::any_of(*list,
+                        [](const auto& object) { return object->entity().name() == "ZROSCustomProperty"; }))
+                    clearCustomPropertyCaches();
+            std::vector<std::string> gone;
+            for (const auto& object : changes->deleted)
+                if (auto* record = dynamic_cast<ZROSRecord*>(object.get()); record && record->publicRecord())
+                    gone.push_back(record->publicRecord()->nts_UniqueId());
+            nts_ClearCachedRecordsForUniqueIds(gone);
+        });
+}
+
+void ZRRoster::_vacuum()
+{
+    locked(*this, ZRAccess::write, [&] {
+        nts_ClearCachedRecordsByUniqueId();
+        clearTemporaryCaches();
+        clearCustomPropertyCaches();
+    });
+}
+
+std::int64_t ZRRoster::version()
+{
+    constexpr std::int64_t current = 3;
+    const Value stored = locked(*this, ZRAccess::read, [&] {
+        const auto info = nts_Info();
+        return info ? info->nts_ValueForProperty("Version") : Value();
+    });
+    return stored.isNumber() ? stored.asInteger() : current;
+}

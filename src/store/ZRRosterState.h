@@ -1,0 +1,89 @@
+// What a roster knows, for the files that implement it.
+#pragma once
+
+#include "platform/notify/Subscription.h"
+#include "platform/run/Mutex.h"
+#include "platform/value/Error.h"
+#include "store/ZRCustomProperties.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRRoster.h"
+
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+/// The bit set of a roster, by position: other programs read it in dumps.
+struct ZRRosterFlags {
+    bool hasUnsavedChanges = false;
+    /// The store file cannot be written by this user.
+    bool readOnly = false;
+    /// Import the Me card at the first open.
+    bool importMe = false;
+    /// No store file existed when the roster was made.
+    bool needConversion = false;
+    bool cleanedUp = false;
+    bool importTips = false;
+    /// Rebuild from the metadata files of the records.
+    bool restoreFromMetaData = false;
+    bool prefsNeedSync = false;
+    /// Another process announced a restore; a reset is coming.
+    bool waitingForReset = false;
+};
+
+struct ZRRoster::State {
+    enum class Kind { shared, onDirectory, parallel, inMemory };
+
+    Kind kind = Kind::onDirectory;
+    ZRRosterFlags flags;
+
+    /// The monitor of the private dictionary: what follows, up to the constraints.
+    platform::RecursiveMutex monitor;
+    std::string directory;
+    std::string imagesDirectory;
+    platform::Ref<ZRManagedObjectContext> context;
+    platform::Ref<ZRManagedObjectContext> mailRecentsContext;
+    platform::Ref<objectstore::StoreCoordinator> coordinator;
+    bool ownsContext = false;
+    /// Opening was tried and failed: it is not tried again.
+    bool openingFailed = false;
+    /// Counts among the users of the store of its path.
+    bool holdsSharedStore = false;
+    std::map<std::string, ZRCustomProperties::Definitions, std::less<>> customProperties;
+    std::vector<platform::Ref<ZRRecordConstraint>> constraints;
+
+    // Under the global lock.
+    /// The contexts that the holders of the lock locked, innermost last: the context may change meanwhile.
+    std::vector<platform::Ref<ZRManagedObjectContext>> lockedContexts;
+    std::unordered_map<std::string, ZRRecord*> recordsById;
+    std::unordered_map<std::string, ZRRecord*> recordsByKey;
+    /// The records that the roster itself keeps alive: Me and its facts.
+    platform::Ref<ZRRecord> me;
+    bool keepsPictures = false;
+    std::map<std::pair<std::string, std::string>, platform::Value> pictures;
+    platform::Error lastSaveError;
+    platform::Subscription didSave;
+};
+
+/// How the files of the roster, and free functions beside them, reach its state.
+struct ZRRosterAccess {
+    static ZRRoster::State& state(ZRRoster& roster) { return *roster._state; }
+    static const ZRRoster::State& state(const ZRRoster& roster) { return *roster._state; }
+    static platform::Ref<ZRRoster> make(ZRRoster::State::Kind kind);
+};
+
+/// What came of opening a store.
+struct ZRStoreOpening {
+    platform::Ref<ZRManagedObjectContext> context;
+    /// The store is new, was moved aside, or lives in memory: what it held must come from elsewhere.
+    bool loadFailure = false;
+};
+/// Opens the main store at `path`, or shares the one that is open. See ZRRoster+Opening.cpp.
+ZRStoreOpening nts_openStore(const std::string& path);
+/// Gives back one use of it; the last one closes it.
+void nts_closeStore(const std::string& path);
+
+/// Adds one line to what `openingReport` tells.
+void noteOpeningProblem(const std::string& text);
+/// True once a process for each directory.
+bool nts_shouldImportInto(const std::string& directory);
