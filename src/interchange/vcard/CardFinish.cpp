@@ -2,7 +2,7 @@
 #include "interchange/vcard/ZRVCardParser+State.h"
 
 #include "core/ZRConstants.h"
-#include "core/ZRMutableMultiValue.h"
+#include "core/ZRMultiValue.h"
 
 #include <utility>
 
@@ -30,13 +30,25 @@ bool holdsNothing(const platform::Value& value)
     return value.isNothing() || (value.isString() && value.asText().empty());
 }
 
-void add(ZRMutableMultiValue& values, const ZRVCardParameter& entry, platform::Value value,
+/// Adds a pending entry; the first one becomes the primary one, unless another says that it is.
+void add(ZRMultiValue::Entries& entries, const ZRVCardParameter& entry, platform::Value value,
     const std::string* label)
 {
     const std::string_view own = entry.name() ? std::string_view(*entry.name()) : zr::kZROtherLabel;
-    const std::string identifier = values.addValue(value, label ? std::string_view(*label) : own);
-    if (entry.primary())
-        values.setPrimaryIdentifier(identifier);
+    entries.identifiers.push_back(ZRMultiValue::_generateIdentifier());
+    entries.labels.emplace_back(label ? std::string_view(*label) : own);
+    entries.values.push_back(std::move(value));
+    if (entry.primary() || !entries.primaryIdentifier)
+        entries.primaryIdentifier = entries.identifiers.back();
+}
+
+ZRMultiValue::Entries roomFor(std::size_t count)
+{
+    ZRMultiValue::Entries entries;
+    entries.identifiers.reserve(count);
+    entries.labels.reserve(count);
+    entries.values.reserve(count);
+    return entries;
 }
 
 } // namespace
@@ -97,20 +109,19 @@ void ZRVCardParser::State::addMultiValues(Pending kind, std::string_view propert
 {
     if (entries(kind).empty())
         return;
-    const auto values = platform::makeRef<ZRMutableMultiValue>();
-    values->reserve(entries(kind).size());
+    auto values = roomFor(entries(kind).size());
     for (const auto& entry : entries(kind))
         if (!holdsNothing(entry.value()))
-            add(*values, entry, entry.value(), extensionOf(entry, kLabelExtension));
-    if (values->count() > 0)
-        setter->setValue(values, property);
+            add(values, entry, entry.value(), extensionOf(entry, kLabelExtension));
+    if (!values.values.empty())
+        setter->setValue(platform::makeRef<ZRMultiValue>(std::move(values)), property);
 }
 
 void ZRVCardParser::State::addAddressMultiValues()
 {
     if (entries(Pending::addresses).empty())
         return;
-    const auto values = platform::makeRef<ZRMutableMultiValue>();
+    auto values = roomFor(entries(Pending::addresses).size());
     for (const auto& entry : entries(Pending::addresses)) {
         platform::Value address = entry.value();
         if (const auto* countryCode = extensionOf(entry, kAddressExtension)) {
@@ -118,7 +129,7 @@ void ZRVCardParser::State::addAddressMultiValues()
             parts.emplace_back(zr::kZRAddressCountryCodeKey, *countryCode);
             address = platform::Value::dictionary(std::move(parts));
         }
-        add(*values, entry, address, extensionOf(entry, kLabelExtension));
+        add(values, entry, std::move(address), extensionOf(entry, kLabelExtension));
     }
-    setter->setValue(values, zr::kZRAddressProperty);
+    setter->setValue(platform::makeRef<ZRMultiValue>(std::move(values)), zr::kZRAddressProperty);
 }

@@ -30,37 +30,73 @@ constexpr auto base64Classes = [] {
 
 std::uint8_t classOf(char character) { return base64Classes[static_cast<unsigned char>(character) & 0x7F]; }
 
-/// Where the run of characters of a class that `belongs` accepts ends.
-template <class Test>
-std::size_t endOfRun(std::string_view line, std::size_t at, Test belongs)
+/// The value of a digit at each place of a group of four, shifted to that place; a high bit where it is none.
+constexpr std::uint32_t noDigit = 1u << 24;
+constexpr auto digitAtPlace = [] {
+    std::array<std::array<std::uint32_t, 256>, 4> places{};
+    for (std::size_t place = 0; place < 4; ++place)
+        for (std::size_t character = 0; character < 256; ++character) {
+            const std::uint32_t kind = base64Classes[character & 0x7F];
+            places[place][character] = kind < padding ? kind << (18 - 6 * place) : noDigit;
+        }
+    return places;
+}();
+
+std::uint32_t digitAt(std::size_t place, char character)
 {
-    while (at < line.size() && belongs(classOf(line[at])))
-        ++at;
-    return at;
+    return digitAtPlace[place][static_cast<unsigned char>(character)];
 }
 
-/// How many digits the line has, or npos when it is no Base64.
-std::size_t digitsOf(std::string_view line)
+/// Takes the digits at the front of `text` and writes what they stand for; answers where that ends.
+char* takeDigits(std::string_view& text, char* out)
 {
-    const std::size_t digits = endOfRun(line, 0, [](auto kind) { return kind < padding; });
-    std::size_t at = endOfRun(line, digits, [](auto kind) { return kind == padding; });
-    if (at - digits > 2)
-        return std::string_view::npos;
-    at = endOfRun(line, at, [](auto kind) { return kind == whiteSpace; });
-    return at == line.size() ? digits : std::string_view::npos;
-}
-
-void appendDecoded(std::string& data, std::string_view digits)
-{
-    while (!digits.empty()) {
-        const auto group = digits.substr(0, 4);
-        std::uint32_t bits = 0;
-        for (std::size_t at = 0; at < 4; ++at)
-            bits = bits << 6 | (at < group.size() ? classOf(group[at]) : 0u);
-        for (std::size_t byte = 0; byte + 1 < group.size(); ++byte)
-            data += static_cast<char>(bits >> (16 - 8 * byte) & 0xFF);
-        digits.remove_prefix(group.size());
+    std::size_t at = 0;
+    for (; at + 4 <= text.size(); at += 4, out += 3) {
+        const std::uint32_t bits = digitAt(0, text[at]) | digitAt(1, text[at + 1]) | digitAt(2, text[at + 2])
+            | digitAt(3, text[at + 3]);
+        if (bits >= noDigit)
+            break;
+        out[0] = static_cast<char>(bits >> 16);
+        out[1] = static_cast<char>(bits >> 8);
+        out[2] = static_cast<char>(bits);
     }
+    std::uint32_t bits = 0;
+    std::size_t left = 0;
+    for (; at < text.size() && classOf(text[at]) < padding; ++at, ++left)
+        bits |= digitAt(left, text[at]);
+    for (std::size_t byte = 0; byte + 1 < left; ++byte)
+        *out++ = static_cast<char>(bits >> (16 - 8 * byte) & 0xFF);
+    text.remove_prefix(at);
+    return out;
+}
+
+std::size_t takeAll(std::string_view& text, Base64Class kind)
+{
+    std::size_t count = 0;
+    while (count < text.size() && classOf(text[count]) == kind)
+        ++count;
+    text.remove_prefix(count);
+    return count;
+}
+
+/// Takes the end of a line: LF, CR or both; true at the end of the text too.
+bool takeLineEnd(std::string_view& text)
+{
+    if (text.empty())
+        return true;
+    if (classOf(text.front()) != lineEnd)
+        return false;
+    text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
+    return true;
+}
+
+/// Takes a line as it stands, with its end.
+std::string_view takeLine(std::string_view& text)
+{
+    const std::string_view before = text;
+    while (!takeLineEnd(text))
+        text.remove_prefix(1);
+    return before.substr(0, before.size() - text.size());
 }
 
 // ---- UTF-7
@@ -88,19 +124,22 @@ void appendUnit(std::string& units, char byte)
 
 std::string zrDecodeBase64(std::string_view data)
 {
-    std::string decoded;
-    decoded.reserve(data.size() / 4 * 3);
+    // No line grows when it is decoded.
+    std::string decoded(data.size(), '\0');
+    char* out = decoded.data();
     while (!data.empty()) {
-        const std::size_t end = endOfRun(data, 0, [](auto kind) { return kind != lineEnd; });
-        const bool pair = data.substr(end, 2) == "\r\n";
-        const std::size_t next = std::min(data.size(), end + (pair ? 2 : 1));
-        const std::size_t digits = digitsOf(data.substr(0, end));
-        if (digits == std::string_view::npos)
-            decoded.append(data.substr(0, next));
-        else
-            appendDecoded(decoded, data.substr(0, digits));
-        data.remove_prefix(next);
+        const std::string_view line = data;
+        char* const end = takeDigits(data, out);
+        const std::size_t paddings = takeAll(data, padding);
+        takeAll(data, whiteSpace);
+        if (paddings <= 2 && takeLineEnd(data)) {
+            out = end;
+        } else {
+            data = line;
+            out = std::ranges::copy(takeLine(data), out).out;
+        }
     }
+    decoded.resize(static_cast<std::size_t>(out - decoded.data()));
     return decoded;
 }
 

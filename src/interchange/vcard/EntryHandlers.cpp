@@ -13,6 +13,9 @@ namespace {
 
 using Dictionary = std::vector<std::pair<std::string, platform::Value>>;
 
+/// Street, city, state, postal code, country and its code.
+constexpr std::size_t kAddressKeys = 6;
+
 void addUnlessEmpty(Dictionary& dictionary, std::string_view key, std::optional<std::string> text)
 {
     if (text && !text->empty())
@@ -154,6 +157,7 @@ bool ZRVCardParser::State::parseCalendarURI()
 bool ZRVCardParser::State::parseADR()
 {
     Dictionary address;
+    address.reserve(kAddressKeys);
     std::string street;
     bool more = true;
     for (int part = 1; part <= 3 && more; ++part) {
@@ -180,6 +184,7 @@ bool ZRVCardParser::State::parseADR()
 bool ZRVCardParser::State::parseADD()
 {
     Dictionary address;
+    address.reserve(kAddressKeys);
     std::string street;
     appendLine(street, nextField());
     bool more = nextFieldFollows();

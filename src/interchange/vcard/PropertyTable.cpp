@@ -103,11 +103,15 @@ const Row* rowFor(std::string_view name)
 
 bool vcard::equalInAnyCase(std::string_view a, std::string_view b)
 {
-    const auto upper = [](char character) {
-        return character >= 'a' && character <= 'z' ? character - 0x20 : int(character);
-    };
-    return a.size() == b.size()
-        && std::equal(a.begin(), a.end(), b.begin(), [&](char x, char y) { return upper(x) == upper(y); });
+    if (a.size() != b.size())
+        return false;
+    for (std::size_t at = 0; at < a.size(); ++at) {
+        // Of two letters that differ in case alone only one bit differs.
+        const char lower = static_cast<char>(a[at] | 0x20);
+        if (a[at] != b[at] && (lower != (b[at] | 0x20) || lower < 'a' || lower > 'z'))
+            return false;
+    }
+    return true;
 }
 
 void ZRVCardParser::State::dispatch()

@@ -7,11 +7,15 @@
 
 namespace {
 
+/// As many properties as a full card has.
+constexpr std::size_t kUsualProperties = 16;
+
+/// Where the entry of a property is or belongs: they are kept in the order that a dictionary wants.
 template <class Entries>
-auto entryOf(Entries& entries, std::string_view property)
+auto placeOf(Entries& entries, std::string_view property)
 {
-    return std::find_if(
-        entries.begin(), entries.end(), [&](const auto& entry) { return entry.first == property; });
+    return std::lower_bound(entries.begin(), entries.end(), property,
+        [](const auto& entry, std::string_view wanted) { return entry.first < wanted; });
 }
 
 } // namespace
@@ -20,17 +24,19 @@ void ZRVCardDictionaryValueSetter::setValue(platform::Value value, std::string_v
 {
     if (value.isAbsent())
         return;
-    if (value.as<ZRMultiValue>())
+    if (value.isObject() && value.as<ZRMultiValue>())
         value = platform::Value::dictionary({{std::string(property), std::move(value)}});
-    const auto entry = entryOf(_dictionaryRep, property);
-    if (entry == _dictionaryRep.end())
-        _dictionaryRep.emplace_back(property, std::move(value));
+    if (_dictionaryRep.empty())
+        _dictionaryRep.reserve(kUsualProperties);
+    const auto place = placeOf(_dictionaryRep, property);
+    if (place != _dictionaryRep.end() && place->first == property)
+        place->second = std::move(value);
     else
-        entry->second = std::move(value);
+        _dictionaryRep.emplace(place, property, std::move(value));
 }
 
 platform::Value ZRVCardDictionaryValueSetter::valueForProperty(std::string_view property) const
 {
-    const auto entry = entryOf(_dictionaryRep, property);
-    return entry == _dictionaryRep.end() ? platform::Value() : entry->second;
+    const auto place = placeOf(_dictionaryRep, property);
+    return place != _dictionaryRep.end() && place->first == property ? place->second : platform::Value();
 }

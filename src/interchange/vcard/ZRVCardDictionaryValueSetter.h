@@ -18,7 +18,8 @@ public:
     void setValue(platform::Value value, std::string_view property) override;
     platform::Value valueForProperty(std::string_view property) const override;
     /// A dictionary of all that was set.
-    platform::Value dictionaryRep() const { return platform::Value::dictionary(_dictionaryRep); }
+    platform::Value dictionaryRep() const& { return platform::Value::dictionary(_dictionaryRep); }
+    platform::Value dictionaryRep() && { return platform::Value::dictionary(std::move(_dictionaryRep)); }
 
 private:
     std::vector<std::pair<std::string, platform::Value>> _dictionaryRep;

@@ -14,12 +14,16 @@ namespace {
 /// stays there, so that damaged data is read in linear time.
 constexpr int kMostUnendedStrings = 64;
 
+bool isASCIIOrUTF8(TextEncoding encoding)
+{
+    return encoding == platform::kUTF8Encoding || encoding == platform::kASCIIEncoding;
+}
+
 std::optional<std::string> decoded(std::string_view bytes, TextEncoding encoding)
 {
     if (encoding == platform::kUTF7Encoding)
         return zrDecodedUTF7(bytes);
-    const bool direct = encoding == platform::kUTF8Encoding || encoding == platform::kASCIIEncoding;
-    if (direct && platform::isASCII(bytes))
+    if (isASCIIOrUTF8(encoding) && platform::isASCII(bytes))
         return std::string(bytes);
     return platform::decode(bytes, encoding);
 }
@@ -49,7 +53,13 @@ template <std::size_t Width>
 std::optional<std::string> ZRVCardLexer::nextFoldedString(
     TextEncoding encoding, bool quotedPrintable, TokenMask stopTokens, bool trim)
 {
-    auto text = nextString<Width>(encoding, quotedPrintable, stopTokens, trim);
+    std::optional<std::string> text;
+    if constexpr (Width == 1)
+        if (const auto word = nextWord(encoding, quotedPrintable ? stopTokens & ~kEquals : stopTokens)) {
+            text.emplace(*word);
+            return text;
+        }
+    text = nextString<Width>(encoding, quotedPrintable, stopTokens, trim);
     bool complete = text.has_value();
     while (lineFolds<Width>()) {
         const auto more = nextString<Width>(encoding, quotedPrintable, stopTokens, trim);
@@ -60,15 +70,32 @@ std::optional<std::string> ZRVCardLexer::nextFoldedString(
     return text;
 }
 
+/// Most strings are a word that means itself: ASCII, with no token before the one that stops it, which does
+/// not end the line. Absent for others, and then the cursor stays.
+std::optional<std::string_view> ZRVCardLexer::nextWord(TextEncoding encoding, TokenMask stopTokens)
+{
+    const std::size_t start = _cursor;
+    std::size_t end = start;
+    while (end < _length && !kTokenOfUnit[_bytes[end]] && _bytes[end] < 0x80)
+        ++end;
+    const TokenMask stops = stopTokens & ~(kEndOfLine | kEscape);
+    if (!(tokenAt<1>(end) & stops) || !isASCIIOrUTF8(encoding))
+        return std::nullopt;
+    _dataEnded = false;
+    _cursor = end;
+    _peakedPoint = end + 1;
+    return std::string_view(_data).substr(start, end - start);
+}
+
 /// Moves to the continuation of a line that ended here. Where there is none the cursor goes onto the last of
 /// the line's ends, which the caller's own step past them then finds.
 template <std::size_t Width>
 bool ZRVCardLexer::lineFolds()
 {
-    if (!(nextToken<Width>(true, 1, _length) & kEndOfLine))
+    if (!(peekOne<Width>() & kEndOfLine))
         return false;
     pastEOL<Width>();
-    if (nextToken<Width>(true, 1, _length) & kSpace) {
+    if (peekOne<Width>() & kSpace) {
         advanceToPeakPoint();
         return true;
     }
@@ -80,44 +107,49 @@ template <std::size_t Width>
 std::optional<std::string> ZRVCardLexer::nextString(
     TextEncoding encoding, bool quotedPrintable, TokenMask stopTokens, bool trim)
 {
-    const TokenMask interesting = stopTokens | kEscape | (quotedPrintable ? kEquals : 0);
-    const bool trimsSpaces = trim && !(stopTokens & kSpace);
-    _dataEnded = false;
-    _buffer.clear();
-    while (trimsSpaces && tokenAt<Width>(_cursor) & kSpace)
+    const TokenMask encoded = kEscape | (quotedPrintable ? kEquals : 0);
+    const TokenMask spaces = trim && !(stopTokens & kSpace) ? kSpace : 0;
+    while (tokenAt<Width>(_cursor) & spaces)
         _cursor += Width;
     std::size_t start = _cursor;
-    for (;;) {
-        _cursor = find<Width>(_cursor, interesting);
-        if (atEOF())
-            return dataEndedInString();
-        const TokenCode token = tokenAt<Width>(_cursor);
-        const bool encoded = quotedPrintable && token & kEquals;
-        if (!encoded && !(token & kEscape))
-            break;
+    _cursor = find<Width>(_cursor, stopTokens | encoded);
+    const bool plain = !(tokenAt<Width>(_cursor) & encoded);
+    if (!plain)
+        start = undoEncoding<Width>(start, encoded, stopTokens);
+    _dataEnded = atEOF();
+    if (_dataEnded)
+        return dataEndedInString();
+    // Only spaces as they stand are trimmed, never encoded ones; and those all lie behind the last encoded
+    // one.
+    std::size_t end = _cursor;
+    while (end > start && tokenAt<Width>(end - Width) & spaces)
+        end -= Width;
+    const auto run = std::string_view(_data).substr(start, end - start);
+    const TextEncoding set = Width == 2 ? platform::kUTF16Encoding : encoding;
+    return decoded(plain ? run : _buffer.append(run), set);
+}
+
+/// Decodes from `start` on into the buffer, up to the last run of plain characters before a stop; answers
+/// where that run begins. The cursor stands on an encoded character, and then on the stop.
+template <std::size_t Width>
+std::size_t ZRVCardLexer::undoEncoding(std::size_t start, TokenMask encoded, TokenMask stopTokens)
+{
+    _buffer.clear();
+    while (const TokenCode token = tokenAt<Width>(_cursor) & encoded) {
         _buffer.append(_data, start, _cursor - start);
         _cursor += Width;
-        if (encoded)
+        if (token & kEquals)
             appendQuotedPrintable();
         else
             appendEscapedCharacter<Width>();
         start = _cursor;
+        _cursor = find<Width>(_cursor, stopTokens | encoded);
     }
-    // Only spaces as they stand are trimmed, never encoded ones; and those all lie behind the last encoded
-    // one.
-    std::size_t end = _cursor;
-    while (trimsSpaces && end > start && tokenAt<Width>(end - Width) & kSpace)
-        end -= Width;
-    const auto run = std::string_view(_data).substr(start, end - start);
-    constexpr bool wide = Width == 2;
-    if (_buffer.empty())
-        return decoded(run, wide ? platform::kUTF16Encoding : encoding);
-    return decoded(_buffer.append(run), wide ? platform::kUTF16Encoding : encoding);
+    return start;
 }
 
 std::nullopt_t ZRVCardLexer::dataEndedInString()
 {
-    _dataEnded = true;
     _cursor = ++_unendedStrings > kMostUnendedStrings ? _length : _peakedPoint;
     return std::nullopt;
 }
@@ -126,14 +158,31 @@ void ZRVCardLexer::nextArray(
     std::vector<std::string>& array, TokenMask separator, TokenMask stop, TextEncoding encoding)
 {
     array.clear();
-    while (!(tokenAtCursor() & stop) && !atEOF()) {
-        auto text = nextStringInEncoding(encoding, false, separator | stop, true);
+    if (_unicode)
+        fillArray<2>(array, separator, stop, encoding);
+    else
+        fillArray<1>(array, separator, stop, encoding);
+}
+
+template <std::size_t Width>
+void ZRVCardLexer::fillArray(
+    std::vector<std::string>& array, TokenMask separator, TokenMask stop, TextEncoding encoding)
+{
+    while (!(tokenAt<Width>(_cursor) & stop) && !atEOF()) {
+        if constexpr (Width == 1)
+            if (const auto word = nextWord(encoding, separator | stop)) {
+                if (!word->empty())
+                    array.emplace_back(*word);
+                _cursor += (tokenAt<1>(_cursor) & separator) != 0;
+                continue;
+            }
+        auto text = nextFoldedString<Width>(encoding, false, separator | stop, true);
         if (text && !text->empty())
             array.push_back(std::move(*text));
         if (_dataEnded)
             return;
-        if (tokenAtCursor() & separator)
-            _cursor += _unicode ? 2 : 1;
+        if (tokenAt<Width>(_cursor) & separator)
+            _cursor += Width;
     }
 }
 

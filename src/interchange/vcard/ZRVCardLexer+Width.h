@@ -4,7 +4,7 @@
 #include "interchange/vcard/ZRVCardLexer.h"
 
 template <std::size_t Width>
-char16_t ZRVCardLexer::unitAt(std::size_t at) const
+inline char16_t ZRVCardLexer::unitAt(std::size_t at) const
 {
     if constexpr (Width == 1)
         return byteAt(at);
@@ -13,16 +13,31 @@ char16_t ZRVCardLexer::unitAt(std::size_t at) const
 }
 
 template <std::size_t Width>
-vcard::TokenCode ZRVCardLexer::tokenAt(std::size_t at) const
+inline vcard::TokenCode ZRVCardLexer::tokenAt(std::size_t at) const
 {
     return at < _length ? vcard::tokenOfUnit(unitAt<Width>(at)) : vcard::kNoToken;
 }
 
 /// The first place from `at` on with a token of one of the classes, or the end of the data.
 template <std::size_t Width>
-std::size_t ZRVCardLexer::find(std::size_t at, vcard::TokenMask classes) const
+inline std::size_t ZRVCardLexer::find(std::size_t at, vcard::TokenMask classes) const
 {
-    while (at < _length && !(vcard::tokenOfUnit(unitAt<Width>(at)) & classes))
-        at += Width;
+    if constexpr (Width == 1)
+        while (at < _length && !(vcard::kTokenOfUnit[_bytes[at]] & classes))
+            ++at;
+    else
+        while (at < _length && !(tokenAt<Width>(at) & classes))
+            at += Width;
     return at;
+}
+
+/// The one character at the cursor as a token, which a later `advanceToPeakPoint` passes.
+template <std::size_t Width>
+inline vcard::TokenCode ZRVCardLexer::peekOne()
+{
+    _peakedPoint = _cursor;
+    if (atEOF())
+        return vcard::kEndOfData;
+    _peakedPoint += Width;
+    return tokenAt<Width>(_cursor);
 }

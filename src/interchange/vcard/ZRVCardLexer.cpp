@@ -61,12 +61,23 @@ TokenCode ZRVCardLexer::nextTokenPeakUnicode(bool peek, std::size_t length)
 template <std::size_t Width>
 TokenCode ZRVCardLexer::nextToken(bool peek, std::size_t length, std::size_t end)
 {
-    _peakedPoint = _cursor;
-    TokenCode token = _peakedPoint >= end ? kEndOfData : kNoToken;
-    const std::size_t limit = length ? length : kLongestToken;
-    std::array<char16_t, kLongestToken> units{};
+    TokenCode token = _cursor >= end ? kEndOfData : tokenOfUnit(unitAt<Width>(_cursor));
+    _peakedPoint = _cursor + (token == kEndOfData ? 0 : Width);
     char16_t last = 0;
-    for (std::size_t count = 1; _peakedPoint < end && count <= limit && !token; ++count) {
+    if (!token && length != 1)
+        token = longerToken<Width>(length ? length : kLongestToken, end, last);
+    if (!peek)
+        _cursor = _peakedPoint;
+    return length || token ? token : failedLookup(last, end);
+}
+
+/// The token of two or more characters at the cursor, up to `limit` of them.
+template <std::size_t Width>
+TokenCode ZRVCardLexer::longerToken(std::size_t limit, std::size_t end, char16_t& last)
+{
+    TokenCode token = kNoToken;
+    std::array<char16_t, kLongestToken> units{unitAt<Width>(_cursor)};
+    for (std::size_t count = 2; _peakedPoint < end && count <= limit && !token; ++count) {
         last = unitAt<Width>(_peakedPoint);
         if (count <= units.size()) {
             units[count - 1] = last;
@@ -74,9 +85,7 @@ TokenCode ZRVCardLexer::nextToken(bool peek, std::size_t length, std::size_t end
         }
         _peakedPoint += Width;
     }
-    if (!peek)
-        _cursor = _peakedPoint;
-    return length || token ? token : failedLookup(last, end);
+    return token;
 }
 
 TokenCode ZRVCardLexer::failedLookup(char16_t last, std::size_t end)
@@ -189,7 +198,5 @@ std::size_t ZRVCardLexer::toString()
 }
 
 // What the other files of the lexer use.
-template TokenCode ZRVCardLexer::nextToken<1>(bool, std::size_t, std::size_t);
-template TokenCode ZRVCardLexer::nextToken<2>(bool, std::size_t, std::size_t);
 template bool ZRVCardLexer::pastEOL<1>();
 template bool ZRVCardLexer::pastEOL<2>();

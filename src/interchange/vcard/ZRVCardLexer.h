@@ -122,7 +122,11 @@ private:
     template <std::size_t Width>
     std::size_t find(std::size_t at, vcard::TokenMask classes) const;
     template <std::size_t Width>
+    vcard::TokenCode peekOne();
+    template <std::size_t Width>
     vcard::TokenCode nextToken(bool peek, std::size_t length, std::size_t end);
+    template <std::size_t Width>
+    vcard::TokenCode longerToken(std::size_t limit, std::size_t end, char16_t& last);
     template <std::size_t Width>
     vcard::TokenCode nextTokenInLine();
     template <std::size_t Width>
@@ -140,7 +144,12 @@ private:
     std::optional<std::string> nextFoldedString(
         TextEncoding encoding, bool quotedPrintable, vcard::TokenMask stopTokens, bool trim);
     template <std::size_t Width>
+    std::size_t undoEncoding(std::size_t start, vcard::TokenMask encoded, vcard::TokenMask stopTokens);
+    template <std::size_t Width>
     bool lineFolds();
+    template <std::size_t Width>
+    void fillArray(std::vector<std::string>& array, vcard::TokenMask separator, vcard::TokenMask stop,
+        TextEncoding encoding);
     template <std::size_t Width>
     void appendEscapedCharacter();
     template <std::size_t Width>
@@ -148,6 +157,7 @@ private:
 
     vcard::TokenCode failedLookup(char16_t last, std::size_t end);
     std::nullopt_t dataEndedInString();
+    std::optional<std::string_view> nextWord(TextEncoding encoding, vcard::TokenMask stopTokens);
     unsigned char byteAt(std::size_t at) const { return at < _length ? _bytes[at] : 0; }
     std::optional<char> nextQuotedPrintableByte();
     bool skipSoftBreak(unsigned char& behind);

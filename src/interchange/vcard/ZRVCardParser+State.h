@@ -53,7 +53,9 @@ struct CachedParameter {
 
 /// The line that is being read.
 struct Line {
-    std::string name;
+    /// Group and name, of which `name` is the last.
+    std::vector<std::string> names;
+    std::string_view name;
     std::optional<std::string> grouping;
     std::vector<CachedParameter*> parameters;
     TextEncoding encoding = 0;
@@ -178,7 +180,7 @@ struct ZRVCardParser::State {
     bool version30 = false;
     vcard::Card card;
     vcard::Line line;
-    /// Scratch for names and for the values of a parameter.
+    /// Scratch for the values of a parameter.
     std::vector<std::string> parseArray;
     /// Parameters by name, kept over the lines.
     std::unordered_map<std::string, vcard::CachedParameter> parameters;

@@ -80,7 +80,7 @@ platform::Value ZRVCardParser::dictionaryRepresentationOfVCardAtPath(const std::
     ZRVCardDictionaryValueSetter setter;
     if (const auto parser = initWithData(*data))
         parser->importToValueSetter(setter);
-    return setter.dictionaryRep();
+    return std::move(setter).dictionaryRep();
 }
 
 // ---- the card
@@ -151,7 +151,8 @@ void ZRVCardParser::State::cleanUpCardState()
     for (auto& kind : card.pending)
         kind.clear();
     for (auto& addresses : known)
-        addresses.clear();
+        if (!addresses.empty())
+            addresses.clear();
     card.extensions.clear();
     for (Text* text : {&card.first, &card.last, &card.organization, &card.formattedName, &card.notes,
              &card.otherNotes, &card.uid, &card.imageData})
@@ -163,12 +164,12 @@ void ZRVCardParser::State::cleanUpCardState()
 bool ZRVCardParser::State::parseItem()
 {
     beginLine();
-    lexer->nextArray(parseArray, kGroupSeparator, kHeaderStops, platform::kASCIIEncoding);
-    if (parseArray.empty() || equalInAnyCase(parseArray.back(), "END"))
+    lexer->nextArray(line.names, kGroupSeparator, kHeaderStops, platform::kASCIIEncoding);
+    if (line.names.empty() || equalInAnyCase(line.names.back(), "END"))
         return false;
-    if (parseArray.size() == 2)
-        line.grouping = std::move(parseArray.front());
-    line.name = std::move(parseArray.back());
+    if (line.names.size() == 2)
+        line.grouping = line.names.front();
+    line.name = line.names.back();
     switch (parseParameters()) {
     case Header::cardEnds:
         return false;
@@ -270,7 +271,8 @@ CachedParameter& ZRVCardParser::State::cachedParameterForName(const Text& name)
 {
     if (!name)
         return namelessParameter;
-    if (parameters.empty())
-        parameters.reserve(10);
-    return parameters.try_emplace(*name, CachedParameter{ZRVCardParameter(name)}).first->second;
+    const auto cached = parameters.find(*name);
+    if (cached != parameters.end())
+        return cached->second;
+    return parameters.emplace(*name, CachedParameter{ZRVCardParameter(name)}).first->second;
 }
