@@ -43,6 +43,8 @@ enum class AttributeType : std::uint8_t {
     string,
     integer,
     real,
+    /// Whole or floating, as it was set.
+    number,
     boolean,
     /// Stored as seconds since 1 January 1970 UTC.
     date,
@@ -75,8 +77,8 @@ struct SlotDescription {
     SlotKind kind = SlotKind::attribute;
     AttributeType type = AttributeType::any;
     std::uint8_t flags = kPlain;
-    /// Relationships: the entity at the other end, and its key that leads back here (may be empty for a
-    /// to-one and a many-to-many).
+    /// Relationships: the entity at the other end, and its key that leads back here. A to-one need not name
+    /// it: several relationships may be found through one to-one, each for rows of its own entity.
     std::string_view destination = {};
     std::string_view inverse = {};
     DeleteRule deleteRule = DeleteRule::nullify;
@@ -157,6 +159,11 @@ struct Slot {
     std::string farColumn;
     /// largeAttribute: the side table ("_key", "value"). manyToMany: the join table. Quoted for SQL.
     std::string table;
+    /// Some relationship is found through this to-one.
+    bool isInverted = false;
+    /// Leads to parts of the object: the destination's owner is the inverse, and they are deleted with it. An
+    /// object holds its parts once it has read them.
+    bool holdsParts = false;
     LazyHook lazy;
     GetHook get;
     SetHook set;
@@ -169,18 +176,14 @@ struct Slot {
     bool isToMany() const { return kind >= SlotKind::toMany; }
     bool isTransient() const { return (flags & kTransient) != 0; }
     bool hasColumn() const { return field != kNoField; }
-    /// Whether an object holds the objects of this slot strongly once it has read them: its own parts.
-    bool holdsParts() const
-    {
-        return (kind == SlotKind::toMany || kind == SlotKind::toOneInverse)
-            && deleteRule == DeleteRule::cascade;
-    }
+    /// Found by the to-one of the other end.
+    bool isThroughInverse() const { return kind == SlotKind::toMany || kind == SlotKind::toOneInverse; }
 };
 
 /// A table and the entities that share it.
 ///
-/// Every table has the columns `_key` (integer primary key) and `_version`, and `_entity` where several
-/// entities share it; then one column a stored slot, called by its key.
+/// Every table has the columns `_key` (integer primary key), `_version`, and `_entity` (the store's number of
+/// the entity); then one column a stored slot, called by its key.
 struct Family {
     struct Column {
         std::string name;
@@ -201,7 +204,6 @@ struct Family {
     std::size_t index = 0;
 
     bool isRoot() const { return owner == nullptr; }
-    bool hasDiscriminator() const { return entities.size() > 1; }
 };
 
 /// The resolved form of UnitDescription.
@@ -250,6 +252,9 @@ public:
     /// The to-one that leads to the root object whose part this is, or null.
     const Slot* owner() const { return _owner; }
     const UnitSlots& unit() const { return _unit; }
+    /// Whether its owner has at most one of it: the owner's slot for it is a toOneInverse.
+    bool isSingle() const { return _isSingle; }
+    bool hasLarge() const { return _hasLarge; }
     const std::vector<const Slot*>& sharedBy() const { return _sharedBy; }
     /// The slot whose text is indexed, or null.
     const Slot* textIndex() const { return _textIndex; }
@@ -279,6 +284,8 @@ private:
     std::vector<const Entity*> _concrete;
     const Slot* _owner = nullptr;
     UnitSlots _unit;
+    bool _isSingle = false;
+    bool _hasLarge = false;
     std::vector<const Slot*> _sharedBy;
     const Slot* _textIndex = nullptr;
     std::string _textTable;

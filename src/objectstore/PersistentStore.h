@@ -11,10 +11,10 @@ namespace objectstore {
 
 struct StoreState;
 
-/// One open store.
+/// One store of a coordinator. A removed one stays, closed, so that objects never point at nothing.
 ///
-/// Ownership: owned by its coordinator, until it is removed there.
-/// Threads:   path, type and number never change; everything else under the coordinator's lock.
+/// Ownership: owned by its coordinator.
+/// Threads:   the number never changes; everything else under the coordinator's lock.
 /// Errors:    none of its own.
 class PersistentStore {
 public:
@@ -30,12 +30,15 @@ public:
     /// Made with the store file and kept by every copy of it.
     const std::string& identifier() const { return _identifier; }
 
-    /// The engine's side: connection, statements, rows.
+    /// False once it was removed.
+    bool isOpen() const { return _state != nullptr; }
+    /// The engine's side: connection, statements, rows. Only while it is open.
     StoreState& state() const { return *_state; }
 
 private:
     friend class StoreCoordinator;
     friend class StoreOpening;
+    friend struct std::default_delete<PersistentStore>;
     PersistentStore(StoreType type, std::string path, std::uint32_t number);
 
     StoreType _type;

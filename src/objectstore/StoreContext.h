@@ -18,6 +18,7 @@
 namespace objectstore {
 
 class StoreContext;
+struct ContextState;
 
 /// Posted in platform::NotificationCenter, on the saving thread, about the context; the user info is a
 /// StoreChanges: `notification.userInfo.as<StoreChanges>()`.
@@ -143,11 +144,10 @@ protected:
     ~StoreContext() override;
 
 private:
-    friend class ObjectAccess;
-    struct State;
+    friend struct ObjectAccess;
 
     mutable platform::RecursiveMutex _mutex{platform::LockRank::context};
-    std::unique_ptr<State> _state;
+    const std::unique_ptr<ContextState> _state;
 };
 
 } // namespace objectstore

@@ -18,7 +18,7 @@ namespace objectstore {
 
 class Overlay;
 class PersistentStore;
-class Relationships;
+struct RelationshipCaches;
 class StoreContext;
 class StoreObject;
 struct ContextAnchor;
@@ -78,7 +78,7 @@ public:
     bool isFault() const { return !_row && !isInserted(); }
     bool isInserted() const { return (_state & kInserted) != 0; }
     /// Has unsaved changes, and is neither inserted nor deleted.
-    bool isUpdated() const { return (_state & (kUpdated | kInserted | kDeleted)) == kUpdated; }
+    bool isUpdated() const { return (_state & (kUpdated | kInserted | kDeleted | kGone)) == kUpdated; }
     /// Deleted here and not saved yet, or deleted in the store.
     bool isDeleted() const { return (_state & (kDeleted | kGone)) != 0; }
     bool hasChanges() const { return (_state & (kInserted | kUpdated | kDeleted)) != 0; }
@@ -97,8 +97,8 @@ public:
     /// Keys joined by dots. Across a to-many, the array of the values found behind its objects.
     platform::Value valueForKeyPath(std::string_view path);
 
-    /// Plain reads of attributes; "" and 0 where the value is absent. The text and bytes live until the
-    /// object changes, is refreshed or is saved: use them at once.
+    /// Plain reads of stored attributes; "" and 0 where the value is absent. The text and bytes live until
+    /// the object changes, is refreshed or is saved: use them at once.
     std::string_view text(const Slot& slot);
     std::string_view bytes(const Slot& slot);
     std::int64_t integer(const Slot& slot);
@@ -157,7 +157,7 @@ protected:
 
 private:
     friend class Entity;
-    friend class ObjectAccess;
+    friend struct ObjectAccess;
     template <class T, class... Arguments>
     friend platform::Ref<T> platform::makeRef(Arguments&&... arguments);
 
@@ -165,12 +165,25 @@ private:
         kInserted = 1,
         kUpdated = 2,
         kDeleted = 4,
-        /// Deleted in the store.
+        /// Deleted in the store, or never saved and deleted.
         kGone = 8,
-        /// In the context's list of objects to be matched in memory because a part or link changed.
+        /// In the context's list of objects whose parts or links changed.
         kTouched = 16,
-        kInSave = 32,
+        /// In the context's list of objects with changes.
+        kListed = 32,
     };
+
+    const Row* row();
+    platform::Value storedValue(const Slot& slot);
+    platform::Value lazyValue(const Slot& slot);
+    FieldValue field(const Slot& slot);
+    FieldValue fieldOrLazy(const Slot& slot);
+    platform::Value largeValue(const Slot& slot);
+    void putAttribute(const Slot& slot, platform::Value value);
+    void finishSet(const Slot& slot);
+    void setInverse(const Slot& slot, StoreObject* object);
+    StoreContext& requireContext() const;
+    const RelationshipCaches* cachesIfAny() const { return _relationships.get(); }
 
     std::uint32_t _state = 0;
     const Entity* _entity;
@@ -179,7 +192,7 @@ private:
     std::int64_t _key = 0;
     RowRef _row;
     std::unique_ptr<Overlay> _overlay;
-    std::unique_ptr<Relationships> _relationships;
+    std::unique_ptr<RelationshipCaches> _relationships;
     StoreObject* _nextGone = nullptr;
 };
 

@@ -1,0 +1,242 @@
+// How a fetch is answered: by SQL for what is as the store has it, in memory for what is not.
+#include "objectstore/ContextFetch.h"
+
+#include "objectstore/FieldOrder.h"
+#include "objectstore/PendingMatches.h"
+#include "objectstore/PredicateMatch.h"
+#include "objectstore/PredicateSQL.h"
+#include "objectstore/Prefetch.h"
+#include "objectstore/RowReader.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace objectstore {
+
+namespace {
+
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+
+void bindValue(sqlite::Statement& statement, int parameter, const platform::Value& value)
+{
+    bindField(statement, parameter, fieldOf(value));
+}
+
+/// One fetch of one store.
+class StoreQuery {
+public:
+    StoreQuery(
+        ContextState& context, PersistentStore& store, const StoreFetch& fetch, const FieldOrder& order)
+        : _context(context)
+        , _store(store)
+        , _fetch(fetch)
+        , _order(order)
+        , _reading(context, store)
+        , _pending(context, store, fetch)
+    {
+        if (!fetch.predicate || _pending.needsMemory())
+            return;
+        _condition = translate(*fetch.predicate, *fetch.entity, {store.number(), true});
+    }
+
+    /// In order; at least as many as offset and limit can use.
+    ObjectList objects()
+    {
+        ObjectList found;
+        for (const Family* family : _fetch.entity->families()) {
+            const auto middle = static_cast<std::ptrdiff_t>(found.size());
+            readFamily(*family, found);
+            std::inplace_merge(found.begin(), found.begin() + middle, found.end(), _order);
+        }
+        ObjectList unsaved = _pending.matches();
+        std::ranges::sort(unsaved, _order);
+        const auto middle = static_cast<std::ptrdiff_t>(found.size());
+        found.insert(found.end(), unsaved.begin(), unsaved.end());
+        std::inplace_merge(found.begin(), found.begin() + middle, found.end(), _order);
+        return found;
+    }
+
+    std::size_t count()
+    {
+        if (isByMemory())
+            return objects().size();
+        std::size_t total = _pending.matches().size();
+        for (const Family* family : _fetch.entity->families()) {
+            sqlite::Use query(_reading->connection->prepared(
+                fmt::format("SELECT count(*) FROM {}{}", family->table, conditions(*family))));
+            bind(*query);
+            if (query->step())
+                total += static_cast<std::size_t>(query->integer(0));
+        }
+        return total;
+    }
+
+private:
+    /// No SQL form, or unsaved changes elsewhere decide: then each row is asked.
+    bool isByMemory() const { return _fetch.predicate && !_condition; }
+
+    bool wantsRows() const
+    {
+        const bool asFaults = _fetch.returnsObjectsAsFaults || !_fetch.includesPropertyValues;
+        return !asFaults || isByMemory() || _order.needsRows();
+    }
+
+    void readFamily(const Family& family, ObjectList& found)
+    {
+        const bool withRows = wantsRows();
+        const std::string columns = withRows ? rowColumns(family) : "\"_key\", \"_version\", \"_entity\"";
+        sqlite::Use query(_reading->connection->prepared(fmt::format(
+            "SELECT {} FROM {}{}{}", columns, family.table, conditions(family), orderAndLimit())));
+        bind(*query);
+        const std::size_t first = found.size();
+        while (query->step())
+            if (ObjectRef object = withRows ? objectWithRow(family, *query) : objectAsFault(*query))
+                found.push_back(std::move(object));
+        query->reset();
+        if (!isByMemory())
+            return;
+        // Asked only now: asking may read, and the statement must be done.
+        const auto start = found.begin() + static_cast<std::ptrdiff_t>(first);
+        found.erase(std::remove_if(start, found.end(),
+                        [&](const ObjectRef& object) { return !matches(*_fetch.predicate, *object); }),
+            found.end());
+    }
+
+    ObjectRef objectWithRow(const Family& family, const sqlite::Statement& query)
+    {
+        RowRef row = readRow(*_reading, family, query);
+        return row ? _context.objectForRow(_store, std::move(row)) : nullptr;
+    }
+
+    ObjectRef objectAsFault(const sqlite::Statement& query)
+    {
+        const std::int64_t key = query.integer(0);
+        if (ObjectRef known = _context.registered(&_store, key))
+            return known;
+        const Entity* entity = _reading->entityNumbered(query.integer(2));
+        return entity
+            ? _context.makeObject(*entity, &_store, key, _reading->rows->find(key, query.integer(1)))
+            : nullptr;
+    }
+
+    std::string conditions(const Family& family) const
+    {
+        std::string sql;
+        const auto add = [&](std::string_view condition) {
+            sql += sql.empty() ? " WHERE " : " AND ";
+            sql += condition;
+        };
+        std::string numbers;
+        std::size_t wanted = 0;
+        for (const Entity* entity : family.entities)
+            if (_fetch.includesSubentities ? entity->isKindOf(*_fetch.entity) : entity == _fetch.entity) {
+                numbers += fmt::format("{}{}", numbers.empty() ? "" : ",", _reading->numberOf(*entity));
+                ++wanted;
+            }
+        if (wanted < family.entities.size())
+            add(fmt::format("\"_entity\" IN ({})", numbers));
+        if (_condition)
+            add(fmt::format("({})", _condition->sql));
+        if (_pending.hasKeys())
+            add("\"_key\" NOT IN (SELECT value FROM json_each(?))");
+        if (_pending.hasDeletedOwners())
+            add(fmt::format("ifnull({}, 0) NOT IN (SELECT value FROM json_each(?))", family.owner->column));
+        return sql;
+    }
+
+    void bind(sqlite::Statement& query)
+    {
+        int parameter = 0;
+        if (_condition)
+            for (const auto& argument : _condition->arguments)
+                bindValue(query, ++parameter, argument);
+        if (_pending.hasKeys())
+            query.bindText(++parameter, _pending.keys());
+        if (_pending.hasDeletedOwners())
+            query.bindText(++parameter, _pending.deletedOwners());
+    }
+
+    std::string orderAndLimit() const
+    {
+        std::string sql = " ORDER BY ";
+        for (const auto& [slot, ascending] : _order.keys())
+            sql += fmt::format("{}{}, ", slot->column, ascending ? "" : " DESC");
+        sql += "\"_key\"";
+        if (_fetch.limit == kNoLimit || isByMemory())
+            return sql;
+        // The number is ours, and preparing each limit once would cost more than its text.
+        const std::size_t needed = _fetch.limit + std::min(_fetch.offset, kNoLimit - _fetch.limit);
+        return sql
+            + fmt::format(" LIMIT {}", std::min<std::size_t>(needed, std::numeric_limits<long>::max()));
+    }
+
+    ContextState& _context;
+    PersistentStore& _store;
+    const StoreFetch& _fetch;
+    const FieldOrder& _order;
+    Reading _reading;
+    PendingMatches _pending;
+    std::optional<SQLCondition> _condition;
+};
+
+std::vector<PersistentStore*> storesOf(ContextState& context, const StoreFetch& fetch)
+{
+    if (!fetch.entity)
+        throw InvalidKey("a fetch without an entity");
+    context.propagateDeletes();
+    if (!context.coordinator)
+        throw StoreFailure(storeError(StoreFault::noStore, "the context has no coordinator"));
+    if (fetch.affectedStores.empty())
+        return context.coordinator->stores();
+    for (PersistentStore* store : fetch.affectedStores)
+        context.requireStore(store);
+    return fetch.affectedStores;
+}
+
+void cut(ObjectList& objects, const StoreFetch& fetch)
+{
+    const std::size_t from = std::min(fetch.offset, objects.size());
+    objects.erase(objects.begin(), objects.begin() + static_cast<std::ptrdiff_t>(from));
+    if (objects.size() > fetch.limit)
+        objects.resize(fetch.limit);
+}
+
+} // namespace
+
+ObjectList fetchObjects(ContextState& context, const StoreFetch& fetch)
+{
+    const auto stores = storesOf(context, fetch);
+    const FieldOrder order(fetch);
+    ObjectList found;
+    for (PersistentStore* store : stores) {
+        const auto middle = static_cast<std::ptrdiff_t>(found.size());
+        ObjectList some = StoreQuery(context, *store, fetch, order).objects();
+        if (found.empty()) {
+            found = std::move(some);
+            continue;
+        }
+        found.insert(found.end(), some.begin(), some.end());
+        std::inplace_merge(found.begin(), found.begin() + middle, found.end(), order);
+    }
+    cut(found, fetch);
+    prefetchPaths(context, found, fetch.prefetchKeyPaths);
+    return found;
+}
+
+std::size_t countObjects(ContextState& context, const StoreFetch& fetch)
+{
+    const auto stores = storesOf(context, fetch);
+    const FieldOrder order(fetch);
+    std::size_t total = 0;
+    for (PersistentStore* store : stores) {
+        StoreFetch unlimited = fetch;
+        unlimited.limit = kNoLimit;
+        unlimited.offset = 0;
+        total += StoreQuery(context, *store, unlimited, order).count();
+    }
+    return std::min(total - std::min(fetch.offset, total), fetch.limit);
+}
+
+} // namespace objectstore

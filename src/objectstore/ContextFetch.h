@@ -1,0 +1,16 @@
+// How a fetch is answered for a context as it stands.
+#pragma once
+
+#include "objectstore/ContextState.h"
+#include "objectstore/StoreFetch.h"
+
+#include <cstddef>
+
+namespace objectstore {
+
+/// The objects, in order. Throws sqlite::Failure or StoreFailure, and for a key that the entity lacks or a
+/// variable without a value std::invalid_argument.
+ObjectList fetchObjects(ContextState& context, const StoreFetch& fetch);
+std::size_t countObjects(ContextState& context, const StoreFetch& fetch);
+
+} // namespace objectstore

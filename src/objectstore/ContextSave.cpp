@@ -1,0 +1,256 @@
+// How a save runs: hooks, transactions, and what the context is afterwards.
+#include "objectstore/ContextSave.h"
+
+#include "objectstore/CatchUp.h"
+#include "objectstore/StoreWrite.h"
+#include "objectstore/UnitMerge.h"
+#include "platform/notify/NotificationCenter.h"
+#include "platform/run/Log.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+#include <unordered_set>
+#include <vector>
+
+namespace objectstore {
+
+namespace {
+
+/// One save of one context.
+class Save {
+public:
+    explicit Save(ContextState& context) : _context(context) { }
+
+    void prepare()
+    {
+        _context.propagateDeletes();
+        postWillSave();
+        askObjects();
+    }
+
+    void write()
+    {
+        for (PersistentStore* store : storesWithChanges()) {
+            _parts.push_back(std::make_unique<Part>(*store));
+            Part& part = *_parts.back();
+            // What others saved is taken in before anything is written over it.
+            if (_context.seen(*store).seen != store->state().commitNumber)
+                catchUp(_context, *store, store->state());
+            part.write = std::make_unique<StoreWrite>(_context, *store);
+            if (_context.mayConflict)
+                part.merge = std::make_unique<UnitMerge>(_context, *part.write);
+            if (part.merge)
+                part.merge->plan();
+            part.write->run();
+            if (part.merge)
+                part.merge->finishWriting();
+        }
+        for (auto& part : _parts)
+            part->transaction.commit();
+    }
+
+    /// What was not committed is undone while the coordinator is still locked.
+    void rollBack() { _parts.clear(); }
+
+    platform::Ref<StoreChanges> finish()
+    {
+        auto changes = platform::makeRef<StoreChanges>();
+        for (auto& part : _parts)
+            takeOver(*part, *changes);
+        settleRelationships(*changes);
+        _context.forgetChanges();
+        _context.savedTemporaryKey = _context.lastTemporaryKey;
+        ++_context.linkEpoch;
+        for (const ObjectList* list : {&changes->inserted, &changes->updated, &changes->deleted})
+            for (const auto& object : *list)
+                object->didSave();
+        return changes;
+    }
+
+private:
+    struct Part {
+        explicit Part(PersistentStore& chosen) : store(chosen), transaction(chosen.state()) { }
+        PersistentStore& store;
+        WriteTransaction transaction;
+        std::unique_ptr<StoreWrite> write;
+        std::unique_ptr<UnitMerge> merge;
+    };
+
+    void postWillSave()
+    {
+        auto changes = platform::makeRef<StoreChanges>();
+        changes->inserted = _context.context.insertedObjects();
+        changes->updated = _context.context.updatedObjects();
+        changes->deleted = _context.context.deletedObjects();
+        platform::NotificationCenter::shared().post(
+            {kStoreContextWillSave, platform::Ref<const StoreContext>(&_context.context), changes});
+    }
+
+    /// Each changed object, and each whose parts changed, is asked once; what they change joins the list.
+    void askObjects()
+    {
+        std::size_t changed = 0, touched = 0;
+        while (changed < _context.changed.size() || touched < _context.touched.size()) {
+            const ObjectRef object =
+                changed < _context.changed.size() ? _context.changed[changed++] : _context.touched[touched++];
+            const bool isAsked =
+                object->context() && !object->isDeleted() && !(changed == 0 && object->hasChanges());
+            if (isAsked && _asked.insert(object.get()).second)
+                object->willSave();
+            _context.propagateDeletes();
+        }
+    }
+
+    std::vector<PersistentStore*> storesWithChanges()
+    {
+        std::vector<PersistentStore*> stores;
+        for (const auto& object : _context.changed) {
+            if (!object->hasChanges())
+                continue;
+            PersistentStore* store = &_context.requireStore(object->store());
+            ObjectAccess::store(*object) = store;
+            if (std::ranges::find(stores, store) == stores.end())
+                stores.push_back(store);
+        }
+        return stores;
+    }
+
+    void takeOver(Part& part, StoreChanges& changes)
+    {
+        StoreWrite& write = *part.write;
+        _context.seen(part.store).seen = write.version();
+        for (auto& written : write.inserted())
+            if (part.merge && part.merge->isDropped(*written.object))
+                _context.abandon(*written.object);
+            else
+                becomePermanent(written, changes);
+        for (auto& written : write.updated()) {
+            if (written.isLost) {
+                platform::log(fmt::format(
+                    "{} was deleted elsewhere; its changes are lost", written.object->description()));
+                _context.abandon(*written.object);
+                continue;
+            }
+            replaceRow(written);
+            changes.updated.push_back(written.object);
+        }
+        for (auto& written : write.bumped())
+            ObjectAccess::row(*written.object) = std::move(written.row);
+        takeOverDeletes(write, changes);
+    }
+
+    void becomePermanent(Written& written, StoreChanges& changes)
+    {
+        StoreObject& object = *written.object;
+        _context.unregister(object);
+        ObjectAccess::key(object) = written.key;
+        // A shared object that was here already keeps its place in the table; this one stands beside it.
+        if (!_context.registered(object.store(), written.key))
+            _context.tableOf(object).put(object);
+        _context.clearPending(object);
+        replaceRow(written);
+        changes.inserted.push_back(written.object);
+    }
+
+    static void replaceRow(Written& written)
+    {
+        StoreObject& object = *written.object;
+        ObjectAccess::row(object) = std::move(written.row);
+        if (auto& overlay = ObjectAccess::overlay(object)) {
+            overlay->removeAllStored(object.entity());
+            if (overlay->isEmpty())
+                overlay.reset();
+        }
+    }
+
+    /// The row stays, so that observers can still ask who it was.
+    void takeOverDeletes(StoreWrite& write, StoreChanges& changes)
+    {
+        std::unordered_set<std::int64_t> owners;
+        for (const auto& object : write.deleted()) {
+            _context.clearPending(*object);
+            _context.unregister(*object);
+            ObjectAccess::add(*object, ObjectAccess::kGone);
+            changes.deleted.push_back(object);
+            if (!object->entity().owner())
+                owners.insert(object->key());
+        }
+        if (!owners.empty())
+            abandonParts(write.store(), owners);
+    }
+
+    /// Parts that nobody marked because they were not known through their owner.
+    void abandonParts(PersistentStore& store, const std::unordered_set<std::int64_t>& owners)
+    {
+        ObjectList orphans;
+        _context.seen(store).objects.forEach([&](StoreObject& object) {
+            const Slot* owner = object.entity().owner();
+            if (owner && owners.contains(ObjectAccess::keyIfKnown(object, *owner)) && object.retainIfOwned())
+                orphans.push_back(ObjectRef::adopt(&object));
+        });
+        for (const auto& object : orphans)
+            _context.abandon(*object);
+    }
+
+    void settleRelationships(const StoreChanges& changes)
+    {
+        const std::unordered_set<const StoreObject*> created = [&] {
+            std::unordered_set<const StoreObject*> set;
+            for (const auto& object : changes.inserted)
+                if (ObjectAccess::caches(*object))
+                    set.insert(object.get());
+            return set;
+        }();
+        for (const auto& object : _context.changed)
+            if (auto& caches = ObjectAccess::caches(*object))
+                settle(*object, *caches, created.contains(object.get()));
+    }
+
+    static void settle(StoreObject& object, RelationshipCaches& caches, bool wasInserted)
+    {
+        for (auto& cache : caches.list) {
+            const Slot& slot = *object.entity().slots()[cache.slot];
+            ObjectList added = std::exchange(cache.addedParts, {});
+            cache.addedKeys.clear();
+            if (!slot.holdsParts || !(cache.isLoaded || wasInserted)) {
+                cache.isLoaded = false;
+                cache.parts.clear();
+                cache.keys.clear();
+                continue;
+            }
+            cache.isLoaded = true;
+            cache.parts.insert(cache.parts.end(), added.begin(), added.end());
+            std::erase_if(cache.parts, [&](const ObjectRef& part) {
+                return part->isDeleted() || ObjectAccess::keyIfKnown(*part, *slot.inverse) != object.key();
+            });
+        }
+    }
+
+    ContextState& _context;
+    std::vector<std::unique_ptr<Part>> _parts;
+    std::unordered_set<const StoreObject*> _asked;
+};
+
+} // namespace
+
+platform::Result<void> saveContext(ContextState& context)
+{
+    context.propagateDeletes();
+    if (!context.hasChanges())
+        return {};
+    if (!context.coordinator)
+        return storeError(StoreFault::noStore, "the context has no coordinator");
+    Save save(context);
+    save.prepare();
+    platform::Lock lock(context.coordinator->mutex());
+    const auto written = answering("save", [&] { save.write(); });
+    if (written)
+        context.saved = save.finish();
+    else
+        save.rollBack();
+    return written;
+}
+
+} // namespace objectstore

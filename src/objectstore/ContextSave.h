@@ -1,0 +1,11 @@
+// How a context's changes become one transaction.
+#pragma once
+
+#include "objectstore/ContextState.h"
+
+namespace objectstore {
+
+/// See StoreContext::save.
+platform::Result<void> saveContext(ContextState& context);
+
+} // namespace objectstore

@@ -1,0 +1,170 @@
+// How the relationships of many objects are read with one query each.
+#include "objectstore/Prefetch.h"
+
+#include "objectstore/RowReader.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+
+namespace objectstore {
+
+namespace {
+
+/// Reads one relationship for objects of one store.
+class SlotPrefetch {
+public:
+    SlotPrefetch(ContextState& context, PersistentStore& store, const Slot& slot)
+        : _context(context), _store(store), _slot(slot), _reading(context, store)
+    {
+    }
+
+    ObjectList run(const ObjectList& objects)
+    {
+        if (_slot.kind == SlotKind::toOne)
+            readTargets(objects);
+        else
+            readInverse(objects);
+        return std::move(_found);
+    }
+
+private:
+    /// The objects that to-ones lead to, with their rows.
+    void readTargets(const ObjectList& objects)
+    {
+        std::vector<std::int64_t> missing;
+        for (const auto& object : objects) {
+            const std::int64_t key = object->relatedKey(_slot);
+            ObjectRef known = _context.registered(&_store, key);
+            if (known && !known->isFault())
+                _found.push_back(std::move(known));
+            else if (key > 0)
+                missing.push_back(key);
+        }
+        std::ranges::sort(missing);
+        const auto rest = std::ranges::unique(missing);
+        missing.erase(rest.begin(), rest.end());
+        if (!missing.empty())
+            readRows("\"_key\"", missing, [](ObjectRef) {});
+    }
+
+    void readInverse(const ObjectList& objects)
+    {
+        std::vector<std::int64_t> keys;
+        std::map<std::int64_t, StoreObject*> byKey;
+        for (const auto& object : objects) {
+            RelationshipCache& cache = ObjectAccess::makeCaches(*object).of(_slot);
+            if (object->key() < 0
+                || (cache.isLoaded && (_slot.holdsParts || cache.epoch == _context.linkEpoch)))
+                continue;
+            cache.parts.clear();
+            cache.keys.clear();
+            keys.push_back(object->key());
+            byKey.emplace(object->key(), object.get());
+        }
+        if (keys.empty())
+            return;
+        if (_slot.kind == SlotKind::manyToMany)
+            readLinks(keys, byKey);
+        else
+            readRows(_slot.inverse->column, keys, [&](ObjectRef found) { addTo(byKey, std::move(found)); });
+        for (const auto& [key, object] : byKey) {
+            RelationshipCache& cache = ObjectAccess::makeCaches(*object).of(_slot);
+            cache.isLoaded = true;
+            cache.epoch = _context.linkEpoch;
+        }
+    }
+
+    void addTo(const std::map<std::int64_t, StoreObject*>& byKey, ObjectRef found)
+    {
+        const Row* row = ObjectAccess::row(*found).get();
+        const auto owner = byKey.find(row->integer(_slot.inverse->field));
+        if (owner == byKey.end() || !found->entity().isKindOf(*_slot.destination))
+            return;
+        RelationshipCache& cache = ObjectAccess::makeCaches(*owner->second).of(_slot);
+        if (_slot.holdsParts)
+            cache.parts.push_back(std::move(found));
+        else
+            cache.keys.push_back(found->key());
+    }
+
+    template <class Visitor>
+    void readRows(const std::string& column, const std::vector<std::int64_t>& keys, Visitor visit)
+    {
+        const std::string json = jsonOf(keys);
+        for (const Family* family : _slot.destination->families()) {
+            sqlite::Use find(_reading->connection->prepared(
+                fmt::format("SELECT {} FROM {} WHERE {} IN (SELECT value FROM json_each(?))",
+                    rowColumns(*family), family->table, column)));
+            find->bindText(1, json);
+            while (find->step()) {
+                RowRef row = readRow(*_reading, *family, *find);
+                if (!row)
+                    continue;
+                ObjectRef object = _context.objectForRow(_store, std::move(row));
+                _found.push_back(object);
+                visit(std::move(object));
+            }
+        }
+    }
+
+    void readLinks(const std::vector<std::int64_t>& keys, const std::map<std::int64_t, StoreObject*>& byKey)
+    {
+        const std::string json = jsonOf(keys);
+        std::vector<std::int64_t> far;
+        {
+            sqlite::Use find(_reading->connection->prepared(
+                fmt::format("SELECT {0}, {1} FROM {2} WHERE {0} IN (SELECT value FROM json_each(?))",
+                    _slot.column, _slot.farColumn, _slot.table)));
+            find->bindText(1, json);
+            while (find->step()) {
+                ObjectAccess::makeCaches(*byKey.at(find->integer(0)))
+                    .of(_slot)
+                    .keys.push_back(find->integer(1));
+                far.push_back(find->integer(1));
+            }
+        }
+        readRows("\"_key\"", far, [](ObjectRef) {});
+    }
+
+    ContextState& _context;
+    PersistentStore& _store;
+    const Slot& _slot;
+    Reading _reading;
+    ObjectList _found;
+};
+
+} // namespace
+
+ObjectList prefetchSlot(ContextState& context, const ObjectList& objects, const Slot& slot)
+{
+    std::map<PersistentStore*, ObjectList> byStore;
+    for (const auto& object : objects)
+        if (object->store() && !ObjectAccess::is(*object, ObjectAccess::kGone))
+            byStore[object->store()].push_back(object);
+    ObjectList found;
+    for (const auto& [store, some] : byStore) {
+        context.requireStore(store);
+        ObjectList more = SlotPrefetch(context, *store, slot).run(some);
+        found.insert(found.end(), more.begin(), more.end());
+    }
+    return found;
+}
+
+void prefetchPaths(ContextState& context, const ObjectList& objects, const std::vector<std::string>& paths)
+{
+    if (objects.empty())
+        return;
+    for (const auto& path : paths) {
+        ObjectList level = objects;
+        for (std::size_t from = 0; from <= path.size() && !level.empty();) {
+            const std::size_t dot = std::min(path.find('.', from), path.size());
+            const Slot& slot = level.front()->slot(std::string_view(path).substr(from, dot - from));
+            level = prefetchSlot(context, level, slot);
+            from = dot + 1;
+        }
+    }
+}
+
+} // namespace objectstore

@@ -1,0 +1,55 @@
+// What an object remembers of where its relationships lead.
+#pragma once
+
+#include "objectstore/StoreObject.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace objectstore {
+
+/// The far ends of one relationship as the store showed them, and those that unsaved changes added. Whether
+/// they still lead here is asked of themselves.
+struct RelationshipCache {
+    std::uint16_t slot = 0;
+    bool isLoaded = false;
+    /// The context's `linkEpoch` at loading; a later one means that `keys` may be outdated.
+    std::uint64_t epoch = 0;
+    /// Parts are held; everything else is only known by key.
+    ObjectList parts;
+    std::vector<std::int64_t> keys;
+    /// Found through their changed to-one: parts held, others by key.
+    ObjectList addedParts;
+    std::vector<std::int64_t> addedKeys;
+};
+
+/// The caches of one object; few slots of few objects have one.
+struct RelationshipCaches {
+    std::vector<RelationshipCache> list;
+
+    RelationshipCache* find(const Slot& slot)
+    {
+        for (auto& cache : list)
+            if (cache.slot == slot.index)
+                return &cache;
+        return nullptr;
+    }
+    RelationshipCache& of(const Slot& slot)
+    {
+        if (RelationshipCache* cache = find(slot))
+            return *cache;
+        list.emplace_back().slot = slot.index;
+        return list.back();
+    }
+    /// Forgets what the store showed; unsaved additions stay.
+    void unload()
+    {
+        for (auto& cache : list) {
+            cache.isLoaded = false;
+            cache.parts.clear();
+            cache.keys.clear();
+        }
+    }
+};
+
+} // namespace objectstore

@@ -1,0 +1,73 @@
+// How the trigram table is written.
+#include "objectstore/TextIndex.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+#include <vector>
+
+namespace objectstore {
+
+void configureTextIndex(sqlite::Connection& connection, const Entity& entity)
+{
+    const auto set = [&](const char* option, std::int64_t value) {
+        connection.execute(
+            fmt::format("INSERT INTO {0}({0}, rank) VALUES('{1}', {2})", entity.textTable(), option, value)
+                .c_str());
+    };
+    set("automerge", 8);
+    set("crisismerge", 32);
+}
+
+TextIndex::TextIndex(StoreState& store, const Entity& entity) : _store(store), _entity(entity)
+{
+    const std::string& table = entity.textTable();
+    const std::string& column = entity.textIndex()->column;
+    const std::string& owner = entity.owner()->column;
+    const std::string& content = entity.family()->table;
+    _find = fmt::format("SELECT {} FROM {} WHERE {} = ?", column, content, owner);
+    _findAll =
+        fmt::format("SELECT {1}, {0} FROM {2} WHERE {1} IN (SELECT value FROM json_each(?)) ORDER BY {1}",
+            column, owner, content);
+    _remove = fmt::format("INSERT INTO {0}({0}, rowid, {1}) VALUES('delete', ?, ?)", table, column);
+    _add = fmt::format("INSERT INTO {}(rowid, {}) VALUES(?, ?)", table, column);
+}
+
+void TextIndex::removeEntry(std::int64_t owner, std::string_view text)
+{
+    if (text.empty())
+        return;
+    sqlite::Use remove(_store.connection->prepared(_remove));
+    remove->bind(1, owner).bindText(2, text).run();
+}
+
+void TextIndex::remove(std::int64_t owner)
+{
+    std::string text;
+    {
+        sqlite::Use find(_store.connection->prepared(_find));
+        find->bind(1, owner);
+        if (!find->step())
+            return;
+        text = find->text(0);
+    }
+    removeEntry(owner, text);
+}
+
+void TextIndex::removeAll(std::string_view owners)
+{
+    sqlite::Use find(_store.connection->prepared(_findAll));
+    find->bindText(1, owners);
+    while (find->step())
+        removeEntry(find->integer(0), find->text(1));
+}
+
+void TextIndex::add(std::int64_t owner, std::string_view text)
+{
+    if (owner <= 0 || text.empty())
+        return;
+    sqlite::Use add(_store.connection->prepared(_add));
+    add->bind(1, owner).bindText(2, text).run();
+}
+
+} // namespace objectstore

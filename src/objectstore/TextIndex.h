@@ -1,0 +1,44 @@
+// How the trigram table follows the text that it indexes.
+#pragma once
+
+#include "objectstore/RowReader.h"
+#include "objectstore/StoreState.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace objectstore {
+
+/// Sets how the full-text table of the entity merges its segments: a little with each save, so that no single
+/// one pays for many.
+void configureTextIndex(sqlite::Connection& connection, const Entity& entity);
+
+/// Brings the text table of an entity to what a save writes, within its transaction. The text to take out is
+/// read back from the table itself, never from memory.
+///
+/// Ownership: borrows the store.
+/// Threads:   one.
+/// Errors:    throws sqlite::Failure.
+class TextIndex {
+public:
+    TextIndex(StoreState& store, const Entity& entity);
+
+    /// Before the row of that owner changes or goes.
+    void remove(std::int64_t owner);
+    /// Before the rows of all owners in `owners`, a JSON array, go.
+    void removeAll(std::string_view owners);
+    /// With the row that is written; an owner of 0 or an empty text has no entry. Fast in ascending order.
+    void add(std::int64_t owner, std::string_view text);
+
+private:
+    void removeEntry(std::int64_t owner, std::string_view text);
+
+    StoreState& _store;
+    const Entity& _entity;
+    std::string _find;
+    std::string _findAll;
+    std::string _remove;
+    std::string _add;
+};
+
+} // namespace objectstore
