@@ -2,9 +2,9 @@
 #include "core/ZRConstants.h"
 #include "core/ZRMultiValue.h"
 #include "core/ZRPerson.h"
-#include "platform/files/StringTable.h"
+#include "platform/files/Resources.h"
+#include "platform/text/Fold.h"
 #include "platform/text/Utf.h"
-#include "store/ZROSContact.h"
 #include "store/ZRRoster.h"
 
 #include <string>
@@ -27,8 +27,8 @@ std::string text(const ZRPerson& person, std::string_view property)
     return std::string(person.nts_ValueForProperty(property).asText());
 }
 
-/// A name part counts as present by the low eight bits of its length: one of 256 characters is empty to us, as
-/// it always was to programs that store these names.
+/// A name part counts as present by the low eight bits of its length: one of 256 characters is empty to us,
+/// as it always was to programs that store these names.
 bool isPresent(std::string_view part) { return (platform::utf16Length(part) & 0xFF) != 0; }
 
 void appendWithBlankBefore(std::string& name, std::string_view part)
@@ -67,7 +67,8 @@ std::string ZRPerson::nts__fullNameIncludingAuxiliaryElements(bool auxiliary) co
     else if (!isPresent(last))
         name = first;
     else {
-        const std::string middle = text(*this, kZRMiddleNameProperty), suffix = text(*this, kZRSuffixProperty);
+        const std::string middle = text(*this, kZRMiddleNameProperty),
+                          suffix = text(*this, kZRSuffixProperty);
         if (auxiliary)
             appendWithBlankAfter(name, text(*this, kZRTitleProperty));
         if (nts__isLastNameFirst()) {
@@ -124,7 +125,8 @@ std::string ZRPerson::_realCompositeNameIncludingAuxiliaryElements(bool auxiliar
 {
     return locked(*nts_Roster(), ZRAccess::read, [&] {
         if (auxiliary)
-            if (const Value cached = nts_ValueInTemporaryCacheForProperty(compositeNameKey); cached.isString())
+            if (const Value cached = nts_ValueInTemporaryCacheForProperty(compositeNameKey);
+                cached.isString())
                 return std::string(cached.asText());
         std::string name;
         if (nts__isCompany())
@@ -145,7 +147,8 @@ std::string ZRPerson::nts__RealCompositeName() const
     if (const Value cached = nts_ValueInTemporaryCacheForProperty(compositeNameKey); cached.isString())
         return std::string(cached.asText());
     if (nts__isCompany())
-        if (const Value organization = nts_ValueForProperty(kZROrganizationProperty); !organization.isNothing())
+        if (const Value organization = nts_ValueForProperty(kZROrganizationProperty);
+            !organization.isNothing())
             return std::string(organization.asText());
     return nts__fullName();
 }
@@ -153,16 +156,20 @@ std::string ZRPerson::nts__RealCompositeName() const
 std::string ZRPerson::_compositeNameIncludingAuxiliaryElements(bool auxiliary) const
 {
     const std::string name = _realCompositeNameIncludingAuxiliaryElements(auxiliary);
-    return name.empty() ? platform::localizedString("NO_NAME", "ZRStrings") : name;
+    return name.empty() ? platform::StringTables::shared().string("NO_NAME", "ZRStrings") : name;
 }
 
 std::string ZRPerson::_fullName() const { return _fullNameIncludingAuxiliaryElements(true); }
 std::string ZRPerson::compositeName() const { return _compositeNameIncludingAuxiliaryElements(true); }
-std::string ZRPerson::_realCompositeName() const { return _realCompositeNameIncludingAuxiliaryElements(true); }
+std::string ZRPerson::_realCompositeName() const
+{
+    return _realCompositeNameIncludingAuxiliaryElements(true);
+}
 
 std::string ZRPerson::_fullNameIncludingAuxiliaryElements(bool auxiliary) const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts__fullNameIncludingAuxiliaryElements(auxiliary); });
+    return locked(
+        *nts_Roster(), ZRAccess::read, [&] { return nts__fullNameIncludingAuxiliaryElements(auxiliary); });
 }
 
 std::string ZRPerson::_fullPhoneticName() const
@@ -192,8 +199,8 @@ bool ZRPerson::nts__isLastNameFirst() const
 // preference at once.
 bool ZRPerson::_isLastNameFirst() const
 {
-    const std::int64_t ordering
-        = locked(*nts_Roster(), ZRAccess::read, [&] { return flags(*this) & nameOrderingMask; });
+    const std::int64_t ordering =
+        locked(*nts_Roster(), ZRAccess::read, [&] { return flags(*this) & nameOrderingMask; });
     if (ordering != 0)
         return ordering == lastNameFirst;
     return nts_Roster()->localizedDefaults()[kZRNameDisplay].asInteger() == 1;
@@ -201,10 +208,8 @@ bool ZRPerson::_isLastNameFirst() const
 
 std::string ZRPerson::similarNameForHashing() const
 {
-    std::string name = _realCompositeNameIncludingAuxiliaryElements(false);
-    if (name.empty())
-        name = _compositeNameIncludingAuxiliaryElements(false);
+    std::string name = _compositeNameIncludingAuxiliaryElements(false);
     if (_isCompany())
         name += _fullName();
-    return platform::lowercase(name);
+    return platform::foldCase(name);
 }

@@ -91,7 +91,7 @@ void ZRPerson::nts_CascadeRemove()
         if (auto* parent = dynamic_cast<ZRGroup*>(group.get()))
             parent->nts_RemoveMember(*this);
     if (const auto path = nts_PathForUIDTaggedImage(); path && platform::isPlainFile(*path))
-        platform::removeFile(*path);
+        static_cast<void>(platform::removeFile(*path));
 }
 
 Ref<ZRPerson> ZRPerson::personFromDictionary(const Value& dictionary)
@@ -179,7 +179,7 @@ std::int64_t ZRPerson::removeProperties(const Value&)
 
 void ZRPerson::clearPrivateFields()
 {
-    ZRUserDefaults::rosterPreferences().removeObjectForKey("ZRPrivateVCardFields");
+    ZRUserDefaults::rosterPreferences()->removeObjectForKey("ZRPrivateVCardFields");
 }
 
 // The crossing of these names is how callers know them: "first, last" gives the last name as part 1.

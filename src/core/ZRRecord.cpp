@@ -84,6 +84,7 @@ void ZRRecord::bind(Ref<ZROSRecord> impl, Ref<ZRRoster> roster)
     _roster->nts_SetCachedRecord(this, _uniqueId);
 }
 
+ZRRecord::ZRRecord() = default;
 ZRRecord::~ZRRecord() = default;
 
 // The last owner may go on any thread, under any lock. The end of a handle touches the roster's cache and the

@@ -223,7 +223,7 @@ public:
     ~ZRRecord() override;
 
 protected:
-    ZRRecord() = default;
+    ZRRecord();
     void lastOwnerGone() noexcept final;
 
 private:

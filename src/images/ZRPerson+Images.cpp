@@ -118,7 +118,7 @@ bool ZRPerson::nts_SetImageData(const Value& data, std::string_view kind)
             roster.nts_KeepPicture(nts_UniqueId(), kind, data);
         } else if (data.isNothing()) {
             if (platform::isPlainFile(*path))
-                platform::removeFile(*path);
+                static_cast<void>(platform::removeFile(*path));
         } else if (!writePicture(*path, roster.rosterImagesDirectory(), data)) {
             return false;
         }

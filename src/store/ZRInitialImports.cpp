@@ -153,7 +153,7 @@ void importTipCardsLater(ZRRoster& roster)
 
 void tellOthers(ZRRoster& roster, const char* name, bool restored)
 {
-    Entries info{{zr::kZRSenderProcessID, Value(static_cast<std::int64_t>(getpid()))},
+    Entries info{{std::string(zr::kZRSenderProcessID), Value(static_cast<std::int64_t>(getpid()))},
         {"kZRUserUID", Value(static_cast<std::int64_t>(geteuid()))}};
     if (roster.databaseDirectory() != ZRRoster::defaultRosterDirectory())
         info.emplace_back("kZRDatabaseDirectory", Value(roster.databaseDirectory()));

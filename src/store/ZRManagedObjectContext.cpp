@@ -44,7 +44,7 @@ std::vector<std::string> relationshipNames(const objectstore::Entity& entity)
 void refreshParts(objectstore::StoreContext& context, StoreObject& object)
 {
     for (const Slot* slot : object.entity().slots()) {
-        if (!slot->holdsParts())
+        if (!slot->holdsParts)
             continue;
         if (!slot->isToMany() || slot->kind == SlotKind::toOneInverse) {
             if (const ObjectRef part = object.related(*slot))
@@ -104,7 +104,7 @@ const std::vector<std::string>& ZRManagedObjectContext::contactPartPaths()
     static const auto* const paths = [] {
         auto* names = new std::vector<std::string>;
         for (const Slot* slot : contactSlots().entity.slots())
-            if (slot->kind == SlotKind::toMany && slot->holdsParts())
+            if (slot->kind == SlotKind::toMany && slot->holdsParts)
                 names->push_back(slot->key);
         names->emplace_back("note");
         return names;

@@ -41,7 +41,7 @@ Value publicValue(const Value& stored, std::string_view property)
 }
 
 /// What is stored of a value that a caller gives. `stored` is there now.
-Value storedValue(const Value& value, std::string_view property, const Value& stored)
+Value valueToStore(const Value& value, std::string_view property, const Value& stored)
 {
     if (property == zr::kZRBirthdayProperty)
         return ZRRecord::dateByNormalizingToGMT(value);
@@ -150,7 +150,7 @@ bool ZROSRecord::nts_SetValue(const Value& given, std::string_view property, boo
             return ZRMultiValueObjectStoreWrapper::applyMultiValue(value, *place, holder);
         if (!place->entity) {
             const Value stored = property == zr::kZRPersonFlags ? holder.value(*place->key) : Value();
-            holder.setValue(*place->key, storedValue(value, property, stored));
+            holder.setValue(*place->key, valueToStore(value, property, stored));
             return true;
         }
         ObjectRef part = holder.related(*place->key);

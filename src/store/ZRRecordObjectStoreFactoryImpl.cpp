@@ -94,7 +94,7 @@ Ref<ZROSRecord> ZRRecordObjectStoreFactoryImpl::createNewDatabaseImplForInstance
     if (!entity && recordClass.isKindOf(*ZRRecordClass::named("ZRPerson")))
         entity = rosterModel()->entity("ZROSContact");
     if (!entity)
-        throw ZRInvalidArgument::withText(
+        throw std::invalid_argument(
             fmt::format("Invalid parameter exception: Unknown Record class, cannot build "
                         "the DatabaseImpl for: {}",
                 recordClass.name));

@@ -14,6 +14,7 @@
 #include "platform/run/MainQueue.h"
 #include "store/ZRInitialImports.h"
 #include "store/ZRModelTable.h"
+#include "store/ZRRecordConstraint.h"
 #include "store/ZRRosterState.h"
 #include "store/ZRServices.h"
 #include "store/ZRStoreFile.h"

@@ -69,10 +69,10 @@ std::optional<MoveAside> moveAsideFor(const Error& error)
 void traceFailure(std::string_view message, const Error& error)
 {
     ZRMessageTracer tracer;
-    tracer.setSubdomain("addStoreToRosterPSC");
-    tracer.setSuccess(false);
-    tracer.setSignature(fmt::format("Error Domain={}, Code={}", error.domain, error.code));
-    tracer.setMessage(std::string(message));
+    tracer.subdomain = "addStoreToRosterPSC";
+    tracer.success = false;
+    tracer.signature = fmt::format("Error Domain={}, Code={}", error.domain, error.code);
+    tracer.message = std::string(message);
     tracer.log();
 }
 
