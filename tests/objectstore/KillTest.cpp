@@ -132,15 +132,15 @@ protected:
 TEST_F(Kill, LeavesEverySaveWholeAtAnyMoment)
 {
     SCOPED_TRACE("ROSTER_TEST_SEED=" + std::to_string(dice.seed));
-    const auto start = std::chrono::steady_clock::now();
+    std::chrono::microseconds run;
     {
+        const auto start = std::chrono::steady_clock::now();
         Writer unharmed(path, 0);
         unharmed.killAfter(std::chrono::minutes(1));
+        run = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
         check(unharmed);
         ASSERT_EQ(generation, kSaves);
     }
-    const auto run =
-        std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
     for (int i = 0; i < kKills - kKillsInCommit && !HasFailure(); ++i) {
         Writer writer(path, 0);
         writer.killAfter(std::chrono::microseconds(dice.below(static_cast<std::size_t>(run.count()))));
