@@ -1,3 +1,4 @@
+// The visual order, by ICU.
 #include "platform/text/Bidi.h"
 
 #include <unicode/ubidi.h>

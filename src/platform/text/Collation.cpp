@@ -1,3 +1,4 @@
+// The order of the user's language, by a collator for each thread.
 #include "platform/text/Collation.h"
 
 #include "platform/text/Compare.h"

@@ -1,3 +1,4 @@
+// How texts are compared and searched under the options.
 #include "platform/text/Compare.h"
 
 #include "platform/text/Collation.h"

@@ -1,3 +1,4 @@
+// How moments become days and times, and back.
 #include "platform/text/Dates.h"
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// How digits of all scripts become plain ones.
 #include "platform/text/Digits.h"
 
 #include "platform/text/Utf.h"

@@ -1,3 +1,4 @@
+// The table of encodings, and strict conversion by it.
 #include "platform/text/Encoding.h"
 
 #include "platform/text/SingleByte.h"

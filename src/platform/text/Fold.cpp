@@ -1,3 +1,4 @@
+// How folds are made, character by character, from a table that fills itself.
 #include "platform/text/Fold.h"
 
 #include "platform/text/FoldTable.h"

@@ -1,3 +1,4 @@
+// How the environment names the user's locale and languages.
 #include "platform/text/Locale.h"
 
 #include <algorithm>

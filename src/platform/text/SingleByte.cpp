@@ -1,3 +1,4 @@
+// Conversion of character sets of one byte, by tables.
 #include "platform/text/SingleByte.h"
 
 #include "platform/text/Utf.h"

@@ -1,3 +1,4 @@
+// The rules of time zones, and when the local one is looked up anew.
 #include "platform/text/Dates.h"
 
 #include <unicode/basictz.h>

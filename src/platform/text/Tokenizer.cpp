@@ -1,3 +1,4 @@
+// How words are found, by ICU, with its faults undone.
 #include "platform/text/Tokenizer.h"
 
 #include "platform/text/Locale.h"

@@ -1,3 +1,4 @@
+// Ranges come in the order in which they are seen.
 #include "platform/text/Bidi.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Texts compare and are found as the options say.
 #include "platform/text/Compare.h"
 
 #include "Environment.h"

@@ -1,3 +1,4 @@
+// Moments are the right day in every zone.
 #include "platform/text/Dates.h"
 
 #include "Environment.h"

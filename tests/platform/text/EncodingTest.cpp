@@ -1,3 +1,4 @@
+// Encodings convert strictly, both ways.
 #include "platform/text/Encoding.h"
 
 #include "Samples.h"

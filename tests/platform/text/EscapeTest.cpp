@@ -1,3 +1,4 @@
+// URLs and Base64 are escaped and read.
 #include "platform/text/Escape.h"
 
 #include "Samples.h"

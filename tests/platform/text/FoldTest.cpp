@@ -1,3 +1,4 @@
+// Folds make the same what is the same to a search, in every script.
 #include "platform/text/Fold.h"
 
 #include "Samples.h"

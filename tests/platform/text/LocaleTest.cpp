@@ -1,3 +1,4 @@
+// The environment names locale and languages.
 #include "platform/text/Locale.h"
 
 #include "Environment.h"

@@ -1,3 +1,4 @@
+// Days are read as people write them, and others refused.
 #include "platform/text/Dates.h"
 
 #include <gtest/gtest.h>

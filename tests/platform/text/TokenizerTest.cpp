@@ -1,3 +1,4 @@
+// Words are found in every script.
 #include "platform/text/Tokenizer.h"
 
 #include "Environment.h"

@@ -1,3 +1,4 @@
+// UTF-8 and UTF-16 are checked and converted.
 #include "platform/text/Utf.h"
 
 #include <gtest/gtest.h>

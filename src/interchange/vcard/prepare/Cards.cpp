@@ -1,3 +1,4 @@
+// How logical lines are gathered into cards, and what becomes of text outside them.
 #include "interchange/vcard/prepare/Cards.h"
 
 #include "interchange/vcard/prepare/Ascii.h"

@@ -1,3 +1,4 @@
+// The table of what the reader has a place for, and the dates that it can read.
 #include "interchange/vcard/prepare/Carry.h"
 
 #include "interchange/vcard/prepare/Ascii.h"

@@ -1,3 +1,4 @@
+// How the character set of a card is found, and its bytes made UTF-8.
 #include "interchange/vcard/prepare/Charset.h"
 
 #include "interchange/vcard/prepare/Ascii.h"

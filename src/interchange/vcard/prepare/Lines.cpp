@@ -1,3 +1,4 @@
+// How physical lines are joined into logical ones.
 #include "interchange/vcard/prepare/Lines.h"
 
 #include "interchange/vcard/prepare/Ascii.h"

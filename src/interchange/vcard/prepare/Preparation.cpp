@@ -1,3 +1,4 @@
+// The road of one card: lines, cards, characters, properties, canonical text.
 #include "interchange/vcard/prepare/Preparation.h"
 
 #include "interchange/vcard/prepare/Ascii.h"

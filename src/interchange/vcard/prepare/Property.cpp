@@ -1,3 +1,4 @@
+// How a logical line is taken apart, and written again.
 #include "interchange/vcard/prepare/Property.h"
 
 #include "interchange/vcard/prepare/Ascii.h"

@@ -1,3 +1,4 @@
+// The words of each finding, and the bounds of a report.
 #include "interchange/vcard/prepare/Report.h"
 
 #include "platform/text/Utf.h"

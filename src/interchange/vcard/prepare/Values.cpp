@@ -1,3 +1,4 @@
+// How values are decoded and escaped.
 #include "interchange/vcard/prepare/Values.h"
 
 #include "interchange/vcard/prepare/Ascii.h"

@@ -1,3 +1,4 @@
+// How a raw card becomes canonical text.
 #include "interchange/vcard/prepare/Writer.h"
 
 #include "interchange/vcard/prepare/Ascii.h"

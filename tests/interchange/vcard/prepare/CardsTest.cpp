@@ -1,3 +1,4 @@
+// Cards are split where they begin and end, however that is written.
 #include "interchange/vcard/prepare/Cards.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// Text comes out as UTF-8, whatever it was written in.
 #include "interchange/vcard/prepare/Charset.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// Lines are joined as each version folds them.
 #include "interchange/vcard/prepare/Lines.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// A line is read into its parts and written back.
 #include "interchange/vcard/prepare/Property.h"
 
 #include <gmock/gmock.h>

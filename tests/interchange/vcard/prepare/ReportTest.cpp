@@ -1,3 +1,4 @@
+// What was done to a card is told, within bounds.
 #include "interchange/vcard/prepare/Report.h"
 
 #include <gmock/gmock.h>

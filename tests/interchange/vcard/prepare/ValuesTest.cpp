@@ -1,3 +1,4 @@
+// Values are decoded and escaped.
 #include "interchange/vcard/prepare/Values.h"
 
 #include <gmock/gmock.h>
