@@ -6,6 +6,7 @@
 #include <string_view>
 
 // Exported, for C and for comparison by a caller.
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a name that is declared stands without
 #define ZR_WORD(constant, text) extern "C" ZR_EXPORT const char constant[];
 #include "core/Vocabulary.def"
 

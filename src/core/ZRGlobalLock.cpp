@@ -181,5 +181,5 @@ void ZRAddLockHook(ZRLockHook hook)
         if (slot.compare_exchange_strong(there, hook, std::memory_order_acq_rel) || there == hook)
             return;
     }
-    assert(!"more lock hooks than places");
+    assert(false && "more lock hooks than places");
 }

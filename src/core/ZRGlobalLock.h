@@ -5,7 +5,6 @@
 #include "platform/run/Mutex.h"
 
 #include <exception>
-#include <source_location>
 
 // Three recursive mutexes. `file` and `line` say where the call stands and serve the log lines under
 // __ZRLockDebug only.
@@ -59,14 +58,16 @@ ZR_EXPORT void ZRAddLockHook(ZRLockHook hook);
 /// Errors:    raises ZRForkedProcess as `_ZR_Lock` does.
 class ZRGlobalLockScope {
 public:
-    explicit ZRGlobalLockScope(std::source_location where = std::source_location::current()) : _where(where)
+    explicit ZRGlobalLockScope(const char* file = __builtin_FILE(), long line = __builtin_LINE())
+        : _file(file), _line(line)
     {
-        _ZR_Lock(_where.file_name(), static_cast<long>(_where.line()));
+        _ZR_Lock(_file, _line);
     }
-    ~ZRGlobalLockScope() { _ZR_Unlock(_where.file_name(), static_cast<long>(_where.line())); }
+    ~ZRGlobalLockScope() { _ZR_Unlock(_file, _line); }
     ZRGlobalLockScope(const ZRGlobalLockScope&) = delete;
     ZRGlobalLockScope& operator=(const ZRGlobalLockScope&) = delete;
 
 private:
-    const std::source_location _where;
+    const char* const _file;
+    const long _line;
 };

@@ -94,7 +94,8 @@ bool ZRMutableMultiValue::setPrimaryIdentifier(std::string_view identifier)
 
 void ZRMutableMultiValue::_removeValue(const Value& value)
 {
-    // The argument may be one of our own values.
+    // The argument may be one of our own values, which the first removal would end.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const Value wanted = value;
     for (ZRIndex i = count(); i-- > 0;)
         if (valueAtIndex(i) == wanted)

@@ -6,6 +6,7 @@
 #include "platform/text/Utf.h"
 
 #include <algorithm>
+#include <compare>
 
 #include <unicode/uchar.h>
 
@@ -49,7 +50,7 @@ std::string zrCaseNormalizedCopy(std::string_view text) { return platform::foldC
 
 bool zrEqualIgnoringCase(std::string_view a, std::string_view b)
 {
-    return a == b || platform::compare(a, b, platform::kCompareCaseInsensitive) == 0;
+    return a == b || std::is_eq(platform::compare(a, b, platform::kCompareCaseInsensitive));
 }
 
 bool zrCaseInsensitiveIsEqual(const Value& a, const Value& b)

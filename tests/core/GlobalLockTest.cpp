@@ -27,12 +27,14 @@ bool tryLock() { return _ZR_TRY_Lock("file.cpp", 9); }
 /// Runs `body` in another thread and waits for it.
 void elsewhere(const std::function<void()>& body) { std::thread(body).join(); }
 
-/// Runs `body` in a forked child and answers its exit status.
+/// Runs `body` in a forked child and answers its exit status, or -1 when it died or hung.
 int inChild(const std::function<int()>& body)
 {
     const pid_t child = fork();
-    if (child == 0)
+    if (child == 0) {
+        alarm(20);
         _exit(body());
+    }
     int status = -1;
     waitpid(child, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -195,9 +197,9 @@ TEST(GlobalLock, RefusesAForkedChildInsteadOfHanging)
     const std::pair<const char*, void (*)()> operations[] = {{"lock", lock}, {"try", [] { tryLock(); }},
         {"mail recents", [] { _ZR_MR_Lock("f", 1); }}, {"certificates", _ZR_IgnoreCertErrors_Lock}};
     for (const auto& [name, operation] : operations) {
-        const int status = inChild([&] {
+        const int status = inChild([run = operation] {
             try {
-                operation();
+                run();
             } catch (const ZRForkedProcess&) {
                 // What unwinding calls must not fail again.
                 unlock();
