@@ -131,9 +131,9 @@ private:
                     " case_sensitive 1', detail=none, columnsize=0)",
                     entity.textTable(), text->column, family.table, entity.owner()->column),
                 "",
-                fmt::format(
-                    "INSERT INTO {0}(rowid, {1}) SELECT {2}, {1} FROM {3} WHERE {1} IS NOT NULL AND {2} IS"
-                    " NOT NULL ORDER BY {2}",
+                fmt::format("INSERT INTO {0}(rowid, {1}) SELECT {2}, replace({1}, char(0), char(1)) FROM {3} "
+                            "WHERE {1} IS NOT NULL AND {2} IS"
+                            " NOT NULL ORDER BY {2}",
                     entity.textTable(), text->column, entity.owner()->column, family.table)});
     }
 

@@ -3,10 +3,27 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <string>
 #include <utility>
 #include <vector>
 
 namespace objectstore {
+
+namespace {
+
+/// Runs a statement on an entry. The tokenizer would stop at a NUL, and what stands behind it would never be
+/// found: it gets another control character, on the way in and on the way out.
+void runOn(sqlite::Statement& statement, std::int64_t owner, std::string_view text)
+{
+    if (text.find('\0') == std::string_view::npos)
+        return statement.bind(1, owner).bindText(2, text).run();
+    std::string whole(text);
+    std::ranges::replace(whole, '\0', '\1');
+    statement.bind(1, owner).bindText(2, whole).run();
+}
+
+} // namespace
 
 void configureTextIndex(sqlite::Connection& connection, const Entity& entity)
 {
@@ -38,7 +55,7 @@ void TextIndex::removeEntry(std::int64_t owner, std::string_view text)
     if (text.empty())
         return;
     sqlite::Use remove(_store.connection->prepared(_remove));
-    remove->bind(1, owner).bindText(2, text).run();
+    runOn(*remove, owner, text);
 }
 
 void TextIndex::remove(std::int64_t owner)
@@ -67,7 +84,7 @@ void TextIndex::add(std::int64_t owner, std::string_view text)
     if (owner <= 0 || text.empty())
         return;
     sqlite::Use add(_store.connection->prepared(_add));
-    add->bind(1, owner).bindText(2, text).run();
+    runOn(*add, owner, text);
 }
 
 } // namespace objectstore
