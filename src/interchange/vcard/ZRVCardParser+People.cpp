@@ -1,0 +1,70 @@
+// How a card becomes a person of a roster.
+#include "core/ZRConstants.h"
+#include "core/ZRPerson.h"
+#include "interchange/vcard/RosterReaderContext.h"
+#include "interchange/vcard/ZRVCardParser+State.h"
+#include "interchange/vcard/ZRVCardPersonValueSetter.h"
+#include "objectstore/StoreContext.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZROSRecord.h"
+#include "store/ZRRoster.h"
+
+using platform::Ref;
+
+namespace {
+
+/// New cards go to the last store of the roster.
+void assignToLastStore(ZRPerson& person, ZRRoster& roster)
+{
+    const auto* coordinator = roster.storeCoordinator();
+    if (!coordinator || !person.zrDatabaseImpl())
+        return;
+    if (const auto stores = coordinator->stores(); stores.size() > 1)
+        roster.managedObjectContext()->assignObjectToStore(*person.zrDatabaseImpl(), stores.back());
+}
+
+} // namespace
+
+bool ZRVCardParser::importToPerson(ZRPerson& person)
+{
+    if (!_state->batchValueSetter)
+        _state->batchValueSetter = std::make_unique<ZRVCardPersonValueSetter>(person);
+    else
+        static_cast<ZRVCardPersonValueSetter&>(*_state->batchValueSetter).setPerson(person);
+    return importToValueSetter(*_state->batchValueSetter);
+}
+
+Ref<ZRPerson> ZRVCardParser::nextPersonWithLength(std::size_t& length, ZRRoster& roster)
+{
+    length = 0;
+    if (atEnd() && _state->lexer)
+        return nullptr;
+    // The values of one card under one hold of the lock; each takes it again, which is cheap then.
+    return locked(roster, ZRAccess::write, [&]() -> Ref<ZRPerson> {
+        const std::size_t start = _state->lexer ? _state->lexer->cursor() : 0;
+        auto person = ZRPerson::initWithRoster(Ref<ZRRoster>(&roster));
+        if (!person)
+            return nullptr;
+        assignToLastStore(*person, roster);
+        const bool imported = importToPerson(*person);
+        length = _state->lexer ? _state->lexer->cursor() - start : 0;
+        if (imported)
+            return person;
+        _state->hasImportErrors = true;
+        // Its picture may have been kept by then, and would be written without it.
+        person->nts_SetImageData(platform::Value(), zr::kZRImageProperty);
+        roster.nts_RemoveRecord(*person);
+        return nullptr;
+    });
+}
+
+std::vector<Ref<ZRPerson>> ZRVCardParser::people()
+{
+    std::vector<Ref<ZRPerson>> people;
+    const auto roster = ZRRoster::roster();
+    std::size_t length = 0;
+    while (roster && !atEnd())
+        if (auto person = nextPersonWithLength(length, *roster))
+            people.push_back(std::move(person));
+    return people;
+}
