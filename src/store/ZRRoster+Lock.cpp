@@ -4,12 +4,12 @@
 #include "platform/run/SuddenTermination.h"
 #include "store/ZRRosterState.h"
 
-void ZRRoster::zrGlobalAPILock(bool togglingSuddenTermination, std::source_location where)
+void ZRRoster::zrGlobalAPILock(bool togglingSuddenTermination, ZRSourcePlace where)
 {
     if (togglingSuddenTermination)
         platform::suddentermination::disable();
     try {
-        _ZR_Lock(where.file_name(), static_cast<long>(where.line()));
+        _ZR_Lock(where.file, where.line);
     } catch (...) {
         if (togglingSuddenTermination)
             platform::suddentermination::enable();
@@ -20,24 +20,24 @@ void ZRRoster::zrGlobalAPILock(bool togglingSuddenTermination, std::source_locat
     _state->lockedContexts.push_back(_state->context);
 }
 
-void ZRRoster::zrGlobalAPIUnlock(bool togglingSuddenTermination, std::source_location where)
+void ZRRoster::zrGlobalAPIUnlock(bool togglingSuddenTermination, ZRSourcePlace where)
 {
     // The context of the lock, not of now: an operation may have opened or replaced it.
     const auto context = std::move(_state->lockedContexts.back());
     _state->lockedContexts.pop_back();
     if (context)
         context->unlock();
-    _ZR_Unlock(where.file_name(), static_cast<long>(where.line()));
+    _ZR_Unlock(where.file, where.line);
     if (togglingSuddenTermination)
         platform::suddentermination::enable();
 }
 
-bool ZRRoster::zrGlobalAPITryLock(bool togglingSuddenTermination, std::source_location where)
+bool ZRRoster::zrGlobalAPITryLock(bool togglingSuddenTermination, ZRSourcePlace where)
 {
-    if (!_ZR_TRY_Lock(where.file_name(), static_cast<long>(where.line())))
+    if (!_ZR_TRY_Lock(where.file, where.line))
         return false;
     if (const auto& context = _state->context; context && !context->tryLock()) {
-        _ZR_Unlock(where.file_name(), static_cast<long>(where.line()));
+        _ZR_Unlock(where.file, where.line);
         return false;
     }
     _state->lockedContexts.push_back(_state->context);
@@ -46,16 +46,16 @@ bool ZRRoster::zrGlobalAPITryLock(bool togglingSuddenTermination, std::source_lo
     return true;
 }
 
-void ZRRoster::zrGlobalMailRecentAPILock(std::source_location where)
+void ZRRoster::zrGlobalMailRecentAPILock(ZRSourcePlace where)
 {
-    _ZR_MR_Lock(where.file_name(), static_cast<long>(where.line()));
+    _ZR_MR_Lock(where.file, where.line);
     if (const auto& context = _state->mailRecentsContext)
         context->lock();
 }
 
-void ZRRoster::zrGlobalMailRecentAPIUnlock(std::source_location where)
+void ZRRoster::zrGlobalMailRecentAPIUnlock(ZRSourcePlace where)
 {
     if (const auto& context = _state->mailRecentsContext)
         context->unlock();
-    _ZR_MR_Unlock(where.file_name(), static_cast<long>(where.line()));
+    _ZR_MR_Unlock(where.file, where.line);
 }

@@ -4,11 +4,11 @@
 #include "core/ZRExport.h"
 #include "core/ZRPropertyType.h"
 #include "core/ZRRecord.h"
+#include "core/ZRSourcePlace.h"
 #include "platform/value/Error.h"
 
 #include <cstdint>
 #include <functional>
-#include <source_location>
 
 class ZRInfo;
 class ZRManagedObjectContext;
@@ -244,13 +244,13 @@ public:
     // ---- the lock
 
     void zrGlobalAPILock(
-        bool togglingSuddenTermination = true, std::source_location where = std::source_location::current());
+        bool togglingSuddenTermination = true, ZRSourcePlace where = ZRSourcePlace::current());
     void zrGlobalAPIUnlock(
-        bool togglingSuddenTermination = true, std::source_location where = std::source_location::current());
+        bool togglingSuddenTermination = true, ZRSourcePlace where = ZRSourcePlace::current());
     bool zrGlobalAPITryLock(
-        bool togglingSuddenTermination = true, std::source_location where = std::source_location::current());
-    void zrGlobalMailRecentAPILock(std::source_location where = std::source_location::current());
-    void zrGlobalMailRecentAPIUnlock(std::source_location where = std::source_location::current());
+        bool togglingSuddenTermination = true, ZRSourcePlace where = ZRSourcePlace::current());
+    void zrGlobalMailRecentAPILock(ZRSourcePlace where = ZRSourcePlace::current());
+    void zrGlobalMailRecentAPIUnlock(ZRSourcePlace where = ZRSourcePlace::current());
 
     ~ZRRoster() override;
 
@@ -274,13 +274,12 @@ private:
 /// body returns or raises. Readers leave the sudden-termination counter alone.
 enum class ZRAccess { read, write };
 template <class Body>
-auto locked(ZRRoster& roster, ZRAccess access, Body&& body,
-    std::source_location where = std::source_location::current())
+auto locked(ZRRoster& roster, ZRAccess access, Body&& body, ZRSourcePlace where = ZRSourcePlace::current())
 {
     struct Guard {
         ZRRoster& roster;
         bool writes;
-        std::source_location where;
+        ZRSourcePlace where;
         ~Guard() { roster.zrGlobalAPIUnlock(writes, where); }
     };
     roster.zrGlobalAPILock(access == ZRAccess::write, where);
