@@ -1,0 +1,256 @@
+// How cards are told apart, opened and closed, and in which character set their lines are.
+#include "CardText.h"
+#include "platform/run/Log.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <vector>
+
+using namespace cardtext;
+using Lines = std::vector<std::string>;
+
+namespace {
+
+/// A context whose answers a test chooses.
+struct Surroundings : VCardReaderContext {
+    std::optional<std::string> charset;
+    std::optional<std::string> preferred21Encoding() const override { return charset; }
+};
+
+// ---- opening and closing
+
+TEST(ParserFrame, TellsWhyACardIsRefused)
+{
+    struct Case {
+        std::string data;
+        std::string result;
+        Lines log;
+    };
+    const Case cases[] = {
+        {"BEGIN:VCARD\r\nN:Lima;Ana\r\nEND:VCARD\r\n", "First=Ana\nLast=Lima", {}},
+        {"  begin : vcard junk\n\n\nN:Lima\nend : vcard", "Last=Lima", {}},
+        {"BEGIN:VCARD", "(refused: Malformed space after EOL)", {"Malformed space after EOL"}},
+        {"BEGIN:VCARD\r\n", "(refused: Malformed EOL)", {"Malformed EOL"}},
+        {"BEGIN;:VCARD\r\n", "(refused: Malformed :)", {"Malformed :"}},
+        {"BEGIN:;VCARD\r\n", "(refused: Malformed VCARD)", {"Malformed VCARD"}},
+        {"\r\nBEGIN:VCARD\r\n", "(refused: Malformed BEGIN)", {"Malformed BEGIN"}},
+        {"\xEF\xBB\xBF"
+         "BEGIN:VCARD\r\n",
+            "(refused: Malformed BEGIN)", {"vCard Syntax Error, character: 7 : I", "Malformed BEGIN"}},
+        {"END:VCARD\r\nxx", "(refused: Malformed BEGIN)", {"Malformed BEGIN"}},
+        {"           ", "(refused: no card before the end of the data)", {}},
+        {"short", "(refused: Malformed BEGIN)", {"Malformed BEGIN"}},
+        {"", "(no parser)", {}},
+        {"BEGIN:VCARD\nN:Lima\n", "(refused: no END:VCARD where the card ends)", {}},
+        {"BEGIN:VCARD\nN:Lima\nEND:VCAR\n", "(refused: no END:VCARD where the card ends)", {}},
+        {"BEGIN:VCARD\nN:Lima\nEND\n:VCARD\n", "(refused: no END:VCARD where the card ends)", {}},
+        {"BEGIN:VCARD\nN:Lima\nEND:VCARD", "Last=Lima", {}},
+        // A line without a name ends the card.
+        {"BEGIN:VCARD\nN:Lima\n:x\nEND:VCARD\n", "(refused: no END:VCARD where the card ends)",
+            {"vCard Syntax Error, character: 27 : V"}},
+        {"BEGIN:VCARD\nN:Lima\n \nEND:VCARD\n", "Last=Lima", {}},
+    };
+    for (const auto& [data, result, lines] : cases) {
+        platform::LogCapture log;
+        EXPECT_EQ(read(data), result) << testing::PrintToString(data);
+        EXPECT_EQ(log.lines(), lines) << testing::PrintToString(data);
+    }
+}
+
+TEST(ParserFrame, LeavesAPartOfABrokenCardWithItsSetter)
+{
+    Setter setter;
+    const auto parser = ZRVCardParser::initWithData("BEGIN:VCARD\nN:Lima;Ana\n");
+    EXPECT_FALSE(parser->importToValueSetter(setter));
+    EXPECT_EQ(setter.text(), "First=Ana\nLast=Lima");
+}
+
+TEST(ParserFrame, ReadsCardsOneBehindTheOther)
+{
+    const auto parser = ZRVCardParser::initWithData(card("N:Lima\n") + "junk!\r\n" + card("FN:Bo Ek\n"));
+    Lines cards;
+    while (!parser->atEnd()) {
+        Setter setter;
+        if (parser->importToValueSetter(setter))
+            cards.push_back(setter.text());
+    }
+    EXPECT_EQ(cards, (Lines{"Last=Lima", "Last=Bo Ek"})) << "nothing of the first card is left in the second";
+}
+
+TEST(ParserFrame, ReadsUTF16OfBothOrdersAndWithoutAMark)
+{
+    const std::string text = card("N:Müller;山田\nTEL;TYPE=HOME:+49\\n1\nNOTE:a\n b\n");
+    const std::string expected = "First=山田\nLast=Müller\nNote=ab\nPhone=[Home=+49\n1]";
+    EXPECT_EQ(read(text), expected);
+    EXPECT_EQ(read(utf16(text, platform::ByteOrder::big)), expected);
+    EXPECT_EQ(read(utf16(text, platform::ByteOrder::little)), expected);
+    EXPECT_EQ(read(platform::toUTF16Bytes(text, platform::ByteOrder::big)), expected);
+}
+
+TEST(ParserFrame, GivesTheFirstCardOfAFileAsADictionary)
+{
+    const std::string path = testing::TempDir() + "card.vcf";
+    std::ofstream(path, std::ios::binary)
+        << card("N:Lima\nORG:Acme\nEMAIL:a@example.com\n") << card("N:Ek\n");
+    const auto dictionary = ZRVCardParser::dictionaryRepresentationOfVCardAtPath(path);
+    EXPECT_EQ(textOf(dictionary),
+        "{Email={Email=[Work=a@example.com]}, Last=Lima, Organization=Acme, ZRPersonFlags=1}");
+    std::remove(path.c_str());
+    EXPECT_TRUE(ZRVCardParser::dictionaryRepresentationOfVCardAtPath(path).isAbsent());
+}
+
+// ---- broken lines
+
+TEST(ParserLines, ThatAreBrokenAreLostAlone)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"garbage without a colon\nN:Lima\n", "Last=Lima"},
+        {"TEL;HOME\nN:Lima\n", "Last=Lima"},
+        {"TEL;TYPE=HOME\nN:Lima\n", "Last=Lima"},
+        {"TEL=abc\nN:Lima\n", "Last=Lima"},
+        {"TEL=abcdefghijklmnopq\nN:Lima\n", "Last=Lima"},
+        // The search passes its colon in a group of seven characters, and still keeps to its line.
+        {"TEL=abc:1\nN:Lima\n", "Last=Lima"},
+        {"TEL=ab:12345\nN:Lima\n", "Last=Lima"},
+        // A header may be folded like a value.
+        {"TEL;TYPE=HOME,FA\n X:1\nN:Lima\n", "Last=Lima\nPhone=[HomeFAX=1]"},
+        {"TEL;TYPE=HOME,\n FAX:1\nN:Lima\n", "Last=Lima\nNote=FAX: 1"},
+        {"TEL\n ;HOME\n :1\nN:Lima\n", "Last=Lima\nPhone=[Home=1]"},
+        {"TEL;HOME\n x\nN:Lima\n", "Last=Lima"},
+        // Tabs do not fold: the next line is one of its own, here without a colon.
+        {"NOTE:a\n\tb\nN:Lima\n", "Last=Lima\nNote=a"},
+        {"NOTE:a\n\tab:c\nN:Lima\n", "Last=Lima\nNote=a\n\tab: c"},
+        {"\n\n\nN:Lima\n", "Last=Lima"},
+    };
+    for (const auto& [lines, expected] : cases) {
+        EXPECT_EQ(read(card(lines)), expected) << lines;
+        EXPECT_EQ(read(utf16(card(lines), platform::ByteOrder::little)), expected) << lines;
+    }
+}
+
+TEST(ParserLines, WithoutAColonAreNoSyntaxErrors)
+{
+    std::string lines;
+    for (int line = 0; line < 50; ++line)
+        lines += "X=garbage that goes on and on\n";
+    EXPECT_EQ(read(card(lines + "N:Lima\n")), "Last=Lima");
+}
+
+TEST(ParserLines, EndTheCardAfterTenSyntaxErrors)
+{
+    const auto lines = [](int errors) {
+        std::string text;
+        for (int error = 0; error < errors; ++error)
+            text += "X=1234567:\n";
+        return text + "TEL;HOME:1\nN:Lima\n";
+    };
+    EXPECT_EQ(read(card(lines(10))), "Last=Lima\nPhone=[Home=1]");
+    EXPECT_EQ(read(card(lines(11))), "(refused: no END:VCARD where the card ends)");
+}
+
+TEST(ParserLines, EndTheCardWhereTheDataEnds)
+{
+    for (const char* end : {"TEL", "TEL;", "TEL;HOME", "TEL;TYPE=", "TEL;TYPE=HOME", "TEL;TYPE=HOME,",
+             "TEL:", "TEL:1", "TEL;A\\:B", "PHOTO;BASE64:QUJD", "N:a;b", "NOTE:a\r\n b", "E", "END",
+             "END:", "END:VCAR", "NOTE;QUOTED-PRINTABLE:=4", "X=\\:"})
+        EXPECT_EQ(read(card("N:Lima\n").substr(0, 32) + end), "(refused: no END:VCARD where the card ends)")
+            << end;
+}
+
+// ---- parameters
+
+TEST(ParserParameters, OfBothVersionsReadAlike)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"TEL;HOME;FAX:1\n", "HomeFAX"},
+        {"TEL;TYPE=HOME,FAX:1\n", "HomeFAX"},
+        {"TEL;TYPE=HOME;TYPE=FAX:1\n", "HomeFAX"},
+        {"TEL;type=home;Type=fax:1\n", "HomeFAX"},
+        {"TEL; HOME ; FAX :1\n", "HomeFAX"},
+        {"TEL;TYPE = HOME , FAX :1\n", "HomeFAX"},
+        {"TEL;X=HOME:1\n", "Other"},
+        {"TEL;;HOME:1\n", "Home"},
+        {"TEL;TYPE=:1\n", "Other"},
+        {"TEL;\xC3=x;HOME:1\n", "Home"},
+        {std::string("TEL\0HOME:1\n", 11), "Home"},
+    };
+    for (const auto& [line, label] : cases)
+        EXPECT_EQ(read(card(line)), "Phone=[" + label + "=1]") << testing::PrintToString(line);
+}
+
+// A parameter is kept for the next line with it, but not what it said.
+TEST(ParserParameters, DoNotOutliveTheirLine)
+{
+    EXPECT_EQ(read(card("TEL;TYPE=HOME:1\nTEL;TYPE=CELL:2\nTEL:3\nitem1.TEL;TYPE=PAGER:4\n")),
+        "Phone=[Home=1, Mobile=2, Other=3, Pager=4]");
+    EXPECT_EQ(read(card("NOTE;QUOTED-PRINTABLE:=41\nTITLE:=41\n")), "JobTitle==41\nNote=A");
+    EXPECT_EQ(
+        read(card("TITLE;CHARSET=ISO-8859-1;QUOTED-PRINTABLE:=E9\nNICKNAME:é\n")), "JobTitle=é\nNickname=é");
+}
+
+TEST(ParserParameters, SayHowTheValueIsEncoded)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"NOTE;QUOTED-PRINTABLE:=41\n", "Note=A"},
+        {"NOTE;quoted-printable:=41\n", "Note=A"},
+        {"NOTE;ENCODING=QUOTED-PRINTABLE:=41=\n=42\n", "Note=AB"},
+        {"NOTE;encoding=Quoted-Printable:=41\n", "Note=A"},
+        {"NOTE;ENCODING=8BIT:=41\n", "Note==41"},
+        // No value counts as the first one that is asked for.
+        {"NOTE;ENCODING=:=41\n", "Note=A"},
+        {"NOTE;CHARSET=:a+-b\n", "Note=ab"},
+        {"NOTE;CHARSET=utf-7:a+-b\n", "Note=ab"},
+        {"NOTE;CHARSET=ISO-8859-1:caf\xE9\n", "Note=café"},
+        {"NOTE;CHARSET=WINDOWS-1251;QUOTED-PRINTABLE:=CF=F0=E8\n", "Note=При"},
+        // Base64 is read away whatever the property.
+        {"NOTE;BASE64:QUJD\n DEFG\nTITLE:x\n", "JobTitle=x"},
+        {"NOTE;ENCODING=B:QUJD\n DEFG\nTITLE:x\n", "JobTitle=x"},
+    };
+    for (const auto& [lines, expected] : cases)
+        EXPECT_EQ(read(card(lines)), expected) << lines;
+}
+
+TEST(ParserParameters, OfAnUnknownCharacterSetLoseTheLine)
+{
+    platform::LogCapture log;
+    EXPECT_EQ(read(card("NOTE;CHARSET=X-NONE:abc\nN;CHARSET=X-NONE:a;b\nTITLE:x\n")), "JobTitle=x");
+    EXPECT_EQ(log.lines(), (Lines{"X-NONE is an invalid encoding", "X-NONE is an invalid encoding"}));
+}
+
+// ---- the character set of the data
+
+TEST(ParserEncoding, IsChosenByTheBeginningOfTheData)
+{
+    Surroundings none, cyrillic, unknown;
+    cyrillic.charset = "windows-1251";
+    unknown.charset = "x-none";
+    const auto of = [](const char* begin, const char* version, const char* value) {
+        return std::string(begin) + "\n" + version + "\nTITLE:x\nNOTE:" + value + "\nEND:VCARD\n";
+    };
+    struct Case {
+        std::string data;
+        const VCardReaderContext& context;
+        std::string expected;
+    };
+    const Case cases[] = {
+        {of("BEGIN:VCARD", "VERSION:3.0", "é"), cyrillic, "JobTitle=x\nNote=é"},
+        // Not 3.0: ASCII, and what is none is absent.
+        {of("BEGIN:VCARD", "VERSION:2.1", "é"), cyrillic, "JobTitle=x"},
+        {of("BEGIN:VCARD", "VERSION:2.1", "e"), cyrillic, "JobTitle=x\nNote=e"},
+        // No UTF-8: the preferred set, whatever the version.
+        {of("BEGIN:VCARD", "VERSION:3.0", "\xCF\xF0\xE8"), cyrillic, "JobTitle=x\nNote=При"},
+        {of("BEGIN:VCARD", "VERSION:2.1", "\xCF\xF0\xE8"), cyrillic, "JobTitle=x\nNote=При"},
+        {of("BEGIN:VCARD", "VERSION:2.1", "\x8E"), none, "JobTitle=x\nNote=é"},
+        {of("BEGIN:VCARD", "VERSION:2.1", "\x8E"), unknown, "JobTitle=x"},
+        // The test is literal.
+        {of("begin:VCARD", "VERSION:3.0", "\xC3\xA9"), none, "JobTitle=x\nNote=√©"},
+        {of("BEGIN: VCARD", "VERSION:3.0", "\xC3\xA9"), none, "JobTitle=x\nNote=√©"},
+        {of("BEGIN:VCARD", "VERSION: 3.0", "\xC3\xA9"), none, "JobTitle=x"},
+    };
+    for (const auto& [data, context, expected] : cases)
+        EXPECT_EQ(read(data, context), expected) << testing::PrintToString(data);
+}
+
+} // namespace
