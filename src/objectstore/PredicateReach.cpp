@@ -4,6 +4,7 @@
 #include "objectstore/StoreObject.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace objectstore {
 
@@ -12,8 +13,6 @@ namespace {
 /// Collects what stands behind relationships that lead out of the object.
 class Reach {
 public:
-    explicit Reach(const Entity& asked) : _asked(asked) { }
-
     void add(const StorePredicate& predicate, const Entity& entity)
     {
         std::visit([&](const auto& form) { add(form, entity); }, predicate.form());
@@ -32,10 +31,8 @@ private:
     void add(const StorePredicate::RowTest& test, const Entity& entity)
     {
         const Slot& slot = toManySlot(entity, test.relationship);
-        if (!test.condition)
-            return;
-        cross(slot, entity);
-        add(*test.condition, *slot.destination);
+        if (test.condition)
+            across(slot, [&] { add(*test.condition, *slot.destination); });
     }
     void add(const StorePredicate::Membership& membership, const Entity&)
     {
@@ -52,18 +49,20 @@ private:
         if (key == kSelf)
             return follow(rest, entity);
         const Slot& slot = toOneSlot(entity, key);
-        cross(slot, entity);
-        follow(rest, *slot.destination);
+        across(slot, [&, rest = rest] { follow(rest, *slot.destination); });
     }
 
-    /// A change of a part counts as one of the object that was asked for, so parts of it need no note.
-    void cross(const Slot& slot, const Entity& from)
+    /// A change of a part counts as one of the object that is asked, so that object's own parts need no note.
+    template <class Inner>
+    void across(const Slot& slot, Inner inner)
     {
         const Slot* owner = slot.destination->owner();
-        const bool isOwnPart =
-            &from == &_asked && owner && slot.inverse && slot.inverse->column == owner->column;
-        if (!isOwnPart)
+        const bool isPart = owner && slot.inverse && slot.inverse->column == owner->column;
+        if (_isAway || !isPart)
             note(*slot.destination);
+        const bool before = std::exchange(_isAway, true);
+        inner();
+        _isAway = before;
     }
 
     void note(const Entity& entity)
@@ -72,14 +71,15 @@ private:
             entities.push_back(&entity);
     }
 
-    const Entity& _asked;
+    /// Behind a relationship of the object that is asked.
+    bool _isAway = false;
 };
 
 } // namespace
 
 std::vector<const Entity*> entitiesBehind(const StorePredicate& predicate, const Entity& entity)
 {
-    Reach reach(entity);
+    Reach reach;
     reach.add(predicate, entity);
     return std::move(reach.entities);
 }

@@ -50,7 +50,33 @@ public:
 private:
     void tell(std::size_t client, const Words& words)
     {
-        ASSERT_EQ(_clients[client]->ask(words), "ok") << described(client, words);
+        _history.push_back(described(client, words));
+        ASSERT_EQ(_clients[client]->ask(words), "ok") << _history.back();
+    }
+
+    /// What was told about the people that the lines are about, and the saves in between.
+    std::string history(const std::set<std::string>& lines) const
+    {
+        std::string text;
+        for (const auto& told : _history) {
+            bool isAbout = told.ends_with(" save");
+            for (const auto& line : lines)
+                isAbout |= (told + " ").find(" " + line.substr(0, line.find(' ')) + " ") != std::string::npos;
+            if (isAbout)
+                text += told + "\n";
+        }
+        return text;
+    }
+
+    void compare(const std::set<std::string>& seen, const std::set<std::string>& wanted, std::size_t client)
+    {
+        std::set<std::string> more, less;
+        std::set_difference(
+            seen.begin(), seen.end(), wanted.begin(), wanted.end(), std::inserter(more, more.end()));
+        std::set_difference(
+            wanted.begin(), wanted.end(), seen.begin(), seen.end(), std::inserter(less, less.end()));
+        ASSERT_EQ(more, less) << "client " << client << " sees the first instead of the second\n"
+                              << history(more) << history(less);
     }
 
     static std::string described(std::size_t client, const Words& words)
@@ -306,7 +332,7 @@ private:
                 wanted.people.erase(person);
                 std::erase_if(seen, [&](const auto& line) { return line.starts_with(person + " "); });
             }
-        ASSERT_EQ(seen, linesOf(wanted)) << "client " << client;
+        compare(seen, linesOf(wanted), client);
     }
 
     void compareFind(std::size_t client)
@@ -354,6 +380,7 @@ private:
     std::vector<std::unique_ptr<StoreClient>>& _clients;
     PlainRoster _roster;
     int _count = 0;
+    std::vector<std::string> _history;
 };
 
 /// The first column of every row, as text.
@@ -386,8 +413,8 @@ void checkFile(const std::string& path, const PlainState& saved)
         "SELECT _key FROM text_index WHERE ifnull(person, 0) NOT IN (SELECT _key FROM person)",
         "SELECT lead FROM team_member WHERE lead NOT IN (SELECT _key FROM team)",
         "SELECT other FROM team_member WHERE other NOT IN (SELECT _key FROM person)",
-        "SELECT person FROM text_index WHERE text IS NOT NULL AND person NOT IN"
-        " (SELECT rowid FROM text_index_text(substr(text, 1, 3)))",
+        "SELECT part.person FROM text_index AS part WHERE part.text IS NOT NULL AND part.person NOT IN"
+        " (SELECT rowid FROM text_index_text(substr(part.text, 1, 3)))",
         "SELECT rowid FROM text_index_text('val') WHERE rowid NOT IN"
         " (SELECT person FROM text_index WHERE text IS NOT NULL)",
     };

@@ -4,8 +4,7 @@
 #include "objectstore/TortureModel.h"
 
 #include <algorithm>
-#include <csignal>
-#include <cstring>
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <sys/socket.h>
@@ -204,8 +203,7 @@ public:
         _child = fork();
         if (_child == 0) {
             close(ends[0]);
-            serve(path, ends[1]);
-            _exit(0);
+            _exit(served(path, ends[1]));
         }
         close(ends[1]);
         _socket = ends[0];
@@ -230,6 +228,18 @@ public:
     }
 
 private:
+    /// No failure may get out: it would run the rest of the tests a second time.
+    static int served(const std::string& path, int socket) noexcept
+    {
+        try {
+            serve(path, socket);
+            return 0;
+        } catch (const std::exception& failure) {
+            std::fprintf(stderr, "client: %s\n", failure.what());
+            return 1;
+        }
+    }
+
     static void serve(const std::string& path, int socket)
     {
         const Store store(path);
@@ -262,6 +272,8 @@ private:
         if (recv(socket, &size, sizeof size, MSG_WAITALL) != sizeof size)
             return {};
         std::string message(size, '\0');
+        if (size == 0) // which a receive of nothing would wait for
+            return {};
         return recv(socket, message.data(), size, MSG_WAITALL) == static_cast<ssize_t>(size) ? message
                                                                                              : std::string();
     }
