@@ -66,6 +66,21 @@ void cutLinks(ContextState& context, const ObjectList& deleted, const Slot& slot
     }
 }
 
+/// What the rules do to others. Doing it twice does no harm.
+void applyRules(ContextState& context, const ObjectList& batch)
+{
+    std::map<std::size_t, ObjectList> byEntity;
+    for (const auto& object : batch)
+        byEntity[object->entity().index()].push_back(object);
+    for (const auto& [index, deleted] : byEntity)
+        for (const Slot* slot : deleted.front()->entity().slots()) {
+            if (slot->kind == SlotKind::manyToMany)
+                cutLinks(context, deleted, *slot);
+            else if (slot->isThroughInverse() && slot->deleteRule != DeleteRule::none)
+                applyRule(context, deleted, *slot);
+        }
+}
+
 } // namespace
 
 void ContextState::markDeleted(StoreObject& object)
@@ -92,16 +107,13 @@ void ContextState::propagateDeletes()
 {
     while (!toPropagate.empty()) {
         const ObjectList batch = std::exchange(toPropagate, {});
-        std::map<std::size_t, ObjectList> byEntity;
-        for (const auto& object : batch)
-            byEntity[object->entity().index()].push_back(object);
-        for (const auto& [index, deleted] : byEntity)
-            for (const Slot* slot : deleted.front()->entity().slots()) {
-                if (slot->kind == SlotKind::manyToMany)
-                    cutLinks(*this, deleted, *slot);
-                else if (slot->isThroughInverse() && slot->deleteRule != DeleteRule::none)
-                    applyRule(*this, deleted, *slot);
-            }
+        try {
+            applyRules(*this, batch);
+        } catch (...) {
+            // The store could not be read: the next save asks again.
+            toPropagate.insert(toPropagate.begin(), batch.begin(), batch.end());
+            throw;
+        }
         ++linkEpoch;
         for (const auto& object : batch) {
             links.forget(object->key());
