@@ -22,7 +22,9 @@ public:
         const auto team = oneOrNew("Team", "all");
         for (int i = 0; i < kPillars; ++i)
             writePillar(i, g, *team);
-        _context->insertObjectOfEntity("Person")->setValueForKey("uniqueId", "recent " + std::to_string(g));
+        const auto recent = oneOrNew("Person", "recent " + std::to_string(g));
+        recent->addObject(recent->slot("teams"), *team);
+        addPhone(*recent, 0, g);
         if (const auto old = one("Person", "recent " + std::to_string(g - kRecent)))
             _context->deleteObject(*old);
     }
@@ -47,7 +49,7 @@ public:
                 + "|" + (isMember(i, g) ? "all" : "") + "|" + generation + "," + generation + ",found");
         }
         for (int recent = std::max(1, g - kRecent + 1); recent <= g; ++recent)
-            lines.push_back("recent " + std::to_string(recent) + "||0|||");
+            lines.push_back("recent " + std::to_string(recent) + "||0||all|" + std::to_string(recent) + ",");
         std::sort(lines.begin(), lines.end());
         return lines;
     }
@@ -82,12 +84,16 @@ private:
         isMember(i, g) ? person->addObject(teams, team) : person->removeObject(teams, team);
         for (const auto& phone : person->objects(person->slot("phones")))
             _context->deleteObject(*phone);
-        for (int entry = 0; entry < 2; ++entry) {
-            const auto phone = _context->insertObjectOfEntity("Phone");
-            phone->setRelated(phone->slot("owner"), person.get());
-            phone->setValueForKey("uniqueId", "phone " + std::to_string(entry));
-            phone->setValueForKey("number", std::to_string(g));
-        }
+        for (int entry = 0; entry < 2; ++entry)
+            addPhone(*person, entry, g);
+    }
+
+    void addPhone(os::StoreObject& person, int entry, int g)
+    {
+        const auto phone = _context->insertObjectOfEntity("Phone");
+        phone->setRelated(phone->slot("owner"), &person);
+        phone->setValueForKey("uniqueId", "phone " + std::to_string(entry));
+        phone->setValueForKey("number", std::to_string(g));
     }
 
     os::ObjectList fetch(std::string_view entity, os::PredicateRef predicate = nullptr)
