@@ -5,22 +5,40 @@
 #include "interchange/vcard/DateReading.h"
 #include "platform/text/Escape.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 using namespace vcard;
 
 namespace {
 
-using Dictionary = std::vector<std::pair<std::string, platform::Value>>;
+/// A postal address as it is read.
+struct Address {
+    /// City, state, postal code, country.
+    std::array<std::optional<std::string>, 4> fields;
+    std::optional<std::string> street, countryCode;
 
-/// Street, city, state, postal code, country and its code.
-constexpr std::size_t kAddressKeys = 6;
+    bool isEmpty() const
+    {
+        return !street && std::all_of(fields.begin(), fields.end(), [](const auto& field) { return !field; });
+    }
 
-void addUnlessEmpty(Dictionary& dictionary, std::string_view key, std::optional<std::string> text)
-{
-    if (text && !text->empty())
-        dictionary.emplace_back(key, std::move(*text));
-}
+    /// Written in the order of the keys, which spares the dictionary its sorting.
+    platform::Value asDictionary() &&
+    {
+        auto& [city, state, code, country] = fields;
+        std::vector<std::pair<std::string, platform::Value>> entries;
+        entries.reserve(6);
+        for (auto& [key, text] :
+            {std::pair{zr::kZRAddressCityKey, &city}, {zr::kZRAddressCountryKey, &country},
+                {zr::kZRAddressCountryCodeKey, &countryCode}, {zr::kZRAddressStateKey, &state},
+                {zr::kZRAddressStreetKey, &street}, {zr::kZRAddressZIPKey, &code}})
+            if (*text)
+                entries.emplace_back(key, std::move(**text));
+        return platform::Value::dictionary(std::move(entries));
+    }
+};
 
 /// Adds a line to a street; an empty one adds nothing.
 void appendLine(std::string& street, const std::optional<std::string>& line)
@@ -156,54 +174,44 @@ bool ZRVCardParser::State::parseCalendarURI()
 /// were there; a value that ends before has none.
 bool ZRVCardParser::State::parseADR()
 {
-    Dictionary address;
-    address.reserve(kAddressKeys);
-    std::string street;
-    bool more = true;
-    for (int part = 1; part <= 3 && more; ++part) {
-        appendLine(street, nextField());
-        if (part == 3)
-            address.emplace_back(zr::kZRAddressStreetKey, std::move(street));
-        more = nextFieldFollows();
-    }
-    for (const std::string_view key :
-        {zr::kZRAddressCityKey, zr::kZRAddressStateKey, zr::kZRAddressZIPKey, zr::kZRAddressCountryKey}) {
-        if (!more)
-            break;
-        addUnlessEmpty(address, key, nextField());
-        more = nextFieldFollows();
-    }
-    if (address.empty())
+    Address address;
+    readAddress(address.street, address.fields, 3);
+    if (address.isEmpty())
         return true;
-    address.emplace_back(zr::kZRAddressCountryCodeKey, context.defaultCountryCode());
-    addEntry(Pending::addresses, genericLabel(), platform::Value::dictionary(std::move(address)));
+    address.countryCode = context.defaultCountryCode();
+    addEntry(Pending::addresses, genericLabel(), std::move(address).asDictionary());
     return true;
 }
 
 /// The form of an old writer: two lines of street, and neither country code nor group.
 bool ZRVCardParser::State::parseADD()
 {
-    Dictionary address;
-    address.reserve(kAddressKeys);
-    std::string street;
-    appendLine(street, nextField());
-    bool more = nextFieldFollows();
-    if (more) {
-        appendLine(street, nextField());
-        address.emplace_back(zr::kZRAddressStreetKey, std::move(street));
-        more = nextFieldFollows();
-    }
-    for (const std::string_view key :
-        {zr::kZRAddressCityKey, zr::kZRAddressStateKey, zr::kZRAddressZIPKey, zr::kZRAddressCountryKey}) {
-        if (!more)
-            break;
-        addUnlessEmpty(address, key, nextField());
-        more = nextFieldFollows();
-    }
-    if (!address.empty())
+    Address address;
+    readAddress(address.street, address.fields, 2);
+    if (!address.isEmpty())
         entries(Pending::addresses)
-            .emplace_back(genericLabel(), platform::Value::dictionary(std::move(address)), std::nullopt);
+            .emplace_back(genericLabel(), std::move(address).asDictionary(), std::nullopt);
     return true;
+}
+
+/// Reads a street of `lines` fields, and the fields behind it that are not empty.
+void ZRVCardParser::State::readAddress(Text& street, std::span<Text> fields, int lines)
+{
+    std::string joined;
+    for (int read = 1; read <= lines; ++read) {
+        appendLine(joined, nextField());
+        if (read == lines)
+            street = std::move(joined);
+        if (!nextFieldFollows())
+            return;
+    }
+    for (Text& field : fields) {
+        field = nextField();
+        if (field && field->empty())
+            field.reset();
+        if (!nextFieldFollows())
+            return;
+    }
 }
 
 // ---- dates

@@ -1,6 +1,8 @@
 // How encoded characters and data are read: escapes, quoted-printable, Base64.
 #include "interchange/vcard/ZRVCardLexer+Width.h"
 
+#include <utility>
+
 using namespace vcard;
 
 namespace {
@@ -106,10 +108,8 @@ std::string ZRVCardLexer::nextBase64Data()
     std::string text;
     bool done = false;
     while (!done) {
-        const auto line = nextBase64Line(done);
-        if (!line)
+        if (!(_unicode ? appendBase64Line<2>(text, done) : appendBase64Line<1>(text, done)))
             break;
-        text += *line;
         text += kReturnDelimiter;
         const std::size_t behindLine = _cursor;
         advanceToEOL();
@@ -126,33 +126,37 @@ std::optional<std::string> ZRVCardLexer::nextBase64Line(bool& last)
 {
     return _unicode ? nextUnicodeBase64Line(last) : nextSingleByteBase64Line(last);
 }
+
 std::optional<std::string> ZRVCardLexer::nextSingleByteBase64Line(bool& last)
 {
-    return nextBase64LineOfWidth<1>(last);
-}
-std::optional<std::string> ZRVCardLexer::nextUnicodeBase64Line(bool& last)
-{
-    return nextBase64LineOfWidth<2>(last);
+    std::string line;
+    return appendBase64Line<1>(line, last) ? std::optional(std::move(line)) : std::nullopt;
 }
 
+std::optional<std::string> ZRVCardLexer::nextUnicodeBase64Line(bool& last)
+{
+    std::string line;
+    return appendBase64Line<2>(line, last) ? std::optional(std::move(line)) : std::nullopt;
+}
+
+/// Appends the rest of the line to `text`; false at the end of the data.
 template <std::size_t Width>
-std::optional<std::string> ZRVCardLexer::nextBase64LineOfWidth(bool& last)
+bool ZRVCardLexer::appendBase64Line(std::string& text, bool& last)
 {
     if (atEOF())
-        return std::nullopt;
+        return false;
     constexpr TokenMask anyToken = 0xFFFF;
-    std::string line;
     for (;;) {
         const std::size_t start = _cursor;
         _cursor = find<Width>(_cursor, anyToken);
         if constexpr (Width == 1)
-            line.append(_data, start, _cursor - start);
+            text.append(_data, start, _cursor - start);
         else
             for (std::size_t at = start; at < _cursor; at += Width)
-                line += static_cast<char>(unitAt<Width>(at) & 0xFF);
+                text += static_cast<char>(unitAt<Width>(at) & 0xFF);
         const TokenCode token = tokenAt<Width>(_cursor);
         if (atEOF() || token & kEndOfLine)
-            return line;
+            return true;
         last = last || token == kEqualsToken;
         _cursor += Width;
     }

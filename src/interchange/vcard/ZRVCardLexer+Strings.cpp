@@ -14,6 +14,14 @@ namespace {
 /// stays there, so that damaged data is read in linear time.
 constexpr int kMostUnendedStrings = 64;
 
+/// ASCII characters that are no token.
+constexpr auto kIsOfWord = [] {
+    std::array<bool, 256> isOfWord{};
+    for (std::size_t unit = 0; unit < 0x80; ++unit)
+        isOfWord[unit] = kTokenOfUnit[unit] == kNoToken;
+    return isOfWord;
+}();
+
 bool isASCIIOrUTF8(TextEncoding encoding)
 {
     return encoding == platform::kUTF8Encoding || encoding == platform::kASCIIEncoding;
@@ -76,7 +84,7 @@ std::optional<std::string_view> ZRVCardLexer::nextWord(TextEncoding encoding, To
 {
     const std::size_t start = _cursor;
     std::size_t end = start;
-    while (end < _length && !kTokenOfUnit[_bytes[end]] && _bytes[end] < 0x80)
+    while (end < _length && kIsOfWord[_bytes[end]])
         ++end;
     const TokenMask stops = stopTokens & ~(kEndOfLine | kEscape);
     if (!(tokenAt<1>(end) & stops) || !isASCIIOrUTF8(encoding))

@@ -47,7 +47,15 @@ void ZRVCardLexer::decideMode()
 
 TokenCode ZRVCardLexer::nextTokenPeak(bool peek)
 {
-    return _unicode ? nextTokenPeakUnicode(peek, 0) : nextTokenPeakSingle(peek, 0);
+    if (_unicode)
+        return nextTokenPeakUnicode(peek, 0);
+    // Nearly always it is one character.
+    const TokenCode single = tokenAt<1>(_cursor);
+    if (!single)
+        return nextTokenPeakSingle(peek, 0);
+    _peakedPoint = _cursor + 1;
+    _cursor += !peek;
+    return single;
 }
 TokenCode ZRVCardLexer::nextTokenPeakSingle(bool peek, std::size_t length)
 {
@@ -139,6 +147,8 @@ bool ZRVCardLexer::lineHasColon() { return _unicode ? lineHasColon<2>() : lineHa
 template <std::size_t Width>
 bool ZRVCardLexer::lineHasColon()
 {
+    if (tokenAt<Width>(_cursor) & kColon)
+        return true;
     // Remembered, since many items may begin within one folded line.
     if (_cursor >= _searched.start && _cursor < _searched.end)
         return _searched.found;

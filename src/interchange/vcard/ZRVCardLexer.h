@@ -153,7 +153,7 @@ private:
     template <std::size_t Width>
     void appendEscapedCharacter();
     template <std::size_t Width>
-    std::optional<std::string> nextBase64LineOfWidth(bool& last);
+    bool appendBase64Line(std::string& text, bool& last);
 
     vcard::TokenCode failedLookup(char16_t last, std::size_t end);
     std::nullopt_t dataEndedInString();

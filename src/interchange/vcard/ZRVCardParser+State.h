@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -134,6 +135,7 @@ struct ZRVCardParser::State {
     bool addIMValueTo(Pending kind);
     bool parseADR();
     bool parseADD();
+    void readAddress(Text& street, std::span<Text> fields, int lines);
     bool parseBirthday();
     bool parseOtherDate();
     bool parseRelatedName();
