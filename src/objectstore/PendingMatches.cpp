@@ -60,6 +60,9 @@ void PendingMatches::considerTouchedIds(std::vector<std::int64_t>& keys)
             || !(id.entity->isKindOf(*_fetch.entity) || _fetch.entity->isKindOf(*id.entity)))
             continue;
         const ObjectRef object = _context.resolve(*id.entity, &_store, id.key);
+        // Others may have deleted it since it was touched.
+        if (object && object->isFault() && !findRow(_store.state(), *object->entity().family(), id.key))
+            continue;
         if (object && !object->hasChanges() && !ObjectAccess::is(*object, ObjectAccess::kTouched))
             consider(*object, keys);
     }
