@@ -289,8 +289,11 @@ public:
         };
         std::string text =
             name + " " + attribute("name") + " " + attribute("city") + " " + attribute("index.text") + " {";
+        std::set<std::string> phones;
         for (const auto& [identifier, entry] : record.phones)
-            text += (text.back() == '{' ? "" : ",") + identifier + "=" + entry.first + ":" + entry.second;
+            phones.insert(identifier + "=" + entry.first + ":" + entry.second);
+        for (const auto& phone : phones)
+            text += (text.back() == '{' ? "" : ",") + phone;
         text += "} {";
         for (const auto& team : record.teams)
             text += (text.back() == '{' ? "" : ",") + team;
