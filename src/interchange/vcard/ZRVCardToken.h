@@ -142,7 +142,7 @@ constexpr std::string_view tokenName(TokenCode code)
     default:
         break;
     }
-    for (const std::size_t length : {1, 3, 5, 7})
+    for (std::size_t length = 1; length <= kLongestToken; length += 2)
         for (const auto& token : tokenSetForLength(length))
             if (token.code == code)
                 return token.text;

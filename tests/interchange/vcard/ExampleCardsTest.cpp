@@ -79,7 +79,7 @@ TEST(ExampleCards, KeepTheirPictures)
 {
     const auto cards = cardsOf("photos.vcf");
     ASSERT_EQ(cards.size(), 3u);
-    for (const std::size_t jpeg : {0, 2}) {
+    for (const std::size_t jpeg : {0u, 2u}) {
         EXPECT_TRUE(cards[jpeg].image.asBytes().starts_with("\xFF\xD8\xFF\xE0")) << jpeg;
         EXPECT_TRUE(cards[jpeg].image.asBytes().ends_with("\xFF\xD9")) << jpeg;
     }
