@@ -270,7 +270,7 @@ constexpr ModelKey customPropertyValueKeys[] = {
     {attribute("orderingIndex", integer)},
     {attribute("isPrimary", boolean)},
     {attribute("stringValue", string)},
-    {attribute("numberValue", real)},
+    {attribute("numberValue", number)},
     {attribute("dataValue", data)},
     {attribute("dateValue", date, 0, hooks::dateValueDidChange)},
     {derived("dateValueYear", integer, hooks::dateValueYear)},

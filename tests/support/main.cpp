@@ -1,5 +1,7 @@
 // Every test program starts here: in a home of its own, so that no test sees the user's files or another
 // test's.
+#include "support/Role.h"
+
 #include <gmock/gmock.h>
 
 #include <cstdlib>
@@ -43,6 +45,9 @@ private:
 
 int main(int argc, char** argv)
 {
+    // The other process of a test works in the home of that test.
+    if (const int status = test::playRoleOfCommandLine(argc, argv); status >= 0)
+        return status;
     testing::InitGoogleMock(&argc, argv);
     testing::AddGlobalTestEnvironment(new PrivateHome);
     return RUN_ALL_TESTS();

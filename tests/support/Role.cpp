@@ -1,0 +1,91 @@
+// How a program becomes the other process of its own tests.
+#include "support/Role.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace test {
+
+namespace {
+
+constexpr std::string_view roleFlag = "--play=";
+constexpr int failed = 70;
+
+std::map<std::string, Role::Play>& roles()
+{
+    static std::map<std::string, Role::Play> all;
+    return all;
+}
+
+std::string takeFile(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(file), {}};
+    std::filesystem::remove(path);
+    return text;
+}
+
+/// In the child: nothing but what becomes another program is done between fork and exec.
+[[noreturn]] void become(const std::string& role, const Words& words, const Stage& stage,
+    const std::string& answer, const std::string& log)
+{
+    if (!std::freopen(answer.c_str(), "w", stdout) || !std::freopen(log.c_str(), "w", stderr))
+        _exit(failed);
+    for (const auto& [variable, value] : stage.environment)
+        setenv(variable.c_str(), value.c_str(), 1);
+    setenv("ZRLogToStandardError", "1", 1);
+    if (stage.user != 0 && (setgid(stage.user) != 0 || setuid(stage.user) != 0))
+        _exit(failed);
+    std::string flag = std::string(roleFlag) + role;
+    std::string program = "/proc/self/exe";
+    std::vector<char*> arguments{program.data(), flag.data()};
+    std::vector<std::string> copies = words;
+    for (auto& word : copies)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    execv("/proc/self/exe", arguments.data());
+    _exit(failed);
+}
+
+} // namespace
+
+Role::Role(std::string name, Play play) { roles().emplace(std::move(name), std::move(play)); }
+
+Outcome play(const std::string& role, const Words& words, const Stage& stage)
+{
+    static int number = 0;
+    const auto base = std::filesystem::temp_directory_path()
+        / ("role-" + std::to_string(getpid()) + "-" + std::to_string(++number));
+    const std::string answer = base.string() + ".answer", log = base.string() + ".log";
+    const pid_t child = fork();
+    if (child == 0)
+        become(role, words, stage, answer, log);
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) { }
+    return {
+        WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), takeFile(answer), takeFile(log)};
+}
+
+int playRoleOfCommandLine(int argc, char** argv)
+{
+    if (argc < 2 || !std::string_view(argv[1]).starts_with(roleFlag))
+        return -1;
+    try {
+        const std::string answer = roles().at(argv[1] + roleFlag.size())(Words(argv + 2, argv + argc));
+        std::fwrite(answer.data(), 1, answer.size(), stdout);
+        return 0;
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "%s\n", failure.what());
+        return failed;
+    }
+}
+
+} // namespace test
