@@ -30,7 +30,8 @@ public:
             readChanges(from);
         if (_changed.empty() && _deleted.empty())
             return;
-        _context.mayConflict = _context.mayConflict || _context.hasChanges();
+        if (_context.mergeBase < 0 && _context.hasChanges())
+            _context.mergeBase = from;
         if (_context.undoManager)
             _context.undoManager->disableUndoRegistration();
         exchangeRoots();

@@ -39,7 +39,7 @@ public:
             if (_context.seen(*store).seen != store->state().commitNumber)
                 catchUp(_context, *store, store->state());
             part.write = std::make_unique<StoreWrite>(_context, *store);
-            if (_context.mayConflict)
+            if (_context.mergeBase >= 0)
                 part.merge = std::make_unique<UnitMerge>(_context, *part.write);
             if (part.merge)
                 part.merge->plan();
@@ -60,6 +60,7 @@ public:
         for (auto& part : _parts)
             takeOver(*part, *changes);
         settleRelationships(*changes);
+        unloadMerged();
         _context.forgetChanges();
         _context.savedTemporaryKey = _context.lastTemporaryKey;
         ++_context.linkEpoch;
@@ -122,7 +123,7 @@ private:
         StoreWrite& write = *part.write;
         _context.seen(part.store).seen = write.version();
         for (auto& written : write.inserted())
-            if (part.merge && part.merge->isDropped(*written.object))
+            if (written.isDropped)
                 _context.abandon(*written.object);
             else
                 becomePermanent(written, changes);
@@ -133,12 +134,16 @@ private:
                 _context.abandon(*written.object);
                 continue;
             }
+            if (written.key != written.object->key())
+                moveTo(written);
             replaceRow(written);
             changes.updated.push_back(written.object);
         }
         for (auto& written : write.bumped())
             ObjectAccess::row(*written.object) = std::move(written.row);
         takeOverDeletes(write, changes);
+        if (part.merge)
+            _mergedOwners.insert(part.merge->owners().begin(), part.merge->owners().end());
     }
 
     void becomePermanent(Written& written, StoreChanges& changes)
@@ -152,6 +157,14 @@ private:
         _context.clearPending(object);
         replaceRow(written);
         changes.inserted.push_back(written.object);
+    }
+
+    /// Another writer gave the entry a new row: the object is that row from now on.
+    void moveTo(const Written& written)
+    {
+        _context.unregister(*written.object);
+        ObjectAccess::key(*written.object) = written.key;
+        _context.tableOf(*written.object).put(*written.object);
     }
 
     static void replaceRow(Written& written)
@@ -208,6 +221,24 @@ private:
                 settle(*object, *caches, created.contains(object.get()));
     }
 
+    /// What a merge made of the parts of these is read again when it is asked for.
+    void unloadMerged()
+    {
+        if (_mergedOwners.empty())
+            return;
+        for (const auto& seen : _context.stores)
+            seen->objects.forEach([&](StoreObject& object) {
+                const Slot* owner = object.entity().owner();
+                auto& caches = ObjectAccess::caches(object);
+                if (caches && _mergedOwners.contains(object.key()))
+                    caches->unload();
+                if (!owner || !_mergedOwners.contains(ObjectAccess::keyIfKnown(object, *owner)))
+                    return;
+                ObjectAccess::row(object) = nullptr;
+                object.didTurnIntoFault();
+            });
+    }
+
     static void settle(StoreObject& object, RelationshipCaches& caches, bool wasInserted)
     {
         for (auto& cache : caches.list) {
@@ -231,19 +262,22 @@ private:
     ContextState& _context;
     std::vector<std::unique_ptr<Part>> _parts;
     std::unordered_set<const StoreObject*> _asked;
+    std::unordered_set<std::int64_t> _mergedOwners;
 };
 
 } // namespace
 
 platform::Result<void> saveContext(ContextState& context)
 {
-    context.propagateDeletes();
+    if (auto flushed = answering("save", [&] { context.propagateDeletes(); }); !flushed)
+        return flushed;
     if (!context.hasChanges())
         return {};
     if (!context.coordinator)
         return storeError(StoreFault::noStore, "the context has no coordinator");
     Save save(context);
-    save.prepare();
+    if (auto prepared = answering("save", [&] { save.prepare(); }); !prepared)
+        return prepared;
     platform::Lock lock(context.coordinator->mutex());
     const auto written = answering("save", [&] { save.write(); });
     if (written)

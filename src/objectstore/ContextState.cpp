@@ -234,7 +234,7 @@ void ContextState::forgetChanges()
     touchedIds.clear();
     links.clear();
     toPropagate.clear();
-    mayConflict = false;
+    mergeBase = -1;
 }
 
 Operation::Operation(const StoreContext& context) : _context(context), _state(ObjectAccess::state(context))

@@ -96,8 +96,9 @@ struct ContextState {
     ObjectList toPropagate;
     /// Grows whenever remembered keys of relationships may be outdated.
     std::uint64_t linkEpoch = 1;
-    /// Others changed rows while this context had unsaved changes.
-    bool mayConflict = false;
+    /// Others changed rows while this context had unsaved changes: the commit it had seen before the first of
+    /// them. -1 otherwise.
+    std::int64_t mergeBase = -1;
     /// Shared objects that were looked up: few, and asked for again and again.
     ObjectList sharedObjects;
     /// What the end of the operation under way will post.

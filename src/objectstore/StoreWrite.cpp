@@ -24,9 +24,9 @@ void StoreWrite::collect()
         if (object->isDeleted())
             _deleted.push_back(object);
         else if (object->isInserted())
-            _inserted.push_back({object, 0, nullptr, false});
+            _inserted.push_back({object, 0, nullptr});
         else
-            _updated.push_back({object, object->key(), nullptr, false});
+            _updated.push_back({object, object->key(), nullptr});
     }
     // By table, in the order of insertion: neighbours in a table are written as neighbours.
     std::ranges::stable_sort(
@@ -149,7 +149,7 @@ void StoreWrite::writeUpdate(Written& written)
         for (const Slot* slot : entity.fields())
             if (overlay.find(*slot))
                 bindField(*update, ++parameter, resolved(object, *slot));
-        update->bind(++parameter, object.key());
+        update->bind(++parameter, written.key);
         update->run();
     }
     if (_state.connection->changes() == 0) {
@@ -163,8 +163,8 @@ void StoreWrite::writeUpdate(Written& written)
         noteOwner(ownerBefore, *owner);
         noteOwner(fields[owner->field].integer, *owner);
     }
-    writeLarge(object, object.key());
-    if (before)
+    writeLarge(object, written.key);
+    if (before && written.key == object.key())
         written.row = RowBuilder::build(entity, object.key(), _version, fields, _state.rows);
 }
 
@@ -181,7 +181,7 @@ void StoreWrite::writeInserts()
         if (from->object->entity().textIndex())
             std::ranges::stable_sort(from, to, {}, ownerKey);
         for (; from != to; ++from)
-            if (!from->row)
+            if (!from->row && !from->isDropped)
                 writeInsert(*from);
     }
 }
@@ -282,7 +282,7 @@ void StoreWrite::bumpOwners()
         }
         if (const ObjectRef object = _context.registered(&_store, key))
             if (const RowRef& row = ObjectAccess::row(*object))
-                _bumped.push_back({object, key, RowBuilder::withVersion(*row, _version), false});
+                _bumped.push_back({object, key, RowBuilder::withVersion(*row, _version)});
     }
 }
 

@@ -22,6 +22,8 @@ struct Written {
     RowRef row;
     /// Nothing was written, because the row is gone.
     bool isLost = false;
+    /// Nothing is to be written: a merge left it out.
+    bool isDropped = false;
 };
 
 /// Writes the unsaved changes of a context to one store, within a write transaction, and changes nothing of
@@ -56,7 +58,7 @@ private:
 
     void writeDeletes();
     void deleteRows(const Entity& entity, const ObjectList& objects);
-    void deleteEntry(StoreObject& object);
+    void deleteEntry(const Entity& entity, const Row& row);
     void deleteParts(const Slot& slot, std::string_view owners);
     void deleteLarge(const Entity& entity, std::string_view keys);
     void recordDeletions(const ObjectList& objects);
@@ -73,6 +75,7 @@ private:
     void noteOwner(std::int64_t key, const Slot& owner);
     FieldValue resolved(StoreObject& object, const Slot& slot) const;
     std::span<const FieldValue> collectFields(StoreObject& object);
+    RowRef rowOf(StoreObject& object);
     TextIndex& textIndex(const Entity& entity);
     sqlite::Statement& prepared(const std::string& sql) { return _state.connection->prepared(sql); }
 
@@ -89,6 +92,8 @@ private:
     std::map<std::int64_t, const Slot*> _owners;
     std::map<const Entity*, TextIndex> _textIndexes;
     std::vector<FieldValue> _fields;
+    /// Deleted here, but the merge lets what others made of them stay.
+    std::unordered_set<const StoreObject*> _spared;
 };
 
 } // namespace objectstore

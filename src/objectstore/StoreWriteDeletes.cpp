@@ -52,7 +52,8 @@ void StoreWrite::deleteRows(const Entity& entity, const ObjectList& objects)
     deleteLarge(entity, keys);
     if (entity.owner()) {
         for (const auto& object : objects)
-            deleteEntry(*object);
+            if (const RowRef row = _spared.contains(object.get()) ? nullptr : rowOf(*object))
+                deleteEntry(entity, *row);
         return;
     }
     sqlite::Use remove(prepared(fmt::format(
@@ -61,38 +62,39 @@ void StoreWrite::deleteRows(const Entity& entity, const ObjectList& objects)
     recordDeletions(objects);
 }
 
+/// The row that the object was deleted or changed as; read where the object never had it.
+RowRef StoreWrite::rowOf(StoreObject& object)
+{
+    RowRef row = ObjectAccess::row(object);
+    return row ? row : findRow(_state, *object.entity().family(), object.key());
+}
+
 /// Parts go by what names them for every writer: another may have written the same entry anew under another
 /// key.
-void StoreWrite::deleteEntry(StoreObject& object)
+void StoreWrite::deleteEntry(const Entity& entity, const Row& row)
 {
-    const Entity& entity = object.entity();
     const std::string& table = entity.family()->table;
     const Slot& owner = *entity.owner();
-    RowRef row = ObjectAccess::row(object);
-    if (!row)
-        row = findRow(_state, *entity.family(), object.key());
-    if (!row)
-        return;
-    const std::int64_t ownerKey = row->integer(owner.field);
+    const std::int64_t ownerKey = row.integer(owner.field);
     noteOwner(ownerKey, owner);
     if (entity.textIndex() && ownerKey)
         textIndex(entity).remove(ownerKey);
     const UnitSlots& unit = entity.unit();
-    if (ownerKey && unit && !row->isAbsent(unit.identifier->field)) {
+    if (ownerKey && unit && !row.isAbsent(unit.identifier->field)) {
         std::string sql = fmt::format(
             "DELETE FROM {} WHERE {} = ? AND {} = ?", table, owner.column, unit.identifier->column);
         if (unit.discriminator)
             sql += fmt::format(" AND {} IS ?", unit.discriminator->column);
         sqlite::Use remove(prepared(sql));
         remove->bind(1, ownerKey);
-        bindField(*remove, 2, row->value(unit.identifier->field));
+        bindField(*remove, 2, row.value(unit.identifier->field));
         if (unit.discriminator)
-            bindField(*remove, 3, row->value(unit.discriminator->field));
+            bindField(*remove, 3, row.value(unit.discriminator->field));
         remove->run();
         return;
     }
     sqlite::Use remove(prepared(fmt::format("DELETE FROM {} WHERE \"_key\" = ?", table)));
-    remove->bind(1, object.key()).run();
+    remove->bind(1, row.key()).run();
 }
 
 /// All parts of the owners, those that are not here and those that others added included.
