@@ -86,7 +86,9 @@ private:
         const int before = Generations::generationOf(generations.read());
         int calls = 0;
         const auto stop = [&](FaultyVfs::Operation operation, std::string_view) {
-            if (operation <= FaultyVfs::Operation::sync && ++calls == stopAt) {
+            const bool isOfCommit =
+                operation == FaultyVfs::Operation::write || operation == FaultyVfs::Operation::sync;
+            if (isOfCommit && ++calls == stopAt) {
                 tell(kInCommit);
                 for (;;)
                     pause();
