@@ -1,6 +1,7 @@
 // What the user has chosen: values by domain and key, shared with every process of the user.
 #pragma once
 
+#include "platform/value/Export.h"
 #include "platform/notify/Subscription.h"
 #include "platform/value/Error.h"
 #include "platform/value/Value.h"
@@ -23,7 +24,7 @@ namespace platform {
 /// Errors:    a missing or unreadable file reads as empty (unreadable: logged); it is never overwritten
 /// because
 ///            of that: the write is refused.
-class Preferences {
+class PLATFORM_EXPORT Preferences {
 public:
     static Preferences& shared();
 

@@ -1,6 +1,8 @@
 // Where the library's log lines go: nowhere, unless somebody asked for them.
 #pragma once
 
+#include "platform/value/Export.h"
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -26,7 +28,7 @@ void setLogToStandardError(bool wanted) noexcept;
 /// Ownership: owns the lines; puts the former sink back at its end.
 /// Threads:   any thread may log; `lines` answers a copy.
 /// Errors:    none.
-class LogCapture {
+class PLATFORM_EXPORT LogCapture {
 public:
     LogCapture();
     ~LogCapture();

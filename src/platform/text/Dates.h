@@ -1,6 +1,7 @@
 // What day and time a moment is in some place, and back.
 #pragma once
 
+#include "platform/value/Export.h"
 #include "platform/value/Value.h"
 
 #include <optional>
@@ -37,7 +38,7 @@ struct CalendarTime {
 /// Ownership: a handle to rules that live as long as the process; copy it freely.
 /// Threads:   any number may use one zone.
 /// Errors:    none.
-class TimeZone {
+class PLATFORM_EXPORT TimeZone {
 public:
     static TimeZone gmt();
     /// The user's zone: TZ, else the system's. A changed TZ counts from the next call on.
@@ -69,7 +70,7 @@ std::optional<Date> dateOf(const CalendarTime& time, TimeZone zone = TimeZone::l
 
 /// The calendar time of a moment; absent outside the years 1 to 9999 of that zone.
 std::optional<CalendarTime> calendarTimeOf(Date date, TimeZone zone = TimeZone::local());
-std::optional<CalendarDay> calendarDayOf(Date date, TimeZone zone = TimeZone::local());
+PLATFORM_EXPORT std::optional<CalendarDay> calendarDayOf(Date date, TimeZone zone = TimeZone::local());
 
 /// 12:00:00 of a day; absent unless the day is valid. Noon stays on its day in nearly every other zone.
 std::optional<Date> noonOf(CalendarDay day, TimeZone zone = TimeZone::local());
@@ -88,9 +89,9 @@ Date startOfYear(int year);
 
 /// "1998-03-04T12:00:00Z" in GMT, "1998-03-04T13:00:00+01:00" elsewhere (RFC 3339); whole seconds, cut
 /// downwards. Empty outside the years 1 to 9999.
-std::string iso8601(Date date, TimeZone zone = TimeZone::gmt());
+PLATFORM_EXPORT std::string iso8601(Date date, TimeZone zone = TimeZone::gmt());
 /// "1998-03-04".
-std::string iso8601(CalendarDay day);
+PLATFORM_EXPORT std::string iso8601(CalendarDay day);
 
 /// What comes first in a day of numbers alone, such as 3/4/1998.
 enum class DayOrder { monthFirst, dayFirst };

@@ -1,6 +1,8 @@
 // Bytes in clothes: percent escapes for URLs, and Base64.
 #pragma once
 
+#include "platform/value/Export.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,7 +24,7 @@ std::string percentEscaped(std::string_view text, std::string_view alsoAllowed =
 std::optional<std::string> removingPercentEscapes(std::string_view text);
 
 /// Base64 with padding, on one line (RFC 4648 §4).
-std::string encodeBase64(std::string_view bytes);
+PLATFORM_EXPORT std::string encodeBase64(std::string_view bytes);
 
 /// The bytes of Base64 text, or absent for anything that `encodeBase64` would not have written.
 std::optional<std::string> decodeBase64(std::string_view text);

@@ -1,6 +1,8 @@
 // What everything with an identity is: an object that lives as long as somebody owns it.
 #pragma once
 
+#include "platform/value/Export.h"
+
 #include <atomic>
 #include <concepts>
 #include <cstddef>
@@ -18,7 +20,7 @@ namespace platform {
 /// Ownership: counted inside the object. It is born with one owner, which `makeRef` hands to a `Ref`.
 /// Threads:   the count is atomic; what a derived class guards is its own affair.
 /// Errors:    none.
-class Object {
+class PLATFORM_EXPORT Object {
 public:
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;

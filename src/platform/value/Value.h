@@ -1,6 +1,7 @@
 // The one dynamic value: what a property holds, what a preference holds, what crosses the C border.
 #pragma once
 
+#include "platform/value/Export.h"
 #include "platform/value/Object.h"
 
 #include <cstdint>
@@ -36,7 +37,7 @@ struct NullMarker {
 /// Ownership: shares its payload.
 /// Threads:   a payload never changes; one Value is used by one thread at a time, like any plain value.
 /// Errors:    none; a reader of the wrong kind answers absent, zero or empty.
-class Value {
+class PLATFORM_EXPORT Value {
 public:
     enum class Kind : std::uint8_t {
         absent,
@@ -178,7 +179,7 @@ private:
 static_assert(sizeof(Value) == 16);
 
 /// Immutable UTF-8 text.
-class String final : public Object {
+class PLATFORM_EXPORT String final : public Object {
 public:
     static Ref<const String> make(std::string text) { return makeRef<const String>(std::move(text)); }
     explicit String(std::string text) : _text(std::move(text)) { }
@@ -193,7 +194,7 @@ private:
 };
 
 /// Immutable bytes.
-class Data final : public Object {
+class PLATFORM_EXPORT Data final : public Object {
 public:
     explicit Data(std::string bytes) : _bytes(std::move(bytes)) { }
     const std::string& bytes() const { return _bytes; }
@@ -207,7 +208,7 @@ private:
 };
 
 /// An immutable list of values. Elements may be absent only where a caller put them so.
-class Array final : public Object {
+class PLATFORM_EXPORT Array final : public Object {
 public:
     explicit Array(std::vector<Value> elements) : _elements(std::move(elements)) { }
     const std::vector<Value>& elements() const { return _elements; }
@@ -221,7 +222,7 @@ private:
 };
 
 /// An immutable map from text to values, kept in ascending order of the keys' bytes.
-class Dictionary final : public Object {
+class PLATFORM_EXPORT Dictionary final : public Object {
 public:
     using Entry = std::pair<std::string, Value>;
 

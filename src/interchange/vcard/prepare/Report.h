@@ -1,6 +1,8 @@
 // What was done to a file's cards that its owner should know: each finding with card, line and outcome.
 #pragma once
 
+#include "platform/value/Export.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -43,10 +45,10 @@ enum class Finding : std::uint8_t {
 inline constexpr std::size_t kFindings = static_cast<std::size_t>(Finding::pictureUnreadable) + 1;
 
 /// What was found, in words.
-std::string_view textOf(Finding finding);
+PLATFORM_EXPORT std::string_view textOf(Finding finding);
 /// What was done about it; each finding has one outcome.
-Action actionOf(Finding finding);
-std::string_view textOf(Action action);
+PLATFORM_EXPORT Action actionOf(Finding finding);
+PLATFORM_EXPORT std::string_view textOf(Action action);
 
 /// The findings of one file.
 ///
@@ -56,7 +58,7 @@ std::string_view textOf(Action action);
 /// Ownership: owns its text.
 /// Threads:   one thread at a time.
 /// Errors:    none.
-class Report {
+class PLATFORM_EXPORT Report {
 public:
     static constexpr std::size_t kMaximumEntries = 1000;
     /// Longer subjects are cut.

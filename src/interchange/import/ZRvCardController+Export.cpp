@@ -1,0 +1,121 @@
+// What is written when records become a file: its name, the people in it, and the format.
+#include "core/ZRConstants.h"
+#include "core/ZRFrameworkBundle.h"
+#include "core/ZRGroup.h"
+#include "core/ZRLog.h"
+#include "core/ZRPerson.h"
+#include "interchange/import/ZRImportServices.h"
+#include "interchange/import/ZRvCardController.h"
+#include "platform/files/ZRUserDefaults.h"
+#include "platform/run/Clock.h"
+#include "store/ZROSRecord.h"
+#include "store/ZRRecordObjectStoreFactoryImpl.h"
+#include "store/ZRRoster.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+using platform::Ref;
+
+namespace {
+
+std::string localized(std::string_view key) { return ZRFrameworkBundle().localizedString(key, "ZRStrings"); }
+
+ZRRecordList subgroupsOf(const ZRGroup& group)
+{
+    return locked(*group.nts_Roster(), ZRAccess::read, [&] {
+        auto* impl = group.zrDatabaseImpl();
+        return impl && impl->context() ? ZRRecordObjectStoreFactoryImpl::publicRecords(
+                   impl->objects(impl->slot("childGroups")), *group.nts_Roster())
+                                       : ZRRecordList();
+    });
+}
+
+/// Walks groups in groups; each group and each person once, so that groups in a circle end.
+class Flattening {
+public:
+    explicit Flattening(ZRRecordList& people) : _people(people)
+    {
+        for (const auto& person : people)
+            _known.insert(person->uniqueId());
+    }
+
+    void add(const Ref<ZRRecord>& record)
+    {
+        if (!record || !_known.insert(record->uniqueId()).second)
+            return;
+        const auto group = platform::refCast<ZRGroup>(record);
+        if (!group) {
+            _people.push_back(record);
+            return;
+        }
+        for (const auto& member : group->members())
+            add(member);
+        for (const auto& subgroup : subgroupsOf(*group))
+            add(subgroup);
+    }
+
+private:
+    ZRRecordList& _people;
+    std::unordered_set<std::string> _known;
+};
+
+std::string joined(const ZRRecordList& records, const std::function<std::string(const ZRRecord&)>& write,
+    std::string_view format)
+{
+    const double start = platform::Clock::current().monotonic();
+    std::string cards;
+    if (write)
+        for (const auto& record : records)
+            cards += write(*record);
+    if (ZRPerfFlagIsSet(ZRPerfFlag::createVCard))
+        ZRPerfLog("[LogCreateVCardTimes] Time to create vCard {} data = {:3.3f}", format,
+            platform::Clock::current().monotonic() - start);
+    return cards;
+}
+
+} // namespace
+
+std::string ZRvCardController::exportRecords(const ZRRecordList& records)
+{
+    std::string name;
+    if (records.size() == 1) {
+        if (const auto group = platform::refCast<ZRGroup>(records.front()))
+            name = group->name();
+        else if (const auto person = platform::refCast<ZRPerson>(records.front()))
+            name = person->_realCompositeName();
+    }
+    if (name.empty())
+        name = localized(records.size() > 1 ? "vCards" : "vCard");
+    return name + ".vcf";
+}
+
+void ZRvCardController::addRecord(const Ref<ZRRecord>& record, ZRRecordList& people)
+{
+    Flattening(people).add(record);
+}
+
+std::string ZRvCardController::vCardRepresentationOfRecord(const Ref<ZRRecord>& record)
+{
+    return vCardRepresentationOfRecords({record});
+}
+
+std::string ZRvCardController::vCardRepresentationOfRecords(const ZRRecordList& records)
+{
+    if (records.empty())
+        return {};
+    records.front()->roster()->prefetchDataForRecords(records);
+    return ZRUserDefaults::rosterPreferences()->boolForKey(zr::kZRUse21vCardFormat)
+        ? _vCard21RepresentationOfRecords(records)
+        : _vCard30RepresentationOfRecords(records);
+}
+
+std::string ZRvCardController::_vCard21RepresentationOfRecords(const ZRRecordList& records)
+{
+    return joined(records, ZRImportServices::registered()._21vCardRepresentationAsData, "2.1");
+}
+
+std::string ZRvCardController::_vCard30RepresentationOfRecords(const ZRRecordList& records)
+{
+    return joined(records, ZRImportServices::registered()._vCardRepresentationAsString, "3.0");
+}

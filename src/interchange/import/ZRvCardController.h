@@ -1,0 +1,157 @@
+// Imports files of vCards into a roster, and suggests how exported ones are called.
+#pragma once
+
+#include "core/ZRExport.h"
+#include "core/ZRGroup.h"
+#include "core/ZRRecord.h"
+#include "interchange/vcard/prepare/Report.h"
+#include "platform/value/Error.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class ZRPerson;
+
+namespace interchange {
+struct CardData;
+}
+
+/// Why a card, or a whole file, was not imported.
+struct ZRvCardRefusal {
+    std::string file;
+    /// Its number in the file and the number of its first line, from 1; 0 for the file itself.
+    std::size_t card = 0;
+    std::size_t line = 0;
+    /// A line of it that tells people which card is meant.
+    std::string firstLine;
+    std::string reason;
+};
+
+/// What came of an import.
+struct ZRvCardImport {
+    /// Cards that are on the disk now.
+    std::size_t added = 0;
+    /// Files left out: they are this roster's own cached cards.
+    std::size_t skipped = 0;
+    /// Cards that could not be read. The first `kMostRefusals` are told in `refusals`.
+    std::size_t refused = 0;
+    std::vector<ZRvCardRefusal> refusals;
+    /// What was done to the cards of each file so that they could be read.
+    std::vector<vcard::prepare::Report> reports;
+    /// Why the import ended before its end; its domain is empty when it did not.
+    platform::Error failure;
+
+    static constexpr std::size_t kMostRefusals = 10'000;
+};
+
+/// The driver of one import of vCards.
+///
+/// Each card becomes one data, which a parser of its own reads, so that a damaged card harms no other. People
+/// are made in a second roster on the target's store and saved there: up to 2,000 cards in one transaction,
+/// more in several, so that memory stays bounded. The pictures of a transaction are on the disk before it is.
+///
+/// It looks for no duplicates, and it has no panel: callbacks tell how the work goes on.
+///
+/// Ownership: shares ownership of the target; borrows the bytes it is given while it works.
+/// Threads:   one, which works; `cancel` from any. Callbacks come on the working thread, without locks. Files
+///            are read ahead on a second thread.
+/// Errors:    cards that cannot be read are refused and named. An unreadable file or a failed save ends the
+///            import; what was saved before stays.
+class ZR_EXPORT ZRvCardController {
+public:
+    /// Whether what the world writes is mended before the parser sees it.
+    enum class Preparation { full, none };
+    /// Whether people are saved, or only read and forgotten.
+    enum class Outcome { saved, readOnly };
+
+    /// An import into `target`, or the default source when absent.
+    explicit ZRvCardController(platform::Ref<ZRRoster> target = nullptr);
+    ~ZRvCardController();
+    ZRvCardController(const ZRvCardController&) = delete;
+    ZRvCardController& operator=(const ZRvCardController&) = delete;
+
+    void setPreparation(Preparation preparation);
+    /// `readOnly` opens no store and writes nothing.
+    void setOutcome(Outcome outcome);
+
+    // ---- callbacks, all of which may be empty
+
+    std::function<void(std::uint64_t totalBytes)> importBegan;
+    /// Every tenth card.
+    std::function<void(std::uint64_t bytesDone)> importContinued;
+    std::function<void()> importFinished;
+    /// Each card, in order, once it is read. `person` is null when it was refused; it is not saved yet.
+    struct CardRead {
+        const std::string& file;
+        const interchange::CardData& data;
+        /// The number of the card in its file.
+        std::size_t number;
+        ZRPerson* person;
+        const std::string& refusal;
+    };
+    std::function<void(const CardRead&)> cardWasRead;
+
+    // ---- importing
+
+    /// Imports one data; without a group into the roster alone. True when everything was imported.
+    bool importVCardData(std::string_view data, const platform::Ref<ZRGroup>& group = nullptr);
+    bool importFile(const std::string& path);
+    /// Imports files, and the vCard files in folders; "-" is standard input. Files that are the target's own
+    /// cached cards are read and left out.
+    bool importVCardFiles(
+        const std::vector<std::string>& paths, const platform::Ref<ZRGroup>& group = nullptr);
+    /// Lets `drop` write files into a private temporary folder and answer their paths, and imports those.
+    bool importPromisedFiles(const std::function<std::vector<std::string>(const std::string& folder)>& drop,
+        const platform::Ref<ZRGroup>& group = nullptr);
+    /// Removes what `importPromisedFiles` left.
+    void cleanUp();
+    /// The import stops before its next card; cards that were read and not saved are dropped.
+    void cancel();
+
+    const ZRvCardImport& result() const;
+    /// Whether a card or a file was refused.
+    bool hasImportErrors() const;
+    /// Whether the work is long enough to show how it goes on: over 200 KB, or more than 50 files.
+    bool showsImportProgress() const;
+
+    /// The files among `paths`, with the files "*.vcf" and "*.vcard" in folders, by name.
+    static std::vector<std::string> allImportableFilesFromPaths(const std::vector<std::string>& paths);
+    /// Whether the first path lies in the target's metadata directory, links resolved.
+    bool containsMetaDataCacheCards(const std::vector<std::string>& paths) const;
+
+    // ---- exporting                                          (ZRvCardController+Export.cpp)
+
+    /// The suggested name of a file with these records: the record's own, or "vCards".
+    static std::string exportRecords(const ZRRecordList& records);
+    /// Adds a person, or the people of a group and of its subgroups, to `people`, each once.
+    static void addRecord(const platform::Ref<ZRRecord>& record, ZRRecordList& people);
+    /// In the format that the preference "kZRUse21vCardFormat" chooses. Empty without a writer.
+    static std::string vCardRepresentationOfRecord(const platform::Ref<ZRRecord>& record);
+    static std::string vCardRepresentationOfRecords(const ZRRecordList& records);
+    static std::string _vCard21RepresentationOfRecords(const ZRRecordList& records);
+    static std::string _vCard30RepresentationOfRecords(const ZRRecordList& records);
+
+private:
+    struct State;
+
+    /// Works through what the state names: each data, its parsers, its people, the saves.
+    bool importVCards();
+    /// The next data, or null at the end, at an unreadable file and once cancelled.
+    const interchange::CardData* nextData();
+    bool openRosters();
+    void importData(const interchange::CardData& data);
+    void cardRead(const interchange::CardData& data, std::size_t number,
+        const platform::Ref<ZRPerson>& person, ZRvCardRefusal refusal);
+    void refuse(ZRvCardRefusal refusal);
+    void nameUnread();
+    bool commit();
+    void forgetPeople();
+    bool fail(platform::Error error);
+
+    std::unique_ptr<State> _state;
+};
