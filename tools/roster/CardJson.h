@@ -1,0 +1,16 @@
+// A record as JSON for programs, and as text for people.
+#pragma once
+
+#include "Command.h"
+
+/// {"id", "kind", "name", "properties", "groups"}: property names as keys, absent ones left out.
+Json cardJson(ZRRecord& record);
+
+/// A property's value: days of the calendar, moments in ISO 8601, data in Base64.
+Json valueJson(const platform::Value& value, std::string_view property);
+
+/// The card as a person reads it: the name, then one line a value, the label behind the property.
+std::string cardText(ZRRecord& record);
+
+/// What a list shows for the record.
+std::string displayName(ZRRecord& record);

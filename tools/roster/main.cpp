@@ -1,0 +1,105 @@
+// The command line: which command, with which options.
+#include "Command.h"
+
+#include "core/ZRFailure.h"
+
+#include <CLI/CLI.hpp>
+
+#include <csignal>
+#include <exception>
+
+namespace {
+
+using Run = int (*)(const Options&);
+
+struct CommandLine {
+    CLI::App app{"Keeps people: a contact store for the desktop", "roster"};
+    Options options;
+    Run run = nullptr;
+
+    CommandLine()
+    {
+        app.set_version_flag("--version", ROSTER_VERSION);
+        app.require_subcommand(1);
+        app.fallthrough();
+        app.add_option("--roster", options.directory, "The roster's directory (default: the user's roster)");
+        app.add_option("--default", options.defaults, "Set a preference for this run: KEY=VALUE")
+            ->type_name("KEY=VALUE")
+            ->allow_extra_args(false);
+        app.add_flag("--json", options.json, "Print JSON for programs");
+        app.footer(
+            "Exit status: 0 done; 1 nothing found or some input refused; 2 wrong usage; 3 the store cannot "
+            "be used.");
+        addWriting();
+        addReading();
+        addUpkeep();
+    }
+
+    CLI::App* add(const std::string& name, const std::string& what, Run command)
+    {
+        CLI::App* sub = app.add_subcommand(name, what);
+        sub->callback([this, command] { run = command; });
+        return sub;
+    }
+
+    void addWriting()
+    {
+        CLI::App* init = add("init", "Make an empty roster", runInit);
+        init->add_flag("--with-samples", options.withSamples, "Put the sample cards and a Me card in");
+
+        CLI::App* import = add("import", "Read cards from files into the roster", runImport);
+        import->add_option("FILE", options.words, "vCard files; - is standard input")->required();
+        import->add_option("--format", options.format, "The format, whatever the name says")
+            ->check(CLI::IsMember({"vcard"}));
+        import->add_option("--prepare", options.prepare, "full: mend what the world writes; none: read raw")
+            ->check(CLI::IsMember({"full", "none"}))
+            ->capture_default_str();
+        import->add_flag("--plan", options.plan, "Write nothing; print what would happen");
+        import->add_flag("--explain", options.explain, "With --plan: print the cards as prepared");
+
+        CLI::App* me = add("me", "Show the card of the user, or choose it", runMe);
+        me->add_option("ID", options.words, "The unique id of a card, or text that finds one");
+    }
+
+    void addReading()
+    {
+        CLI::App* list = add("list", "List the people", runList);
+        list->add_option("--sort", options.sort, "first or last name first")
+            ->check(CLI::IsMember({"first", "last"}));
+        list->add_option("--limit", options.limit, "At most this many");
+
+        CLI::App* show = add("show", "Show one card, complete", runShow);
+        show->add_option("ID|TEXT", options.words, "A unique id, or text in the card")->required();
+    }
+
+    void addUpkeep()
+    {
+        add("stats", "Count what is in the roster", runStats);
+        add("check", "Check that the store is sound", runCheck);
+    }
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Whoever reads our output may stop; the write then fails and says so.
+    std::signal(SIGPIPE, SIG_IGN);
+    CommandLine line;
+    try {
+        line.app.parse(argc, argv);
+        return line.run(line.options);
+    } catch (const CLI::Success& help) {
+        return line.app.exit(help);
+    } catch (const CLI::ParseError& error) {
+        complain(error.what() + std::string("; see roster --help"));
+        return exitStatus::usage;
+    } catch (const Failure& failure) {
+        if (*failure.what() != '\0')
+            complain(failure.what());
+        return failure.status;
+    } catch (const std::exception& error) {
+        complain(error.what());
+        return exitStatus::noStore;
+    }
+}
