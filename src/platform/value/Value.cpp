@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <typeinfo>
 
 namespace platform {
 
@@ -18,18 +19,30 @@ std::size_t mixed(std::size_t seed, std::size_t hash)
     return seed ^ (hash + 0x9e3779b97f4a7c15 + (seed << 6) + (seed >> 2));
 }
 
-/// The kind of Value that an object gets: its own for the four containers.
+/// The kind of Value that an object gets: its own for the four containers, whose classes are final.
 Value::Kind kindOf(const Object* object)
 {
-    if (dynamic_cast<const String*>(object))
+    if (!object)
+        return Value::Kind::object;
+    const std::type_info& type = typeid(*object);
+    if (type == typeid(String))
         return Value::Kind::string;
-    if (dynamic_cast<const Data*>(object))
+    if (type == typeid(Data))
         return Value::Kind::data;
-    if (dynamic_cast<const Array*>(object))
+    if (type == typeid(Array))
         return Value::Kind::array;
-    if (dynamic_cast<const Dictionary*>(object))
+    if (type == typeid(Dictionary))
         return Value::Kind::dictionary;
     return Value::Kind::object;
+}
+
+/// Entries as a Dictionary keeps them: keys ascending, each once, none without a value.
+bool areInOrder(const std::vector<Dictionary::Entry>& entries)
+{
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        if (entries[i].second.isAbsent() || (i > 0 && entries[i - 1].first >= entries[i].first))
+            return false;
+    return true;
 }
 
 /// Whole numbers compare as whole numbers, so that large ones do not lose their low digits.
@@ -210,10 +223,13 @@ std::string Array::description() const
 
 Dictionary::Dictionary(std::vector<Entry> entries) : _entries(std::move(entries))
 {
+    if (areInOrder(_entries))
+        return;
     std::stable_sort(
         _entries.begin(), _entries.end(), [](const Entry& a, const Entry& b) { return a.first < b.first; });
     // Of several entries of one key the last one stays: walk backwards, keep the first of each key met.
     std::vector<Entry> kept;
+    kept.reserve(_entries.size());
     for (auto entry = _entries.rbegin(); entry != _entries.rend(); ++entry)
         if (kept.empty() || kept.back().first != entry->first)
             kept.push_back(std::move(*entry));
