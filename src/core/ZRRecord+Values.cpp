@@ -67,7 +67,8 @@ Value ZRRecord::nts_ValueForProperty(std::string_view property, std::size_t row)
 bool ZRRecord::setValue(const Value& value, std::string_view property, bool recordCouldBeInDatabase)
 {
     zrRequire(property.data() != nullptr, "property != nil");
-    if (!ZRRoster::nts_hasSharedInstance() && !_roster->isMemoryBacked())
+    // A roster in memory needs no shared one, and asking would open that.
+    if (!_roster->isMemoryBacked() && !ZRRoster::nts_hasSharedInstance())
         return false;
     return locked(
         *_roster, ZRAccess::write, [&] { return nts_SetValue(value, property, recordCouldBeInDatabase); });
