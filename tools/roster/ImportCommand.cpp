@@ -49,7 +49,7 @@ int runImport(const Options& options)
     complainOfRefusals(controller.result());
     if (options.json)
         printJson(resultJson(controller.result()));
-    else
+    else if (controller.result().added + controller.result().skipped > 0)
         print(resultText(controller.result()));
     return statusOf(controller.result());
 }

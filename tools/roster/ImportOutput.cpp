@@ -60,10 +60,11 @@ Json resultJson(const ZRvCardImport& result)
 
 std::string resultText(const ZRvCardImport& result)
 {
+    // What other programs keep their books with is nothing that its owner would miss.
     std::size_t kept = 0, dropped = 0;
     for (const auto& report : result.reports) {
         kept += report.count(Action::keptInNote);
-        dropped += report.count(Action::dropped);
+        dropped += report.count(Action::dropped) - report.count(vcard::prepare::Finding::bookkeeping);
     }
     std::string text = count(result.added, "card", "cards") + " added";
     if (result.refused > 0)

@@ -20,7 +20,7 @@ struct CommandLine {
     CommandLine()
     {
         app.set_version_flag("--version", ROSTER_VERSION);
-        app.require_subcommand(1);
+        app.require_subcommand(0, 1);
         app.fallthrough();
         app.add_option("--roster", options.directory, "The roster's directory (default: the user's roster)");
         app.add_option("--default", options.defaults, "Set a preference for this run: KEY=VALUE")
@@ -88,6 +88,8 @@ int main(int argc, char** argv)
     CommandLine line;
     try {
         line.app.parse(argc, argv);
+        if (!line.run)
+            throw Failure(exitStatus::usage, "say what to do; see roster --help");
         return line.run(line.options);
     } catch (const CLI::Success& help) {
         return line.app.exit(help);
