@@ -20,8 +20,8 @@ const std::string page = std::string(ROSTER_SOURCE_DIR) + "/docs/schema.md";
 
 std::string_view nameOf(AttributeType type)
 {
-    constexpr std::string_view names[] = {"any", "text", "integer", "real", "boolean", "date", "data"};
-    return static_cast<std::size_t>(type) < std::size(names) ? names[static_cast<std::size_t>(type)] : "number";
+    constexpr std::string_view names[] = {"any", "text", "integer", "real", "number", "boolean", "date", "data"};
+    return names[static_cast<std::size_t>(type)];
 }
 
 std::string typeOf(const SlotDescription& slot)
