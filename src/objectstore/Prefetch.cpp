@@ -43,8 +43,7 @@ private:
                 missing.push_back(key);
         }
         std::ranges::sort(missing);
-        const auto rest = std::ranges::unique(missing);
-        missing.erase(rest.begin(), rest.end());
+        missing.erase(std::unique(missing.begin(), missing.end()), missing.end());
         if (!missing.empty())
             readRows("\"_key\"", missing, [](ObjectRef) {});
     }

@@ -35,8 +35,7 @@ void order(ObjectList& objects)
 {
     if (!std::ranges::is_sorted(objects, isBefore))
         std::ranges::sort(objects, isBefore);
-    const auto rest = std::ranges::unique(objects);
-    objects.erase(rest.begin(), rest.end());
+    objects.erase(std::unique(objects.begin(), objects.end()), objects.end());
 }
 
 void loadParts(ContextState& context, StoreObject& object, const Slot& slot, RelationshipCache& cache)
