@@ -22,7 +22,8 @@ struct CommandLine {
         app.set_version_flag("--version", ROSTER_VERSION);
         app.require_subcommand(0, 1);
         app.fallthrough();
-        app.add_option("--roster", options.directory, "The roster's directory (default: the user's roster)");
+        app.add_option("--roster", options.directory, "The roster's directory (default: the user's roster)")
+            ->take_last();
         app.add_option("--default", options.defaults, "Set a preference for this run: KEY=VALUE")
             ->type_name("KEY=VALUE")
             ->allow_extra_args(false);
