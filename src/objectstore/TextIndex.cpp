@@ -36,7 +36,7 @@ void configureTextIndex(sqlite::Connection& connection, const Entity& entity)
     set("crisismerge", 32);
 }
 
-TextIndex::TextIndex(StoreState& store, const Entity& entity) : _store(store), _entity(entity)
+TextIndex::TextIndex(StoreState& store, const Entity& entity) : _store(store)
 {
     const std::string& table = entity.textTable();
     const std::string& column = entity.textIndex()->column;

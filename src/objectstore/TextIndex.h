@@ -34,7 +34,6 @@ private:
     void removeEntry(std::int64_t owner, std::string_view text);
 
     StoreState& _store;
-    const Entity& _entity;
     std::string _find;
     std::string _findAll;
     std::string _remove;
