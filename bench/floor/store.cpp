@@ -3,6 +3,9 @@
 #include "floor/StoreRows.h"
 #include "support/Measure.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -124,6 +127,36 @@ int fill(const std::string& path, std::size_t runs)
     result.note("store_bytes", static_cast<double>(std::filesystem::file_size(target)));
     result.print();
     bench::removeDatabase(target);
+    return 0;
+}
+
+void writeDurably(const std::filesystem::path& path, std::string_view bytes)
+{
+    const int file = ::open(path.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600);
+    if (file < 0 || ::write(file, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())
+        || fsync(file) != 0 || close(file) != 0)
+        bench::fail(path.string() + ": cannot be written");
+}
+
+/// The pictures beside the store once more, each on the disk before the next: an import's other half.
+int pictures(const std::string& path, std::size_t runs)
+{
+    const auto images = std::filesystem::path(path).parent_path() / "Images";
+    std::vector<std::string> bytes;
+    for (const auto& entry : std::filesystem::directory_iterator(images))
+        bytes.push_back(bench::bytesOf(entry.path()));
+    Result result("pictures", "floor", path, contactsIn(path));
+    for (std::size_t run = 0; run < runs; ++run) {
+        // Never removed here: a file system is slow to give out what it just took back.
+        const std::string folder = fmt::format("{}.bench{}", images.string(), getpid());
+        std::filesystem::create_directory(folder);
+        result.time([&] {
+            for (std::size_t i = 0; i < bytes.size(); ++i)
+                writeDurably(fmt::format("{}/{}-{}", folder, run, i), bytes[i]);
+        });
+    }
+    result.note("pictures", static_cast<double>(bytes.size()));
+    result.print();
     return 0;
 }
 
@@ -250,7 +283,7 @@ struct Command {
     int (*run)(const std::string& store, std::size_t count);
 };
 constexpr Command kCommands[] = {
-    {"import", fill}, {"edit", edit}, {"add", add}, {"open", open}, {"list", list}};
+    {"import", fill}, {"pictures", pictures}, {"edit", edit}, {"add", add}, {"open", open}, {"list", list}};
 
 } // namespace
 
@@ -265,7 +298,8 @@ int main(int count, char** arguments)
         if (number > 0 && command.name == arguments[1])
             return command.run(arguments[2], number);
     fmt::print(stderr,
-        "usage: {} import STORE RUNS | edit STORE EDITS | add STORE CARDS | open STORE LIMIT | list STORE "
+        "usage: {} import STORE RUNS | pictures STORE RUNS | edit STORE EDITS | add STORE CARDS | open STORE "
+        "LIMIT | list STORE "
         "RUNS\n",
         arguments[0]);
     return 2;
