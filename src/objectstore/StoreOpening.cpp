@@ -102,6 +102,20 @@ void create(StoreState& store, const Model& model)
     writeMeta(store, kMetaIdentifier, newIdentifier());
 }
 
+/// SQLite reads what a file lacks of its last page as zeros, so a file that was cut inside a page is told
+/// here. While a log lies beside it, that page may be on its way.
+void refuseCutPage(StoreState& store)
+{
+    struct stat file;
+    struct stat log;
+    if (stat(store.path.c_str(), &file) != 0
+        || (stat((store.path + "-wal").c_str(), &log) == 0 && log.st_size > 0))
+        return;
+    const std::int64_t pageSize = store.connection->integer("PRAGMA page_size");
+    if (pageSize > 0 && file.st_size % pageSize != 0)
+        refuse(StoreFault::corrupt, store.path, "cut off inside a page");
+}
+
 /// Says what the file is before anything is written to it: nobody's database is touched but our own.
 void refuseForeign(StoreState& store, const Model& model, const StoreOptions& options)
 {
@@ -202,6 +216,8 @@ std::unique_ptr<StoreState> openStore(
         if (!isInMemory && !identityOf(path, store->identity))
             refuse(StoreFault::replaced, path, "the file went away while it was opened");
         configure(*store);
+        if (!isInMemory)
+            refuseCutPage(*store);
         refuseForeign(*store, model, options);
         if (!isInMemory && !options.isReadOnly) {
             if (sqlite3_db_readonly(store->connection->native(), "main") == 1)
