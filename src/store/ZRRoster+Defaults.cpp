@@ -5,6 +5,7 @@
 #include "platform/files/Resources.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/run/Log.h"
+#include "platform/run/NeverDestroyed.h"
 #include "platform/text/Locale.h"
 #include "platform/value/PropertyList.h"
 #include "store/ZRRosterState.h"
@@ -12,6 +13,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <mutex>
 
 using platform::Value;
@@ -41,27 +43,35 @@ std::string countryOfUser()
     return isKnownCountry(code) ? code : std::string(lastResort);
 }
 
+using Defaults = std::map<std::string, Value, std::less<>>;
+
+/// The defaults for the user's languages: a language says only what differs from those behind it, the last of
+/// which is English.
+Defaults defaultsOfLanguages()
+{
+    Defaults all;
+    auto languages = platform::userLanguages();
+    languages.emplace_back("en");
+    for (const auto& language : languages) {
+        const auto file = platform::resource("defaults/" + language + "/LocalizedDefaults", "plist");
+        const auto defaults = file ? platform::decodePropertyList(*file) : platform::Result<Value>(Value());
+        if (defaults && defaults->asDictionary())
+            for (const auto& [key, value] : defaults->asDictionary()->entries())
+                all.try_emplace(key, value);
+    }
+    return all;
+}
+
 /// Writes the defaults of the user's language to the preferences, where the user has none.
 void seedPreferences()
 {
-    std::optional<std::string> file;
-    for (const auto& language : platform::userLanguages())
-        if (!file)
-            file = platform::resource("defaults/" + language + "/LocalizedDefaults", "plist");
-    if (!file)
-        file = platform::resource("defaults/en/LocalizedDefaults", "plist");
-    const auto defaults = file ? platform::decodePropertyList(*file) : platform::Result<Value>(Value());
-    if (!defaults || !defaults->asDictionary())
-        return;
+    Defaults defaults = defaultsOfLanguages();
+    if (const auto encoding = defaults.find(zr::kZR21vCardEncoding); encoding != defaults.end())
+        defaults.emplace(std::string(zr::kZR21vCardEncoding) + "-localized", encoding->second);
     const auto preferences = ZRUserDefaults::rosterPreferences();
-    const auto seed = [&](std::string_view key, const Value& value) {
+    for (const auto& [key, value] : defaults)
         if (preferences->objectForKey(key).isAbsent())
             preferences->setObject(value, key);
-    };
-    if (const Value& encoding = (*defaults)[zr::kZR21vCardEncoding]; !encoding.isAbsent())
-        seed(std::string(zr::kZR21vCardEncoding) + "-localized", encoding);
-    for (const auto& [key, value] : defaults->asDictionary()->entries())
-        seed(key, value);
     preferences->synchronize();
 }
 
@@ -74,9 +84,10 @@ std::atomic<std::int64_t>& nameOrdering()
 /// Forgets the name ordering that was read, when preferences change.
 void observePreferences()
 {
-    static const auto* const observing = new platform::Subscription(platform::Preferences::shared().observe(
-        [](const std::string&, const std::string&) { nameOrdering() = unset; }));
-    static_cast<void>(observing);
+    static const platform::NeverDestroyed<platform::Subscription> observing(
+        platform::Preferences::shared().observe(
+            [](const std::string&, const std::string&) { nameOrdering() = unset; }));
+    static_cast<void>(*observing);
 }
 
 } // namespace
