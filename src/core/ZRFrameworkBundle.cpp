@@ -3,6 +3,8 @@
 
 #include "platform/files/Resources.h"
 
+std::string ZRBundle::version() const { return ROSTER_VERSION; }
+
 std::optional<std::string> ZRBundle::resource(std::string_view name, std::string_view type) const
 {
     return platform::resource(name, type);

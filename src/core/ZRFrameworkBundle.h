@@ -16,6 +16,8 @@
 /// Errors:    none; what is missing is absent.
 class ZR_EXPORT ZRBundle {
 public:
+    /// The version of this library, such as "1.0.0".
+    std::string version() const;
     /// The bytes of a resource, such as "ZRAddressFormats" of type "plist".
     std::optional<std::string> resource(std::string_view name, std::string_view type) const;
     /// The text of `key` in the user's language, or else `missing`.

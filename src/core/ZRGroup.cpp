@@ -2,9 +2,12 @@
 #include "core/ZRGroup.h"
 
 #include "core/ZRConstants.h"
+#include "core/ZRFailure.h"
+#include "core/ZRMultiValue.h"
 #include "core/ZRPerson.h"
 #include "platform/run/Log.h"
 #include "platform/text/Compare.h"
+#include "platform/text/Fold.h"
 #include "store/ZRCustomProperties.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"
@@ -14,6 +17,17 @@
 
 using platform::Ref;
 using platform::Value;
+
+namespace {
+
+/// The entry that a choice leads to; the key is the property's name in lower case.
+objectstore::ObjectRef chosenRow(objectstore::StoreObject& choice, std::string_view property)
+{
+    const auto* slot = choice.entity().slot(platform::foldCase(property));
+    return slot ? choice.related(*slot) : nullptr;
+}
+
+} // namespace
 
 Ref<ZRGroup> ZRGroup::init() { return initWithRoster(nullptr); }
 
@@ -63,6 +77,55 @@ bool ZRGroup::nts_RemoveMember(ZRPerson& person)
 bool ZRGroup::removeMember(ZRPerson& person)
 {
     return locked(*nts_Roster(), ZRAccess::write, [&] { return nts_RemoveMember(person); });
+}
+
+ZRRecordList ZRGroup::nts_Subgroups() const
+{
+    auto* impl = zrDatabaseImpl();
+    return impl && impl->context() ? ZRRecordObjectStoreFactoryImpl::publicRecords(
+               impl->objects(impl->slot("childGroups")), *nts_Roster())
+                                   : ZRRecordList();
+}
+
+ZRRecordList ZRGroup::subgroups() const
+{
+    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts_Subgroups(); });
+}
+
+std::optional<std::string> ZRGroup::distributionIdentifierForProperty(
+    std::string_view property, const ZRPerson& person) const
+{
+    zrRequire(zrIsMultiValueType(typeOfProperty(person.recordClass(), property, nts_Roster())),
+        "the property is a multi-value");
+    return locked(*nts_Roster(), ZRAccess::read, [&]() -> std::optional<std::string> {
+        if (auto* impl = zrDatabaseImpl(); impl && impl->context() && person.zrDatabaseImpl())
+            for (const auto& choice : impl->objects(impl->slot("distributionListConfigs")))
+                if (choice->related(choice->slot("contact")).get() == person.zrDatabaseImpl()
+                    && choice->text(choice->slot("propertyName")) == property)
+                    if (const auto row = chosenRow(*choice, property))
+                        return std::string(row->text(row->slot("uniqueId")));
+        const Value value = person.nts_ValueForProperty(property);
+        const auto* entries = value.as<ZRMultiValue>();
+        return entries ? entries->primaryIdentifier() : std::nullopt;
+    });
+}
+
+void ZRRecursivelyBuildPeopleList(
+    const ZRGroup& group, std::unordered_map<Ref<ZRPerson>, platform::Value>& result)
+{
+    const auto me = group.roster()->me();
+    for (const auto& member : group.members()) {
+        const auto person = platform::refCast<ZRPerson>(member);
+        if (!person || person == me)
+            continue;
+        const Value emails = person->valueForProperty(zr::kZREmailProperty);
+        const auto identifier = group.distributionIdentifierForProperty(zr::kZREmailProperty, *person);
+        const auto* entries = emails.as<ZRMultiValue>();
+        if (entries && identifier && entries->indexForIdentifier(*identifier) != kZRNotFound)
+            result[person] = entries->valueForIdentifier(*identifier);
+    }
+    for (const auto& subgroup : group.subgroups())
+        ZRRecursivelyBuildPeopleList(static_cast<const ZRGroup&>(*subgroup), result);
 }
 
 std::int64_t ZRGroup::addPropertiesAndTypes(const Value& typesByName)

@@ -3,6 +3,8 @@
 
 #include "core/ZRRecord.h"
 
+#include <unordered_map>
+
 class ZRPerson;
 
 /// A stored group of people and of other groups. Members and subgroups are sets: their order means nothing.
@@ -24,6 +26,14 @@ public:
     bool nts_AddMember(ZRPerson& person);
     bool removeMember(ZRPerson& person);
     bool nts_RemoveMember(ZRPerson& person);
+
+    /// Subgroups, one level deep.
+    ZRRecordList subgroups() const;
+    ZRRecordList nts_Subgroups() const;
+    /// Which of the person's entries is used to reach it as a member: the chosen one, else the primary one;
+    /// absent when it has none. Raises for a property that is no multi-value.
+    std::optional<std::string> distributionIdentifierForProperty(
+        std::string_view property, const ZRPerson& person) const;
 
     static std::int64_t addPropertiesAndTypes(const platform::Value& typesByName);
     static std::int64_t addPropertiesAndTypes(const platform::Value& typesByName, ZRRoster* roster);
@@ -65,6 +75,11 @@ protected:
 private:
     friend struct ZRRecordClasses;
 };
+
+/// Puts into `result` the e-mail address by which each member is to be reached, of the group and of all
+/// groups in it. Me and members without an address are left out.
+ZR_EXPORT void ZRRecursivelyBuildPeopleList(
+    const ZRGroup& group, std::unordered_map<platform::Ref<ZRPerson>, platform::Value>& result);
 
 /// For the source list: local before subscribed, ordinary before smart, then by name.
 ZR_EXPORT int ZRCompareGroupName(const ZRGroup& a, const ZRGroup& b);

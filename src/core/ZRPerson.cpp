@@ -14,6 +14,7 @@
 #include "store/ZRCustomProperties.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRoster.h"
+#include "store/ZRServices.h"
 
 #include <algorithm>
 #include <array>
@@ -63,6 +64,22 @@ Ref<ZRPerson> ZRPerson::initWithUniqueId(std::string_view uniqueId, Ref<ZRRoster
 }
 
 bool ZRPerson::isReadOnly() const { return nts_Roster()->_isReadOnly(); }
+
+bool ZRSubscribedPerson::isReadOnly() const
+{
+    const auto groups = parentGroups();
+    if (std::ranges::any_of(groups, [](const auto& group) {
+            return &group->recordClass() != &ZRSmartGroup::recordClassDescription && group->isReadOnly();
+        }))
+        return true;
+    const auto& find = ZRServices::registered().findSubscription;
+    const auto subscription = find && isSubscribed() ? find(*nts_Roster(), remoteLocation()) : nullptr;
+    if (!subscription)
+        return false;
+    const Value writers = subscription->valueForProperty(zr::kZRReadWriteSharingACLProperty);
+    const auto* entries = writers.as<ZRMultiValue>();
+    return !entries || entries->count() == 0;
+}
 
 bool ZRPerson::isEmptyPerson() const
 {

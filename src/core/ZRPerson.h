@@ -119,6 +119,9 @@ public:
     static const ZRRecordClass recordClassDescription;
     const ZRRecordClass& recordClass() const override { return recordClassDescription; }
 
+    /// True when a group that it came with is read-only, or nobody may write to the subscription.
+    bool isReadOnly() const override;
+
 protected:
     ZRSubscribedPerson() = default;
 

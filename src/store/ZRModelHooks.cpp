@@ -145,18 +145,18 @@ Value stringForIndexing(StoreObject& object)
 
 Value meUniqueId(StoreObject& object)
 {
-    auto& source = static_cast<ZROSInfo&>(object).rosterSource();
-    const auto me = source.related(source.slot("me"));
+    const auto source = static_cast<ZROSInfo&>(object).rosterSource();
+    const auto me = source->related(source->slot("me"));
     return me ? me->value(me->slot("uniqueId")) : Value();
 }
 
 void setMeUniqueId(StoreObject& object, const Value& uniqueId)
 {
-    auto& source = static_cast<ZROSInfo&>(object).rosterSource();
+    const auto source = static_cast<ZROSInfo&>(object).rosterSource();
     const auto me = uniqueId.isString()
         ? static_cast<ZROSInfo&>(object).contactWithUniqueId(uniqueId.asText())
         : objectstore::ObjectRef();
-    source.setRelated(source.slot("me"), me.get());
+    source->setRelated(source->slot("me"), me.get());
 }
 
 Value modifiedUniqueIds(StoreObject& object)
@@ -203,8 +203,8 @@ void setLastEmailDates(StoreObject& object, const Value& dates)
 
 Value valuesOfSource(StoreObject& info, std::string_view key)
 {
-    auto& source = static_cast<ZROSInfo&>(info).rosterSource();
-    return source.value(source.slot(key));
+    const auto source = static_cast<ZROSInfo&>(info).rosterSource();
+    return source->value(source->slot(key));
 }
 
 } // namespace hooks

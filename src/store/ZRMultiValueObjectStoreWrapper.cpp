@@ -86,13 +86,6 @@ std::optional<std::string> primaryIdentifierForEntities(const ObjectList& rows)
     return {};
 }
 
-ObjectList rowsOf(ZROSRecord& record, const ZRPropertyPlace& place)
-{
-    if (!place.service.empty())
-        return ZRMultiValueObjectStoreWrapper::messagingAddressesWithService(place.service, record);
-    return record.sortedPropertyValuesWithKey(*place.key);
-}
-
 /// What a custom row keeps under the key of its type; serialised types go through a binary property list.
 Value storedCustomValue(const Value& value, bool isSerialized)
 {
@@ -170,6 +163,12 @@ void rewriteRows(
 }
 
 } // namespace
+
+ObjectList ZRMultiValueObjectStoreWrapper::rowsOf(ZROSRecord& record, const ZRPropertyPlace& place)
+{
+    return place.service.empty() ? record.sortedPropertyValuesWithKey(*place.key)
+                                 : messagingAddressesWithService(place.service, record);
+}
 
 ObjectList ZRMultiValueObjectStoreWrapper::messagingAddressesWithService(
     std::string_view service, ZROSRecord& owner)

@@ -36,6 +36,8 @@ public:
     static bool applyCustomValue(
         const platform::Value& value, objectstore::StoreObject& definition, ZROSRecord& record);
 
+    /// The rows of a multi-value property, in order.
+    static objectstore::ObjectList rowsOf(ZROSRecord& record, const ZRPropertyPlace& place);
     /// The messaging rows of one service, in order.
     static objectstore::ObjectList messagingAddressesWithService(std::string_view service, ZROSRecord& owner);
 

@@ -95,8 +95,11 @@ void ZROSContact::didSave() { _hasUserImageChanges = false; }
 
 void ZROSContact::didChange(const Slot& slot)
 {
-    if (&slot == &contactSlots().imageData)
+    const auto& slots = contactSlots();
+    if (&slot == &slots.imageData)
         _hasUserImageChanges = true;
+    if (&slot == &slots.emailAddresses || &slot == &slots.messagingAddresses)
+        alternateNameDidChange();
 }
 
 void ZROSContact::readAllParts()
@@ -110,9 +113,15 @@ void ZROSContact::readAllParts()
 void ZROSContact::partDidChange(const Slot& slot)
 {
     clearStringForIndexing();
-    // A card without a name sorts by its first address.
+    if (slot.key == "address")
+        alternateNameDidChange();
+}
+
+// A card without a name sorts by its first address.
+void ZROSContact::alternateNameDidChange()
+{
     const auto& slots = contactSlots();
-    if (slot.key == "address" && isAbsent(slots.firstName) && isAbsent(slots.lastName))
+    if (isAbsent(slots.firstName) && isAbsent(slots.lastName))
         clearSortNames();
 }
 

@@ -24,7 +24,7 @@ void ZROSInfo::awakeFromInsert()
     setPrimitiveValue(slot("serialNumber"), Value(zrUniqueString()));
 }
 
-ZROSRecord& ZROSInfo::rosterSource()
+platform::Ref<ZROSRecord> ZROSInfo::rosterSource()
 {
     const auto& key = slot("rosterSource");
     ObjectRef source = related(key);
@@ -42,14 +42,12 @@ ZROSRecord& ZROSInfo::rosterSource()
     }
     if (relatedKey(key) != source->key())
         setRelated(key, source.get());
-    return static_cast<ZROSRecord&>(*source);
+    return platform::refCast<ZROSRecord>(source);
 }
 
-ZROSRecord& ZROSInfo::holderOf(const ZRPropertyPlace& place)
+platform::Ref<ZROSRecord> ZROSInfo::holderOf(const ZRPropertyPlace& place)
 {
-    if (place.ofSource)
-        return rosterSource();
-    return *this;
+    return place.ofSource ? rosterSource() : ZROSRecord::holderOf(place);
 }
 
 ObjectRef ZROSInfo::contactWithUniqueId(std::string_view uniqueId)

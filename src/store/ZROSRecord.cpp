@@ -102,19 +102,34 @@ const ZRPropertyPlace* ZROSRecord::placeOfProperty(std::string_view property) co
     return zrPlaceOfProperty(entity(), property);
 }
 
-ZROSRecord& ZROSRecord::holderOf(const ZRPropertyPlace&) { return *this; }
+std::string_view ZROSRecord::propertyForRecord(StoreObject& value)
+{
+    const auto& contact = contactSlots().entity;
+    const bool isMessaging = &value.entity() == &messagingSlots().entity;
+    const ObjectRef service = isMessaging ? value.related(messagingSlots().service) : nullptr;
+    const Value name = service ? service->valueForKey("serviceName") : Value();
+    for (const auto& [property, place] : zrPropertiesOf(contact))
+        if (place.entity == &value.entity() && (!isMessaging || place.service == name.asText()))
+            return property;
+    return {};
+}
+
+platform::Ref<ZROSRecord> ZROSRecord::holderOf(const ZRPropertyPlace&)
+{
+    return platform::Ref<ZROSRecord>(this);
+}
 
 Value ZROSRecord::nts_ValueForProperty(std::string_view property, std::size_t, const ZRRecord&)
 {
     if (!context())
         return {};
     if (const auto* place = placeOfProperty(property)) {
-        ZROSRecord& holder = holderOf(*place);
+        const auto holder = holderOf(*place);
         if (place->isMultiValue)
-            return ZRMultiValueObjectStoreWrapper::valueWithRecord(holder, *place);
+            return ZRMultiValueObjectStoreWrapper::valueWithRecord(*holder, *place);
         if (!place->entity)
-            return publicValue(holder.value(*place->key), property);
-        const ObjectRef part = holder.related(*place->key);
+            return publicValue(holder->value(*place->key), property);
+        const ObjectRef part = holder->related(*place->key);
         return part ? part->value(*place->entityKey) : Value();
     }
     return customValue(property);
@@ -145,21 +160,21 @@ bool ZROSRecord::nts_SetValue(const Value& given, std::string_view property, boo
 {
     const Value value = given.isNull() ? Value() : given;
     if (const auto* place = placeOfProperty(property)) {
-        ZROSRecord& holder = holderOf(*place);
+        const auto holder = holderOf(*place);
         if (place->isMultiValue)
-            return ZRMultiValueObjectStoreWrapper::applyMultiValue(value, *place, holder);
+            return ZRMultiValueObjectStoreWrapper::applyMultiValue(value, *place, *holder);
         if (!place->entity) {
-            const Value stored = property == zr::kZRPersonFlags ? holder.value(*place->key) : Value();
-            holder.setValue(*place->key, valueToStore(value, property, stored));
+            const Value stored = property == zr::kZRPersonFlags ? holder->value(*place->key) : Value();
+            holder->setValue(*place->key, valueToStore(value, property, stored));
             return true;
         }
-        ObjectRef part = holder.related(*place->key);
+        ObjectRef part = holder->related(*place->key);
         if (!part) {
             if (value.isAbsent())
                 return true;
             part = context()->insertObjectOfEntity(*place->entity);
             context()->assignObjectToStore(*part, store());
-            holder.setRelated(*place->key, part.get());
+            holder->setRelated(*place->key, part.get());
         }
         part->setValue(*place->entityKey, value);
         return true;

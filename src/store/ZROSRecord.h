@@ -72,7 +72,7 @@ public:
     objectstore::ObjectRef propertyValueWithKey(const objectstore::Slot& key, std::string_view uniqueId);
     objectstore::ObjectList allCustomPropertyValuesWithCustomProperty(objectstore::StoreObject& definition);
     /// The record that holds the shared values of the info record: its source. Others answer themselves.
-    virtual ZROSRecord& holderOf(const ZRPropertyPlace& place);
+    virtual platform::Ref<ZROSRecord> holderOf(const ZRPropertyPlace& place);
 
     /// Groups that contain this record, as stored objects.
     objectstore::ObjectList parentGroups();
@@ -136,6 +136,8 @@ private:
     std::string newSortingName(const objectstore::Slot& phoneticA, const objectstore::Slot& writtenA,
         const objectstore::Slot& phoneticB, const objectstore::Slot& writtenB);
 
+    void alternateNameDidChange();
+
     bool _hasUserImageChanges = false;
     bool _partsAreRead = false;
 };
@@ -157,10 +159,10 @@ public:
     static platform::Ref<objectstore::StoreObject> make(const objectstore::Entity& entity);
 
     /// The source of this record, fetched or made.
-    ZROSRecord& rosterSource();
+    platform::Ref<ZROSRecord> rosterSource();
     /// The card of that id in the same context, or null.
     objectstore::ObjectRef contactWithUniqueId(std::string_view uniqueId);
-    ZROSRecord& holderOf(const ZRPropertyPlace& place) override;
+    platform::Ref<ZROSRecord> holderOf(const ZRPropertyPlace& place) override;
     void awakeFromInsert() override;
 
 protected:

@@ -97,10 +97,10 @@ public:
     {
     }
 
-    /// The store, or null; `loadFailure` tells that it does not hold what it should.
-    PersistentStore* open(bool& loadFailure)
+    /// The store, or null; `opening` is told what it does not hold.
+    PersistentStore* open(ZRStoreOpening& opening)
     {
-        loadFailure = !platform::fileExists(_path);
+        opening.loadFailure = !platform::fileExists(_path);
         if (platform::fileExists(_path + ".new"))
             static_cast<void>(platform::moveToTrash(_path + ".new"));
         PersistentStore* store = add(StoreType::sqlite);
@@ -111,12 +111,12 @@ public:
             traceFailure(aside->message, _error);
             const std::string moved = moveAsideDatabaseAtPath(_path, aside->reason);
             noteOpeningProblem(fmt::format("{} ({}); it is kept as {}", aside->message, _error.text, moved));
-            loadFailure = true;
+            opening.loadFailure = true;
             store = add(StoreType::sqlite);
         }
-        if (!store && runsWithoutFile()) {
+        if (!store && mayNotUseFile()) {
             noteOpeningProblem(fmt::format("{}; nothing will be saved", _error.text));
-            loadFailure = true;
+            opening.loadFailure = opening.runsWithoutFile = true;
             store = add(StoreType::inMemory);
         }
         if (!store)
@@ -134,7 +134,7 @@ private:
         return nullptr;
     }
 
-    bool runsWithoutFile() const
+    bool mayNotUseFile() const
     {
         return objectstore::isFault(_error, StoreFault::notPermitted)
             || objectstore::isFault(_error, StoreFault::migrationFailed);
@@ -186,11 +186,15 @@ ZRStoreOpening nts_openStore(const std::string& path)
     if (const auto known = shared.byPath.find(path); known != shared.byPath.end()) {
         ++known->second.users;
         const auto& coordinator = known->second.coordinator;
-        opening.context = contextOn(coordinator, stampMetadata(*coordinator, coordinator->stores().front()));
+        // A reset that could not open the store again left none.
+        PersistentStore* store = coordinator->stores().empty() ? StoreOpener(*coordinator, path).open(opening)
+                                                               : coordinator->stores().front();
+        if (store)
+            opening.context = contextOn(coordinator, stampMetadata(*coordinator, store));
         return opening;
     }
     const auto coordinator = StoreCoordinator::make(rosterModel());
-    PersistentStore* store = StoreOpener(*coordinator, path).open(opening.loadFailure);
+    PersistentStore* store = StoreOpener(*coordinator, path).open(opening);
     if (!store) {
         platform::log(fmt::format("ManagedObjectContext could not create the store at path: <{}>", path));
         return opening;
@@ -220,6 +224,8 @@ Ref<ZRManagedObjectContext> ZRRoster::managedObjectContext()
         return nullptr;
     if (opening.loadFailure)
         _state->flags.restoreFromMetaData = true;
+    if (opening.runsWithoutFile)
+        _state->flags.readOnly = true;
     _state->holdsSharedStore = true;
     setManagedObjectContext(std::move(opening.context), true);
     return _state->context;
@@ -255,15 +261,6 @@ void ZRRoster::setManagedObjectContext(Ref<ZRManagedObjectContext> context, bool
     _state->coordinator = context ? context->coordinator() : nullptr;
     _state->context = std::move(context);
     observeSaves();
-}
-
-void ZRRoster::resetManagedObjectContext()
-{
-    locked(*this, ZRAccess::write, [&] {
-        clearCustomPropertyCaches();
-        if (const auto context = managedObjectContext())
-            context->reset();
-    });
 }
 
 bool ZRRoster::isSharedInstanceOrClone()

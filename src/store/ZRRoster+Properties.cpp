@@ -2,6 +2,7 @@
 #include "core/ZRConstants.h"
 #include "core/ZRPerson.h"
 #include "store/ZRCustomProperties.h"
+#include "store/ZRMultiValueObjectStoreWrapper.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRecordConstraint.h"
 #include "store/ZRRosterState.h"
@@ -184,9 +185,8 @@ Names ZRRoster::activeLabelsForProperty(
     std::string_view property, ZROSRecord& contact, const ActiveLabelsDelegate& delegate)
 {
     Names labels;
-    if (const auto* place = contact.placeOfProperty(property);
-        place && place->entity && place->key->isToMany())
-        for (const auto& row : contact.sortedPropertyValuesWithKey(*place->key))
+    if (const auto* place = contact.placeOfProperty(property); place && place->isMultiValue)
+        for (const auto& row : ZRMultiValueObjectStoreWrapper::rowsOf(contact, *place))
             if (const auto label = row->text(row->slot("label")); !label.empty() && !contains(labels, label))
                 labels.emplace_back(label);
     if (delegate)

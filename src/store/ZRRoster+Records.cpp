@@ -63,7 +63,9 @@ Ref<ZRRecord> ZRRoster::nts_RecordForUniqueId(std::string_view uniqueId)
 ZRRecordList ZRRoster::recordsForUniqueIds(const std::vector<std::string>& uniqueIds)
 {
     return locked(*this, ZRAccess::read, [&] {
-        const auto found = Factory::publicRecordsWithUniqueIds(uniqueIds, *this);
+        std::vector<std::string> possible = uniqueIds;
+        std::erase_if(possible, [](const auto& id) { return id.size() <= kZRUniqueIdTextLength + 1; });
+        const auto found = Factory::publicRecordsWithUniqueIds(possible, *this);
         ZRRecordList records;
         for (const auto& uniqueId : uniqueIds)
             if (const auto at = found.find(uniqueId); at != found.end())
@@ -137,7 +139,11 @@ bool ZRRoster::nts_RemoveRecord(ZRRecord& record)
     if (_state->me.get() == &record)
         _state->me = nullptr;
     record.nts_CascadeRemove();
-    return record.nts_RemoveFromRoster(*this);
+    if (!record.nts_RemoveFromRoster(*this))
+        return false;
+    // The handle may live on, and stands for nothing any more.
+    nts_RecordIsGone(record);
+    return true;
 }
 
 ZRRecordList ZRRoster::sortedPeople(ZRNameOrder order, std::size_t limit)
@@ -301,6 +307,12 @@ void ZRRoster::nts_ClearCachedRecordsForUniqueIds(const std::vector<std::string>
 
 void ZRRoster::clearTemporaryCaches()
 {
+    // Not by the cache of handles: a record that it forgot, or whose handle is gone, has its dictionary
+    // still.
+    if (const auto context = managedObjectContext())
+        for (const auto& object : context->registeredObjects())
+            if (auto* record = dynamic_cast<ZROSRecord*>(object.get()))
+                record->privateDictionary().clear();
     for (const auto& [uniqueId, record] : _state->recordsById)
         if (record->retainIfOwned())
             Ref<ZRRecord>::adopt(record)->nts_ClearTemporaryCache();

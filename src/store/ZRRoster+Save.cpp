@@ -1,5 +1,6 @@
 // How the changes of a roster are written: in one transaction, with the log of what was deleted.
 #include "core/ZRConstants.h"
+#include "core/ZRFrameworkBundle.h"
 #include "core/ZRInfo.h"
 #include "core/ZRLog.h"
 #include "objectstore/StoreContext.h"
@@ -70,6 +71,30 @@ void stampChanges(ZRRoster& roster, ZRManagedObjectContext& context, const Value
     processRecords(roster, changed);
 }
 
+/// Once a process, the first roster that is written to the disk notes which version of the system wrote it
+/// last.
+void noteVersion(ZRRoster& roster)
+{
+    static bool wasNoted = false;
+    if (wasNoted || roster.isMemoryBacked())
+        return;
+    if (const auto info = roster.nts_Info())
+        wasNoted = info->nts_SetValue(Value(ZRFrameworkBundle().version()), "LastSavedVersion");
+}
+
+/// What is published, and what came with a subscription, matters to those it is shared with.
+bool couldAffectSharing(ZRRoster& roster, ZRManagedObjectContext& context)
+{
+    if (const auto info = roster.nts_Info(); info && info->nts_IsPublished())
+        return true;
+    for (const auto& list : {context.insertedObjects(), context.updatedObjects(), context.deletedObjects()})
+        for (const auto& object : list)
+            if (const auto& name = object->entity().name();
+                name == "ZROSSubscribedContact" || name == "ZROSSubscribedGroup")
+                return true;
+    return false;
+}
+
 /// A record of who deletes contacts, on purpose.
 void logDeletions(ZRManagedObjectContext& context)
 {
@@ -135,6 +160,7 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
     if (!_state->flags.cleanedUp && !_state->directory.empty())
         cleanUp(_state->directory);
     _state->flags.cleanedUp = true;
+    noteVersion(*this);
     if (const auto& touch = ZRServices::registered().updateFileLockTime)
         touch(lockPath);
 
@@ -144,6 +170,8 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
         modificationDate.isDate() ? modificationDate
                                   : Value(platform::Date{platform::Clock::current().now()}));
     logDeletions(*context);
+    const auto& launchDaemon = ZRServices::registered().launchOrWaitForDaemon;
+    const bool affectsSharing = launchDaemon && couldAffectSharing(*this, *context);
     if (!nts_writePictures() || !nts_writeChanges(*context))
         return false;
     if (ZRPerfFlagIsSet(ZRPerfFlag::save))
@@ -151,6 +179,8 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
     if (const auto& sync = ZRServices::registered().scheduleTrickleSync;
         triggerSync && sync && isSharedInstanceOrClone())
         sync();
+    if (affectsSharing)
+        launchDaemon();
     return true;
 }
 
@@ -209,15 +239,6 @@ void ZRRoster::observeSaves()
                     gone.push_back(record->publicRecord()->nts_UniqueId());
             nts_ClearCachedRecordsForUniqueIds(gone);
         });
-}
-
-void ZRRoster::_vacuum()
-{
-    locked(*this, ZRAccess::write, [&] {
-        nts_ClearCachedRecordsByUniqueId();
-        clearTemporaryCaches();
-        clearCustomPropertyCaches();
-    });
 }
 
 std::int64_t ZRRoster::version()

@@ -77,6 +77,8 @@ struct ZRStoreOpening {
     platform::Ref<ZRManagedObjectContext> context;
     /// The store is new, was moved aside, or lives in memory: what it held must come from elsewhere.
     bool loadFailure = false;
+    /// The store lives in memory, since its file may not be used: nothing that is saved would last.
+    bool runsWithoutFile = false;
 };
 /// Opens the main store at `path`, or shares the one that is open. See ZRRoster+Opening.cpp.
 ZRStoreOpening nts_openStore(const std::string& path);

@@ -38,13 +38,18 @@ struct ZRServices {
     // ---- saving
     /// Told of the stored objects that a save is about to write. Absent: nobody is told.
     std::function<void(ZRRoster&, const std::vector<platform::Ref<ZROSRecord>>&)> processRecords;
-    /// Called after a save that matters to others, without the lock. Absent: nothing is started.
+    /// Called after a save that matters to others, with the lock held: they start something and wait for
+    /// nothing. Absent: nothing is started.
     std::function<void()> scheduleTrickleSync;
     std::function<void()> launchOrWaitForDaemon;
     /// The second store of mail recents. Absent: it is not in use.
     std::function<bool()> hasUnsavedMailRecents;
     std::function<bool()> saveMailRecents;
     std::function<platform::Ref<ZRManagedObjectContext>()> mailRecentsContext;
+
+    // ---- sharing
+    /// The subscription to that location, or absent. Absent: nobody subscribes to anything.
+    std::function<platform::Ref<ZRRecord>(ZRRoster&, const std::string& remoteLocation)> findSubscription;
 
     // ---- at exit
     /// Cancels background work on records and waits at most `seconds`. Absent: there is none.

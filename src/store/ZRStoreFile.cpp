@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -21,11 +22,19 @@ constexpr mode_t privateDirectory = 0700;
 
 bool hasBoth(mode_t mode, mode_t read, mode_t write) { return (mode & read) && (mode & write); }
 
+/// Asks the file system without opening the file: closing a descriptor of it would drop the locks of SQLite.
+bool isImmutable(const std::string& path)
+{
+    struct statx file { };
+    return statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, 0, &file) == 0
+        && (file.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
+}
+
 bool isReadOnly(const std::string& path)
 {
     struct stat file { };
     return lstat(path.c_str(), &file) == 0
-        && _checkForReadWriteAccess(file.st_mode, file.st_uid, file.st_gid) != 0;
+        && (isImmutable(path) || _checkForReadWriteAccess(file.st_mode, file.st_uid, file.st_gid) != 0);
 }
 
 void prepareForNewStore(ZRRosterFlags& flags, const std::string& directory, bool fileExists)
