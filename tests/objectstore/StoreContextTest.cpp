@@ -1,0 +1,406 @@
+// What a context does with objects: finding, changing, deleting, saving, forgetting.
+#include "objectstore/TestModel.h"
+
+#include "platform/notify/NotificationCenter.h"
+#include "platform/run/Log.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+namespace test {
+namespace {
+
+using os::StoreFetch;
+using os::StorePredicate;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+class StoreContextTest : public testing::Test {
+protected:
+    platform::Ref<os::StoreContext> makeContext() const
+    {
+        return platform::makeRef<os::StoreContext>(coordinator);
+    }
+    std::vector<std::string> names(const StoreFetch& fetch)
+    {
+        return texts(must(context->runFetch(fetch)), "name");
+    }
+    StoreFetch byName() const
+    {
+        StoreFetch fetch(entityNamed("Author"));
+        fetch.sortKeys = {{"name"}};
+        return fetch;
+    }
+
+    const std::string path = freshPath();
+    platform::Ref<os::StoreCoordinator> coordinator = openLibrary(path);
+    platform::Ref<os::StoreContext> context = makeContext();
+};
+
+TEST_F(StoreContextTest, WhatWasSavedIsThereWhenTheStoreIsOpenedAgain)
+{
+    {
+        const ObjectRef author = addAuthor(*context, "Ana Lima");
+        addHandle(*context, *author, {"h1", "ana@example.org", 0, true});
+        addHandle(*context, *author, {"h2", "lima", 1, false, "chat"});
+        const ObjectRef book = context->insertObjectOfEntity("Book");
+        book->setValueForKey("title", "One");
+        book->addObject(book->slot("authors"), *author);
+        must(context->save());
+    }
+    context = nullptr;
+    coordinator = openLibrary(path);
+    context = makeContext();
+    const ObjectRef author = fetchAuthor(*context, "Ana Lima");
+    ASSERT_TRUE(author);
+    EXPECT_THAT(
+        texts(author->objects(author->slot("handles")), "text"), ElementsAre("ana@example.org", "lima"));
+    EXPECT_EQ(author->valueForKeyPath("handles.site.name"), Value::array({"chat"}));
+    EXPECT_EQ(author->valueForKeyPath("books.title"), Value::array({"One"}));
+}
+
+TEST_F(StoreContextTest, TemporaryIdsBecomePermanentInOrderOfInsertion)
+{
+    const ObjectRef first = addAuthor(*context, "B"), second = addAuthor(*context, "A");
+    const os::StoreId temporary = first->storeId();
+    EXPECT_TRUE(temporary.isTemporary());
+    EXPECT_EQ(context->objectRegisteredForID(temporary), first);
+    must(context->save());
+    EXPECT_FALSE(first->storeId().isTemporary());
+    EXPECT_LT(first->key(), second->key());
+    EXPECT_EQ(context->objectRegisteredForID(temporary), nullptr);
+    EXPECT_EQ(context->objectForStoreId(first->storeId()), first);
+}
+
+TEST_F(StoreContextTest, AFetchAnswersForUnsavedChanges)
+{
+    for (const char* name : {"Ana", "Bo", "Cy", "Di", "Ed"})
+        addAuthor(*context, name);
+    must(context->save());
+    fetchAuthor(*context, "Bo")->setValueForKey("name", "Zed");
+    context->deleteObject(*fetchAuthor(*context, "Di"));
+    addAuthor(*context, "Bea");
+    EXPECT_THAT(names(byName()), ElementsAre("Ana", "Bea", "Cy", "Ed", "Zed"));
+    StoreFetch part = byName();
+    part.limit = 2;
+    for (const auto& [offset, expected] :
+        {std::pair<std::size_t, std::vector<std::string>>{0, {"Ana", "Bea"}}, {1, {"Bea", "Cy"}},
+            {3, {"Ed", "Zed"}}, {4, {"Zed"}}, {9, {}}}) {
+        part.offset = offset;
+        EXPECT_EQ(names(part), expected) << offset;
+        EXPECT_EQ(must(context->countFetch(part)), expected.size()) << offset;
+    }
+    part.sortKeys.front().ascending = false;
+    part.offset = 0;
+    EXPECT_THAT(names(part), ElementsAre("Zed", "Ed"));
+    StoreFetch afterB(entityNamed("Author"), StorePredicate::compare("name", os::Comparator::greater, "B"));
+    EXPECT_EQ(must(context->countFetch(afterB)), 4u);
+    const auto before = names(byName());
+    must(context->save());
+    EXPECT_EQ(names(byName()), before);
+}
+
+TEST_F(StoreContextTest, AnOwnerCountsAsChangedWithItsParts)
+{
+    const ObjectRef author = addAuthor(*context, "Ana");
+    const ObjectRef handle = addHandle(*context, *author, {"h1", "old", 0, true});
+    must(context->save());
+    const auto having = [](const char* text) {
+        return StoreFetch(entityNamed("Author"),
+            StorePredicate::rows(
+                "handles", os::Rows::some, StorePredicate::compare("text", os::Comparator::equal, text)));
+    };
+    handle->setValueForKey("text", "new");
+    EXPECT_EQ(must(context->countFetch(having("old"))), 0u);
+    EXPECT_EQ(must(context->countFetch(having("new"))), 1u);
+    context->deleteObject(*handle);
+    EXPECT_EQ(must(context->countFetch(having("new"))), 0u);
+}
+
+TEST_F(StoreContextTest, FetchesOfAParentSpanTablesAndMayLeaveOutChildren)
+{
+    addAuthor(*context, "Ana");
+    const ObjectRef pen = context->insertObjectOfEntity("PenName");
+    pen->setValueForKey("alias", "X");
+    context->insertObjectOfEntity("Book");
+    const auto count = [&](const char* entity, bool withChildren) {
+        StoreFetch fetch(entityNamed(entity));
+        fetch.includesSubentities = withChildren;
+        return must(context->countFetch(fetch));
+    };
+    for (int saved = 0; saved < 2; ++saved) {
+        EXPECT_EQ(count("Item", true), 3u);
+        EXPECT_EQ(count("Author", true), 2u);
+        EXPECT_EQ(count("Author", false), 1u);
+        EXPECT_EQ(count("PenName", true), 1u);
+        must(context->save());
+    }
+}
+
+TEST_F(StoreContextTest, FaultsReadTheirRowOnlyWhenAsked)
+{
+    addAuthor(*context, "Ana");
+    must(context->save());
+    const auto other = makeContext();
+    StoreFetch fetch(entityNamed("Author"));
+    fetch.returnsObjectsAsFaults = true;
+    context->reset();
+    const ObjectRef fault = must(other->runFetch(fetch)).front();
+    EXPECT_TRUE(fault->isFault());
+    EXPECT_EQ(fault->text(fault->slot("name")), "Ana");
+    EXPECT_FALSE(fault->isFault());
+}
+
+TEST_F(StoreContextTest, PrefetchedPartsAreHeldByTheirOwner)
+{
+    const ObjectRef author = addAuthor(*context, "Ana");
+    addHandle(*context, *author, {"h1", "x", 0, true, "chat"});
+    must(context->save());
+    const auto other = makeContext();
+    StoreFetch fetch(entityNamed("Author"));
+    fetch.prefetchKeyPaths = {"handles.site", "biography"};
+    const ObjectRef seen = must(other->runFetch(fetch)).front();
+    // Behind the engine's back: whoever asks the store again would miss the row.
+    must(coordinator->removeStore(coordinator->stores().front()));
+    EXPECT_EQ(seen->valueForKeyPath("handles.text"), Value::array({"x"}));
+    EXPECT_EQ(seen->valueForKeyPath("handles.site.name"), Value::array({"chat"}));
+    EXPECT_EQ(seen->related(seen->slot("biography")), nullptr);
+}
+
+TEST_F(StoreContextTest, RelationshipsChangeTogetherWithTheirInverses)
+{
+    const ObjectRef ana = addAuthor(*context, "Ana"), bo = addAuthor(*context, "Bo");
+    const ObjectRef handle = addHandle(*context, *ana, {"h1", "x", 0, true});
+    const ObjectRef shelf = context->insertObjectOfEntity("Shelf");
+    const os::Slot& handles = ana->slot("handles");
+    const os::Slot& featuredIn = ana->slot("featuredIn");
+    for (int saved = 0; saved < 2; ++saved) {
+        handle->setValueForKey("owner", bo);
+        EXPECT_TRUE(ana->objects(handles).empty());
+        EXPECT_THAT(bo->objects(handles), ElementsAre(handle));
+        ana->addObject(handles, *handle);
+        EXPECT_EQ(handle->related(handle->slot("owner")), ana);
+        shelf->setRelated(shelf->slot("featured"), ana.get());
+        bo->setRelated(featuredIn, shelf.get());
+        EXPECT_EQ(shelf->related(shelf->slot("featured")), bo);
+        EXPECT_EQ(ana->related(featuredIn), nullptr);
+        must(context->save());
+        EXPECT_THAT(ana->objects(handles), ElementsAre(handle));
+        EXPECT_EQ(bo->related(featuredIn), shelf);
+    }
+    // A second biography takes the place of the first.
+    const ObjectRef one = context->insertObjectOfEntity("Biography"),
+                    two = context->insertObjectOfEntity("Biography");
+    ana->setRelated(ana->slot("biography"), one.get());
+    ana->setRelated(ana->slot("biography"), two.get());
+    EXPECT_EQ(one->related(one->slot("author")), nullptr);
+    EXPECT_EQ(ana->related(ana->slot("biography")), two);
+}
+
+TEST_F(StoreContextTest, LinksAreSeenFromBothEndsBeforeAndAfterTheSave)
+{
+    const ObjectRef ana = addAuthor(*context, "Ana");
+    const ObjectRef one = context->insertObjectOfEntity("Book"), two = context->insertObjectOfEntity("Book");
+    const os::Slot &books = ana->slot("books"), &authors = one->slot("authors");
+    ana->setObjects(books, {one, two});
+    EXPECT_THAT(ana->objects(books), ElementsAre(one, two));
+    EXPECT_THAT(two->objects(authors), ElementsAre(ana));
+    must(context->save());
+    EXPECT_THAT(ana->objects(books), ElementsAre(one, two));
+    one->removeObject(authors, *ana);
+    EXPECT_THAT(ana->objects(books), ElementsAre(two));
+    const auto other = makeContext();
+    EXPECT_EQ(fetchAuthor(*other, "Ana")->objects(books).size(), 2u);
+    must(context->save());
+    EXPECT_EQ(fetchAuthor(*other, "Ana")->objects(books).size(), 1u);
+}
+
+TEST_F(StoreContextTest, DeletingAppliesTheRules)
+{
+    const ObjectRef ana = addAuthor(*context, "Ana");
+    const ObjectRef handle = addHandle(*context, *ana, {"h1", "x", 0, true});
+    const ObjectRef biography = context->insertObjectOfEntity("Biography");
+    ana->setRelated(ana->slot("biography"), biography.get());
+    ana->setValueForKey("portrait", Value::data("picture"));
+    const ObjectRef shelf = context->insertObjectOfEntity("Shelf"),
+                    book = context->insertObjectOfEntity("Book");
+    shelf->setRelated(shelf->slot("featured"), ana.get());
+    book->addObject(book->slot("authors"), *ana);
+    book->setRelated(book->slot("shelf"), shelf.get());
+    must(context->save());
+
+    context->deleteObject(*ana);
+    context->flushPendingChanges();
+    EXPECT_EQ(shelf->related(shelf->slot("featured")), nullptr);
+    EXPECT_TRUE(book->objects(book->slot("authors")).empty());
+    EXPECT_TRUE(fetchAll(*context, "Handle").empty());
+    must(context->save());
+    EXPECT_EQ(ana->context(), nullptr);
+    EXPECT_EQ(ana->text(ana->slot("name")), "Ana") << "observers may still ask who it was";
+    EXPECT_EQ(handle->context(), nullptr);
+    EXPECT_THROW(ana->setValueForKey("name", "Bo"), os::InaccessibleObject);
+    for (const char* entity : {"Author", "Handle", "Biography"})
+        EXPECT_TRUE(fetchAll(*context, entity).empty()) << entity;
+
+    context->deleteObject(*shelf);
+    must(context->save());
+    EXPECT_EQ(book->related(book->slot("shelf")), nullptr);
+    EXPECT_EQ(fetchAll(*context, "Book").size(), 1u);
+}
+
+TEST_F(StoreContextTest, WhatWasNeverSavedJustLeaves)
+{
+    const ObjectRef ana = addAuthor(*context, "Ana");
+    addHandle(*context, *ana, {"h1", "x", 0, true});
+    context->deleteObject(*ana);
+    EXPECT_FALSE(context->hasChanges());
+    EXPECT_TRUE(context->insertedObjects().empty());
+    must(context->save());
+    EXPECT_TRUE(fetchAll(*context, "Handle").empty());
+}
+
+TEST_F(StoreContextTest, RefreshingKeepsOrDropsChanges)
+{
+    const ObjectRef ana = addAuthor(*context, "Ana");
+    must(context->save());
+    const auto other = makeContext();
+    fetchAuthor(*other, "Ana")->setValueForKey("visits", 5);
+    must(other->save());
+    ana->setValueForKey("name", "Mine");
+    context->refreshObject(*ana, true);
+    EXPECT_EQ(ana->valueForKey("name"), Value("Mine"));
+    EXPECT_EQ(ana->valueForKey("visits"), Value(5));
+    context->refreshObject(*ana, false);
+    EXPECT_EQ(ana->valueForKey("name"), Value("Ana"));
+    EXPECT_FALSE(context->hasChanges());
+}
+
+TEST_F(StoreContextTest, OneObjectStandsForOneRowWhileSomebodyOwnsIt)
+{
+    addAuthor(*context, "Ana");
+    must(context->save());
+    ObjectRef ana = fetchAuthor(*context, "Ana");
+    EXPECT_EQ(fetchAll(*context, "Author").front(), ana);
+    EXPECT_EQ(context->registeredObjects().size(), 1u);
+    ana = nullptr;
+    EXPECT_TRUE(context->registeredObjects().empty());
+    // Unsaved changes are owned by the context.
+    fetchAuthor(*context, "Ana")->setValueForKey("name", "Bo");
+    EXPECT_EQ(context->registeredObjects().size(), 1u);
+    must(context->save());
+    EXPECT_EQ(fetchAuthor(*context, "Bo")->valueForKey("name"), Value("Bo"));
+}
+
+TEST_F(StoreContextTest, LastReleasesMayComeFromAnyThreadAtAnyTime)
+{
+    for (int i = 0; i < 50; ++i)
+        addAuthor(*context, "Author " + std::to_string(i));
+    must(context->save());
+    for (int round = 0; round < 40; ++round) {
+        ObjectList held = fetchAll(*context, "Author");
+        std::thread releasing([&] { held.clear(); });
+        fetchAuthor(*context, "Author 7")->setValueForKey("visits", round + 1);
+        must(context->save());
+        EXPECT_EQ(fetchAll(*context, "Author").size(), 50u);
+        releasing.join();
+    }
+    ObjectList held = fetchAll(*context, "Author");
+    std::thread releasing([&] { held.clear(); });
+    context = nullptr;
+    releasing.join();
+}
+
+TEST_F(StoreContextTest, ObjectsOutliveTheirContextAsAbsent)
+{
+    const ObjectRef ana = addAuthor(*context, "Ana");
+    must(context->save());
+    const ObjectRef fault = makeContext()->objectForStoreId(ana->storeId());
+    EXPECT_EQ(fault->context(), nullptr);
+    EXPECT_TRUE(fault->objects(fault->slot("handles")).empty());
+    context->reset();
+    EXPECT_EQ(ana->context(), nullptr);
+    EXPECT_TRUE(ana->valueForKey("name").isAbsent());
+    EXPECT_EQ(fetchAuthor(*context, "Ana")->valueForKey("name"), Value("Ana"));
+}
+
+TEST_F(StoreContextTest, SharedObjectsAreOneForAllWriters)
+{
+    const auto other = makeContext();
+    const os::Entity& site = entityNamed("Site");
+    const ObjectRef mine = must(context->sharedObject(site, {"chat"}));
+    EXPECT_EQ(must(context->sharedObject(site, {"chat"})), mine);
+    EXPECT_EQ(must(other->sharedObject(site, {"chat"}))->storeId(), mine->storeId());
+    EXPECT_NE(must(other->sharedObject(site, {"mail"}))->storeId(), mine->storeId());
+    // An ordinary insert of one that is there already gets that one.
+    const ObjectRef again = other->insertObjectOfEntity("Site");
+    again->setValueForKey("name", "chat");
+    must(other->save());
+    EXPECT_EQ(again->storeId(), mine->storeId());
+    EXPECT_EQ(fetchAll(*context, "Site").size(), 2u);
+}
+
+TEST_F(StoreContextTest, SavesTellWhatTheyWroteAndAskObjectsBefore)
+{
+    std::vector<std::string> told;
+    const auto note = [&](const platform::Notification& notification) {
+        const auto* changes = notification.userInfo.as<os::StoreChanges>();
+        told.push_back(notification.name + " " + std::to_string(changes->inserted.size())
+            + std::to_string(changes->updated.size()) + std::to_string(changes->deleted.size()));
+    };
+    const auto subscription =
+        platform::NotificationCenter::shared().subscribe(std::nullopt, context.get(), note);
+    const ObjectRef ana = addAuthor(*context, "Ana"), bo = addAuthor(*context, "Bo");
+    must(context->save());
+    must(context->save());
+    ana->setValueForKey("name", "Cy");
+    context->deleteObject(*bo);
+    must(context->save());
+    EXPECT_THAT(told,
+        ElementsAre("StoreContextWillSave 200", "StoreContextDidSave 200", "StoreContextWillSave 011",
+            "StoreContextDidSave 011"));
+    auto& hooks = static_cast<Author&>(*ana);
+    EXPECT_EQ(hooks.willSaves, 2);
+    EXPECT_EQ(hooks.didSaves, 2);
+}
+
+TEST_F(StoreContextTest, AFailedSaveLeavesEveryChangeInPlace)
+{
+    const ObjectRef one = context->insertObjectOfEntity("Book");
+    one->setValueForKey("title", "Same");
+    must(context->save());
+    const ObjectRef ana = addAuthor(*context, "Ana");
+    const ObjectRef handle = addHandle(*context, *ana, {"h1", "x", 0, true});
+    const ObjectRef two = context->insertObjectOfEntity("Book");
+    two->setValueForKey("title", "Same");
+    const auto saved = context->save();
+    ASSERT_FALSE(saved);
+    EXPECT_TRUE(os::isFault(saved.error(), os::StoreFault::constraint)) << saved.error().text;
+    EXPECT_EQ(context->insertedObjects().size(), 3u);
+    EXPECT_TRUE(ana->storeId().isTemporary());
+    EXPECT_TRUE(fetchAll(*makeContext(), "Author").empty());
+    two->setValueForKey("title", "Other");
+    must(context->save());
+    EXPECT_THAT(ana->objects(ana->slot("handles")), ElementsAre(handle));
+    EXPECT_EQ(fetchAll(*makeContext(), "Book").size(), 2u);
+}
+
+TEST_F(StoreContextTest, StoresAreFetchedTogetherOrOneByOne)
+{
+    os::PersistentStore* second = must(coordinator->addStore(os::StoreType::inMemory, "second"));
+    addAuthor(*context, "Ana");
+    const ObjectRef bo = addAuthor(*context, "Bo");
+    context->assignObjectToStore(*bo, second);
+    StoreFetch fetch = byName();
+    for (int saved = 0; saved < 2; ++saved) {
+        fetch.affectedStores.clear();
+        EXPECT_THAT(names(fetch), ElementsAre("Ana", "Bo"));
+        fetch.affectedStores = {second};
+        EXPECT_THAT(names(fetch), ElementsAre("Bo"));
+        must(context->save());
+    }
+    EXPECT_EQ(bo->store(), second);
+}
+
+} // namespace
+} // namespace test

@@ -1,0 +1,112 @@
+// Whether the trigram table says what the indexed rows say, whatever was done to them.
+#include "objectstore/TestModel.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace test {
+namespace {
+
+class TextIndexTest : public testing::Test {
+protected:
+    ObjectRef addIndexed(std::string_view text)
+    {
+        const ObjectRef author = addAuthor(*context, "Author");
+        const ObjectRef index = context->insertObjectOfEntity("Index");
+        index->setValueForKey("text", text);
+        index->setValueForKey("author", author);
+        return author;
+    }
+
+    /// The names of authors whose entry has the trigram.
+    std::string having(const std::string& trigram) const
+    {
+        return askSQL(path, "SELECT group_concat(rowid, ' ') FROM author_index_text('\"" + trigram + "\"')");
+    }
+
+    /// Checks the table against the texts, by the full-text engine's own means.
+    void expectConsistent() const
+    {
+        EXPECT_NO_THROW(runSQL(
+            path, "INSERT INTO author_index_text(author_index_text, rank) VALUES('integrity-check', 1)"));
+    }
+
+    const std::string path = freshPath();
+    platform::Ref<os::StoreCoordinator> coordinator = openLibrary(path);
+    platform::Ref<os::StoreContext> context = platform::makeRef<os::StoreContext>(coordinator);
+};
+
+TEST_F(TextIndexTest, FollowsInsertsChangesAndDeletes)
+{
+    const ObjectRef ana = addIndexed("ana lima"), bo = addIndexed("bo ek lima");
+    addIndexed("");
+    must(context->save());
+    const std::string anaKey = std::to_string(ana->key()), boKey = std::to_string(bo->key());
+    EXPECT_EQ(having("lim"), anaKey + " " + boKey);
+    ana->setValueForKeyPath("index.text", "ana ferro");
+    must(context->save());
+    EXPECT_EQ(having("lim"), boKey);
+    EXPECT_EQ(having("fer"), anaKey);
+    ana->setValueForKeyPath("index.text", Value());
+    must(context->save());
+    EXPECT_EQ(having("fer"), "");
+    context->deleteObject(*bo);
+    must(context->save());
+    EXPECT_EQ(having("lim"), "");
+    expectConsistent();
+}
+
+TEST_F(TextIndexTest, MovesWithItsOwner)
+{
+    const ObjectRef ana = addIndexed("lima"), bo = addAuthor(*context, "Bo");
+    must(context->save());
+    ana->related(ana->slot("index"))->setValueForKey("author", bo);
+    must(context->save());
+    EXPECT_EQ(having("lim"), std::to_string(bo->key()));
+    expectConsistent();
+}
+
+TEST_F(TextIndexTest, TakesOutWhatIsStoredNotWhatIsRemembered)
+{
+    const ObjectRef ana = addIndexed("lima");
+    must(context->save());
+    const auto other = platform::makeRef<os::StoreContext>(coordinator);
+    fetchAuthor(*other, "Author")->setValueForKeyPath("index.text", "ferro");
+    ana->setValueForKeyPath("index.text", "castro");
+    must(other->save());
+    must(context->save());
+    EXPECT_EQ(having("fer") + having("lim"), "");
+    EXPECT_EQ(having("cas"), std::to_string(ana->key()));
+    expectConsistent();
+}
+
+TEST_F(TextIndexTest, StaysConsistentThroughManySaves)
+{
+    std::mt19937 random(3);
+    const auto text = [&] {
+        std::string made;
+        for (int i = 0; i < 40; ++i)
+            made += static_cast<char>('a' + random() % 5);
+        return made;
+    };
+    ObjectList authors;
+    for (int round = 0; round < 150; ++round) {
+        for (int i = 0; i < 3; ++i)
+            authors.push_back(addIndexed(text()));
+        must(context->save());
+        const std::size_t chosen = random() % authors.size();
+        if (round % 3 == 0) {
+            context->deleteObject(*authors[chosen]);
+            authors.erase(authors.begin() + static_cast<std::ptrdiff_t>(chosen));
+        } else {
+            authors[chosen]->setValueForKeyPath("index.text", text());
+        }
+    }
+    must(context->save());
+    expectConsistent();
+    EXPECT_EQ(askSQL(path, "PRAGMA integrity_check"), "ok");
+}
+
+} // namespace
+} // namespace test
