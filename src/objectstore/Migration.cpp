@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace objectstore {
 
@@ -29,11 +30,39 @@ Lines linesOf(std::string_view text)
     return lines;
 }
 
+/// The quoted name of an index, or nothing for a line that makes none.
+std::string_view indexName(std::string_view line)
+{
+    const bool isIndex = line.starts_with("CREATE INDEX ") || line.starts_with("CREATE UNIQUE INDEX ");
+    const std::size_t end = line.find(" ON ");
+    if (!isIndex || end == line.npos)
+        return {};
+    line = line.substr(0, end);
+    return line.substr(line.find('"'));
+}
+
+/// The indexes of `have` that `want` defines in another way.
+std::vector<std::string> changedIndexes(const Lines& have, const Lines& want)
+{
+    std::vector<std::string> changed;
+    for (const auto& old : have) {
+        const std::string_view name = want.contains(old) ? std::string_view() : indexName(old);
+        const bool isWanted = !name.empty()
+            && std::ranges::any_of(want, [&](const std::string& line) { return indexName(line) == name; });
+        if (isWanted)
+            changed.push_back(old);
+    }
+    return changed;
+}
+
 } // namespace
 
 bool isEarlierSchema(std::string_view stored, std::string_view wanted)
 {
-    const Lines have = linesOf(stored), want = linesOf(wanted);
+    Lines have = linesOf(stored);
+    const Lines want = linesOf(wanted);
+    for (const auto& line : changedIndexes(have, want))
+        have.erase(line);
     return std::ranges::includes(want, have);
 }
 
@@ -53,6 +82,8 @@ void addMissingSchema(StoreState& store, const Model& model, std::string_view st
     const Lines have = linesOf(stored);
     std::set<std::string> newTables;
     try {
+        for (const auto& line : changedIndexes(have, linesOf(model.schemaText())))
+            store.connection->execute(fmt::format("DROP INDEX {}", indexName(line)).c_str());
         for (const auto& part : schemaParts(model)) {
             if (have.contains(part.line) || (!part.columnOf.empty() && newTables.contains(part.columnOf)))
                 continue;

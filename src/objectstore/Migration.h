@@ -7,7 +7,8 @@
 
 namespace objectstore {
 
-/// Whether every line of `stored` is in `wanted`: the store is of an earlier form of the model.
+/// Whether every line of `stored` is in `wanted`, save for indexes that `wanted` defines in another way: the
+/// store is of an earlier form of the model.
 bool isEarlierSchema(std::string_view stored, std::string_view wanted);
 
 /// Adds tables, columns and indexes that the stored schema lacks, and fills text tables. Within a write

@@ -274,8 +274,9 @@ void StoreObject::putAttribute(const Slot& slot, Value value)
     if (isInserted() || slot.kind == SlotKind::largeAttribute) {
         _overlay->change(slot, std::move(value));
     } else {
-        const Row* stored = row();
-        const bool isStored = stored && valueOf(slot, stored->value(slot.field)) == value;
+        const Row* held = row();
+        const Value stored = held ? valueOf(slot, held->value(slot.field)) : Value();
+        const bool isStored = held && stored == value && stored.kind() == value.kind();
         if (isStored && !_overlay->isChanged(slot)) {
             _overlay->remove(slot);
             return;
