@@ -19,6 +19,13 @@ Home::Home()
     if (!mkdtemp(name.data()))
         throw std::runtime_error("no home");
     _path = name;
+    // Another user who plays here must be able to walk in.
+    for (auto folder = _path; folder != fs::path("/tmp") && folder != folder.root_path();
+         folder = folder.parent_path()) {
+        std::error_code notOurs;
+        fs::permissions(
+            folder, fs::perms::group_exec | fs::perms::others_exec, fs::perm_options::add, notOurs);
+    }
 }
 
 Home::~Home()

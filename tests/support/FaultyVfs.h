@@ -22,7 +22,8 @@ namespace test {
 /// Errors:    those that the hook answers.
 class FaultyVfs {
 public:
-    enum class Operation : std::uint8_t { write, sync, truncate, lock };
+    enum class Operation : std::uint8_t { read, write, sync, truncate, lock };
+    /// Those that a save can meet.
     static constexpr std::array kOperations{
         Operation::write, Operation::sync, Operation::truncate, Operation::lock};
 
@@ -108,6 +109,12 @@ private:
         return result;
     }
 
+    static int read(sqlite3_file* file, void* bytes, int count, sqlite3_int64 offset)
+    {
+        const int fault = ask(file, Operation::read);
+        return fault ? fault : real(file)->pMethods->xRead(real(file), bytes, count, offset);
+    }
+
     static int write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset)
     {
         const int fault = ask(file, Operation::write);
@@ -150,11 +157,8 @@ private:
 inline const sqlite3_io_methods* FaultyVfs::methods()
 {
     static const sqlite3_io_methods table{3,
-        [](sqlite3_file* file) { return real(file)->pMethods->xClose(real(file)); },
-        [](sqlite3_file* file, void* bytes, int count, sqlite3_int64 offset) {
-            return real(file)->pMethods->xRead(real(file), bytes, count, offset);
-        },
-        write, truncate, sync,
+        [](sqlite3_file* file) { return real(file)->pMethods->xClose(real(file)); }, read, write, truncate,
+        sync,
         [](sqlite3_file* file, sqlite3_int64* size) {
             return real(file)->pMethods->xFileSize(real(file), size);
         },

@@ -34,7 +34,7 @@ std::string takeFile(const std::filesystem::path& path)
 }
 
 /// In the child: nothing but what becomes another program is done between fork and exec.
-[[noreturn]] void become(const std::string& role, const Words& words, const Stage& stage,
+[[noreturn]] void become(std::string program, const std::string& role, const Words& words, const Stage& stage,
     const std::string& answer, const std::string& log)
 {
     if (!std::freopen(answer.c_str(), "w", stdout) || !std::freopen(log.c_str(), "w", stderr))
@@ -45,7 +45,6 @@ std::string takeFile(const std::filesystem::path& path)
     if (stage.user != 0 && (setgid(stage.user) != 0 || setuid(stage.user) != 0))
         _exit(failed);
     std::string flag = std::string(roleFlag) + role;
-    std::string program = "/proc/self/exe";
     std::vector<char*> arguments{program.data(), flag.data()};
     std::vector<std::string> copies = words;
     for (auto& word : copies)
@@ -65,9 +64,11 @@ Outcome play(const std::string& role, const Words& words, const Stage& stage)
     const auto base = std::filesystem::temp_directory_path()
         / ("role-" + std::to_string(getpid()) + "-" + std::to_string(++number));
     const std::string answer = base.string() + ".answer", log = base.string() + ".log";
+    // Programs find their preferences by their name.
+    const std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
     const pid_t child = fork();
     if (child == 0)
-        become(role, words, stage, answer, log);
+        become(program, role, words, stage, answer, log);
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) { }
     return {
