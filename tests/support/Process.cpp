@@ -1,3 +1,4 @@
+// How a program is started, ended and read.
 #include "support/Process.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// Where a test of the tool lives.
 #include "tool/ToolWorld.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// The words, the JSON and the bar of an import.
 #include "ImportOutput.h"
 
 #include "CardJson.h"

@@ -1,3 +1,4 @@
+// How cards are prepared on one thread and handed to another.
 #include "interchange/import/CardFeed.h"
 
 #include "interchange/import/ImportFile.h"

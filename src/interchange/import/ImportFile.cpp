@@ -1,3 +1,4 @@
+// How a file is read whole or mapped.
 #include "interchange/import/ImportFile.h"
 
 #include "platform/files/FileDescriptor.h"

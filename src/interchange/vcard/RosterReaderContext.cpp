@@ -1,3 +1,4 @@
+// Where the answers for a reader of cards come from.
 #include "interchange/vcard/RosterReaderContext.h"
 
 #include "core/ZRConstants.h"

@@ -1,3 +1,4 @@
+// How a value of a card is set on a person.
 #include "interchange/vcard/ZRVCardPersonValueSetter.h"
 
 #include "core/ZRPerson.h"
