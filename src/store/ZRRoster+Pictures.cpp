@@ -36,9 +36,12 @@ bool ZRRoster::nts_writePictures()
     if (_state->pictures.empty())
         return true;
     auto written = platform::makePrivateDirectory(rosterImagesDirectory());
+    std::vector<platform::FileContents> files;
     for (const auto& [of, data] : _state->pictures)
-        if (written && data.isData())
-            written = platform::writeFileAtomically(picturePath(of.first, of.second), data.asBytes());
+        if (data.isData())
+            files.push_back({picturePath(of.first, of.second), data.asBytes()});
+    if (written)
+        written = platform::writeFilesAtomically(files);
     if (written)
         return true;
     _state->lastSaveError = written.error();

@@ -7,9 +7,11 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -95,6 +97,50 @@ private:
     FileDescriptor _file;
 };
 
+/// So many files are open at once.
+constexpr std::size_t kWrittenTogether = 64;
+
+struct Replacement {
+    explicit Replacement(const FileContents& wanted)
+        : contents(wanted), target(behindLinks(wanted.path)), file(target)
+    {
+    }
+
+    const FileContents& contents;
+    std::string target;
+    NewFile file;
+};
+
+/// Each step for all files before the next step: what the disk has to write is then waiting for it when the
+/// first of them asks, and the others find it done.
+Result<void> replaceTogether(std::span<const FileContents> files, mode_t mode)
+{
+    std::deque<Replacement> replacements(files.begin(), files.end());
+    std::string synced;
+    const struct {
+        FileStep step;
+        const char* failure;
+        std::function<int(Replacement&)> run;
+    } steps[] = {
+        {FileStep::create, "cannot make a new file beside it", [&](auto& r) { return r.file.create(mode); }},
+        {FileStep::write, "cannot write", [](auto& r) { return r.file.write(r.contents.bytes); }},
+        {FileStep::sync, "cannot write to the disk", [](auto& r) { return r.file.sync(); }},
+        {FileStep::rename, "cannot replace", [](auto& r) { return r.file.renameTo(r.target); }},
+        {FileStep::syncDirectory, "cannot write its directory to the disk",
+            [&](auto& r) {
+                const auto folder = folderOf(r.target);
+                return folder == std::exchange(synced, folder) ? 0 : syncDirectory(folder);
+            }},
+    };
+    for (const auto& [step, failure, run] : steps)
+        for (auto& replacement : replacements) {
+            const int fault = injected(step, replacement.contents.path);
+            if (const int code = fault ? fault : run(replacement))
+                return fileError(replacement.contents.path, failure, code);
+        }
+    return {};
+}
+
 } // namespace
 
 Error fileError(std::string_view path, std::string_view what, int code)
@@ -128,24 +174,17 @@ Result<std::string> readFile(const std::string& path)
 
 Result<void> writeFileAtomically(const std::string& path, std::string_view bytes, mode_t mode)
 {
-    const auto target = behindLinks(path);
-    NewFile file(target);
-    const struct {
-        FileStep step;
-        const char* failure;
-        std::function<int()> run;
-    } steps[] = {
-        {FileStep::create, "cannot make a new file beside it", [&] { return file.create(mode); }},
-        {FileStep::write, "cannot write", [&] { return file.write(bytes); }},
-        {FileStep::sync, "cannot write to the disk", [&] { return file.sync(); }},
-        {FileStep::rename, "cannot replace", [&] { return file.renameTo(target); }},
-        {FileStep::syncDirectory, "cannot write its directory to the disk",
-            [&] { return syncDirectory(folderOf(target)); }},
-    };
-    for (const auto& [step, failure, run] : steps) {
-        const int fault = injected(step, path);
-        if (const int code = fault ? fault : run())
-            return fileError(path, failure, code);
+    const FileContents contents{path, bytes};
+    return replaceTogether({&contents, 1}, mode);
+}
+
+Result<void> writeFilesAtomically(std::span<const FileContents> files, mode_t mode)
+{
+    while (!files.empty()) {
+        const auto few = files.first(std::min(files.size(), kWrittenTogether));
+        if (auto written = replaceTogether(few, mode); !written)
+            return written;
+        files = files.subspan(few.size());
     }
     return {};
 }

@@ -5,6 +5,7 @@
 #include "platform/value/Error.h"
 
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -24,6 +25,16 @@ Result<std::string> readFile(const std::string& path);
 /// cut; on an error the former file is untouched and nothing is left beside it. (Only when the very last
 /// step, writing the directory to the disk, fails, does the new file lie there already.) A link is followed.
 Result<void> writeFileAtomically(const std::string& path, std::string_view bytes, mode_t mode = 0600);
+
+/// What a file is to hold; the bytes are borrowed.
+struct FileContents {
+    std::string path;
+    std::string_view bytes;
+};
+
+/// The same for many files, which wait for the disk together instead of one after the other. On an error some
+/// of them may be in place already, each of them whole.
+Result<void> writeFilesAtomically(std::span<const FileContents> files, mode_t mode = 0600);
 
 /// Makes a directory with all those above it, each new one with mode octal 700. One that exists will do.
 Result<void> makePrivateDirectory(const std::string& path);

@@ -55,6 +55,28 @@ TEST_F(FileWriting, TellsOfAFileThatMayNotSurviveAPowerCut)
     EXPECT_FALSE(writeFileAtomically(folder / "f", "new"));
 }
 
+// More files than are written together; the last one fails.
+TEST_F(FileWriting, WritesManyFilesAndLeavesEachWholeWhenOneFails)
+{
+    std::vector<FileContents> files;
+    for (int i = 0; i < 150; ++i)
+        files.push_back({folder / std::to_string(i), "old"});
+    ASSERT_TRUE(writeFilesAtomically(files));
+    for (auto& file : files) {
+        EXPECT_EQ(bytesOf(file.path), "old");
+        file.bytes = "new";
+    }
+    setFileFault([&](FileStep step, const std::string& path) {
+        return step == FileStep::sync && path == files.back().path ? EIO : 0;
+    });
+    const auto written = writeFilesAtomically(files);
+    ASSERT_FALSE(written);
+    EXPECT_THAT(written.error().text, testing::HasSubstr(files.back().path));
+    EXPECT_EQ(bytesOf(files.front().path), "new");
+    EXPECT_EQ(bytesOf(files.back().path), "old");
+    EXPECT_EQ(folder.names().size(), files.size()) << "nothing is left beside them";
+}
+
 TEST_F(FileWriting, FollowsTheUsersLink)
 {
     put(folder / "elsewhere/f", "old");
