@@ -60,7 +60,7 @@ public:
 
     std::size_t count()
     {
-        if (isByMemory())
+        if (isByMemory() || _pending.isPointQuery())
             return objects().size();
         std::size_t total = _pending.matches().size();
         for (const Family* family : _fetch.entity->families()) {
@@ -93,7 +93,8 @@ private:
         const std::size_t first = found.size();
         while (query->step())
             if (ObjectRef object = withRows ? objectWithRow(family, *query) : objectAsFault(*query))
-                found.push_back(std::move(object));
+                if (!_pending.skips(*object))
+                    found.push_back(std::move(object));
         query->reset();
         if (!isByMemory())
             return;
@@ -164,7 +165,7 @@ private:
         for (const auto& [slot, ascending] : _order.keys())
             sql += fmt::format("{}{}, ", slot->column, ascending ? "" : " DESC");
         sql += "\"_key\"";
-        if (_fetch.limit == kNoLimit || isByMemory())
+        if (_fetch.limit == kNoLimit || isByMemory() || _pending.isPointQuery())
             return sql;
         // The number is ours, and preparing each limit once would cost more than its text.
         const std::size_t needed = _fetch.limit + std::min(_fetch.offset, kNoLimit - _fetch.limit);

@@ -221,8 +221,18 @@ void ContextState::touchOwner(StoreObject& object)
         touch(*found);
 }
 
+void ContextState::noteText(StoreObject& object, const Slot& slot)
+{
+    for (auto& index : pendingIndexes)
+        if (&index.slot() == &slot)
+            if (const FieldValue field = ObjectAccess::fieldIfKnown(object, slot);
+                field.kind == FieldKind::text)
+                index.add(object, field.bytes);
+}
+
 void ContextState::forgetChanges()
 {
+    pendingIndexes.clear();
     for (const auto& object : changed) {
         clearPending(*object);
         ObjectAccess::drop(*object, ObjectAccess::kListed);

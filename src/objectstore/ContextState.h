@@ -4,6 +4,7 @@
 #include "objectstore/KeyTable.h"
 #include "objectstore/Links.h"
 #include "objectstore/ObjectAccess.h"
+#include "objectstore/PendingIndex.h"
 #include "objectstore/StoreContext.h"
 #include "objectstore/StoreState.h"
 #include "objectstore/Transaction.h"
@@ -92,6 +93,8 @@ struct ContextState {
     /// Ends of links to something deleted, by store and key: the objects need not be here.
     std::unordered_set<StoreId> touchedIds;
     Links links;
+    /// Made by the first fetch that asks for one text of an indexed key while much is unsaved.
+    std::vector<PendingIndex> pendingIndexes;
     /// Deleted, with the delete rules still to be applied.
     ObjectList toPropagate;
     /// Grows whenever remembered keys of relationships may be outdated.
@@ -128,6 +131,8 @@ struct ContextState {
     void markChanged(StoreObject& object);
     void touch(StoreObject& object);
     void touchOwner(StoreObject& object);
+    /// Tells the pending indexes that a slot was set.
+    void noteText(StoreObject& object, const Slot& slot);
     void setPending(StoreObject& object, std::uint32_t bit);
     void clearPending(StoreObject& object);
     void forgetChanges();

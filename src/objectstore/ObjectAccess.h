@@ -55,6 +55,8 @@ struct ObjectAccess {
                 return value->asInteger();
         return object._row ? object._row->integer(slot.field) : 0;
     }
+    /// The field as it stands, without a look at the store: absent when no row is here.
+    static FieldValue fieldIfKnown(const StoreObject& object, const Slot& slot);
     static StoreObject*& nextGone(StoreObject& object) { return object._nextGone; }
     static void destroy(StoreObject* object) { delete object; }
 

@@ -41,6 +41,14 @@ FieldValue fieldOf(const Value& value)
     return field;
 }
 
+FieldValue ObjectAccess::fieldIfKnown(const StoreObject& object, const Slot& slot)
+{
+    if (object._overlay)
+        if (const Value* value = object._overlay->find(slot))
+            return fieldOf(*value);
+    return object._row ? object._row->value(slot.field) : FieldValue();
+}
+
 Value valueOf(const Slot& slot, const FieldValue& field)
 {
     switch (field.kind) {
@@ -287,6 +295,7 @@ void StoreObject::putAttribute(const Slot& slot, Value value)
             _overlay->change(slot, std::move(value));
     }
     operation->markChanged(*this);
+    operation->noteText(*this, slot);
 }
 
 void StoreObject::finishSet(const Slot& slot)

@@ -5,12 +5,18 @@
 #include "objectstore/PredicateSQL.h"
 #include "objectstore/RowReader.h"
 
+#include <algorithm>
+#include <variant>
+
 namespace objectstore {
 
 PendingMatches::PendingMatches(ContextState& context, PersistentStore& store, const StoreFetch& fetch)
     : _context(context), _store(store), _fetch(fetch)
 {
     if (context.changed.empty() && context.touched.empty() && context.touchedIds.empty())
+        return;
+    _unassigned = &context.requireStore(nullptr);
+    if (considerPoint())
         return;
     std::vector<std::int64_t> keys;
     for (const auto& object : context.changed)
@@ -34,6 +40,49 @@ PendingMatches::PendingMatches(ContextState& context, PersistentStore& store, co
     _needsMemory = fetch.predicate && changesBehind();
 }
 
+namespace {
+
+/// Below this, asking each is as fast.
+constexpr std::size_t kFewChanges = 64;
+
+/// The slot that a predicate compares with one whole text, and nothing else; or null.
+const Slot* pointSlot(const StoreFetch& fetch, std::string_view& text)
+{
+    if (!fetch.predicate || fetch.entity->owner())
+        return nullptr;
+    const auto* test = std::get_if<StorePredicate::Comparison>(&fetch.predicate->form());
+    if (!test || test->comparator != Comparator::equal || test->option != TextOption::exact || test->mask
+        || !test->operand.variable.empty() || !test->operand.value.isString())
+        return nullptr;
+    const Slot* slot = fetch.entity->slot(test->keyPath);
+    if (!slot || slot->kind != SlotKind::attribute || !slot->hasColumn() || slot->lazy
+        || (slot->flags & (kIndexed | kUnique)) == 0)
+        return nullptr;
+    text = test->operand.value.asText();
+    return slot;
+}
+
+} // namespace
+
+/// One text of one indexed key: the few who have it are looked up, and nobody else is asked.
+bool PendingMatches::considerPoint()
+{
+    std::string_view text;
+    const Slot* slot = _context.changed.size() < kFewChanges ? nullptr : pointSlot(_fetch, text);
+    if (!slot)
+        return false;
+    auto& indexes = _context.pendingIndexes;
+    auto index = std::ranges::find(indexes, slot, [](const PendingIndex& one) { return &one.slot(); });
+    if (index == indexes.end())
+        index = indexes.emplace(indexes.end(), *slot);
+    index->update(_context.changed);
+    std::vector<std::int64_t> ignored;
+    for (StoreObject* object : index->find(text))
+        if (object->hasChanges())
+            consider(*object, ignored);
+    return _isPointQuery = true;
+}
+
 bool PendingMatches::isWanted(const StoreObject& object) const
 {
     return _fetch.includesSubentities ? object.entity().isKindOf(*_fetch.entity)
@@ -44,7 +93,7 @@ void PendingMatches::consider(StoreObject& object, std::vector<std::int64_t>& ke
 {
     if (!isWanted(object) || ObjectAccess::is(object, ObjectAccess::kGone))
         return;
-    const PersistentStore* store = object.store() ? object.store() : &_context.requireStore(nullptr);
+    const PersistentStore* store = object.store() ? object.store() : _unassigned;
     if (store != &_store)
         return;
     if (object.key() > 0)

@@ -29,9 +29,15 @@ public:
     bool hasDeletedOwners() const { return _deletedOwners.size() > 2; }
     const std::string& deletedOwners() const { return _deletedOwners; }
 
+    /// Whether few rows can fit: then no keys are left out of the SQL, and its rows are looked at with
+    /// `skips`.
+    bool isPointQuery() const { return _isPointQuery; }
+    bool skips(const StoreObject& object) const { return _isPointQuery && object.hasChanges(); }
+
     ObjectList matches() const;
 
 private:
+    bool considerPoint();
     bool isWanted(const StoreObject& object) const;
     void consider(StoreObject& object, std::vector<std::int64_t>& keys);
     void considerTouchedIds(std::vector<std::int64_t>& keys);
@@ -40,7 +46,9 @@ private:
     ContextState& _context;
     PersistentStore& _store;
     const StoreFetch& _fetch;
+    PersistentStore* _unassigned = nullptr;
     bool _needsMemory = false;
+    bool _isPointQuery = false;
     std::string _keys;
     std::string _deletedOwners;
     ObjectList _candidates;

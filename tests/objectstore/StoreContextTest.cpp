@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <thread>
 
 namespace test {
@@ -99,6 +100,44 @@ TEST_F(StoreContextTest, AFetchAnswersForUnsavedChanges)
     const auto before = names(byName());
     must(context->save());
     EXPECT_EQ(names(byName()), before);
+}
+
+// With much unsaved, one text of an indexed key is looked up instead of asked of each.
+TEST_F(StoreContextTest, FindsOneTextAmongManyUnsavedObjects)
+{
+    ObjectList authors;
+    for (int i = 0; i < 100; ++i)
+        authors.push_back(addAuthor(*context, "Saved " + std::to_string(i)));
+    must(context->save());
+    for (int i = 0; i < 100; ++i) {
+        authors[static_cast<std::size_t>(i)]->setValueForKey("visits", 1);
+        authors.push_back(addAuthor(*context, "New " + std::to_string(i)));
+    }
+    const auto find = [&](std::string_view name) {
+        StoreFetch fetch(
+            entityNamed("Author"), StorePredicate::compare("name", os::Comparator::equal, std::string(name)));
+        const ObjectList found = must(context->runFetch(fetch));
+        EXPECT_EQ(must(context->countFetch(fetch)), found.size());
+        fetch.limit = 1;
+        EXPECT_EQ(must(context->runFetch(fetch)).size(), std::min<std::size_t>(found.size(), 1));
+        return found;
+    };
+    EXPECT_THAT(find("Saved 7"), ElementsAre(authors[7]));
+    EXPECT_THAT(find("New 7"), ElementsAre(authors[107]));
+    authors[7]->setValueForKey("name", "New 7");
+    authors[8]->setPrimitiveValue(authors[8]->slot("name"), "New 7");
+    authors[107]->setValueForKey("name", Value());
+    context->deleteObject(*authors[9]);
+    EXPECT_THAT(find("Saved 7"), ElementsAre());
+    EXPECT_THAT(find("Saved 9"), ElementsAre());
+    EXPECT_THAT(find("New 7"), ElementsAre(authors[7], authors[8]));
+    authors[7]->setValueForKey("name", "Saved 7");
+    authors.push_back(addAuthor(*context, "New 7"));
+    EXPECT_THAT(find("Saved 7"), ElementsAre(authors[7]));
+    EXPECT_THAT(find("New 7"), ElementsAre(authors[8], authors.back()));
+    context->refreshObject(*authors[8], false);
+    EXPECT_THAT(find("Saved 8"), ElementsAre(authors[8]));
+    EXPECT_THAT(find("New 7"), ElementsAre(authors.back()));
 }
 
 TEST_F(StoreContextTest, AnOwnerCountsAsChangedWithItsParts)
