@@ -213,22 +213,35 @@ void nts_closeStore(const std::string& path)
         shared.byPath.erase(known);
 }
 
+// The roster's own monitor comes after the lock of its context, so it is free while a store is opened; of two
+// threads that come here at once, the second one waits at the shared monitor and finds what the first one
+// made.
 Ref<ZRManagedObjectContext> ZRRoster::managedObjectContext()
 {
-    const platform::Lock guard(_state->monitor);
-    if (_state->context || _state->kind == State::Kind::inMemory || _state->openingFailed)
-        return _state->context;
+    const auto known = [this] {
+        const platform::Lock guard(_state->monitor);
+        const bool isSettled =
+            _state->context || _state->kind == State::Kind::inMemory || _state->openingFailed;
+        return std::pair(isSettled, _state->context);
+    };
+    if (const auto [isSettled, context] = known(); isSettled)
+        return context;
+    const platform::Lock oneAtATime(sharedCoordinators().monitor);
+    if (const auto [isSettled, context] = known(); isSettled)
+        return context;
     ZRStoreOpening opening = nts_openStore(rosterObjectStoreDatabaseFile());
-    _state->openingFailed = !opening.context;
-    if (!opening.context)
+    if (!opening.context) {
+        const platform::Lock guard(_state->monitor);
+        _state->openingFailed = true;
         return nullptr;
+    }
     if (opening.loadFailure)
         _state->flags.restoreFromMetaData = true;
     if (opening.runsWithoutFile)
         _state->flags.readOnly = true;
     _state->holdsSharedStore = true;
-    setManagedObjectContext(std::move(opening.context), true);
-    return _state->context;
+    setManagedObjectContext(opening.context, true);
+    return opening.context;
 }
 
 Ref<ZRManagedObjectContext> ZRRoster::nts_mailRecentsManagedObjectContext()
@@ -251,14 +264,15 @@ void ZRRoster::setManagedObjectContext(Ref<ZRManagedObjectContext> context)
 
 void ZRRoster::setManagedObjectContext(Ref<ZRManagedObjectContext> context, bool takingOwnership)
 {
-    const platform::Lock guard(_state->monitor);
     if (context) {
         context->setMergePolicy(objectstore::MergePolicy::memoryWins);
         if (takingOwnership)
             context->setOwningRoster(this);
     }
+    auto coordinator = context ? context->coordinator() : nullptr;
+    const platform::Lock guard(_state->monitor);
     _state->ownsContext = takingOwnership;
-    _state->coordinator = context ? context->coordinator() : nullptr;
+    _state->coordinator = std::move(coordinator);
     _state->context = std::move(context);
     observeSaves();
 }
