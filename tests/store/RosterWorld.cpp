@@ -1,3 +1,4 @@
+// How the tests set a roster up, and act as other processes.
 #include "store/RosterWorld.h"
 
 #include "platform/files/Files.h"
