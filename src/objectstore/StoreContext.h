@@ -127,7 +127,8 @@ public:
 
     /// Writes all changes, one transaction a store; durable when it answers. Without changes it does nothing
     /// and posts nothing. Rows that others changed meanwhile are merged: see MergePolicy and UnitDescription;
-    /// what others deleted stays deleted, and is logged.
+    /// what others deleted stays deleted, and is logged. With changes in several stores all are written
+    /// before the first commit, but a crash between two commits leaves the first.
     platform::Result<void> save();
     /// Forgets every object and every unsaved change. Objects that are still owned read as absent.
     void reset();

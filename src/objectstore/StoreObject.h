@@ -63,7 +63,9 @@ struct StoreId {
 ///            time: the object then waits for the next holder of the lock.
 /// Errors:    an unknown key, or a value of a wrong type, throws InvalidKey. Reading an object whose row is
 ///            gone throws InaccessibleObject; a store that cannot be read throws StoreFailure. An object that
-///            was deleted and saved, or whose context is gone, has no context and reads as absent.
+///            was deleted and saved has no context: what was read of it stays readable, so that observers can
+///            ask who it was, the rest reads as absent, and setting throws InaccessibleObject. After its
+///            context has gone or was reset, an object reads as absent.
 class StoreObject : public platform::Object {
 public:
     const Entity& entity() const { return *_entity; }
