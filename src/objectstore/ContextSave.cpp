@@ -93,6 +93,7 @@ private:
     void askObjects()
     {
         std::size_t changed = 0, touched = 0;
+        _asked.reserve(_context.changed.size() + _context.touched.size());
         while (changed < _context.changed.size() || touched < _context.touched.size()) {
             const ObjectRef object =
                 changed < _context.changed.size() ? _context.changed[changed++] : _context.touched[touched++];

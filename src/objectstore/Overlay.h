@@ -4,6 +4,7 @@
 #include "objectstore/Model.h"
 #include "platform/value/Value.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -53,9 +54,15 @@ public:
             if (_present.has(slot->index) && !_changed.has(slot->index) && !slot->isTransient())
                 remove(*slot);
     }
-    /// Forgets everything but transient values.
+    /// Forgets everything but transient values; with none of them, which is the rule, all at once.
     void removeAllStored(const Entity& entity)
     {
+        const bool keepsSome = std::ranges::any_of(entity.slots(),
+            [this](const Slot* slot) { return slot->isTransient() && _present.has(slot->index); });
+        if (!keepsSome) {
+            *this = Overlay();
+            return;
+        }
         for (const Slot* slot : entity.slots())
             if (!slot->isTransient())
                 remove(*slot);

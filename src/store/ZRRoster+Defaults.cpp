@@ -68,11 +68,11 @@ void seedPreferences()
     Defaults defaults = defaultsOfLanguages();
     if (const auto encoding = defaults.find(zr::kZR21vCardEncoding); encoding != defaults.end())
         defaults.emplace(std::string(zr::kZR21vCardEncoding) + "-localized", encoding->second);
-    const auto preferences = ZRUserDefaults::rosterPreferences();
-    for (const auto& [key, value] : defaults)
-        if (preferences->objectForKey(key).isAbsent())
-            preferences->setObject(value, key);
-    preferences->synchronize();
+    std::vector<platform::Dictionary::Entry> entries(defaults.begin(), defaults.end());
+    const auto added = platform::Preferences::shared().addMissing(
+        ZRUserDefaults::rosterPreferences()->applicationID(), Value::dictionary(std::move(entries)));
+    if (!added)
+        platform::log(fmt::format("cannot seed the preferences: {}", added.error().text));
 }
 
 std::atomic<std::int64_t>& nameOrdering()

@@ -141,7 +141,9 @@ struct Preferences::State {
     }
 
     /// Answers whether anything was changed.
-    Result<bool> write(const std::string& path, std::string_view key, const Value& value)
+    /// Replaces the entries of a file by what `edit` makes of them; answers whether anything changed.
+    template <class Edit>
+    Result<bool> write(const std::string& path, Edit&& edit)
     {
         if (auto made = makePrivateDirectory(Directories::current()->configHome()); !made)
             return made.error();
@@ -156,8 +158,8 @@ struct Preferences::State {
                 return fileError(path, "is left alone, since it cannot be read", EINVAL);
             before = domain.entries;
         }
-        const auto after = changed(before, key, value);
-        if (after == before && before[key].kind() == after[key].kind())
+        const Value after = edit(before);
+        if (after.isAbsent())
             return false;
         const auto bytes = encodePropertyList(after, PropertyListFormat::binary);
         if (!bytes)
@@ -188,11 +190,34 @@ Value Preferences::get(std::string_view domain, std::string_view key)
 
 Result<void> Preferences::set(std::string_view domain, std::string_view key, const Value& value)
 {
-    const auto written = _state->write(fileOf(domain), key, value);
+    const auto written = _state->write(fileOf(domain), [&](const Value& before) {
+        const Value after = changed(before, key, value);
+        const bool isSame = after == before && before[key].kind() == after[key].kind();
+        return isSame ? Value() : after;
+    });
     if (!written)
         return written.error();
     if (*written)
         _state->observers.call(std::string(domain), std::string(key));
+    return {};
+}
+
+Result<void> Preferences::addMissing(std::string_view domain, const Value& dictionary)
+{
+    std::vector<std::string> added;
+    const auto written = _state->write(fileOf(domain), [&](const Value& before) {
+        Value after = before;
+        for (const auto& [key, value] : dictionary.asDictionary()->entries())
+            if (before[key].isAbsent()) {
+                after = changed(after, key, value);
+                added.push_back(key);
+            }
+        return added.empty() ? Value() : after;
+    });
+    if (!written)
+        return written.error();
+    for (const auto& key : added)
+        _state->observers.call(std::string(domain), key);
     return {};
 }
 

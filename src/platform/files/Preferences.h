@@ -34,6 +34,9 @@ public:
     Result<void> set(std::string_view domain, std::string_view key, const Value& value);
     Result<void> remove(std::string_view domain, std::string_view key) { return set(domain, key, {}); }
 
+    /// Writes, all at once, the entries of a dictionary whose keys have no value in the file yet.
+    Result<void> addMissing(std::string_view domain, const Value& dictionary);
+
     /// The keys and values of the file, without the argument domain.
     std::vector<std::string> keys(std::string_view domain);
     Value dictionary(std::string_view domain);
