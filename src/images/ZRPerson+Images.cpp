@@ -38,7 +38,10 @@ bool writePicture(const std::string& path, const std::string& directory, const V
 
 } // namespace
 
-std::string ZRPerson::nts_imageNameForPerson() const { return nts_UniqueId().substr(0, kZRUniqueIdTextLength); }
+std::string ZRPerson::nts_imageNameForPerson() const
+{
+    return nts_UniqueId().substr(0, kZRUniqueIdTextLength);
+}
 std::string ZRPerson::_imageNameForPerson() const { return nts_imageNameForPerson(); }
 
 std::optional<std::string> ZRPerson::nts_PathForUIDTaggedImageOfKind(std::string_view kind) const
@@ -110,10 +113,11 @@ bool ZRPerson::nts_SetImageData(const Value& data, std::string_view kind)
     if (!path)
         return false;
     const auto& setUserPicture = ZRServices::registered().setUserPicture;
-    const bool isUsers = kind == zr::kZRImageProperty && setUserPicture && roster.nts_IsMe(*this) && setUserPicture(data);
+    const bool isUsers =
+        kind == zr::kZRImageProperty && setUserPicture && roster.nts_IsMe(*this) && setUserPicture(data);
     if (!isUsers) {
-        // A picture of a card that is not saved yet waits for the save: a card whose picture is missing must not
-        // come to be, and a file of a card that never comes is litter.
+        // A picture of a card that is not saved yet waits for the save: a card whose picture is missing must
+        // not come to be, and a file of a card that never comes is litter.
         if (roster.nts_KeepsPictures() && zrDatabaseImpl() && zrDatabaseImpl()->isInserted()) {
             roster.nts_KeepPicture(nts_UniqueId(), kind, data);
         } else if (data.isNothing()) {
@@ -124,7 +128,8 @@ bool ZRPerson::nts_SetImageData(const Value& data, std::string_view kind)
         }
     }
     nts_Touch();
-    platform::NotificationCenter::shared().post({imageDidChange, Ref<const platform::Object>(zrDatabaseImpl()), Value()});
+    platform::NotificationCenter::shared().post(
+        {imageDidChange, Ref<const platform::Object>(zrDatabaseImpl()), Value()});
     return true;
 }
 

@@ -1,9 +1,9 @@
 // What the user has chosen: values by domain and key, shared with every process of the user.
 #pragma once
 
-#include "platform/value/Export.h"
 #include "platform/notify/Subscription.h"
 #include "platform/value/Error.h"
+#include "platform/value/Export.h"
 #include "platform/value/Value.h"
 
 #include <memory>
