@@ -4,12 +4,12 @@
 #include "core/ZRPerson.h"
 #include "platform/files/Preferences.h"
 #include "store/ZRRoster.h"
+#include "support/Commands.h"
 #include "support/Measure.h"
 
 #include <fmt/format.h>
 #include <sqlite3.h>
 
-#include <charconv>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -171,27 +171,13 @@ int add(const std::string& directory, std::size_t cards)
     return 0;
 }
 
-struct Command {
-    std::string_view name;
-    int (*run)(const std::string& directory, std::size_t count);
-};
-constexpr Command kCommands[] = {{"open", listFirst}, {"list", listAll}, {"edit", edit}, {"add", add}};
+constexpr bench::Command kCommands[] = {{"open", listFirst}, {"list", listAll}, {"edit", edit}, {"add", add}};
 
 } // namespace
 
 int main(int count, char** arguments)
 {
-    std::size_t number = 0;
-    if (count == 4) {
-        const std::string_view text = arguments[3];
-        std::from_chars(text.data(), text.data() + text.size(), number);
-    }
-    for (const Command& command : kCommands)
-        if (number > 0 && command.name == arguments[1])
-            return command.run(arguments[2], number);
-    fmt::print(stderr,
-        "usage: {} open ROSTER LIMIT | list ROSTER 1 | edit ROSTER EDITS | add ROSTER CARDS\n"
-        "edit and add change the roster: give them a copy.\n",
-        arguments[0]);
-    return 2;
+    return bench::runCommand(kCommands, {arguments, static_cast<std::size_t>(count)},
+        "open ROSTER LIMIT | list ROSTER 1 | edit ROSTER EDITS | add ROSTER CARDS\n"
+        "edit and add change the roster: give them a copy.");
 }

@@ -1,6 +1,7 @@
 // What keeping cards costs plain SQLite in the engine's own schema: fill, edit, add, open, list.
 #include "floor/Database.h"
 #include "floor/StoreRows.h"
+#include "support/Commands.h"
 #include "support/Measure.h"
 
 #include <fcntl.h>
@@ -9,7 +10,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -278,29 +278,14 @@ int list(const std::string& path, std::size_t runs)
     return 0;
 }
 
-struct Command {
-    std::string_view name;
-    int (*run)(const std::string& store, std::size_t count);
-};
-constexpr Command kCommands[] = {
+constexpr bench::Command kCommands[] = {
     {"import", fill}, {"pictures", pictures}, {"edit", edit}, {"add", add}, {"open", open}, {"list", list}};
 
 } // namespace
 
 int main(int count, char** arguments)
 {
-    std::size_t number = 0;
-    if (count == 4) {
-        const std::string_view text = arguments[3];
-        std::from_chars(text.data(), text.data() + text.size(), number);
-    }
-    for (const Command& command : kCommands)
-        if (number > 0 && command.name == arguments[1])
-            return command.run(arguments[2], number);
-    fmt::print(stderr,
-        "usage: {} import STORE RUNS | pictures STORE RUNS | edit STORE EDITS | add STORE CARDS | open STORE "
-        "LIMIT | list STORE "
-        "RUNS\n",
-        arguments[0]);
-    return 2;
+    return bench::runCommand(kCommands, {arguments, static_cast<std::size_t>(count)},
+        "import STORE RUNS | pictures STORE RUNS | edit STORE EDITS | add STORE CARDS | open STORE LIMIT | "
+        "list STORE RUNS");
 }
