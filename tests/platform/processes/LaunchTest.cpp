@@ -1,0 +1,123 @@
+// What a launched program is given, and how its end is heard of.
+#include "platform/processes/Launch.h"
+#include "platform/files/Files.h"
+#include "support/Role.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <future>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace platform;
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+
+namespace {
+
+/// Launches and waits for the end.
+int statusOf(const LaunchRequest& request)
+{
+    auto ended = std::make_shared<std::promise<int>>();
+    auto status = ended->get_future();
+    if (const auto started = launch(request, [ended](int value) { ended->set_value(value); }); !started)
+        throw std::runtime_error(started.error().text);
+    if (status.wait_for(60s) != std::future_status::ready)
+        throw std::runtime_error("no end of the launched program in a minute");
+    return status.get();
+}
+
+LaunchRequest shell(std::string script, std::vector<std::string> words = {})
+{
+    words.insert(words.begin(), {"-c", std::move(script), "sh"});
+    return {.program = "/bin/sh", .arguments = std::move(words)};
+}
+
+std::string scratch(const std::string& name)
+{
+    return std::filesystem::temp_directory_path() / ("launch-" + std::to_string(getpid()) + "-" + name);
+}
+
+TEST(LaunchTest, HearsHowTheProgramEnded)
+{
+    const struct {
+        const char* script;
+        int status;
+    } cases[] = {{"exit 0", 0}, {"exit 3", 3}, {"kill -TERM $$", 128 + SIGTERM}};
+    for (const auto& [script, status] : cases)
+        EXPECT_EQ(statusOf(shell(script)), status) << script;
+}
+
+TEST(LaunchTest, RefusesWhatCannotBeStarted)
+{
+    for (const auto* program : {"/no/such/program", "sh", "", "/etc/passwd"}) {
+        const auto started = launch({.program = program});
+        ASSERT_FALSE(started) << program;
+        EXPECT_THAT(started.error().text, HasSubstr(program));
+    }
+}
+
+TEST(LaunchTest, HandsWordsOnAsTheyStand)
+{
+    const auto path = scratch("words");
+    auto request = shell("printf '%s|' \"$@\" \"$EXTRA\" > " + path, {"a b", "$(id)", "", "--x=é"});
+    request.environment = {{"EXTRA", "new"}};
+    ASSERT_EQ(statusOf(request), 0);
+    EXPECT_EQ(*readFile(path), "a b|$(id)||--x=é|new|");
+}
+
+// The host may block and ignore signals, and have open what nobody else should hold.
+TEST(LaunchTest, GivesAFreshStart)
+{
+    const auto path = scratch("state");
+    const int leaked = dup(STDERR_FILENO);
+    ASSERT_GE(leaked, 0);
+    const auto before = std::signal(SIGPIPE, SIG_IGN);
+    const int status = statusOf(shell("exec > " + path
+        + "; pwd; ls /proc/$$/fd; grep -E 'SigBlk|SigIgn' /proc/$$/status; readlink /proc/$$/fd/0 "
+          "/proc/$$/fd/2"));
+    std::signal(SIGPIPE, before);
+    close(leaked);
+    ASSERT_EQ(status, 0);
+    const auto state = *readFile(path);
+    EXPECT_EQ(
+        state, "/\n0\n1\n2\nSigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n/dev/null\n/dev/null\n");
+}
+
+TEST(LaunchTest, LeadsASessionOfItsOwn)
+{
+    const auto path = scratch("session");
+    ASSERT_EQ(statusOf(shell("echo $$ > " + path + "; cut -d' ' -f6 /proc/$$/stat >> " + path)), 0);
+    const auto text = *readFile(path);
+    const auto middle = text.find('\n');
+    EXPECT_EQ(text.substr(0, middle + 1), text.substr(middle + 1));
+}
+
+// A host that lets the system reap its children, or reaps them all itself, takes the status; nothing hangs.
+TEST(LaunchTest, SaysWhenTheHostTookTheStatus)
+{
+    const auto before = std::signal(SIGCHLD, SIG_IGN);
+    const int status = statusOf(shell("exit 4"));
+    std::signal(SIGCHLD, before);
+    EXPECT_EQ(status, -1);
+}
+
+TEST(LaunchTest, LeavesNoZombieAndNoOtherChildWithoutItsStatus)
+{
+    const pid_t own = fork();
+    if (own == 0)
+        _exit(7);
+    EXPECT_EQ(statusOf(shell("exit 0")), 0);
+    int status = 0;
+    ASSERT_EQ(waitpid(own, &status, 0), own);
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+    EXPECT_EQ(waitpid(-1, &status, WNOHANG), -1);
+}
+
+} // namespace
