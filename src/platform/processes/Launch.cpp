@@ -14,7 +14,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -99,6 +99,9 @@ Result<pid_t> spawn(const LaunchRequest& request)
     return process;
 }
 
+/// Through the kernel: the C library's declaration lacks its C linkage in some versions.
+int descriptorOf(pid_t process) { return static_cast<int>(syscall(SYS_pidfd_open, process, 0)); }
+
 /// Waits for one process. By its descriptor where the system has such: its number may be another's by now if
 /// the host waits for all children.
 int waitFor(pid_t process, const FileDescriptor& descriptor)
@@ -124,7 +127,7 @@ Result<void> launch(const LaunchRequest& request, LaunchEnd onExit)
     const auto process = spawn(request);
     if (!process)
         return process.error();
-    const auto descriptor = std::make_shared<FileDescriptor>(pidfd_open(*process, 0));
+    const auto descriptor = std::make_shared<FileDescriptor>(descriptorOf(*process));
     const bool waits =
         startThread("roster-reaper", [process = *process, descriptor, tell = std::move(onExit)] {
             const int status = waitFor(process, *descriptor);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <future>
@@ -78,16 +79,25 @@ TEST(LaunchTest, GivesAFreshStart)
     const auto path = scratch("state");
     const int leaked = dup(STDERR_FILENO);
     ASSERT_GE(leaked, 0);
+    sigset_t blocked, maskBefore;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGUSR1);
+    pthread_sigmask(SIG_BLOCK, &blocked, &maskBefore);
     const auto before = std::signal(SIGPIPE, SIG_IGN);
     const int status = statusOf(shell("exec > " + path
-        + "; pwd; ls /proc/$$/fd; grep -E 'SigBlk|SigIgn' /proc/$$/status; readlink /proc/$$/fd/0 "
-          "/proc/$$/fd/2"));
+        + "; pwd; ls /proc/$$/fd; readlink /proc/$$/fd/0 /proc/$$/fd/2;"
+          "exec grep -E 'SigBlk|SigIgn' /proc/self/status"));
     std::signal(SIGPIPE, before);
+    pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr);
     close(leaked);
     ASSERT_EQ(status, 0);
     const auto state = *readFile(path);
-    EXPECT_EQ(
-        state, "/\n0\n1\n2\nSigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n/dev/null\n/dev/null\n");
+    unsigned long long masked = 0, ignored = 0;
+    const std::string head = "/\n0\n1\n2\n/dev/null\n/dev/null\n";
+    ASSERT_EQ(state.substr(0, head.size()), head);
+    ASSERT_EQ(std::sscanf(state.c_str() + head.size(), "SigBlk: %llx SigIgn: %llx", &masked, &ignored), 2);
+    EXPECT_EQ(masked, 0U);
+    EXPECT_EQ(ignored & (1ULL << (SIGPIPE - 1)), 0U);
 }
 
 TEST(LaunchTest, LeadsASessionOfItsOwn)

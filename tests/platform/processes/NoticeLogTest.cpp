@@ -1,0 +1,247 @@
+// Who hears a notice when several processes post and listen at once, and one of them dies, stops or forks.
+#include "platform/processes/NoticeLog.h"
+#include "platform/processes/NoticeForm.h"
+#include "platform/processes/Waiting.h"
+#include "platform/run/Log.h"
+#include "platform/run/MainQueue.h"
+#include "support/Process.h"
+#include "support/Role.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+using namespace platform;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+/// Posts NAME 0, NAME 1, … COUNT-1, each with as many bytes as asked for.
+const test::Role poster("notice-poster", [](const test::Words& words) {
+    const auto center = makeNoticeLog(words.at(0));
+    const Value weight(std::string(std::stoul(words.at(3)), 'x'));
+    for (long i = 0, count = std::stol(words.at(2)); i < count; ++i)
+        center->post({words.at(1) + " " + std::to_string(i), std::nullopt, weight});
+    return std::string();
+});
+
+long peakKilobytes()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+/// Listens until "last"; answers how many notices it heard, whether it was told that it missed some, and by
+/// how many kilobytes its peak memory grew meanwhile.
+const test::Role listener("notice-listener", [](const test::Words& words) {
+    std::atomic<long> heard = 0;
+    std::atomic<bool> missed = false, ended = false;
+    const auto center = makeNoticeLog(words.at(0));
+    const auto token = center->subscribe({}, {}, [&](const DistributedNotification& notice) {
+        ++heard;
+        missed = missed || notice.name == kNoticesMissed;
+        ended = notice.name == "last";
+    });
+    std::ofstream(words.at(1)) << "listens";
+    const long before = peakKilobytes();
+    if (!test::eventually([&] { return ended.load(); }))
+        throw std::runtime_error("never heard the last");
+    std::ostringstream answer;
+    answer << heard << ' ' << missed << ' ' << peakKilobytes() - before;
+    return answer.str();
+});
+
+class NoticeLogTest : public testing::Test {
+protected:
+    ~NoticeLogTest() override { unlink(path.c_str()); }
+
+    Subscription hear(std::optional<std::string> name = {}, std::optional<std::string> object = {})
+    {
+        return center->subscribe(std::move(name), std::move(object),
+            [this](const DistributedNotification& notice) { heard.add(notice.name); });
+    }
+    void post(const std::string& name, std::optional<std::string> object = {}, Value userInfo = {})
+    {
+        center->post({name, std::move(object), std::move(userInfo)});
+    }
+    test::Process::Start poster(const std::string& name, long count, std::size_t weight = 10) const
+    {
+        return {.words = test::roleWords(
+                    "notice-poster", {path, name, std::to_string(count), std::to_string(weight)})};
+    }
+
+    const std::string path = test::freshPath("log");
+    const std::shared_ptr<DistributedNotificationCenter> center = makeNoticeLog(path);
+    test::Heard heard;
+};
+
+TEST_F(NoticeLogTest, TellsThePosterItselfByNameAndObject)
+{
+    post("before anybody listens");
+    test::Heard byObject;
+    const auto named = hear("A", "x");
+    const auto about = center->subscribe({}, "x", [&](const DistributedNotification& notice) {
+        byObject.add(notice.name + "=" + notice.userInfo.description());
+    });
+    post("A");
+    post("A", "y");
+    post("B", "x", 7);
+    post("A", "x", "text");
+    ASSERT_TRUE(heard.waitFor(1));
+    ASSERT_TRUE(byObject.waitFor(2));
+    EXPECT_THAT(heard.texts(), ElementsAre("A"));
+    EXPECT_THAT(byObject.texts(), ElementsAre("B=7", "A=text"));
+}
+
+TEST_F(NoticeLogTest, HearsNothingThatWasPostedWhileNobodyListened)
+{
+    {
+        const auto brief = hear();
+    }
+    post("nobody");
+    const auto token = hear();
+    post("somebody");
+    ASSERT_TRUE(heard.waitFor(1));
+    EXPECT_THAT(heard.texts(), ElementsAre("somebody"));
+}
+
+TEST_F(NoticeLogTest, RefusesATooLargeNoticeWithALine)
+{
+    const LogCapture log;
+    const auto token = hear();
+    post("huge", {}, Value(std::string(kLargestNotice + 1, 'x')));
+    post("small");
+    ASSERT_TRUE(heard.waitFor(1));
+    EXPECT_THAT(heard.texts(), ElementsAre("small"));
+    EXPECT_TRUE(log.contains("huge"));
+}
+
+TEST_F(NoticeLogTest, HearsEachOfManyPostersInItsOrder)
+{
+    constexpr int kPosters = 8, kEach = 300;
+    const auto token = hear();
+    std::vector<std::unique_ptr<test::Process>> posters;
+    for (int i = 0; i < kPosters; ++i)
+        posters.push_back(std::make_unique<test::Process>(poster(std::to_string(i), kEach)));
+    for (const auto& process : posters)
+        EXPECT_EQ(process->wait().status, 0);
+    ASSERT_TRUE(heard.waitFor(kPosters * kEach));
+    std::map<int, int> next;
+    for (const auto& text : heard.texts()) {
+        int who = 0, number = 0;
+        ASSERT_EQ(std::sscanf(text.c_str(), "%d %d", &who, &number), 2) << text;
+        ASSERT_EQ(number, next[who]++) << text;
+    }
+    EXPECT_EQ(heard.count(), static_cast<std::size_t>(kPosters) * kEach);
+}
+
+TEST_F(NoticeLogTest, GoesOnAfterPostersThatWereKilled)
+{
+    const auto token = hear();
+    for (int round = 0; round < 10; ++round) {
+        const auto before = heard.count();
+        test::Process process(poster("p", 1000000, 2000));
+        ASSERT_TRUE(heard.waitFor(before + 20));
+        process.kill(SIGKILL);
+        process.wait();
+        post("round " + std::to_string(round));
+        ASSERT_TRUE(
+            test::eventually([&] { return heard.texts().back() == "round " + std::to_string(round); }));
+    }
+}
+
+TEST_F(NoticeLogTest, CatchesUpAfterItWasStopped)
+{
+    const auto ready = test::freshPath("ready");
+    test::Process stopped({.words = test::roleWords("notice-listener", {path, ready})});
+    ASSERT_TRUE(test::eventually([&] { return std::filesystem::exists(ready); }));
+    stopped.kill(SIGSTOP);
+    // More than two files full.
+    ASSERT_EQ(test::run(poster("p", 10000, 1000)).status, 0);
+    post("last");
+    stopped.kill(SIGCONT);
+    const auto ended = stopped.wait();
+    ASSERT_EQ(ended.status, 0) << ended.err;
+    long count = 0, missed = 0, kilobytes = 0;
+    ASSERT_EQ(std::sscanf(ended.out.c_str(), "%ld %ld %ld", &count, &missed, &kilobytes), 3) << ended.out;
+    EXPECT_TRUE(missed == 1 || count == 10001) << ended.out;
+#ifndef SANITIZED
+    EXPECT_LT(kilobytes, 10 * 1024);
+#endif
+}
+
+TEST_F(NoticeLogTest, KeepsTheOrderWhenACallbackServesTheQueue)
+{
+    int number = 0;
+    const auto token = center->subscribe({}, {}, [&](const DistributedNotification& notice) {
+        heard.add(notice.name);
+        if (notice.name == "0")
+            for (; number < 20; ++number) {
+                post(std::to_string(number + 3));
+                MainQueue::shared().runOnce(0);
+            }
+    });
+    MainQueue::shared().sync([&] {
+        for (int i = 0; i < 3; ++i)
+            post(std::to_string(i));
+    });
+    ASSERT_TRUE(heard.waitFor(23));
+    for (int i = 0; i < 23; ++i)
+        EXPECT_EQ(heard.texts()[static_cast<std::size_t>(i)], std::to_string(i));
+}
+
+TEST_F(NoticeLogTest, DoesNothingInAForkedChild)
+{
+    const auto token = hear();
+    const pid_t child = fork();
+    if (child == 0) {
+        post("from the child");
+        const bool subscribed = bool(hear());
+        _exit(subscribed ? 1 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    post("from the parent");
+    ASSERT_TRUE(heard.waitFor(1));
+    EXPECT_THAT(heard.texts(), ElementsAre("from the parent"));
+}
+
+// A user has only so many watches; the listener then looks from time to time.
+TEST_F(NoticeLogTest, HearsWithoutAWatchOfTheKernel)
+{
+    MainQueue::shared().sync([] {});
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const int next = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    close(next);
+    // Room for the notice file itself and no more.
+    const rlimit narrow{static_cast<rlim_t>(next) + 1, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &narrow), 0);
+    const auto token = hear();
+    setrlimit(RLIMIT_NOFILE, &before);
+    post("seen");
+    ASSERT_TRUE(heard.waitFor(1));
+    EXPECT_THAT(heard.texts(), ElementsAre("seen"));
+}
+
+TEST(UserNoticeLogTest, IsOneForTheProcessInTheRuntimeDirectory)
+{
+    const auto log = userNoticeLog();
+    ASSERT_NE(log, nullptr);
+    EXPECT_EQ(userNoticeLog(), log);
+    log->post({"x", std::nullopt, {}});
+    EXPECT_TRUE(std::filesystem::exists(std::string(getenv("XDG_RUNTIME_DIR")) + "/roster-notices"));
+}
+
+} // namespace
