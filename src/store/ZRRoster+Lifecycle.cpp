@@ -6,12 +6,14 @@
 #include "platform/files/Files.h"
 #include "platform/files/PathUtils.h"
 #include "platform/files/Trash.h"
+#include "platform/files/UserDefaults.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/notify/NotificationCenter.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Dispatch.h"
 #include "platform/run/Log.h"
 #include "platform/run/MainQueue.h"
+#include "store/ZRFileLock.h"
 #include "store/ZRInitialImports.h"
 #include "store/ZRModelTable.h"
 #include "store/ZRRecordConstraint.h"
@@ -22,6 +24,7 @@
 #include <fmt/format.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <set>
 #include <stdexcept>
@@ -100,6 +103,17 @@ void scheduleHousekeeping(ZRRoster& roster)
         delay, [=] { zr_dispatch_concurrent([=] { doHousekeeping(directory, storeFile); }); });
 }
 
+bool isFileLockVerbose() { return platform::UserDefaults::standard().boolForKey("ZRFileLockDebug"); }
+
+void giveUpFileLock(int code, ZRSourcePlace where = ZRSourcePlace::current())
+{
+    auto& lock = ZRRoster::zrFileLock();
+    platform::log(
+        fmt::format("-[ZRRoster sharedRoster] Can't ZRACQUIRE_FILE_LOCK {}:{}", where.file, where.line));
+    noteOpeningProblem(platform::fileError(lock.pathN, "cannot be locked", code).text);
+    ZRFreeFileLock(lock);
+}
+
 } // namespace
 
 ZRServices& ZRServices::registered()
@@ -164,8 +178,14 @@ Ref<ZRRoster> ZRRoster::nts_SharedRoster()
     roster->localizedDefaults();
     std::atexit(exitFunction);
 
-    const ZRFileLockScope fileLock(roster->rosterLockFile());
-    if (!fileLock.isHeld() || !roster->managedObjectContext()) {
+    ZRInitFileLock(zrFileLock(), roster->rosterLockFile(), 0, isFileLockVerbose());
+    const ZRFileLockScope fileLock(&zrFileLock());
+    if (!fileLock.isHeld()) {
+        giveUpFileLock(errno);
+        return nullptr;
+    }
+    nts_openContactManager(*roster);
+    if (!roster->managedObjectContext()) {
         platform::log("Could not initialize the shared roster");
         return nullptr;
     }
@@ -199,8 +219,12 @@ Ref<ZRRoster> ZRRoster::nts_RosterWithDatabaseDirectory(const std::string& direc
     if (!nts_SharedRoster())
         return nullptr;
     auto roster = ZRRosterAccess::make(State::Kind::onDirectory);
-    if (!nts_initOnDirectory(*roster, platform::standardizedPath(directory))
-        || !roster->managedObjectContext())
+    if (!nts_initOnDirectory(*roster, platform::standardizedPath(directory)))
+        return nullptr;
+    // Held where it can be: a directory that this user may only read is opened without.
+    const ZRFileLockScope fileLock(&ZRFileLockForPath(roster->rosterLockFile()));
+    nts_openContactManager(*roster);
+    if (!roster->managedObjectContext())
         return nullptr;
     if (doInitialImports)
         nts_doInitialImports(*roster);

@@ -1,7 +1,8 @@
-// The lock of a roster: the global mutex first, then the context, and the count that keeps a writer from
-// being killed.
+// The locks of a roster: the global mutex first, then the context, and the count that keeps a writer from
+// being killed; and the one between processes.
 #include "core/ZRGlobalLock.h"
 #include "platform/run/SuddenTermination.h"
+#include "store/ZRFileLock.h"
 #include "store/ZRRosterState.h"
 
 void ZRRoster::zrGlobalAPILock(bool togglingSuddenTermination, ZRSourcePlace where)
@@ -58,4 +59,11 @@ void ZRRoster::zrGlobalMailRecentAPIUnlock(ZRSourcePlace where)
     if (const auto& context = _state->mailRecentsContext)
         context->unlock();
     _ZR_MR_Unlock(where.file, where.line);
+}
+
+ZRFileLock& ZRRoster::zrFileLock() { return __filelock; }
+
+ZRFileLock* ZRRoster::nts_FileLock()
+{
+    return _state->directory.empty() || isMemoryBacked() ? nullptr : &ZRFileLockForPath(rosterLockFile());
 }

@@ -8,6 +8,7 @@
 #include "platform/notify/NotificationCenter.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
+#include "store/ZRFileLock.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"
@@ -18,6 +19,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <filesystem>
 
 using objectstore::ObjectList;
@@ -152,17 +154,18 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
         return false;
 
     const double start = platform::Clock::current().monotonic();
-    const std::string lockPath = rosterLockFile();
-    const std::optional<ZRFileLockScope> fileLock =
-        withFileLock ? std::optional<ZRFileLockScope>(std::in_place, lockPath) : std::nullopt;
-    if (fileLock && !fileLock->isHeld())
+    ZRFileLock* const fileLock = nts_FileLock();
+    const ZRFileLockScope fileLockScope(withFileLock ? fileLock : nullptr);
+    if (!fileLockScope.isHeld()) {
+        _state->lastSaveError = platform::fileError(fileLock->pathN, "cannot be locked", errno);
         return false;
+    }
     if (!_state->flags.cleanedUp && !_state->directory.empty())
         cleanUp(_state->directory);
     _state->flags.cleanedUp = true;
     noteVersion(*this);
-    if (const auto& touch = ZRServices::registered().updateFileLockTime)
-        touch(lockPath);
+    if (fileLock)
+        ZRUpdateFileLockTime(*fileLock);
 
     ZRRecordObjectStoreFactoryImpl::doRemoveRecordsAndCreateLogsWithRoster(*this);
     context->flushPendingChanges();

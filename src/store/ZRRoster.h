@@ -14,6 +14,7 @@ class ZRInfo;
 class ZRManagedObjectContext;
 class ZRPerson;
 class ZRRecordConstraint;
+struct ZRFileLock;
 
 /// How a list of people is sorted; `preferred` is the user's choice.
 enum class ZRNameOrder { preferred, firstName, lastName };
@@ -241,8 +242,12 @@ public:
     /// Looks whether the file is sound, rows fit together, and pictures belong to cards. Changes nothing.
     CheckReport check();
 
-    // ---- the lock
+    // ---- the locks                                                    (ZRRoster+Lock.cpp)
 
+    /// The lock of the shared roster's directory between processes.
+    static ZRFileLock& zrFileLock();
+    /// That of this roster's directory; null for a roster in memory, which nobody else opens.
+    ZRFileLock* nts_FileLock();
     void zrGlobalAPILock(
         bool togglingSuddenTermination = true, ZRSourcePlace where = ZRSourcePlace::current());
     void zrGlobalAPIUnlock(

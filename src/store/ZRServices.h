@@ -30,11 +30,6 @@ struct ZRServices {
     /// A new person of `roster` from the first card of vCard data. Absent: the sample cards are not imported.
     std::function<platform::Ref<ZRRecord>(std::string_view data, platform::Ref<ZRRoster> roster)> readCard;
 
-    // ---- file lock between processes, around opening and `nts_Save`. Absent: always granted.
-    std::function<bool(const std::string& path)> acquireFileLock;
-    std::function<void(const std::string& path)> releaseFileLock;
-    std::function<void(const std::string& path)> updateFileLockTime;
-
     // ---- saving
     /// Told of the stored objects that a save is about to write. Absent: nobody is told.
     std::function<void(ZRRoster&, const std::vector<platform::Ref<ZROSRecord>>&)> processRecords;
@@ -51,11 +46,6 @@ struct ZRServices {
     /// The subscription to that location, or absent. Absent: nobody subscribes to anything.
     std::function<platform::Ref<ZRRecord>(ZRRoster&, const std::string& remoteLocation)> findSubscription;
 
-    // ---- mail
-    /// The vCard of a card as others get it; empty when none can be made. Absent: nobody is told by mail that
-    /// the Me card has changed, since there is nothing to enclose.
-    std::function<std::string(ZRRecord&)> cardData;
-
     // ---- at exit
     /// Cancels background work on records and waits at most `seconds`. Absent: there is none.
     std::function<void(double seconds)> cancelBackgroundWork;
@@ -67,28 +57,4 @@ struct ZRServices {
     std::function<bool(const platform::Value& data)> setUserPicture;
     /// The full name of the current user. Absent: as the password database has it.
     std::function<std::string()> userRealName;
-};
-
-/// Holds the file lock of a roster for a scope; where that service is absent, it is always held.
-class ZRFileLockScope {
-public:
-    explicit ZRFileLockScope(std::string path)
-        : _path(std::move(path))
-        , _isHeld(
-              !ZRServices::registered().acquireFileLock || ZRServices::registered().acquireFileLock(_path))
-    {
-    }
-    ~ZRFileLockScope()
-    {
-        if (_isHeld && ZRServices::registered().releaseFileLock)
-            ZRServices::registered().releaseFileLock(_path);
-    }
-    ZRFileLockScope(const ZRFileLockScope&) = delete;
-    ZRFileLockScope& operator=(const ZRFileLockScope&) = delete;
-
-    bool isHeld() const { return _isHeld; }
-
-private:
-    const std::string _path;
-    const bool _isHeld;
 };

@@ -76,7 +76,6 @@ bool nts_initOnDirectory(ZRRoster& roster, const std::string& directory)
     const bool fileExists = platform::fileExists(path);
     if (!fileExists || !ZRUserDefaults::rosterPreferences()->boolForKey(importTipCards))
         prepareForNewStore(state.flags, directory, fileExists);
-    nts_openContactManager(roster);
     return true;
 }
 

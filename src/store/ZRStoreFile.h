@@ -18,5 +18,6 @@ int _checkForReadWriteAccess(mode_t mode, uid_t owner, gid_t group);
 /// to do. False when the store's path is a directory.
 bool nts_initOnDirectory(ZRRoster& roster, const std::string& directory);
 
-/// Looks anew whether the store file can be written, and obeys the marker file that asks for a rebuild.
+/// Looks whether the store file can be written, and obeys the marker file that asks for a rebuild. The file
+/// lock is held.
 void nts_openContactManager(ZRRoster& roster);

@@ -128,13 +128,14 @@ protected:
         return test::play(role, {}, home.stage({}, ordinaryUser()));
     }
 
-    /// Name and bytes of what lies in the folder, but for what SQLite keeps beside an open store.
+    /// Name and bytes of what lies in the folder, but for what SQLite keeps beside an open store and the file
+    /// of the kernel lock, which stays.
     Folder folder() const
     {
         Folder files;
         for (const auto& entry : fs::directory_iterator(home.rosterDirectory()))
-            if (const auto name = entry.path().filename().string();
-                name != std::string(storeName) + "-shm" && name != std::string(storeName) + "-wal")
+            if (const auto name = entry.path().filename().string(); name != std::string(storeName) + "-shm"
+                && name != std::string(storeName) + "-wal" && name != ".database.lockN")
                 files[name] = entry.is_regular_file() ? bytesOf(entry.path()) : "";
         return files;
     }
@@ -281,7 +282,8 @@ TEST_F(Opening, RunsInMemoryOverAFileThatMayNotBeUsed)
     }
 }
 
-TEST_F(Opening, RunsInMemoryInADirectoryThatMayNotBeUsed)
+// It cannot be locked, so nobody knows who else is at work there.
+TEST_F(Opening, RefusesADirectoryThatMayNotBeUsed)
 {
     makeStore();
     const std::string before = bytesOf(file);
@@ -289,7 +291,10 @@ TEST_F(Opening, RunsInMemoryInADirectoryThatMayNotBeUsed)
     fs::permissions(home.rosterDirectory(), fs::perms::none);
     const auto outcome = test::play("open", {}, {home.stage().environment, ordinaryUser()});
     fs::permissions(home.rosterDirectory(), fs::perms::owner_all);
-    EXPECT_THAT(outcome.answer, testing::StartsWith("in memory, 0 people, does not save\n")) << outcome.log;
+    EXPECT_EQ(outcome.answer,
+        "no roster\n" + (home.rosterDirectory() / ".database.lockN").string()
+            + ": cannot be locked: Permission denied")
+        << outcome.log;
     EXPECT_EQ(folder(), (Folder{{storeName, before}}));
 }
 

@@ -29,6 +29,8 @@ public:
 
     int get() const { return _descriptor; }
     explicit operator bool() const { return _descriptor >= 0; }
+    /// Hands the descriptor to the caller, who closes it.
+    int release() { return std::exchange(_descriptor, -1); }
     /// Answers false, with errno set, when the system says that something was lost.
     bool close() { return _descriptor < 0 || ::close(std::exchange(_descriptor, -1)) == 0; }
 
