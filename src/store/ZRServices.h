@@ -46,6 +46,11 @@ struct ZRServices {
     /// The subscription to that location, or absent. Absent: nobody subscribes to anything.
     std::function<platform::Ref<ZRRecord>(ZRRoster&, const std::string& remoteLocation)> findSubscription;
 
+    // ---- mail
+    /// The vCard of a card as others get it; empty when none can be made. Absent: nobody is told by mail that
+    /// the Me card has changed, since there is nothing to enclose.
+    std::function<std::string(ZRRecord&)> cardData;
+
     // ---- at exit
     /// Cancels background work on records and waits at most `seconds`. Absent: there is none.
     std::function<void(double seconds)> cancelBackgroundWork;
