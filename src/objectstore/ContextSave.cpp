@@ -18,6 +18,23 @@ namespace objectstore {
 
 namespace {
 
+/// Wipes the marks of who was asked, however the asking ends.
+class AskedMarks {
+public:
+    explicit AskedMarks(const ContextState& context) : _context(context) { }
+    ~AskedMarks()
+    {
+        for (const ObjectList* list : {&_context.changed, &_context.touched})
+            for (const auto& object : *list)
+                ObjectAccess::drop(*object, ObjectAccess::kAsked);
+    }
+    AskedMarks(const AskedMarks&) = delete;
+    AskedMarks& operator=(const AskedMarks&) = delete;
+
+private:
+    const ContextState& _context;
+};
+
 /// One save of one context.
 class Save {
 public:
@@ -59,7 +76,7 @@ public:
         auto changes = platform::makeRef<StoreChanges>();
         for (auto& part : _parts)
             takeOver(*part, *changes);
-        settleRelationships(*changes);
+        settleRelationships();
         unloadMerged();
         _context.forgetChanges();
         _context.savedTemporaryKey = _context.lastTemporaryKey;
@@ -92,15 +109,17 @@ private:
     /// Each changed object, and each whose parts changed, is asked once; what they change joins the list.
     void askObjects()
     {
+        const AskedMarks marks(_context);
         std::size_t changed = 0, touched = 0;
-        _asked.reserve(_context.changed.size() + _context.touched.size());
         while (changed < _context.changed.size() || touched < _context.touched.size()) {
             const ObjectRef object =
                 changed < _context.changed.size() ? _context.changed[changed++] : _context.touched[touched++];
             const bool isAsked =
                 object->context() && !object->isDeleted() && !(changed == 0 && object->hasChanges());
-            if (isAsked && _asked.insert(object.get()).second)
+            if (isAsked && !ObjectAccess::is(*object, ObjectAccess::kAsked)) {
+                ObjectAccess::add(*object, ObjectAccess::kAsked);
                 object->willSave();
+            }
             _context.propagateDeletes();
         }
     }
@@ -123,6 +142,7 @@ private:
     {
         StoreWrite& write = *part.write;
         _context.seen(part.store).seen = write.version();
+        changes.inserted.reserve(changes.inserted.size() + write.inserted().size());
         for (auto& written : write.inserted())
             if (written.isDropped)
                 _context.abandon(*written.object);
@@ -157,6 +177,7 @@ private:
             _context.tableOf(object).put(object);
         _context.clearPending(object);
         replaceRow(written);
+        ObjectAccess::add(object, ObjectAccess::kCreated);
         changes.inserted.push_back(written.object);
     }
 
@@ -208,18 +229,13 @@ private:
             _context.abandon(*object);
     }
 
-    void settleRelationships(const StoreChanges& changes)
+    void settleRelationships()
     {
-        const std::unordered_set<const StoreObject*> created = [&] {
-            std::unordered_set<const StoreObject*> set;
-            for (const auto& object : changes.inserted)
-                if (ObjectAccess::caches(*object))
-                    set.insert(object.get());
-            return set;
-        }();
-        for (const auto& object : _context.changed)
+        for (const auto& object : _context.changed) {
             if (auto& caches = ObjectAccess::caches(*object))
-                settle(*object, *caches, created.contains(object.get()));
+                settle(*object, *caches, ObjectAccess::is(*object, ObjectAccess::kCreated));
+            ObjectAccess::drop(*object, ObjectAccess::kCreated);
+        }
     }
 
     /// What a merge made of the parts of these is read again when it is asked for.
@@ -262,7 +278,6 @@ private:
 
     ContextState& _context;
     std::vector<std::unique_ptr<Part>> _parts;
-    std::unordered_set<const StoreObject*> _asked;
     std::unordered_set<std::int64_t> _mergedOwners;
 };
 

@@ -153,11 +153,8 @@ void ContextState::abandon(StoreObject& object)
 
 PersistentStore& ContextState::requireStore(PersistentStore* store)
 {
-    if (!store && coordinator) {
-        platform::Lock lock(coordinator->mutex());
-        const auto open = coordinator->stores();
-        store = open.empty() ? nullptr : open.front();
-    }
+    if (!store && coordinator)
+        store = coordinator->firstStore();
     if (!store || !store->isOpen())
         throw StoreFailure(storeError(StoreFault::noStore, "the context has no open store"));
     return *store;

@@ -141,6 +141,8 @@ struct ContextState {
     // Relationships: RelationshipReads.cpp
     void load(StoreObject& object, const Slot& slot, RelationshipCache& cache);
     ObjectList far(StoreObject& object, const Slot& slot);
+    /// The first of them, or null.
+    ObjectRef firstFar(StoreObject& object, const Slot& slot);
 
     // Delete rules: DeleteRules.cpp
     void markDeleted(StoreObject& object);

@@ -19,6 +19,8 @@ struct ObjectAccess {
     static constexpr std::uint32_t kGone = StoreObject::kGone;
     static constexpr std::uint32_t kTouched = StoreObject::kTouched;
     static constexpr std::uint32_t kListed = StoreObject::kListed;
+    static constexpr std::uint32_t kAsked = StoreObject::kAsked;
+    static constexpr std::uint32_t kCreated = StoreObject::kCreated;
     static constexpr std::uint32_t kPending = kInserted | kUpdated | kDeleted;
 
     static std::uint32_t& state(StoreObject& object) { return object._state; }

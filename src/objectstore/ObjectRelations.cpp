@@ -22,8 +22,9 @@ ObjectRef StoreObject::related(const Slot& slot)
     Operation operation(*owner);
     if (slot.kind == SlotKind::toOne)
         return operation->resolve(*slot.destination, _store, relatedKey(slot));
-    const ObjectList found = objects(slot);
-    return found.empty() ? nullptr : found.front();
+    if (!slot.isRelationship())
+        throw InvalidKey(fmt::format("{}.{} leads nowhere", slot.entity->name(), slot.key));
+    return operation->firstFar(*this, slot);
 }
 
 ObjectList StoreObject::objects(const Slot& slot)

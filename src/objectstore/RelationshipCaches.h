@@ -25,6 +25,8 @@ struct RelationshipCache {
 
 /// The caches of one object; few slots of few objects have one.
 struct RelationshipCaches {
+    /// As many relationships as a new card has.
+    static constexpr std::size_t kUsualCaches = 6;
     std::vector<RelationshipCache> list;
 
     RelationshipCache* find(const Slot& slot)
@@ -38,6 +40,8 @@ struct RelationshipCaches {
     {
         if (RelationshipCache* cache = find(slot))
             return *cache;
+        if (list.empty())
+            list.reserve(kUsualCaches);
         list.emplace_back().slot = slot.index;
         return list.back();
     }

@@ -147,6 +147,20 @@ void ContextState::load(StoreObject& object, const Slot& slot, RelationshipCache
     cache.epoch = linkEpoch;
 }
 
+/// A part that stands alone, as most do, is answered without a list.
+ObjectRef ContextState::firstFar(StoreObject& object, const Slot& slot)
+{
+    if (slot.holdsParts) {
+        const RelationshipCache& cache = ObjectAccess::makeCaches(object).of(slot);
+        if (cache.isLoaded && cache.parts.size() + cache.addedParts.size() == 1) {
+            ObjectRef part = cache.parts.empty() ? cache.addedParts.front() : cache.parts.front();
+            return leadsTo(*part, *slot.inverse, object.key()) ? std::move(part) : nullptr;
+        }
+    }
+    const ObjectList found = far(object, slot);
+    return found.empty() ? nullptr : found.front();
+}
+
 ObjectList ContextState::far(StoreObject& object, const Slot& slot)
 {
     RelationshipCache& cache = ObjectAccess::makeCaches(object).of(slot);

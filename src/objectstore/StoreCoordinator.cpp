@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 
 namespace objectstore {
@@ -142,6 +143,20 @@ std::vector<PersistentStore*> StoreCoordinator::stores() const
         if (store->isOpen())
             open.push_back(store.get());
     return open;
+}
+
+PersistentStore* StoreCoordinator::firstStore() const
+{
+    platform::Lock lock(_mutex);
+    const auto open = std::ranges::find_if(_stores, [](const auto& store) { return store->isOpen(); });
+    return open == _stores.end() ? nullptr : open->get();
+}
+
+bool StoreCoordinator::hasStoreInMemory() const
+{
+    platform::Lock lock(_mutex);
+    return std::ranges::any_of(
+        _stores, [](const auto& store) { return store->isOpen() && store->isInMemory(); });
 }
 
 PersistentStore* StoreCoordinator::storeNumbered(std::uint32_t number) const

@@ -69,6 +69,10 @@ public:
     platform::Result<std::vector<std::string>> checkStore(PersistentStore* store);
 
     std::vector<PersistentStore*> stores() const;
+    /// The one that was opened first, or null.
+    PersistentStore* firstStore() const;
+    /// Whether one of them lives in memory only.
+    bool hasStoreInMemory() const;
     /// By the number in a StoreId; null when it was removed.
     PersistentStore* storeNumbered(std::uint32_t number) const;
     /// The store at that path, or null.

@@ -173,6 +173,10 @@ private:
         kTouched = 16,
         /// In the context's list of objects with changes.
         kListed = 32,
+        /// Asked before the save under way.
+        kAsked = 64,
+        /// Written for the first time by the save under way.
+        kCreated = 128,
     };
 
     const Row* row();

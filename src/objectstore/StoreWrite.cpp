@@ -264,14 +264,18 @@ void StoreWrite::writeLinks()
 /// A changed part makes its root newer, so that others who ask for newer roots see it.
 void StoreWrite::bumpOwners()
 {
-    std::unordered_set<std::int64_t> written;
+    if (_owners.empty())
+        return;
+    std::vector<std::int64_t> written;
+    written.reserve(_inserted.size() + _updated.size() + _deleted.size());
     for (const auto* list : {&_inserted, &_updated})
         for (const auto& one : *list)
-            written.insert(one.key);
+            written.push_back(one.key);
     for (const auto& object : _deleted)
-        written.insert(object->key());
+        written.push_back(object->key());
+    std::ranges::sort(written);
     for (const auto& [key, owner] : _owners) {
-        if (written.contains(key))
+        if (std::ranges::binary_search(written, key))
             continue;
         for (const Family* family : owner->destination->families()) {
             sqlite::Use bump(

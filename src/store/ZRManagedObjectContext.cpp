@@ -70,11 +70,7 @@ bool ZRManagedObjectContext::hasCollationKeys()
     return without && *without == 0;
 }
 
-bool ZRManagedObjectContext::isMemoryBacked() const
-{
-    return std::ranges::any_of(
-        coordinator()->stores(), [](const auto* store) { return store->isInMemory(); });
-}
+bool ZRManagedObjectContext::isMemoryBacked() const { return coordinator()->hasStoreInMemory(); }
 
 ObjectRef ZRManagedObjectContext::myContact()
 {

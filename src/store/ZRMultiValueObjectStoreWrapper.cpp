@@ -99,7 +99,7 @@ Value storedCustomValue(const Value& value, bool isSerialized)
 }
 
 /// Distribution-list choices of rows that are about to be replaced, by the identifier of their entry.
-using SavedChoices = std::map<std::string, ObjectList>;
+using SavedChoices = std::map<std::string, ObjectList, std::less<>>;
 
 SavedChoices deleteRows(const ObjectList& rows, const Slot& key, ZROSRecord& record)
 {
@@ -120,7 +120,7 @@ SavedChoices deleteRows(const ObjectList& rows, const Slot& key, ZROSRecord& rec
 
 void rewireChoices(SavedChoices& saved, StoreObject& row, std::string_view identifier)
 {
-    const auto at = saved.find(std::string(identifier));
+    const auto at = saved.find(identifier);
     if (at == saved.end())
         return;
     row.setObjects(row.slot("distributionListConfigs"), at->second);

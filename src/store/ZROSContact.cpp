@@ -133,10 +133,13 @@ void ZROSContact::clearSortNames()
         setPrimitiveValue(*slot, Value());
 }
 
+// A card that is being filled changes many times, and its text is stale from the first one on.
 void ZROSContact::clearStringForIndexing()
 {
-    if (const auto index = related(contactSlots().contactIndex))
-        index->setPrimitiveValue(contactIndexSlots().stringForIndexing, Value());
+    const Slot& text = contactIndexSlots().stringForIndexing;
+    const auto index = related(contactSlots().contactIndex);
+    if (index && !(index->hasChanged(text) && index->primitiveValue(text).isAbsent()))
+        index->setPrimitiveValue(text, Value());
 }
 
 std::string ZROSContact::fastAlternateNameForPerson()
