@@ -71,7 +71,9 @@ Ref<ZRChangeNotification> ZRChangeNotification::sharedChangeNotification()
 
 Ref<ZRChangeNotification> ZRChangeNotification::initWithRoster(Ref<ZRRoster> roster)
 {
-    return roster ? platform::makeRef<ZRChangeNotification>(std::move(roster)) : nullptr;
+    if (!roster)
+        return nullptr;
+    return platform::makeRef<ZRChangeNotification>(std::move(roster));
 }
 
 bool ZRChangeNotification::enabled() { return ZRUserDefaults::rosterPreferences()->boolForKey(kEnabled); }

@@ -92,7 +92,9 @@ Ref<ZREmailNotification> ZREmailNotification::emailNotification()
 
 Ref<ZREmailNotification> ZREmailNotification::emailNotification(Ref<ZRRoster> roster)
 {
-    return roster ? platform::makeRef<ZREmailNotification>(std::move(roster)) : nullptr;
+    if (!roster)
+        return nullptr;
+    return platform::makeRef<ZREmailNotification>(std::move(roster));
 }
 
 void ZREmailNotification::setSubject(std::string subject)

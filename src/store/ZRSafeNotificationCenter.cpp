@@ -29,7 +29,7 @@ Ref<ZRSafeNotificationCenter> ZRSafeNotificationCenter::initWithNotificationCent
     return makeRef<ZRSafeNotificationCenter>(center);
 }
 
-Ref<ZRSafeNotificationReflector> ZRSafeNotificationCenter::reflectorForName(
+const Ref<ZRSafeNotificationReflector>& ZRSafeNotificationCenter::reflectorForName(
     const std::optional<std::string>& name, const Object* object) const
 {
     if (name)
@@ -40,7 +40,7 @@ Ref<ZRSafeNotificationReflector> ZRSafeNotificationCenter::reflectorForName(
 Ref<ZRSafeNotificationEntry> ZRSafeNotificationCenter::addSafeObserver(
     const Object* target, Selector selector, std::optional<std::string> name, const Object* object)
 {
-    const auto reflector = reflectorForName(name, object);
+    const auto& reflector = reflectorForName(name, object);
     return reflector->addSafeObserver(target, std::move(selector), std::move(name), object);
 }
 

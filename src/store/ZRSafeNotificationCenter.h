@@ -44,7 +44,7 @@ public:
 
     /// Which of the four serves observers that ask like this: "Exact" for both, "Wildcard Name" for an object
     /// alone, "Wildcard Object" for a name alone, "Wildcard" for neither.
-    platform::Ref<ZRSafeNotificationReflector> reflectorForName(
+    const platform::Ref<ZRSafeNotificationReflector>& reflectorForName(
         const std::optional<std::string>& name, const platform::Object* object) const;
 
     /// Log lines: each reflector with its entries, or with its counts.

@@ -53,7 +53,7 @@ std::string ZRSafeNotificationReflector::signatureForName(
 Ref<ZRSafeNotificationEntry> ZRSafeNotificationReflector::addSafeObserver(const Object* target,
     ZRSafeNotificationEntry::Selector selector, std::optional<std::string> name, const Object* object)
 {
-    const auto entry =
+    auto entry =
         platform::makeRef<ZRSafeNotificationEntry>(target, std::move(selector), std::move(name), object);
     Lock lock(_monitor);
     _observers.addObject(entry);
