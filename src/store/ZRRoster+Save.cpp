@@ -14,6 +14,7 @@
 #include "store/ZRRecordObjectStoreFactoryImpl.h"
 #include "store/ZRRosterState.h"
 #include "store/ZRServices.h"
+#include "store/ZRSyncManager.h"
 
 #include <fmt/format.h>
 
@@ -179,9 +180,9 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
         return false;
     if (ZRPerfFlagIsSet(ZRPerfFlag::save))
         ZRPerfLog("[LogSaveTimes] Time to save = {:3.3f}", platform::Clock::current().monotonic() - start);
-    if (const auto& sync = ZRServices::registered().scheduleTrickleSync;
-        triggerSync && sync && isSharedInstanceOrClone())
-        sync();
+    // Whether a roster in memory is a clone is not asked: that would open the shared one.
+    if (triggerSync && !isMemoryBacked() && isSharedInstanceOrClone())
+        ZRSyncManager::sharedSyncManager().scheduleTrickleSyncSoon();
     if (affectsSharing)
         launchDaemon();
     return true;

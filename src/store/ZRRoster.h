@@ -231,6 +231,16 @@ public:
     /// Why the last save of this roster answered false.
     platform::Error lastSaveError() const;
 
+    // ---- synchronisation                                              (ZRRoster+Sync.cpp)
+
+    /// Whether saves start no sync: `__shouldDisableSync`, or else the preference "ZRDisableSync".
+    static bool shouldDisableSync();
+    /// How far the last sync came: the text that it left, under "org.quillon.contacts.Contact". Absent when
+    /// the roster was never synchronised.
+    platform::Value syncAnchors();
+    /// Keeps such a text from the next save on; an absent one as the empty text.
+    bool setSyncAnchorsFromString(const platform::Value& anchor);
+
     // ---- upkeep                                                       (ZRRoster+Upkeep.cpp)
 
     /// What is in the store: a name and a count each, in the order to show them.

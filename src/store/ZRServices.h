@@ -35,7 +35,6 @@ struct ZRServices {
     std::function<void(ZRRoster&, const std::vector<platform::Ref<ZROSRecord>>&)> processRecords;
     /// Called after a save that matters to others, with the lock held: they start something and wait for
     /// nothing. Absent: nothing is started.
-    std::function<void()> scheduleTrickleSync;
     std::function<void()> launchOrWaitForDaemon;
     /// The second store of mail recents. Absent: it is not in use.
     std::function<bool()> hasUnsavedMailRecents;

@@ -19,7 +19,9 @@ public:
         _home = name;
         for (const auto& [variable, folder] : {std::pair{"HOME", "home"}, {"XDG_DATA_HOME", "home/data"},
                  {"XDG_CONFIG_HOME", "home/config"}, {"XDG_CACHE_HOME", "home/cache"},
-                 {"XDG_RUNTIME_DIR", "run"}, {"TMPDIR", "tmp"}, {"XDG_DATA_DIRS", "system"}}) {
+                 {"XDG_RUNTIME_DIR", "run"}, {"TMPDIR", "tmp"}, {"XDG_DATA_DIRS", "system"},
+                 // What saves start is there only for the tests that put it there.
+                 {"ROSTER_HELPER_DIR", "helpers"}}) {
             const auto path = _home / folder;
             std::filesystem::create_directories(path);
             std::filesystem::permissions(path, std::filesystem::perms::owner_all);
