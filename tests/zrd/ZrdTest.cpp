@@ -163,7 +163,7 @@ TEST_F(ZrdTest, IsStartedByWhoeverSchedulesAndOutlivesThem)
     EXPECT_EQ(getsid(helper), helper);
     // Not started twice.
     const auto again = test::freshPath("again");
-    ASSERT_TRUE(Scheduler::shared()->schedule("/usr/bin/touch", {again}, {now()}, "org.example", "again"));
+    ASSERT_EQ(test::play("schedule-and-end", {again, "0"}).answer, "scheduled");
     EXPECT_TRUE(appears(again));
     EXPECT_EQ(helperProcess(), helper);
 }

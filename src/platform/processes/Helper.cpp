@@ -94,7 +94,7 @@ void tellOrStartHelper()
 std::optional<std::string> ownProgram(const std::string& name)
 {
     if (const char* const named = std::getenv("ROSTER_HELPER_DIR")) {
-        const auto path = std::string(named) + "/" + name;
+        const auto path = std::string(named).append("/").append(name);
         return isProgram(path) ? std::optional(path) : std::nullopt;
     }
     const auto own = ownDirectory();

@@ -44,7 +44,7 @@ Words environmentWith(const std::map<std::string, std::string>& added)
             entries.emplace_back(text);
     }
     for (const auto& [name, value] : added)
-        entries.push_back(name + "=" + value);
+        entries.push_back(std::string(name).append("=").append(value));
     return entries;
 }
 

@@ -57,7 +57,8 @@ private:
 class MessagePort {
 public:
     /// Takes `name`. Without a handler it is only held, and every caller hung up on.
-    /// Refused at once, with EADDRINUSE, when it is held already, be it by this process.
+    /// Refused at once, with EADDRINUSE, when it is held already, be it by this process; with ECANCELED in a
+    /// forked child of a process that uses the library.
     static Result<std::unique_ptr<ServedPort>> serve(const std::string& name, PortHandler handler);
     /// Refused at once, with ECONNREFUSED or ENOENT, when nobody holds `name`.
     static Result<MessagePort> connect(const std::string& name);

@@ -84,15 +84,17 @@ struct ServedPort::State : std::enable_shared_from_this<State> {
     {
     }
 
-    void begin()
+    /// Answers false where nobody serves the main queue: in a forked child, and at the end of the process.
+    bool begin()
     {
         Lock lock(mutex);
         if (!socket)
-            return;
+            return false;
         token = MainQueue::shared().watch(socket.get(), [weak = weak_from_this()] {
             if (const auto self = weak.lock())
                 self->acceptCallers();
         });
+        return token.isPending();
     }
 
     void end()
@@ -145,32 +147,37 @@ struct ServedPort::State : std::enable_shared_from_this<State> {
         });
     }
 
-    /// Answers the next message of a caller to `frame` and `data`. A caller who said what nobody can read, or
-    /// hung up, is forgotten.
+    enum class Front { message, part, nonsense };
+
+    /// Takes the message at the front of what was received, if it is all there.
+    static Front takeMessage(std::string& received, PortFrame& frame, std::string& data)
+    {
+        if (received.size() < sizeof frame)
+            return Front::part;
+        frame = PortFrame::of(received);
+        if (!frame.isSound(kLargestPortMessage))
+            return Front::nonsense;
+        if (received.size() - sizeof frame < frame.length)
+            return Front::part;
+        data = received.substr(sizeof frame, frame.length);
+        received.erase(0, sizeof frame + frame.length);
+        return Front::message;
+    }
+
+    /// Answers the next message of a caller to `frame` and `data`, or false. A caller who said what nobody
+    /// can read, or hung up, is forgotten.
     bool nextMessage(int key, bool mayRead, PortFrame& frame, std::string& data)
     {
         Lock lock(mutex);
         const auto found = callers.find(key);
         if (found == callers.end())
             return false;
-        auto& [socketOf, received, tokenOf] = found->second;
-        const bool isOpen = !mayRead || readSome(socketOf, received);
-        if (received.size() >= sizeof frame) {
-            frame = PortFrame::of(received);
-            if (frame.isSound(kLargestPortMessage)) {
-                if (received.size() >= sizeof frame + frame.length) {
-                    data = received.substr(sizeof frame, frame.length);
-                    received.erase(0, sizeof frame + frame.length);
-                    return true;
-                }
-                if (isOpen)
-                    return false;
-            }
-        } else if (isOpen) {
-            return false;
-        }
-        callers.erase(found);
-        return false;
+        auto& caller = found->second;
+        const bool isOpen = !mayRead || readSome(caller.socket, caller.received);
+        const auto front = takeMessage(caller.received, frame, data);
+        if (front == Front::nonsense || (front == Front::part && !isOpen))
+            callers.erase(found);
+        return front == Front::message;
     }
 
     static bool readSome(const FileDescriptor& from, std::string& received)
@@ -233,6 +240,8 @@ void ServedPort::invalidate() { _state->end(); }
 
 bool ServedPort::isReachable() const
 {
+    if (_state->mark.isForeign())
+        return false;
     Lock lock(_state->mutex);
     return _state->socket && inodeOf(_state->path) == _state->inode;
 }
@@ -250,7 +259,10 @@ Result<std::unique_ptr<ServedPort>> MessagePort::serve(const std::string& name, 
         return socket.error();
     auto state =
         std::make_shared<ServedPort::State>(*path, std::move(*lock), std::move(*socket), std::move(handler));
-    state->begin();
+    if (!state->begin()) {
+        state->end();
+        return fileError(*path, "cannot be served by this process", ECANCELED);
+    }
     return std::unique_ptr<ServedPort>(new ServedPort(std::move(state)));
 }
 
