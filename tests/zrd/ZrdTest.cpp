@@ -59,7 +59,7 @@ protected:
     /// Has `name` made when its time has come.
     std::string touchAt(double date, const std::string& name) const
     {
-        const auto path = test::freshPath(name);
+        auto path = test::freshPath(name);
         EXPECT_TRUE(spool().put({"org.example", name, "/usr/bin/touch", {path}, {date}}));
         return path;
     }

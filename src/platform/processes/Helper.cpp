@@ -100,7 +100,7 @@ std::optional<std::string> ownProgram(const std::string& name)
     const auto own = ownDirectory();
     // The last for libraries in a directory of their architecture.
     for (const auto* beside : {"/", "/../bin/", "/../../bin/"})
-        if (const auto path = standardizedPath(own + beside + name); isProgram(path))
+        if (const auto path = standardizedPath((own + beside).append(name)); isProgram(path))
             return path;
     return {};
 }

@@ -11,6 +11,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <fstream>
 #include <set>
@@ -157,9 +159,9 @@ TEST_F(MessagePortTest, PassesToExactlyOneAfterADeadHolder)
     first.kill();
     ASSERT_TRUE(std::filesystem::exists(*portSocketPath(name)));
     EXPECT_EQ(MessagePort::connect(name).error().code, ECONNREFUSED);
-    std::vector<std::unique_ptr<Holder>> rivals;
-    for (int i = 0; i < 6; ++i)
-        rivals.push_back(std::make_unique<Holder>(name));
+    std::array<std::unique_ptr<Holder>, 6> rivals;
+    for (auto& rival : rivals)
+        rival = std::make_unique<Holder>(name);
     int taken = 0;
     for (const auto& rival : rivals)
         taken += rival->answer() == "taken";

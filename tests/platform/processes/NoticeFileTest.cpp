@@ -172,12 +172,15 @@ TEST_F(NoticeFileTest, LeavesOutARecordThatSaysNothingToIt)
 
 TEST_F(NoticeFileTest, BeginsAnewWhenTheHeaderIsBad)
 {
-    const auto damages = std::vector<std::function<std::string(std::string)>>{
-        [](std::string bytes) { return bytes.replace(0, 4, "????"); },
-        [](std::string bytes) { return bytes.substr(0, NoticeHeader::kLength - 1); },
-        [](std::string bytes) { return bytes.substr(0, NoticeHeader::kLength + 1); },
-        [](std::string) { return std::string(4096, '\0'); },
-        [](std::string) { return std::string(); },
+    const auto cutTo = [](std::size_t length) {
+        return [length](const std::string& bytes) { return bytes.substr(0, length); };
+    };
+    const auto damages = std::vector<std::function<std::string(const std::string&)>>{
+        [](const std::string& bytes) { return "????" + bytes.substr(4); },
+        cutTo(NoticeHeader::kLength - 1),
+        cutTo(NoticeHeader::kLength + 1),
+        cutTo(0),
+        [](const std::string& bytes) { return std::string(bytes.size(), '\0'); },
     };
     for (std::size_t i = 0; i < damages.size(); ++i) {
         post("before");

@@ -1,5 +1,6 @@
 // Who hears a notice when several processes post and listen at once, and one of them dies, stops or forks.
 #include "platform/processes/NoticeLog.h"
+#include "platform/files/Directories.h"
 #include "platform/processes/NoticeForm.h"
 #include "platform/processes/Waiting.h"
 #include "platform/run/Log.h"
@@ -9,6 +10,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <csignal>
 #include <cstdio>
 #include <fstream>
@@ -128,11 +130,11 @@ TEST_F(NoticeLogTest, RefusesATooLargeNoticeWithALine)
 
 TEST_F(NoticeLogTest, HearsEachOfManyPostersInItsOrder)
 {
-    constexpr int kPosters = 8, kEach = 300;
+    constexpr std::size_t kPosters = 8, kEach = 300;
     const auto token = hear();
-    std::vector<std::unique_ptr<test::Process>> posters;
-    for (int i = 0; i < kPosters; ++i)
-        posters.push_back(std::make_unique<test::Process>(poster(std::to_string(i), kEach)));
+    std::array<std::unique_ptr<test::Process>, kPosters> posters;
+    for (std::size_t i = 0; i < kPosters; ++i)
+        posters[i] = std::make_unique<test::Process>(poster(std::to_string(i), kEach));
     for (const auto& process : posters)
         EXPECT_EQ(process->wait().status, 0);
     ASSERT_TRUE(heard.waitFor(kPosters * kEach));
@@ -142,7 +144,7 @@ TEST_F(NoticeLogTest, HearsEachOfManyPostersInItsOrder)
         ASSERT_EQ(std::sscanf(text.c_str(), "%d %d", &who, &number), 2) << text;
         ASSERT_EQ(number, next[who]++) << text;
     }
-    EXPECT_EQ(heard.count(), static_cast<std::size_t>(kPosters) * kEach);
+    EXPECT_EQ(heard.count(), kPosters * kEach);
 }
 
 TEST_F(NoticeLogTest, GoesOnAfterPostersThatWereKilled)
@@ -249,7 +251,7 @@ TEST(UserNoticeLogTest, IsOneForTheProcessInTheRuntimeDirectory)
     ASSERT_NE(log, nullptr);
     EXPECT_EQ(userNoticeLog(), log);
     log->post({"x", std::nullopt, {}});
-    EXPECT_TRUE(std::filesystem::exists(std::string(getenv("XDG_RUNTIME_DIR")) + "/roster-notices"));
+    EXPECT_TRUE(std::filesystem::exists(*Directories::current()->runtime() + "/roster-notices"));
 }
 
 } // namespace
