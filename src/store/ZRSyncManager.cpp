@@ -24,6 +24,7 @@ constexpr char action[] = "tricklesync";
 constexpr char toolName[] = "RosterSync";
 constexpr char toolType[] = "app";
 constexpr char toolExecutable[] = "Contents/Tools/RosterSync";
+constexpr double secondsBetweenSyncs = 1.0;
 constexpr double longestGoodbye = 1.0;
 
 struct Sandbox {
@@ -76,8 +77,19 @@ public:
 private:
     void serve()
     {
-        while (takeAsked())
+        while (takeAsked()) {
             platform::runLogged([] { ZRSyncManager::sharedSyncManager().scheduleTrickleSync(); });
+            rest();
+        }
+    }
+
+    /// A program that saves in a loop would start hundreds of tools a second. In real time, since a clock
+    /// that a test has installed may be gone meanwhile.
+    void rest()
+    {
+        const platform::Lock lock(_mutex);
+        if (!_isEnding)
+            _changed.waitFor(_mutex, secondsBetweenSyncs);
     }
 
     bool takeAsked()
@@ -95,6 +107,8 @@ private:
         const auto& clock = platform::Clock::current();
         const double deadline = clock.monotonic() + longestGoodbye;
         const platform::Lock lock(_mutex);
+        _isEnding = true;
+        _changed.notifyAll();
         while (_isRunning && clock.wait(_changed, _mutex, deadline)) { }
     }
 
@@ -103,6 +117,7 @@ private:
     platform::Condition _changed;
     bool _isAsked ZR_GUARDED_BY(_mutex) = false;
     bool _isRunning ZR_GUARDED_BY(_mutex) = false;
+    bool _isEnding ZR_GUARDED_BY(_mutex) = false;
 };
 
 } // namespace

@@ -45,8 +45,8 @@ public:
     /// Has it started in so many minutes; 0 is now. Where sync is disabled, the roster inert, or programs may
     /// not be started, nothing is, and what was scheduled is removed.
     void scheduleTrickleSyncRetry(std::int64_t minutes);
-    /// What a save calls: `scheduleTrickleSync` on another thread, for which only the end of the process
-    /// waits, a second at most. Saves that come before it began are one.
+    /// What a save calls: `scheduleTrickleSync` on another thread, at once or a second after the last time,
+    /// so that the saves of that second are one. Only the end of the process waits for it, a second at most.
     void scheduleTrickleSyncSoon();
 
     bool isSyncScheduled();

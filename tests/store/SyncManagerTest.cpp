@@ -237,17 +237,19 @@ TEST(SyncClient, IsNamedAfterADirectoryThatIsNotTheDefaultOne)
     EXPECT_EQ(home.play("tell the sync client", {"/else/where/"}).answer, "org.quillon.Roster:/else/where");
 }
 
+Ref<ZRRoster> rosterFor(const std::string& how)
+{
+    if (how == "in memory")
+        return ZRRoster::emptyMemoryBackedRoster();
+    if (how == "elsewhere")
+        return ZRRoster::rosterWithDatabaseDirectory(openShared()->databaseDirectory() + "/other");
+    return how == "clone" ? openShared()->parallelUniverseRoster() : openShared();
+}
+
 /// Saves a new card once, and ends at once.
 const Role saves("save and be synchronised", [](const Words& words) {
     const std::string& how = words.at(0);
-    const auto shared = openShared();
-    auto roster = shared;
-    if (how == "elsewhere")
-        roster = ZRRoster::rosterWithDatabaseDirectory(shared->databaseDirectory() + "/other");
-    if (how == "in memory")
-        roster = ZRRoster::emptyMemoryBackedRoster();
-    if (how == "clone")
-        roster = shared->parallelUniverseRoster();
+    const auto roster = rosterFor(how);
     if (how != "nothing new")
         person(roster, {{kZRFirstNameProperty, "Ana"}});
     return std::string(roster->saveAndTriggerSync(how != "without sync", {}) ? "saved" : "not saved");
@@ -266,6 +268,30 @@ TEST(SyncAfterASave, IsOfTheSharedRosterAndWhatSharesItsStore)
         EXPECT_EQ(outcome.log.find(attempt) != std::string::npos, isSynchronised) << how << "\n"
                                                                                   << outcome.log;
     }
+}
+
+constexpr int manySaves = 200;
+
+const Role savesOften("save often", [](const Words&) {
+    const auto roster = openShared();
+    for (int i = 0; i < manySaves; ++i) {
+        person(roster, {{kZRFirstNameProperty, "Ana"}});
+        roster->save();
+    }
+    return std::string();
+});
+
+TEST(SyncAfterASave, IsOneForManySavesInARow)
+{
+    const Home home;
+    putBrokenTool(home.path() / "helpers");
+    const auto outcome =
+        test::play("save often", {}, home.stage({{"ROSTER_HELPER_DIR", home.path() / "helpers"}}));
+    int attempts = 0;
+    for (std::size_t at = 0; (at = outcome.log.find(attempt, at)) != std::string::npos; ++at)
+        ++attempts;
+    EXPECT_GE(attempts, 1);
+    EXPECT_LT(attempts, manySaves / 2);
 }
 
 const Role keepsAnchor("keep a sync anchor", [](const Words& words) {

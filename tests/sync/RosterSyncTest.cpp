@@ -61,7 +61,8 @@ TEST_F(RosterSync, BeginsALongLogAnew)
 TEST_F(RosterSync, EndsAtOnceWhileAnotherOneRunsForItsClient)
 {
     const auto stage = home.stage();
-    const std::string before = getenv("XDG_RUNTIME_DIR");
+    const char* const known = getenv("XDG_RUNTIME_DIR");
+    const std::string before = known ? known : "";
     setenv("XDG_RUNTIME_DIR", stage.environment.at("XDG_RUNTIME_DIR").c_str(), 1);
     {
         const auto other = platform::NamedClaim::take("org.quillon.Roster.sync:one");

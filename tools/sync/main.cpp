@@ -60,21 +60,28 @@ int sync(const Options& options)
     return written ? exitStatus::done : exitStatus::noLog;
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int runTool(int argc, char** argv)
 {
     CLI::App app{"Synchronises a roster; the library starts it after a save", "RosterSync"};
     Options options;
+    declare(app, options);
     try {
-        declare(app, options);
         app.parse(argc, argv);
-        return sync(options);
     } catch (const CLI::Success& help) {
         return app.exit(help);
     } catch (const CLI::ParseError& error) {
         complain(error.what() + std::string("; see RosterSync --help"));
         return exitStatus::usage;
+    }
+    return sync(options);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return runTool(argc, argv);
     } catch (const std::exception& error) {
         complain(error.what());
         return exitStatus::broken;
