@@ -55,8 +55,7 @@ bool equalNumbers(const Value& a, const Value& b)
 
 } // namespace
 
-Value::Value(std::string_view text) { setObject(Kind::string, makeRef<String>(std::string(text)).leak()); }
-Value::Value(std::string&& text) { setObject(Kind::string, makeRef<String>(std::move(text)).leak()); }
+Value::Value(std::string_view text) { setObject(Kind::string, String::make(text).leak()); }
 Value::Value(Ref<const String> string) { setObject(Kind::string, string.leak()); }
 Value::Value(Ref<const Data> data) { setObject(Kind::data, data.leak()); }
 Value::Value(Ref<const Array> array) { setObject(Kind::array, array.leak()); }
@@ -68,10 +67,7 @@ Value::Value(Ref<const Object> object)
     setObject(kind, object.leak());
 }
 
-Value Value::data(std::string_view bytes)
-{
-    return Value(Ref<const Data>(makeRef<Data>(std::string(bytes))));
-}
+Value Value::data(std::string_view bytes) { return Value(Data::make(bytes)); }
 Value Value::array(std::vector<Value> elements)
 {
     return Value(Ref<const Array>(makeRef<Array>(std::move(elements))));
@@ -106,14 +102,12 @@ double Value::asReal() const
 
 std::string_view Value::asText() const
 {
-    return isString() ? std::string_view(static_cast<const String*>(_payload.object)->text())
-                      : std::string_view();
+    return isString() ? static_cast<const String*>(_payload.object)->text() : std::string_view();
 }
 
 std::string_view Value::asBytes() const
 {
-    return isData() ? std::string_view(static_cast<const Data*>(_payload.object)->bytes())
-                    : std::string_view();
+    return isData() ? static_cast<const Data*>(_payload.object)->bytes() : std::string_view();
 }
 
 const std::vector<Value>& Value::asArray() const
@@ -174,29 +168,41 @@ std::string Value::description() const
     }
 }
 
+Bytes::Bytes(std::string_view bytes) : _size(bytes.size())
+{
+    char* const begin = reinterpret_cast<char*>(this + 1);
+    *std::copy(bytes.begin(), bytes.end(), begin) = '\0';
+}
+
+Ref<const String> String::make(std::string_view text)
+{
+    return Ref<const String>::adopt(new (text.size()) String(text));
+}
+
+Ref<const Data> Data::make(std::string_view bytes)
+{
+    return Ref<const Data>::adopt(new (bytes.size()) Data(bytes));
+}
+
 bool String::isEqual(const Object& other) const
 {
     const auto* string = dynamic_cast<const String*>(&other);
-    return string && string->_text == _text;
+    return string && string->text() == text();
 }
-
-std::size_t String::hash() const { return std::hash<std::string>{}(_text); }
 
 bool Data::isEqual(const Object& other) const
 {
     const auto* data = dynamic_cast<const Data*>(&other);
-    return data && data->_bytes == _bytes;
+    return data && data->bytes() == bytes();
 }
-
-std::size_t Data::hash() const { return std::hash<std::string>{}(_bytes); }
 
 std::string Data::description() const
 {
     constexpr std::size_t shown = 24;
     std::string text = "<";
-    for (const char byte : std::string_view(_bytes).substr(0, shown))
+    for (const char byte : bytes().substr(0, shown))
         fmt::format_to(std::back_inserter(text), "{:02x}", static_cast<unsigned char>(byte));
-    return fmt::format("{}{} {} bytes>", text, _bytes.size() > shown ? "…" : "", _bytes.size());
+    return fmt::format("{}{} {} bytes>", text, bytes().size() > shown ? "…" : "", bytes().size());
 }
 
 bool Array::isEqual(const Object& other) const

@@ -71,7 +71,6 @@ public:
         _wideUnsigned = static_cast<std::uint64_t>(integer) > static_cast<std::uint64_t>(INT64_MAX);
     }
     Value(std::string_view text);
-    Value(std::string&& text);
     Value(const std::string& text) : Value(std::string_view(text)) { }
     Value(const char* text) : Value(text ? Value(std::string_view(text)) : Value()) { }
     Value(Ref<const String> string);
@@ -178,34 +177,54 @@ private:
 
 static_assert(sizeof(Value) == 16);
 
-/// Immutable UTF-8 text.
-class PLATFORM_EXPORT String final : public Object {
+/// Immutable bytes that lie in one block with their object: a card has dozens of texts, most of them short.
+/// A zero stands behind the last byte.
+class PLATFORM_EXPORT Bytes : public Object {
 public:
-    static Ref<const String> make(std::string text) { return makeRef<const String>(std::move(text)); }
-    explicit String(std::string text) : _text(std::move(text)) { }
-    const std::string& text() const { return _text; }
-    bool isEqual(const Object& other) const override;
-    std::size_t hash() const override;
-    std::string description() const override { return _text; }
+    std::string_view view() const { return {reinterpret_cast<const char*>(this + 1), _size}; }
+    std::size_t hash() const override { return std::hash<std::string_view>{}(view()); }
+    static void operator delete(void* block) { ::operator delete(block); }
+
+protected:
+    explicit Bytes(std::string_view bytes);
+    ~Bytes() override = default;
+    static void* operator new(std::size_t size, std::size_t count)
+    {
+        return ::operator new(size + count + 1);
+    }
+    static void operator delete(void* block, std::size_t) { ::operator delete(block); }
 
 private:
-    ~String() override = default;
-    const std::string _text;
+    const std::size_t _size;
 };
 
-/// Immutable bytes.
-class PLATFORM_EXPORT Data final : public Object {
+/// Immutable UTF-8 text.
+class PLATFORM_EXPORT String final : public Bytes {
 public:
-    explicit Data(std::string bytes) : _bytes(std::move(bytes)) { }
-    const std::string& bytes() const { return _bytes; }
+    static Ref<const String> make(std::string_view text);
+    std::string_view text() const { return view(); }
     bool isEqual(const Object& other) const override;
-    std::size_t hash() const override;
+    std::string description() const override { return std::string(view()); }
+
+private:
+    using Bytes::Bytes;
+    ~String() override = default;
+};
+
+/// Immutable bytes that are no text.
+class PLATFORM_EXPORT Data final : public Bytes {
+public:
+    static Ref<const Data> make(std::string_view bytes);
+    std::string_view bytes() const { return view(); }
+    bool isEqual(const Object& other) const override;
     std::string description() const override;
 
 private:
+    using Bytes::Bytes;
     ~Data() override = default;
-    const std::string _bytes;
 };
+
+static_assert(sizeof(String) == sizeof(Bytes) && sizeof(Data) == sizeof(Bytes), "the bytes lie right behind");
 
 /// An immutable list of values. Elements may be absent only where a caller put them so.
 class PLATFORM_EXPORT Array final : public Object {
