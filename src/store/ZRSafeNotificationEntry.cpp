@@ -61,7 +61,7 @@ std::string ZRSafeNotificationEntry::description() const
 {
     return fmt::format("<ZRSafeNotificationEntry {}: target {}, name {}, object {}>",
         static_cast<const void*>(this), static_cast<const void*>(_target), _name ? *_name : "any",
-        _text         ? '"' + _text->text() + '"'
+        _text         ? fmt::format("\"{}\"", _text->text())
             : _object ? fmt::format("{}", static_cast<const void*>(_object))
                       : "any");
 }
