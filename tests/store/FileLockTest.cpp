@@ -7,6 +7,7 @@
 #include "store/SkippingClock.h"
 #include "support/Process.h"
 
+#include "platform/files/FileDescriptor.h"
 #include "platform/files/Files.h"
 
 #include <gmock/gmock.h>
@@ -17,6 +18,7 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -50,6 +52,13 @@ bool waitForFile(const fs::path& path)
     for (int i = 0; i < 60000 && !fs::exists(path); ++i)
         usleep(1000);
     return fs::exists(path);
+}
+
+/// Whether anybody holds the kernel lock on that file.
+bool isLockedByKernel(const std::string& file)
+{
+    const platform::FileDescriptor look(open(file.c_str(), O_RDWR | O_CLOEXEC));
+    return look && flock(look.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
 void refuseKernelLocks(int code)
@@ -199,13 +208,16 @@ TEST_F(FileLock, IsFreeWhenItsHolderWasKilled)
 {
     auto holder = start("hold the file lock", {path, "new"});
     ASSERT_TRUE(waitForFile(path + ".held"));
+    EXPECT_TRUE(isLockedByKernel(pathN));
     holder.kill(SIGKILL);
     holder.wait();
     EXPECT_EQ(bytesOf(path).size(), 10U) << "the marker is still there";
     init();
     ASSERT_TRUE(acquire(lock));
     EXPECT_FALSE(lock.useOldMechanism);
+    EXPECT_TRUE(isLockedByKernel(pathN));
     release(lock);
+    EXPECT_FALSE(isLockedByKernel(pathN));
     EXPECT_FALSE(fs::exists(path));
 }
 
