@@ -163,11 +163,19 @@ ObjectRef StoreContext::objectRegisteredForID(const StoreId& id) const
 
 ObjectList StoreContext::registeredObjects() const
 {
+    return registeredObjects([](StoreObject&) { return true; });
+}
+
+ObjectList StoreContext::registeredObjects(const std::function<bool(StoreObject&)>& wanted) const
+{
     Operation operation(*this);
     ObjectList objects;
     const auto add = [&](StoreObject& object) {
-        if (object.retainIfOwned())
-            objects.push_back(ObjectRef::adopt(&object));
+        if (!object.retainIfOwned())
+            return;
+        ObjectRef owned = ObjectRef::adopt(&object);
+        if (wanted(*owned))
+            objects.push_back(std::move(owned));
     };
     for (const auto& seen : operation->stores)
         seen->objects.forEach(add);

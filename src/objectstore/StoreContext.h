@@ -115,6 +115,8 @@ public:
     /// The registered object, or null.
     ObjectRef objectRegisteredForID(const StoreId& id) const;
     ObjectList registeredObjects() const;
+    /// Those of them for which `wanted` answers true.
+    ObjectList registeredObjects(const std::function<bool(StoreObject&)>& wanted) const;
 
     /// Whether a save would write something.
     bool hasChanges() const;

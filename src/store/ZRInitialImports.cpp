@@ -151,18 +151,12 @@ void importTipCardsLater(ZRRoster& roster)
     std::thread(importTipCards, Ref<ZRRoster>(&roster)).detach();
 }
 
-void tellOthers(ZRRoster& roster, const char* name, bool restored)
+void tellOthers(const char* name, const char* word, ZRRoster& roster, ZRRoster::UserInfo& info)
 {
-    Entries info{{std::string(zr::kZRSenderProcessID), Value(static_cast<std::int64_t>(getpid()))},
-        {"kZRUserUID", Value(static_cast<std::int64_t>(geteuid()))}};
-    if (roster.databaseDirectory() != ZRRoster::defaultRosterDirectory())
-        info.emplace_back("kZRDatabaseDirectory", Value(roster.databaseDirectory()));
-    if (restored)
-        info.emplace_back(zr::kZRRestoreFromMetadata, Value(true));
+    const Value told = Value::dictionary({info.begin(), info.end()});
     if (__ZRLogNotifications)
-        platform::log(fmt::format("{}: posting {}", "nts_RestoreFromMetaDataIfNeeded", name));
-    platform::DistributedNotificationCenter::shared()->post(
-        {name, roster.notificationID(), Value::dictionary(std::move(info))});
+        platform::log(fmt::format("nts_RestoreFromMetaDataIfNeeded: posting {}: {}", word, told.description()));
+    platform::DistributedNotificationCenter::shared()->post({name, roster.notificationID(), told});
 }
 
 } // namespace
@@ -193,7 +187,8 @@ bool nts_restoreFromMetaDataIfNeeded(ZRRoster& roster)
     auto& flags = ZRRosterAccess::state(roster).flags;
     if (!flags.restoreFromMetaData)
         return true;
-    tellOthers(roster, kZRWillRestoreFromMetadataPriv, false);
+    auto info = roster.allocCommonNotificationUserInfoDictionary();
+    tellOthers(kZRWillRestoreFromMetadataPriv, "kZRWillRestoreFromMetadataPriv", roster, info);
     bool restored = true;
     std::exception_ptr failure;
     try {
@@ -203,7 +198,8 @@ bool nts_restoreFromMetaDataIfNeeded(ZRRoster& roster)
         failure = std::current_exception();
     }
     flags.restoreFromMetaData = false;
-    tellOthers(roster, kZRDatabaseChangedNotification, true);
+    info.insert_or_assign(kZRRestoreFromMetadata, Value(true));
+    tellOthers(kZRDatabaseChangedNotification, "kZRDatabaseChangedNotification", roster, info);
     if (failure)
         std::rethrow_exception(failure);
     return restored;

@@ -8,7 +8,8 @@
 #include "platform/files/Trash.h"
 #include "platform/files/UserDefaults.h"
 #include "platform/files/ZRUserDefaults.h"
-#include "platform/notify/NotificationCenter.h"
+#include "platform/notify/DistributedNotificationCenter.h"
+#include "platform/processes/NoticeLog.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Dispatch.h"
 #include "platform/run/Log.h"
@@ -103,6 +104,14 @@ void scheduleHousekeeping(ZRRoster& roster)
         delay, [=] { zr_dispatch_concurrent([=] { doHousekeeping(directory, storeFile); }); });
 }
 
+/// Unless a host has a carrier of its own.
+void useNoticesOfOtherProcesses()
+{
+    using Center = platform::DistributedNotificationCenter;
+    if (!Center::isInstalled())
+        Center::install(platform::userNoticeLog());
+}
+
 bool isFileLockVerbose() { return platform::UserDefaults::standard().boolForKey("ZRFileLockDebug"); }
 
 void giveUpFileLock(int code, ZRSourcePlace where = ZRSourcePlace::current())
@@ -133,7 +142,9 @@ ZRRoster::ZRRoster() : _state(std::make_unique<State>()) { }
 
 ZRRoster::~ZRRoster()
 {
+    _state->observers.clear();
     _state->didSave.cancel();
+    _state->didCatchUp.cancel();
     if (_state->ownsContext && _state->context)
         _state->context->setOwningRoster(nullptr);
     _state->context = nullptr;
@@ -176,6 +187,8 @@ Ref<ZRRoster> ZRRoster::nts_SharedRoster()
     if (!nts_initOnDirectory(*roster, rosterDirectory()))
         return nullptr;
     roster->localizedDefaults();
+    useNoticesOfOtherProcesses();
+    ZRRosterAccess::observeOtherProcesses(*roster);
     std::atexit(exitFunction);
 
     ZRInitFileLock(zrFileLock(), roster->rosterLockFile(), 0, isFileLockVerbose());

@@ -274,7 +274,7 @@ void ZRRoster::setManagedObjectContext(Ref<ZRManagedObjectContext> context, bool
     _state->ownsContext = takingOwnership;
     _state->coordinator = std::move(coordinator);
     _state->context = std::move(context);
-    observeSaves();
+    observeContext();
 }
 
 bool ZRRoster::isSharedInstanceOrClone()

@@ -5,7 +5,6 @@
 #include "core/ZRLog.h"
 #include "objectstore/StoreContext.h"
 #include "platform/files/Files.h"
-#include "platform/notify/NotificationCenter.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
 #include "store/ZRFileLock.h"
@@ -48,32 +47,6 @@ void cleanUp(const std::string& directory)
             static_cast<void>(platform::removeFile(file.path().string()));
 }
 
-/// Marks what was changed as modified now, and hands the records to those who keep files about them.
-void stampChanges(ZRRoster& roster, ZRManagedObjectContext& context, const Value& date)
-{
-    std::vector<Ref<ZROSRecord>> changed;
-    for (const auto& object : context.updatedObjects()) {
-        Ref<ZROSRecord> record = platform::refCast<ZROSRecord>(object);
-        if (object->entity().name() == "ZROSContactIndex")
-            record = platform::refCast<ZROSRecord>(object->related(contactIndexSlots().contact));
-        if (!record || record->isInserted() || record->isDeleted() || !record->publicRecordClass())
-            continue;
-        const bool isPreserved =
-            record->privateDictionary().value(zr::kZRPreserveModificationDate).asBoolean();
-        if (!isPreserved && record->entity().name() != "ZROSInfo"
-            && record->entity().name() != "ZROSRosterSource")
-            record->setValueForKey("modificationDate", date);
-        changed.push_back(std::move(record));
-    }
-    const auto& processRecords = ZRServices::registered().processRecords;
-    if (!processRecords || !roster.isSharedInstance())
-        return;
-    for (const auto& object : context.insertedObjects())
-        if (auto record = platform::refCast<ZROSRecord>(object))
-            changed.push_back(std::move(record));
-    processRecords(roster, changed);
-}
-
 /// Once a process, the first roster that is written to the disk notes which version of the system wrote it
 /// last.
 void noteVersion(ZRRoster& roster)
@@ -85,27 +58,13 @@ void noteVersion(ZRRoster& roster)
         wasNoted = info->nts_SetValue(Value(ZRFrameworkBundle().version()), "LastSavedVersion");
 }
 
-/// What is published, and what came with a subscription, matters to those it is shared with.
-bool couldAffectSharing(ZRRoster& roster, ZRManagedObjectContext& context)
+/// Other processes hear only of the store that the shared roster is on.
+bool isOnSharedStore(ZRRoster& roster)
 {
-    if (const auto info = roster.nts_Info(); info && info->nts_IsPublished())
-        return true;
-    for (const auto& list : {context.insertedObjects(), context.updatedObjects(), context.deletedObjects()})
-        for (const auto& object : list)
-            if (const auto& name = object->entity().name();
-                name == "ZROSSubscribedContact" || name == "ZROSSubscribedGroup")
-                return true;
-    return false;
-}
-
-/// A record of who deletes contacts, on purpose.
-void logDeletions(ZRManagedObjectContext& context)
-{
-    const auto count = std::ranges::count_if(context.deletedObjects(),
-        [](const auto& object) { return object->entity().isKindOf(contactSlots().entity); });
-    if (count > 0 && !context.isMemoryBacked())
-        platform::log(fmt::format("Process {} deleting {} {}", program_invocation_short_name, count,
-            count == 1 ? "contact" : "contacts"));
+    if (roster.isMemoryBacked())
+        return false;
+    const auto shared = ZRRoster::nts_SharedRoster();
+    return shared && shared->storeCoordinator() == roster.storeCoordinator();
 }
 
 } // namespace
@@ -169,21 +128,24 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
         ZRUpdateFileLockTime(*fileLock);
 
     ZRRecordObjectStoreFactoryImpl::doRemoveRecordsAndCreateLogsWithRoster(*this);
-    context->flushPendingChanges();
-    stampChanges(*this, *context,
-        modificationDate.isDate() ? modificationDate
-                                  : Value(platform::Date{platform::Clock::current().now()}));
-    logDeletions(*context);
-    const auto& launchDaemon = ZRServices::registered().launchOrWaitForDaemon;
-    const bool affectsSharing = launchDaemon && couldAffectSharing(*this, *context);
-    if (!nts_writePictures() || !nts_writeChanges(*context))
+    UserInfo publicInfo, privateInfo;
+    SaveEffects effects;
+    if (!preparePublicChangeNotification(publicInfo, privateInfo, effects, modificationDate)
+        || !nts_writePictures() || !nts_writeChanges(*context))
         return false;
+    if (isOnSharedStore(*this)) {
+        nts_SendRosterDidSaveNotificationsWithPublicUserInfo(
+            publicInfo, privateInfo, effects.privateTablesChanged);
+        if (fileLock)
+            ZRUpdateFileLockTime(*fileLock);
+    }
     if (ZRPerfFlagIsSet(ZRPerfFlag::save))
         ZRPerfLog("[LogSaveTimes] Time to save = {:3.3f}", platform::Clock::current().monotonic() - start);
     // Whether a roster in memory is a clone is not asked: that would open the shared one.
-    if (triggerSync && !isMemoryBacked() && isSharedInstanceOrClone())
+    if (triggerSync && effects.couldAffectSyncing && !isMemoryBacked() && isSharedInstanceOrClone())
         ZRSyncManager::sharedSyncManager().scheduleTrickleSyncSoon();
-    if (affectsSharing)
+    if (const auto& launchDaemon = ZRServices::registered().launchOrWaitForDaemon;
+        launchDaemon && effects.couldAffectSharing)
         launchDaemon();
     return true;
 }
@@ -224,26 +186,6 @@ bool ZRRoster::nts_hasUnsavedChanges()
 }
 
 platform::Error ZRRoster::lastSaveError() const { return _state->lastSaveError; }
-
-// After a save: definitions that were made are read anew, and handles of what was deleted leave the cache.
-void ZRRoster::observeSaves()
-{
-    _state->didSave = platform::NotificationCenter::shared().subscribe(objectstore::kStoreContextDidSave,
-        _state->context.get(), [this](const platform::Notification& notice) {
-            const auto* changes = notice.userInfo.as<objectstore::StoreChanges>();
-            if (!changes)
-                return;
-            for (const auto* list : {&changes->inserted, &changes->updated, &changes->deleted})
-                if (std::ranges::any_of(*list,
-                        [](const auto& object) { return object->entity().name() == "ZROSCustomProperty"; }))
-                    clearCustomPropertyCaches();
-            std::vector<std::string> gone;
-            for (const auto& object : changes->deleted)
-                if (auto* record = dynamic_cast<ZROSRecord*>(object.get()); record && record->publicRecord())
-                    gone.push_back(record->publicRecord()->nts_UniqueId());
-            nts_ClearCachedRecordsForUniqueIds(gone);
-        });
-}
 
 std::int64_t ZRRoster::version()
 {

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 
 class ZRInfo;
 class ZRManagedObjectContext;
@@ -20,9 +21,15 @@ struct ZRFileLock;
 enum class ZRNameOrder { preferred, firstName, lastName };
 
 namespace objectstore {
+class StoreChanges;
 class StoreCoordinator;
+class StoreObject;
 class StorePredicate;
 } // namespace objectstore
+
+namespace platform {
+struct Notification;
+} // namespace platform
 
 /// A contact database: the shared one of this process, another directory's, or one in memory.
 ///
@@ -107,7 +114,6 @@ public:
     bool isAggregate();
     bool _isReadOnly();
     bool _isReadOnlyIgnoresInert(bool ignoresInert);
-    std::string notificationID() const;
     std::int64_t version();
 
     // ---- records                                                      (ZRRoster+Records.cpp)
@@ -231,6 +237,49 @@ public:
     /// Why the last save of this roster answered false.
     platform::Error lastSaveError() const;
 
+    // ---- telling others of a save                                     (ZRRoster+Notices.cpp)
+
+    /// What a change notice carries, by key; plain values only, so that it can cross processes.
+    using UserInfo = std::map<std::string, platform::Value, std::less<>>;
+    /// What a save may concern beside the records.
+    struct SaveEffects {
+        bool couldAffectSyncing = false;
+        bool couldAffectSharing = false;
+        bool privateTablesChanged = false;
+    };
+    /// Who sends, and of which roster, when that is not the default one.
+    UserInfo allocCommonNotificationUserInfoDictionary() const;
+    /// Sorts the unsaved changes into the ids that are inserted, updated and deleted; marks the changed
+    /// records as modified at `modificationDate` (absent: now), unless they keep their date; and logs the
+    /// deletion of contacts. False stops the save.
+    bool preparePublicChangeNotification(UserInfo& publicInfo, UserInfo& privateInfo, SaveEffects& effects,
+        platform::Value modificationDate);
+    /// Puts the ids of `records` under `key`, less those under `ignoredKey`; empty ignores none.
+    void updatePublicUserInfo(UserInfo& publicInfo, UserInfo& privateInfo,
+        const std::vector<platform::Ref<objectstore::StoreObject>>& records, std::string_view key,
+        SaveEffects& effects, const platform::Value& modificationDate, std::string_view ignoredKey);
+    /// Posts both notices, here and to the other processes, and waits for nobody.
+    void nts_SendRosterDidSaveNotificationsWithPublicUserInfo(
+        const UserInfo& publicInfo, const UserInfo& privateInfo, bool privateTablesChanged);
+    /// The directory and a number of this roster: what its notices are about.
+    std::string notificationID() const;
+
+    // ---- what others saved                                            (ZRRoster+External.cpp)
+
+    /// A change notice: of another process of this user, and about this roster, it refreshes what is held and
+    /// is posted here as kZRDatabaseChangedExternallyNotification, or the private form. Any other is nothing.
+    void databaseChangedExternally(const std::string& name, const platform::Value& userInfo);
+    /// Another process rebuilds the roster: until the reset that follows, change notices are dropped.
+    void willRestoreFromMetadata(const std::string& name, const platform::Value& userInfo);
+    /// Refreshes the records of a notice that are held; unsaved changes stay.
+    void resetRecordsWithUserInfo(const platform::Value& userInfo);
+    /// The same for an array of unique ids; absent does nothing.
+    void resetRecordsWithUniqueIds(const platform::Value& uniqueIds);
+    /// A context of this process saved: forgets what it deleted or redefined.
+    void zrManagedObjectContextDidSave(const platform::Notification& notice);
+    static bool setContainsEntity(
+        const std::vector<platform::Ref<objectstore::StoreObject>>& objects, std::string_view entity);
+
     // ---- synchronisation                                              (ZRRoster+Sync.cpp)
 
     /// Whether saves start no sync: `__shouldDisableSync`, or else the preference "ZRDisableSync".
@@ -277,7 +326,12 @@ private:
     struct State;
 
     ZRRoster();
-    void observeSaves();
+    void observeContext();
+    void observeOwnProcess();
+    void observeOtherProcesses();
+    void noticesMissed(const std::string& name, const platform::Value& userInfo);
+    void tellOfExternalChange(const std::string& name, const platform::Value& userInfo);
+    void takeInChanges(const objectstore::StoreChanges& changes);
     bool nts_writeChanges(ZRManagedObjectContext& context);
     bool nts_writePictures();
     void nts_removeWrittenPictures();

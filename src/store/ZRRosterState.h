@@ -63,6 +63,8 @@ struct ZRRoster::State {
     std::map<std::pair<std::string, std::string>, platform::Value> pictures;
     platform::Error lastSaveError;
     platform::Subscription didSave;
+    platform::Subscription didCatchUp;
+    std::vector<platform::Subscription> observers;
 };
 
 /// How the files of the roster, and free functions beside them, reach its state.
@@ -70,6 +72,8 @@ struct ZRRosterAccess {
     static ZRRoster::State& state(ZRRoster& roster) { return *roster._state; }
     static const ZRRoster::State& state(const ZRRoster& roster) { return *roster._state; }
     static platform::Ref<ZRRoster> make(ZRRoster::State::Kind kind);
+    static void observeOwnProcess(ZRRoster& roster) { roster.observeOwnProcess(); }
+    static void observeOtherProcesses(ZRRoster& roster) { roster.observeOtherProcesses(); }
 };
 
 /// What came of opening a store.

@@ -76,6 +76,7 @@ bool nts_initOnDirectory(ZRRoster& roster, const std::string& directory)
     const bool fileExists = platform::fileExists(path);
     if (!fileExists || !ZRUserDefaults::rosterPreferences()->boolForKey(importTipCards))
         prepareForNewStore(state.flags, directory, fileExists);
+    ZRRosterAccess::observeOwnProcess(roster);
     return true;
 }
 

@@ -289,7 +289,8 @@ TEST(Lifecycle, MakesAndForgetsTheCardOfTheUser)
     EXPECT_TRUE(modification(first).isDate());
     EXPECT_TRUE(ZRUserDefaults::rosterPreferences()->objectForKey("ZRPrivateVCardFields").isAbsent());
     ASSERT_TRUE(roster->save());
-    first->zrosSetValueForKey(Value(), "modificationDate");
+    for (const auto& one : {first, second})
+        one->zrosSetValueForKey(Value(), "modificationDate");
     roster->setMe(nullptr);
     EXPECT_EQ(roster->me(), nullptr);
     EXPECT_TRUE(modification(first).isDate()) << "who was Me counts as changed";

@@ -55,6 +55,7 @@ struct Installed {
     Mutex mutex{LockRank::leaf};
     std::shared_ptr<DistributedNotificationCenter> center ZR_GUARDED_BY(
         mutex) = std::make_shared<AbsentCenter>();
+    bool isChosen ZR_GUARDED_BY(mutex) = false;
 };
 
 Installed& installed()
@@ -71,12 +72,19 @@ std::shared_ptr<DistributedNotificationCenter> DistributedNotificationCenter::sh
     return installed().center;
 }
 
+bool DistributedNotificationCenter::isInstalled()
+{
+    Lock lock(installed().mutex);
+    return installed().isChosen;
+}
+
 std::shared_ptr<DistributedNotificationCenter> DistributedNotificationCenter::install(
     std::shared_ptr<DistributedNotificationCenter> center)
 {
     if (!center)
         center = std::make_shared<AbsentCenter>();
     Lock lock(installed().mutex);
+    installed().isChosen = true;
     return std::exchange(installed().center, std::move(center));
 }
 

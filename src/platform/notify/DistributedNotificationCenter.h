@@ -41,6 +41,8 @@ public:
     /// The one in use: where none was installed, the service is absent, and posts and subscriptions do
     /// nothing.
     static std::shared_ptr<DistributedNotificationCenter> shared();
+    /// Whether somebody has chosen one by `install`, be it none.
+    static bool isInstalled();
     /// Replaces it and answers the former; null makes the service absent.
     static std::shared_ptr<DistributedNotificationCenter> install(
         std::shared_ptr<DistributedNotificationCenter> center);
