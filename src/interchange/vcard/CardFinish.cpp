@@ -4,6 +4,8 @@
 #include "core/ZRConstants.h"
 #include "core/ZRMultiValue.h"
 
+#include <fmt/format.h>
+
 #include <utility>
 
 using namespace vcard;
@@ -21,8 +23,6 @@ constexpr std::pair<Pending, std::string_view> kEntriesBehindAddresses[] = {
     {Pending::urls, zr::kZRURLsProperty},
     {Pending::calendarURIs, zr::kZRCalendarURIsProperty},
 };
-
-bool isEmpty(const std::optional<std::string>& text) { return !text || text->empty(); }
 
 /// No value, or a text without characters.
 bool holdsNothing(const platform::Value& value)
@@ -62,34 +62,32 @@ void ZRVCardParser::State::finishCard()
     for (const auto& [kind, property] : kEntriesBehindAddresses)
         addMultiValues(kind, property);
     finishNotes();
-    if (card.uid)
-        setter->setValueInTemporaryCache(std::move(*card.uid), ZRTempVCardUIDKey);
-    if (card.imageData)
-        setter->setImageData(platform::Value::data(*card.imageData));
+    if (card.uid.isString())
+        setter->setValueInTemporaryCache(card.uid, ZRTempVCardUIDKey);
+    if (card.imageData.isData())
+        setter->setImageData(card.imageData);
 }
 
 /// A card with a formatted name alone keeps it as its last name; one of an organization without a person's
 /// name is a company.
 void ZRVCardParser::State::finishNames()
 {
-    if (!isEmpty(card.organization))
-        setter->setValue(*card.organization, zr::kZROrganizationProperty);
-    if (!card.last && !card.first && !card.organization && !isEmpty(card.formattedName))
-        setter->setValue(*card.formattedName, zr::kZRLastNameProperty);
-    if (!isEmpty(card.organization) && isEmpty(setter->fullName()))
+    const bool hasOrganization = !holdsNothing(card.organization);
+    if (hasOrganization)
+        setter->setValue(card.organization, zr::kZROrganizationProperty);
+    if (!card.hasLast && !card.hasFirst && card.organization.isAbsent() && !card.formattedName.empty())
+        setter->setValue(card.formattedName, zr::kZRLastNameProperty);
+    if (hasOrganization && setter->fullName().value_or("").empty())
         setPersonFlags((personFlags() & ~kShowAsBits) + kShowAsCompany);
 }
 
 void ZRVCardParser::State::finishNotes()
 {
-    if (card.otherNotes) {
-        if (isEmpty(card.notes))
-            card.notes = std::move(card.otherNotes);
-        else
-            card.notes->append("\n").append(*card.otherNotes);
-    }
-    if (!isEmpty(card.notes))
-        setter->setValue(std::move(*card.notes), zr::kZRNoteProperty);
+    if (!card.otherNotes.empty())
+        card.notes = holdsNothing(card.notes) ? card.otherNotes
+                                              : fmt::format("{}\n{}", card.notes.asText(), card.otherNotes);
+    if (!holdsNothing(card.notes))
+        setter->setValue(card.notes, zr::kZRNoteProperty);
 }
 
 const std::string* ZRVCardParser::State::extensionOf(

@@ -16,12 +16,13 @@ namespace {
 /// A postal address as it is read.
 struct Address {
     /// City, state, postal code, country.
-    std::array<std::optional<std::string>, 4> fields;
-    std::optional<std::string> street, countryCode;
+    std::array<platform::Value, 4> fields;
+    platform::Value street, countryCode;
 
     bool isEmpty() const
     {
-        return !street && std::all_of(fields.begin(), fields.end(), [](const auto& field) { return !field; });
+        return street.isAbsent()
+            && std::all_of(fields.begin(), fields.end(), [](const auto& field) { return field.isAbsent(); });
     }
 
     /// Written in the order of the keys, which spares the dictionary its sorting.
@@ -30,34 +31,24 @@ struct Address {
         auto& [city, state, code, country] = fields;
         std::vector<std::pair<std::string, platform::Value>> entries;
         entries.reserve(6);
-        for (auto& [key, text] :
+        for (const auto& [key, text] :
             {std::pair{zr::kZRAddressCityKey, &city}, {zr::kZRAddressCountryKey, &country},
                 {zr::kZRAddressCountryCodeKey, &countryCode}, {zr::kZRAddressStateKey, &state},
                 {zr::kZRAddressStreetKey, &street}, {zr::kZRAddressZIPKey, &code}})
-            if (*text)
-                entries.emplace_back(key, std::move(**text));
+            if (!text->isAbsent())
+                entries.emplace_back(key, std::move(*text));
         return platform::Value::dictionary(std::move(entries));
     }
 };
 
 /// Adds a line to a street; an empty one adds nothing.
-void appendLine(std::string& street, const std::optional<std::string>& line)
+void appendLine(std::string& street, std::optional<std::string_view> line)
 {
     if (!line || line->empty())
         return;
     if (!street.empty())
         street += '\n';
     street += *line;
-}
-
-platform::Value valueOf(std::optional<std::string> text)
-{
-    return text ? platform::Value(std::move(*text)) : platform::Value();
-}
-
-platform::Value valueOf(std::optional<platform::Date> date)
-{
-    return date ? platform::Value(*date) : platform::Value();
 }
 
 } // namespace
@@ -140,7 +131,7 @@ bool ZRVCardParser::State::addIMValueTo(Pending kind)
     bool repeated = false;
     do {
         const Text value = nextField();
-        repeated = repeated || (value && !addresses.insert(*value).second);
+        repeated = repeated || (value && !addresses.emplace(*value).second);
         if (!repeated)
             addEntry(kind, label, valueOf(value));
     } while (nextFieldFollows());
@@ -195,20 +186,20 @@ bool ZRVCardParser::State::parseADD()
 }
 
 /// Reads a street of `lines` fields, and the fields behind it that are not empty.
-void ZRVCardParser::State::readAddress(Text& street, std::span<Text> fields, int lines)
+void ZRVCardParser::State::readAddress(
+    platform::Value& street, std::span<platform::Value> fields, int lines)
 {
     std::string joined;
     for (int read = 1; read <= lines; ++read) {
         appendLine(joined, nextField());
         if (read == lines)
-            street = std::move(joined);
+            street = joined;
         if (!nextFieldFollows())
             return;
     }
-    for (Text& field : fields) {
-        field = nextField();
-        if (field && field->empty())
-            field.reset();
+    for (platform::Value& field : fields) {
+        if (const Text text = nextField(); text && !text->empty())
+            field = *text;
         if (!nextFieldFollows())
             return;
     }
@@ -231,7 +222,7 @@ bool ZRVCardParser::State::parseOtherDate()
     if (!text || text->empty())
         return true;
     const std::string_view date = *text;
-    addEntry(Pending::dates, zr::kZROtherLabel,
-        valueOf(dateFromISO8601String(date.substr(date.starts_with('-') ? 1 : 0))));
+    const auto read = dateFromISO8601String(date.substr(date.starts_with('-') ? 1 : 0));
+    addEntry(Pending::dates, zr::kZROtherLabel, read ? platform::Value(*read) : platform::Value());
     return true;
 }

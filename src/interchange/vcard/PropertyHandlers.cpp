@@ -34,7 +34,7 @@ bool ZRVCardParser::State::nextFieldFollows()
 
 ZRVCardParser::State::Text ZRVCardParser::State::parseSingleValue()
 {
-    Text value = nextField();
+    const Text value = nextField();
     nextFieldFollows();
     return value;
 }
@@ -49,13 +49,13 @@ std::vector<std::string> ZRVCardParser::State::parseList()
 void ZRVCardParser::State::setText(std::string_view property, Text text)
 {
     if (text && !text->empty())
-        setter->setValue(std::move(*text), property);
+        setter->setValue(*text, property);
 }
 
 bool ZRVCardParser::State::storeText(std::string_view property)
 {
-    if (Text text = parseSingleValue())
-        setter->setValue(std::move(*text), property);
+    if (const Text text = parseSingleValue())
+        setter->setValue(*text, property);
     return true;
 }
 
@@ -70,12 +70,12 @@ bool ZRVCardParser::State::parseN()
     constexpr std::string_view properties[] = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty,
         zr::kZRMiddleNameProperty, zr::kZRTitleProperty, zr::kZRSuffixProperty};
     for (const std::string_view property : properties) {
-        Text text = nextField();
+        const Text text = nextField();
         if (property == zr::kZRLastNameProperty)
-            card.last = text;
+            card.hasLast = text.has_value();
         if (property == zr::kZRFirstNameProperty)
-            card.first = text;
-        setText(property, std::move(text));
+            card.hasFirst = text.has_value();
+        setText(property, text);
         if (!nextFieldFollows())
             break;
     }
@@ -84,22 +84,22 @@ bool ZRVCardParser::State::parseN()
 
 bool ZRVCardParser::State::parseFN()
 {
-    card.formattedName = parseSingleValue();
+    card.formattedName = parseSingleValue().value_or("");
     return true;
 }
 
 bool ZRVCardParser::State::parseNickname()
 {
-    Text nickname = parseSingleValue();
+    const Text nickname = parseSingleValue();
     if (!nickname || nickname->empty())
         return false;
-    setText(zr::kZRNicknameProperty, std::move(nickname));
+    setText(zr::kZRNicknameProperty, nickname);
     return true;
 }
 
 bool ZRVCardParser::State::parseOrganization()
 {
-    card.organization = nextField();
+    card.organization = valueOf(nextField());
     if (nextFieldFollows())
         setText(zr::kZRDepartmentProperty, nextField());
     return true;
@@ -107,13 +107,13 @@ bool ZRVCardParser::State::parseOrganization()
 
 bool ZRVCardParser::State::parseNote()
 {
-    card.notes = parseSingleValue();
+    card.notes = valueOf(parseSingleValue());
     return true;
 }
 
 bool ZRVCardParser::State::parseUID()
 {
-    card.uid = parseSingleValue();
+    card.uid = valueOf(parseSingleValue());
     return true;
 }
 
@@ -163,7 +163,8 @@ bool ZRVCardParser::State::parseOrder()
 
 bool ZRVCardParser::State::parsePhoto()
 {
-    card.imageData = line.base64Data ? std::optional(zrDecodeBase64(*line.base64Data)) : std::nullopt;
+    card.imageData =
+        line.base64Data ? platform::Value::data(zrDecodeBase64(*line.base64Data)) : platform::Value();
     return true;
 }
 
@@ -172,7 +173,7 @@ bool ZRVCardParser::State::parseBuiltInPhoto()
     const auto list = parseList();
     const auto picture = list.empty() ? platform::Value() : context.builtInPicture(list.front());
     if (picture.isData())
-        card.imageData = std::string(picture.asBytes());
+        card.imageData = picture;
     return true;
 }
 

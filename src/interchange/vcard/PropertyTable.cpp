@@ -136,8 +136,7 @@ void ZRVCardParser::State::generic()
         [&](std::string_view name) { return equalInAnyCase(name, line.name); });
     if (ignored || !value || value->empty())
         return;
-    std::string& notes = card.otherNotes ? *card.otherNotes : card.otherNotes.emplace();
-    if (!notes.empty())
-        notes += '\n';
-    notes.append(line.name).append(": ").append(*value);
+    if (!card.otherNotes.empty())
+        card.otherNotes += '\n';
+    card.otherNotes.append(line.name).append(": ").append(*value);
 }

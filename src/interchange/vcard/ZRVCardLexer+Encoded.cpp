@@ -103,14 +103,14 @@ char ZRVCardLexer::replacementOf(unsigned char value)
 
 // ---- Base64
 
-std::string ZRVCardLexer::nextBase64Data()
+std::string_view ZRVCardLexer::nextBase64Data()
 {
-    std::string text;
+    _base64.clear();
     bool done = false;
     while (!done) {
-        if (!(_unicode ? appendBase64Line<2>(text, done) : appendBase64Line<1>(text, done)))
+        if (!(_unicode ? appendBase64Line<2>(_base64, done) : appendBase64Line<1>(_base64, done)))
             break;
-        text += kReturnDelimiter;
+        _base64 += kReturnDelimiter;
         const std::size_t behindLine = _cursor;
         advanceToEOL();
         advancePastEOL();
@@ -119,7 +119,7 @@ std::string ZRVCardLexer::nextBase64Data()
             _cursor = behindLine;
         }
     }
-    return text;
+    return _base64;
 }
 
 std::optional<std::string> ZRVCardLexer::nextBase64Line(bool& last)

@@ -22,72 +22,65 @@ constexpr auto kIsOfWord = [] {
     return isOfWord;
 }();
 
-bool isASCIIOrUTF8(TextEncoding encoding)
+/// Whether the bytes are their own UTF-8, as nearly all are.
+bool isUTF8Already(std::string_view bytes, TextEncoding encoding)
 {
-    return encoding == platform::kUTF8Encoding || encoding == platform::kASCIIEncoding;
-}
-
-std::optional<std::string> decoded(std::string_view bytes, TextEncoding encoding)
-{
-    if (encoding == platform::kUTF7Encoding)
-        return zrDecodedUTF7(bytes);
-    if (isASCIIOrUTF8(encoding) && platform::isASCII(bytes))
-        return std::string(bytes);
-    return platform::decode(bytes, encoding);
+    if (encoding == platform::kUTF8Encoding)
+        return platform::isValidUTF8(bytes);
+    return encoding == platform::kASCIIEncoding && platform::isASCII(bytes);
 }
 
 } // namespace
 
-std::optional<std::string> ZRVCardLexer::nextStringInEncoding(
+std::optional<std::string_view> ZRVCardLexer::nextStringInEncoding(
     TextEncoding encoding, bool quotedPrintable, TokenMask stopTokens, bool trim)
 {
     return _unicode ? nextFoldedString<2>(encoding, quotedPrintable, stopTokens, trim)
                     : nextFoldedString<1>(encoding, quotedPrintable, stopTokens, trim);
 }
 
-std::optional<std::string> ZRVCardLexer::nextSingleByteStringInEncoding(
+std::optional<std::string_view> ZRVCardLexer::nextSingleByteStringInEncoding(
     TextEncoding encoding, bool quotedPrintable, TokenMask stopTokens, bool trim)
 {
     return nextString<1>(encoding, quotedPrintable, stopTokens, trim);
 }
 
-std::optional<std::string> ZRVCardLexer::nextUnicodeStringStopTokens(
+std::optional<std::string_view> ZRVCardLexer::nextUnicodeStringStopTokens(
     TokenMask stopTokens, bool quotedPrintable, bool trim)
 {
     return nextString<2>(platform::kUTF16Encoding, quotedPrintable, stopTokens, trim);
 }
 
 template <std::size_t Width>
-std::optional<std::string> ZRVCardLexer::nextFoldedString(
+std::optional<std::string_view> ZRVCardLexer::nextFoldedString(
     TextEncoding encoding, bool quotedPrintable, TokenMask stopTokens, bool trim)
 {
-    std::optional<std::string> text;
-    if constexpr (Width == 1)
-        if (const auto word = nextWord(encoding, quotedPrintable ? stopTokens & ~kEquals : stopTokens)) {
-            text.emplace(*word);
-            return text;
-        }
-    text = nextString<Width>(encoding, quotedPrintable, stopTokens, trim);
-    bool complete = text.has_value();
-    while (lineFolds<Width>()) {
+    if (Width == 1 && encoding == platform::kASCIIEncoding && !quotedPrintable)
+        if (const auto word = nextWord(stopTokens))
+            return word;
+    const auto first = nextString<Width>(encoding, quotedPrintable, stopTokens, trim);
+    if (!lineFolds<Width>())
+        return first;
+    bool complete = first.has_value();
+    _unfolded.assign(first.value_or(""));
+    do {
         const auto more = nextString<Width>(encoding, quotedPrintable, stopTokens, trim);
         complete = complete && more;
         if (complete)
-            text->append(*more);
-    }
-    return text;
+            _unfolded.append(*more);
+    } while (lineFolds<Width>());
+    return first ? std::optional<std::string_view>(_unfolded) : std::nullopt;
 }
 
-/// Most strings are a word that means itself: ASCII, with no token before the one that stops it, which does
-/// not end the line. Absent for others, and then the cursor stays.
-std::optional<std::string_view> ZRVCardLexer::nextWord(TextEncoding encoding, TokenMask stopTokens)
+/// Names and parameters are a word that means itself: ASCII, with no token before the one that stops it,
+/// which does not end the line. Absent for others, and then the cursor stays.
+std::optional<std::string_view> ZRVCardLexer::nextWord(TokenMask stopTokens)
 {
     const std::size_t start = _cursor;
     std::size_t end = start;
     while (end < _length && kIsOfWord[_bytes[end]])
         ++end;
-    const TokenMask stops = stopTokens & ~(kEndOfLine | kEscape);
-    if (!(tokenAt<1>(end) & stops) || !isASCIIOrUTF8(encoding))
+    if (!(tokenAt<1>(end) & stopTokens & ~(kEndOfLine | kEscape)))
         return std::nullopt;
     _dataEnded = false;
     _cursor = end;
@@ -112,7 +105,7 @@ bool ZRVCardLexer::lineFolds()
 }
 
 template <std::size_t Width>
-std::optional<std::string> ZRVCardLexer::nextString(
+std::optional<std::string_view> ZRVCardLexer::nextString(
     TextEncoding encoding, bool quotedPrintable, TokenMask stopTokens, bool trim)
 {
     const TokenMask encoded = kEscape | (quotedPrintable ? kEquals : 0);
@@ -134,7 +127,23 @@ std::optional<std::string> ZRVCardLexer::nextString(
         end -= Width;
     const auto run = std::string_view(_data).substr(start, end - start);
     const TextEncoding set = Width == 2 ? platform::kUTF16Encoding : encoding;
+    // A part of UTF-8 is UTF-8, unless a failed lookup left the cursor inside a character.
+    if (plain && set == platform::kUTF8Encoding && _isUTF8 && (byteAt(start) & 0xC0) != 0x80)
+        return run;
     return decoded(plain ? run : _buffer.append(run), set);
+}
+
+/// The bytes as text, or absent when they are none in the encoding.
+std::optional<std::string_view> ZRVCardLexer::decoded(std::string_view bytes, TextEncoding encoding)
+{
+    if (isUTF8Already(bytes, encoding))
+        return bytes;
+    auto text =
+        encoding == platform::kUTF7Encoding ? zrDecodedUTF7(bytes) : platform::decode(bytes, encoding);
+    if (!text)
+        return std::nullopt;
+    _decoded = std::move(*text);
+    return _decoded;
 }
 
 /// Decodes from `start` on into the buffer, up to the last run of plain characters before a stop; answers
@@ -177,16 +186,9 @@ void ZRVCardLexer::fillArray(
     std::vector<std::string>& array, TokenMask separator, TokenMask stop, TextEncoding encoding)
 {
     while (!(tokenAt<Width>(_cursor) & stop) && !atEOF()) {
-        if constexpr (Width == 1)
-            if (const auto word = nextWord(encoding, separator | stop)) {
-                if (!word->empty())
-                    array.emplace_back(*word);
-                _cursor += (tokenAt<1>(_cursor) & separator) != 0;
-                continue;
-            }
-        auto text = nextFoldedString<Width>(encoding, false, separator | stop, true);
+        const auto text = nextFoldedString<Width>(encoding, false, separator | stop, true);
         if (text && !text->empty())
-            array.push_back(std::move(*text));
+            array.emplace_back(*text);
         if (_dataEnded)
             return;
         if (tokenAt<Width>(_cursor) & separator)

@@ -3,6 +3,7 @@
 
 #include "interchange/vcard/DataDecoding.h"
 #include "platform/run/Log.h"
+#include "platform/text/Utf.h"
 
 #include <fmt/format.h>
 
@@ -26,7 +27,8 @@ std::unique_ptr<ZRVCardLexer> ZRVCardLexer::initWithData(std::string_view data)
     return std::unique_ptr<ZRVCardLexer>(new ZRVCardLexer(data));
 }
 
-ZRVCardLexer::ZRVCardLexer(std::string_view data) : _data(data), _length(_data.size())
+ZRVCardLexer::ZRVCardLexer(std::string_view data)
+    : _data(data), _length(_data.size()), _isUTF8(platform::isValidUTF8(data))
 {
     decideMode();
     _bytes = reinterpret_cast<const unsigned char*>(_data.data());

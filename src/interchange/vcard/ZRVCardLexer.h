@@ -18,7 +18,8 @@
 /// is complete. An `…Unicode` member reads UTF-16, its `…Single` twin bytes; the operation without either
 /// word takes the one that fits the data.
 ///
-/// Ownership: owns a copy of the data.
+/// Ownership: owns a copy of the data. A text that it answers as a view is its own and stands until the next
+///            string, list or Base64 data is read.
 /// Threads:   one at a time.
 /// Errors:    none raised; an absent value, `vcard::kEndOfData` or `vcard::kSyntaxError`. Any bytes are safe:
 ///            behind the end there are no tokens.
@@ -34,6 +35,8 @@ public:
     std::int64_t errorCount() const { return _errorCount; }
     bool atEOF() const { return _cursor >= _length; }
     bool isUnicode() const { return _unicode; }
+    /// Whether all of the data is well-formed UTF-8, and so every part of it between two tokens.
+    bool isUTF8() const { return _isUTF8; }
 
     // ---- tokens
 
@@ -81,12 +84,12 @@ public:
     /// tab does not fold). Each line converts by itself: of a text whose later line fails, the lines before
     /// it are answered. Absent when the conversion fails, or when the data ends without a stop; the cursor
     /// then falls back to where the last peek ended.
-    std::optional<std::string> nextStringInEncoding(
+    std::optional<std::string_view> nextStringInEncoding(
         TextEncoding encoding, bool quotedPrintable, vcard::TokenMask stopTokens, bool trim);
     /// One line of it, without folding. UTF-16 needs no encoding.
-    std::optional<std::string> nextSingleByteStringInEncoding(
+    std::optional<std::string_view> nextSingleByteStringInEncoding(
         TextEncoding encoding, bool quotedPrintable, vcard::TokenMask stopTokens, bool trim);
-    std::optional<std::string> nextUnicodeStringStopTokens(
+    std::optional<std::string_view> nextUnicodeStringStopTokens(
         vcard::TokenMask stopTokens, bool quotedPrintable, bool trim);
 
     /// Strings, trimmed, between tokens of the classes `separator`, up to one of `stop`. Empty ones and those
@@ -98,7 +101,7 @@ public:
 
     /// The Base64 text from the cursor on, LF behind each line and without its padding. It goes on over lines
     /// that begin with a space, up to one with padding. The cursor ends on the end of line behind it.
-    std::string nextBase64Data();
+    std::string_view nextBase64Data();
     /// One line of it, or absent at the end of the data; `last` becomes true for a line with padding.
     std::optional<std::string> nextBase64Line(bool& last);
     std::optional<std::string> nextSingleByteBase64Line(bool& last);
@@ -138,10 +141,10 @@ private:
     template <std::size_t Width>
     std::size_t toString();
     template <std::size_t Width>
-    std::optional<std::string> nextString(
+    std::optional<std::string_view> nextString(
         TextEncoding encoding, bool quotedPrintable, vcard::TokenMask stopTokens, bool trim);
     template <std::size_t Width>
-    std::optional<std::string> nextFoldedString(
+    std::optional<std::string_view> nextFoldedString(
         TextEncoding encoding, bool quotedPrintable, vcard::TokenMask stopTokens, bool trim);
     template <std::size_t Width>
     std::size_t undoEncoding(std::size_t start, vcard::TokenMask encoded, vcard::TokenMask stopTokens);
@@ -157,7 +160,8 @@ private:
 
     vcard::TokenCode failedLookup(char16_t last, std::size_t end);
     std::nullopt_t dataEndedInString();
-    std::optional<std::string_view> nextWord(TextEncoding encoding, vcard::TokenMask stopTokens);
+    std::optional<std::string_view> nextWord(vcard::TokenMask stopTokens);
+    std::optional<std::string_view> decoded(std::string_view bytes, TextEncoding encoding);
     unsigned char byteAt(std::size_t at) const { return at < _length ? _bytes[at] : 0; }
     std::optional<char> nextQuotedPrintableByte();
     bool skipSoftBreak(unsigned char& behind);
@@ -181,12 +185,14 @@ private:
     std::size_t _peakedPoint = 0;
     std::size_t _cursor = 0;
     bool _unicode = false;
+    bool _isUTF8 = false;
     std::int64_t _errorCount = 0;
     Searched _searched;
     /// Set by a string that met the end of the data: its reader must not ask again.
     bool _dataEnded = false;
     /// How often that happened.
     int _unendedStrings = 0;
-    /// Room for a string with escapes, kept from one to the next.
-    std::string _buffer;
+    /// Room for a text that does not stand in the data as it reads: without its escapes, in UTF-8, unfolded.
+    std::string _buffer, _decoded, _unfolded;
+    std::string _base64;
 };

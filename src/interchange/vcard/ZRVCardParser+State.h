@@ -13,7 +13,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -38,11 +37,13 @@ enum class Pending : std::uint8_t {
 
 /// The card that is being read.
 struct Card {
-    std::optional<std::string> first, last, organization, formattedName, notes, otherNotes, uid;
+    /// Whether a family name and a given name were read, be they empty.
+    bool hasLast = false, hasFirst = false;
+    platform::Value organization, notes, uid, imageData;
+    std::string formattedName, otherNotes;
     std::array<std::vector<ZRVCardParameter>, static_cast<std::size_t>(Pending::count)> pending;
     /// By group, then by the name of the extension line.
     std::map<std::string, std::map<std::string, std::vector<std::string>, std::less<>>> extensions;
-    std::optional<std::string> imageData;
 };
 
 /// A parameter as the parser keeps it over the lines.
@@ -62,7 +63,7 @@ struct Line {
     TextEncoding encoding = 0;
     bool quotedPrintable = false;
     bool base64 = false;
-    std::optional<std::string> base64Data;
+    std::optional<std::string_view> base64Data;
 };
 
 /// The lines of a group that say more about its entry: its label, its country code.
@@ -81,7 +82,8 @@ bool equalInAnyCase(std::string_view a, std::string_view b);
 /// A parser's insides. Frame, handlers and finish are a file each.
 struct ZRVCardParser::State {
     using Pending = vcard::Pending;
-    using Text = std::optional<std::string>;
+    /// What the lexer read, and keeps until the next string.
+    using Text = std::optional<std::string_view>;
 
     State(std::string_view data, const VCardReaderContext& surroundings);
 
@@ -101,7 +103,7 @@ struct ZRVCardParser::State {
     void parseParameter();
     void applyParameter(std::string_view name);
     void applyCharset();
-    vcard::CachedParameter& cachedParameterForName(const Text& name);
+    vcard::CachedParameter& cachedParameterForName(Text name);
     bool nextLine();
 
     // ---- dispatch
@@ -135,7 +137,7 @@ struct ZRVCardParser::State {
     bool addIMValueTo(Pending kind);
     bool parseADR();
     bool parseADD();
-    void readAddress(Text& street, std::span<Text> fields, int lines);
+    void readAddress(platform::Value& street, std::span<platform::Value> fields, int lines);
     bool parseBirthday();
     bool parseOtherDate();
     bool parseRelatedName();
@@ -165,6 +167,7 @@ struct ZRVCardParser::State {
     /// The first value of the extension line of an entry's group, or absent.
     const std::string* extensionOf(const ZRVCardParameter& entry, std::string_view name) const;
 
+    static platform::Value valueOf(Text text) { return text ? platform::Value(*text) : platform::Value(); }
     std::vector<ZRVCardParameter>& entries(Pending kind)
     {
         return card.pending[static_cast<std::size_t>(kind)];
@@ -185,7 +188,7 @@ struct ZRVCardParser::State {
     /// Scratch for the values of a parameter.
     std::vector<std::string> parseArray;
     /// Parameters by name, kept over the lines.
-    std::unordered_map<std::string, vcard::CachedParameter> parameters;
+    std::map<std::string, vcard::CachedParameter, std::less<>> parameters;
     vcard::CachedParameter namelessParameter{ZRVCardParameter(std::nullopt)};
     /// The messaging addresses of the card, to find repeated ones.
     std::array<std::unordered_set<std::string>, static_cast<std::size_t>(Pending::count)> known;

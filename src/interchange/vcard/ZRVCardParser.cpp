@@ -4,7 +4,6 @@
 #include "interchange/vcard/ZRVCardDictionaryValueSetter.h"
 #include "interchange/vcard/ZRVCardParser+State.h"
 #include "platform/run/Log.h"
-#include "platform/text/Utf.h"
 
 #include <fmt/format.h>
 
@@ -28,9 +27,9 @@ TextEncoding preferredEncoding(const VCardReaderContext& context)
     return encoding == platform::invalidTextEncoding ? platform::kASCIIEncoding : encoding;
 }
 
-TextEncoding defaultEncodingOf(std::string_view data, const VCardReaderContext& context)
+TextEncoding defaultEncodingOf(std::string_view data, bool isUTF8, const VCardReaderContext& context)
 {
-    if (!data.starts_with("BEGIN:VCARD") || !platform::isValidUTF8(data))
+    if (!data.starts_with("BEGIN:VCARD") || !isUTF8)
         return preferredEncoding(context);
     return data.find("VERSION:3.0") == std::string_view::npos ? platform::kASCIIEncoding
                                                               : platform::kUTF8Encoding;
@@ -88,7 +87,7 @@ platform::Value ZRVCardParser::dictionaryRepresentationOfVCardAtPath(const std::
 ZRVCardParser::State::State(std::string_view data, const VCardReaderContext& surroundings)
     : lexer(ZRVCardLexer::initWithData(data))
     , context(surroundings)
-    , defaultEncoding(defaultEncodingOf(data, surroundings))
+    , defaultEncoding(defaultEncodingOf(data, lexer && lexer->isUTF8(), surroundings))
 {
 }
 
@@ -154,9 +153,10 @@ void ZRVCardParser::State::cleanUpCardState()
         if (!addresses.empty())
             addresses.clear();
     card.extensions.clear();
-    for (Text* text : {&card.first, &card.last, &card.organization, &card.formattedName, &card.notes,
-             &card.otherNotes, &card.uid, &card.imageData})
-        text->reset();
+    card.hasLast = card.hasFirst = false;
+    card.organization = card.notes = card.uid = card.imageData = {};
+    card.formattedName.clear();
+    card.otherNotes.clear();
 }
 
 // ---- the line
@@ -219,12 +219,13 @@ ZRVCardParser::State::Header ZRVCardParser::State::parseParameters()
 
 void ZRVCardParser::State::parseParameter()
 {
-    const auto name = lexer->nextStringInEncoding(platform::kASCIIEncoding, false, kHeaderStops, true);
+    auto& cached = cachedParameterForName(
+        lexer->nextStringInEncoding(platform::kASCIIEncoding, false, kHeaderStops, true));
+    const auto& name = cached.parameter.name();
     if (name && equalInAnyCase(*name, "QUOTED-PRINTABLE"))
         line.quotedPrintable = true;
     if (name && equalInAnyCase(*name, "BASE64"))
         line.base64 = true;
-    auto& cached = cachedParameterForName(name);
     // One that comes again on the line is the same one with more types: to walk it once is enough.
     if (!std::exchange(cached.onLine, true))
         line.parameters.push_back(&cached);
@@ -267,12 +268,13 @@ void ZRVCardParser::State::applyCharset()
         platform::log(fmt::format("{} is an invalid encoding", parseArray.front()));
 }
 
-CachedParameter& ZRVCardParser::State::cachedParameterForName(const Text& name)
+CachedParameter& ZRVCardParser::State::cachedParameterForName(Text name)
 {
     if (!name)
         return namelessParameter;
     const auto cached = parameters.find(*name);
     if (cached != parameters.end())
         return cached->second;
-    return parameters.emplace(*name, CachedParameter{ZRVCardParameter(name)}).first->second;
+    std::string text(*name);
+    return parameters.emplace(text, CachedParameter{ZRVCardParameter(text)}).first->second;
 }

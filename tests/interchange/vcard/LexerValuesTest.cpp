@@ -21,7 +21,7 @@ std::string stringAndRest(ZRVCardLexer& lexer, TextEncoding encoding, bool quote
 {
     const auto text = lexer.nextStringInEncoding(encoding, quotedPrintable, stops, true);
     const auto token = lexer.nextTokenPeak(false);
-    return text.value_or("(absent)") + "|" + std::string(tokenName(token));
+    return std::string(text.value_or("(absent)")) + "|" + std::string(tokenName(token));
 }
 
 struct Case {
