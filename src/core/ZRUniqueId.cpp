@@ -86,14 +86,16 @@ std::string zrUniqueString()
     high = (high & ~0xF000ULL) | 0x4000ULL;
     low = (low & ~(0xC0ULL << 56)) | 0x80ULL << 56;
 
-    std::string text(kZRUniqueIdTextLength, '-');
+    // Not the string itself: its own fields would be read again behind each character.
+    std::array<char, kZRUniqueIdTextLength> text;
+    text.fill('-');
     for (std::size_t i = 0; i < kPairPlaces.size(); ++i) {
         const std::uint64_t half = i < 8 ? high : low;
         const auto& pair = kHexPairs[half >> (56 - 8 * (i & 7)) & 0xFF];
         text[kPairPlaces[i]] = pair[0];
         text[kPairPlaces[i] + 1U] = pair[1];
     }
-    return text;
+    return std::string(text.data(), text.size());
 }
 
 std::string _newUniqueIdForTable(std::optional<std::string_view> table)

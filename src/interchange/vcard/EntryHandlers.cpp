@@ -169,7 +169,7 @@ bool ZRVCardParser::State::parseADR()
     readAddress(address.street, address.fields, 3);
     if (address.isEmpty())
         return true;
-    address.countryCode = context.defaultCountryCode();
+    address.countryCode = defaultCountryCode;
     addEntry(Pending::addresses, genericLabel(), std::move(address).asDictionary());
     return true;
 }
@@ -186,8 +186,7 @@ bool ZRVCardParser::State::parseADD()
 }
 
 /// Reads a street of `lines` fields, and the fields behind it that are not empty.
-void ZRVCardParser::State::readAddress(
-    platform::Value& street, std::span<platform::Value> fields, int lines)
+void ZRVCardParser::State::readAddress(platform::Value& street, std::span<platform::Value> fields, int lines)
 {
     std::string joined;
     for (int read = 1; read <= lines; ++read) {

@@ -163,8 +163,9 @@ bool ZRVCardParser::State::parseOrder()
 
 bool ZRVCardParser::State::parsePhoto()
 {
-    card.imageData =
-        line.base64Data ? platform::Value::data(zrDecodeBase64(*line.base64Data)) : platform::Value();
+    card.imageData = line.base64Data && setter->keepsImageData()
+        ? platform::Value::data(zrDecodeBase64(*line.base64Data))
+        : platform::Value();
     return true;
 }
 

@@ -101,19 +101,6 @@ const Row* rowFor(std::string_view name)
 
 } // namespace
 
-bool vcard::equalInAnyCase(std::string_view a, std::string_view b)
-{
-    if (a.size() != b.size())
-        return false;
-    for (std::size_t at = 0; at < a.size(); ++at) {
-        // Of two letters that differ in case alone only one bit differs.
-        const char lower = static_cast<char>(a[at] | 0x20);
-        if (a[at] != b[at] && (lower != (b[at] | 0x20) || lower < 'a' || lower > 'z'))
-            return false;
-    }
-    return true;
-}
-
 void ZRVCardParser::State::dispatch()
 {
     const Row* row = rowFor(line.name);

@@ -4,18 +4,18 @@
 #include "core/ZRMultiValue.h"
 
 #include <algorithm>
+#include <ranges>
 
 namespace {
 
 /// As many properties as a full card has.
 constexpr std::size_t kUsualProperties = 16;
 
-/// Where the entry of a property is or belongs: they are kept in the order that a dictionary wants.
-template <class Entries>
-auto placeOf(Entries& entries, std::string_view property)
+platform::Value underItsName(platform::Value value, std::string_view property)
 {
-    return std::lower_bound(entries.begin(), entries.end(), property,
-        [](const auto& entry, std::string_view wanted) { return entry.first < wanted; });
+    std::vector<platform::Dictionary::Entry> entries;
+    entries.emplace_back(property, std::move(value));
+    return platform::Value::dictionary(std::move(entries));
 }
 
 } // namespace
@@ -25,18 +25,15 @@ void ZRVCardDictionaryValueSetter::setValue(platform::Value value, std::string_v
     if (value.isAbsent())
         return;
     if (value.isObject() && value.as<ZRMultiValue>())
-        value = platform::Value::dictionary({{std::string(property), std::move(value)}});
-    if (_dictionaryRep.empty())
-        _dictionaryRep.reserve(kUsualProperties);
-    const auto place = placeOf(_dictionaryRep, property);
-    if (place != _dictionaryRep.end() && place->first == property)
-        place->second = std::move(value);
-    else
-        _dictionaryRep.emplace(place, property, std::move(value));
+        value = underItsName(std::move(value), property);
+    if (_entries.empty())
+        _entries.reserve(kUsualProperties);
+    _entries.emplace_back(property, std::move(value));
 }
 
 platform::Value ZRVCardDictionaryValueSetter::valueForProperty(std::string_view property) const
 {
-    const auto place = placeOf(_dictionaryRep, property);
-    return place != _dictionaryRep.end() && place->first == property ? place->second : platform::Value();
+    const auto newestFirst = std::views::reverse(_entries);
+    const auto found = std::ranges::find(newestFirst, property, &platform::Dictionary::Entry::first);
+    return found == newestFirst.end() ? platform::Value() : found->second;
 }

@@ -3,6 +3,7 @@
 
 #include "interchange/vcard/ZRVCardValueSetter.h"
 
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -17,10 +18,12 @@ public:
     /// Replaces what the property had; an absent value changes nothing.
     void setValue(platform::Value value, std::string_view property) override;
     platform::Value valueForProperty(std::string_view property) const override;
+    bool keepsImageData() const override { return false; }
     /// A dictionary of all that was set.
-    platform::Value dictionaryRep() const& { return platform::Value::dictionary(_dictionaryRep); }
-    platform::Value dictionaryRep() && { return platform::Value::dictionary(std::move(_dictionaryRep)); }
+    platform::Value dictionaryRep() const& { return platform::Value::dictionary(_entries); }
+    platform::Value dictionaryRep() && { return platform::Value::dictionary(std::move(_entries)); }
 
 private:
-    std::vector<std::pair<std::string, platform::Value>> _dictionaryRep;
+    /// As they were set: of several of one property the dictionary keeps the last.
+    std::vector<platform::Dictionary::Entry> _entries;
 };

@@ -85,7 +85,7 @@ std::optional<std::string_view> ZRVCardLexer::nextWord(TokenMask stopTokens)
     _dataEnded = false;
     _cursor = end;
     _peakedPoint = end + 1;
-    return std::string_view(_data).substr(start, end - start);
+    return _data.substr(start, end - start);
 }
 
 /// Moves to the continuation of a line that ended here. Where there is none the cursor goes onto the last of
@@ -125,7 +125,7 @@ std::optional<std::string_view> ZRVCardLexer::nextString(
     std::size_t end = _cursor;
     while (end > start && tokenAt<Width>(end - Width) & spaces)
         end -= Width;
-    const auto run = std::string_view(_data).substr(start, end - start);
+    const auto run = _data.substr(start, end - start);
     const TextEncoding set = Width == 2 ? platform::kUTF16Encoding : encoding;
     // A part of UTF-8 is UTF-8, unless a failed lookup left the cursor inside a character.
     if (plain && set == platform::kUTF8Encoding && _isUTF8 && (byteAt(start) & 0xC0) != 0x80)

@@ -40,9 +40,12 @@ void ZRVCardLexer::decideMode()
     const bool littleEndian = _data.starts_with("\xFF\xFE");
     _unicode = bigEndian || littleEndian || zrIsUTF16EntourageVCard(_data);
     _cursor = bigEndian || littleEndian ? 2 : 0;
-    if (littleEndian)
-        for (std::size_t at = 0; at + 1 < _length; at += 2)
-            std::swap(_data[at], _data[at + 1]);
+    if (!littleEndian)
+        return;
+    _swapped = _data;
+    for (std::size_t at = 0; at + 1 < _length; at += 2)
+        std::swap(_swapped[at], _swapped[at + 1]);
+    _data = _swapped;
 }
 
 // ---- tokens

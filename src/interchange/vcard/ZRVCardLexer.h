@@ -4,6 +4,7 @@
 #include "interchange/vcard/ZRVCardToken.h"
 #include "platform/text/Encoding.h"
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -18,8 +19,8 @@
 /// is complete. An `…Unicode` member reads UTF-16, its `…Single` twin bytes; the operation without either
 /// word takes the one that fits the data.
 ///
-/// Ownership: owns a copy of the data. A text that it answers as a view is its own and stands until the next
-///            string, list or Base64 data is read.
+/// Ownership: borrows the data. A text that it answers as a view lies there or in the lexer, and stands until
+///            the next string, list or Base64 data is read.
 /// Threads:   one at a time.
 /// Errors:    none raised; an absent value, `vcard::kEndOfData` or `vcard::kSyntaxError`. Any bytes are safe:
 ///            behind the end there are no tokens.
@@ -28,6 +29,11 @@ public:
     /// A lexer at the start of the data, or absent for 10 bytes or fewer. A byte order mark selects UTF-16 of
     /// its order; without one, zeros at the even places mean UTF-16, big-endian.
     static std::unique_ptr<ZRVCardLexer> initWithData(std::string_view data);
+    /// The data must outlive its lexer.
+    template <std::same_as<std::string> Temporary>
+    static std::unique_ptr<ZRVCardLexer> initWithData(Temporary&&) = delete;
+    ZRVCardLexer(const ZRVCardLexer&) = delete;
+    ZRVCardLexer& operator=(const ZRVCardLexer&) = delete;
 
     /// The byte offset of the next unread byte; in little-endian data too, which is held swapped.
     std::size_t cursor() const { return _cursor; }
@@ -179,7 +185,9 @@ private:
         bool found = false;
     };
 
-    std::string _data;
+    std::string_view _data;
+    /// Little-endian data, made big-endian.
+    std::string _swapped;
     const unsigned char* _bytes = nullptr;
     std::size_t _length = 0;
     std::size_t _peakedPoint = 0;

@@ -75,7 +75,18 @@ inline constexpr std::int64_t kShowAsBits = 7;
 inline constexpr std::int64_t kShowAsCompany = 1;
 
 /// Same text, the case of ASCII letters aside.
-bool equalInAnyCase(std::string_view a, std::string_view b);
+inline bool equalInAnyCase(std::string_view a, std::string_view b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (std::size_t at = 0; at < a.size(); ++at) {
+        // Of two letters that differ in case alone only one bit differs.
+        const char lower = static_cast<char>(a[at] | 0x20);
+        if (a[at] != b[at] && (lower != (b[at] | 0x20) || lower < 'a' || lower > 'z'))
+            return false;
+    }
+    return true;
+}
 
 } // namespace vcard
 
@@ -167,6 +178,7 @@ struct ZRVCardParser::State {
     /// The first value of the extension line of an entry's group, or absent.
     const std::string* extensionOf(const ZRVCardParameter& entry, std::string_view name) const;
 
+    /// The text as a value of its own.
     static platform::Value valueOf(Text text) { return text ? platform::Value(*text) : platform::Value(); }
     std::vector<ZRVCardParameter>& entries(Pending kind)
     {
@@ -175,6 +187,8 @@ struct ZRVCardParser::State {
 
     std::unique_ptr<ZRVCardLexer> lexer;
     const VCardReaderContext& context;
+    /// Shared by all addresses that get it.
+    const platform::Value defaultCountryCode;
     TextEncoding defaultEncoding = 0;
     bool hasImportErrors = false;
     std::string failureReason;

@@ -87,6 +87,7 @@ platform::Value ZRVCardParser::dictionaryRepresentationOfVCardAtPath(const std::
 ZRVCardParser::State::State(std::string_view data, const VCardReaderContext& surroundings)
     : lexer(ZRVCardLexer::initWithData(data))
     , context(surroundings)
+    , defaultCountryCode(surroundings.defaultCountryCode())
     , defaultEncoding(defaultEncodingOf(data, lexer && lexer->isUTF8(), surroundings))
 {
 }

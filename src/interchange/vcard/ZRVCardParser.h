@@ -6,6 +6,7 @@
 #include "platform/value/Object.h"
 #include "platform/value/Value.h"
 
+#include <concepts>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -21,7 +22,7 @@ class ZRVCardValueSetter;
 /// It is the raw reader: it takes what the formats and their old writers meant, and what it does not know it
 /// keeps in the note or drops. Whoever reads cards of the wide world prepares the data first.
 ///
-/// Ownership: copies the data; borrows the context, and a setter for the time of one card.
+/// Ownership: borrows data and context, and a setter for the time of one card.
 /// Threads:   one at a time.
 /// Errors:    none raised. A card that cannot be read answers false, with a log line and a `failureReason`; a
 ///            broken line is lost alone, until there were more than ten syntax errors in the data.
@@ -34,6 +35,10 @@ public:
     /// Roman. UTF-16 is always UTF-16.
     static std::unique_ptr<ZRVCardParser> initWithData(
         std::string_view data, const VCardReaderContext& context = VCardReaderContext::standard());
+    /// The data must outlive its parser.
+    template <std::same_as<std::string> Temporary>
+    static std::unique_ptr<ZRVCardParser> initWithData(
+        Temporary&&, const VCardReaderContext& = VCardReaderContext::standard()) = delete;
     ~ZRVCardParser();
 
     /// Reads one card into `setter`; false when there is none or it is broken, and then `setter` may hold a

@@ -20,6 +20,8 @@ public:
     /// What was set, or stood there before; absent when nothing did.
     virtual platform::Value valueForProperty(std::string_view) const { return {}; }
     virtual void setImageData(platform::Value) { }
+    /// Whether to decode a picture for `setImageData` at all.
+    virtual bool keepsImageData() const { return true; }
     /// The name of a person; absent or empty without one.
     virtual std::optional<std::string> fullName() const { return std::nullopt; }
     /// A value for those who import, which no store keeps.

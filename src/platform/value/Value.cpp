@@ -45,6 +45,25 @@ bool areInOrder(const std::vector<Dictionary::Entry>& entries)
     return true;
 }
 
+/// The entries as a Dictionary keeps them; of several of one key the last one stays.
+std::vector<Dictionary::Entry> inOrder(std::vector<Dictionary::Entry> entries)
+{
+    std::vector<Dictionary::Entry*> order;
+    order.reserve(entries.size());
+    for (auto& entry : entries)
+        order.push_back(&entry);
+    std::ranges::stable_sort(
+        order, {}, [](const auto* entry) -> auto& { return entry->first; });
+    std::vector<Dictionary::Entry> kept;
+    kept.reserve(entries.size());
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        const bool isLast = i + 1 == order.size() || order[i]->first != order[i + 1]->first;
+        if (isLast && !order[i]->second.isAbsent())
+            kept.push_back(std::move(*order[i]));
+    }
+    return kept;
+}
+
 /// Whole numbers compare as whole numbers, so that large ones do not lose their low digits.
 bool equalNumbers(const Value& a, const Value& b)
 {
@@ -227,21 +246,9 @@ std::string Array::description() const
     return text + ")";
 }
 
-Dictionary::Dictionary(std::vector<Entry> entries) : _entries(std::move(entries))
+Dictionary::Dictionary(std::vector<Entry> entries)
+    : _entries(areInOrder(entries) ? std::move(entries) : inOrder(std::move(entries)))
 {
-    if (areInOrder(_entries))
-        return;
-    std::stable_sort(
-        _entries.begin(), _entries.end(), [](const Entry& a, const Entry& b) { return a.first < b.first; });
-    // Of several entries of one key the last one stays: walk backwards, keep the first of each key met.
-    std::vector<Entry> kept;
-    kept.reserve(_entries.size());
-    for (auto entry = _entries.rbegin(); entry != _entries.rend(); ++entry)
-        if (kept.empty() || kept.back().first != entry->first)
-            kept.push_back(std::move(*entry));
-    std::erase_if(kept, [](const Entry& entry) { return entry.second.isAbsent(); });
-    std::reverse(kept.begin(), kept.end());
-    _entries = std::move(kept);
 }
 
 const Value& Dictionary::operator[](std::string_view key) const

@@ -88,6 +88,13 @@ inline std::string card(std::string_view lines)
     return text;
 }
 
+/// Reads the first card of the data into `setter`.
+inline bool readInto(ZRVCardValueSetter& setter, std::string_view data,
+    const VCardReaderContext& context = VCardReaderContext::standard())
+{
+    return ZRVCardParser::initWithData(data, context)->importToValueSetter(setter);
+}
+
 /// What the first card of the data holds, or "(refused: why)".
 inline std::string read(
     std::string_view data, const VCardReaderContext& context = VCardReaderContext::standard())
@@ -109,15 +116,32 @@ inline std::string utf16(std::string_view text, platform::ByteOrder order)
 /// Enough to make a lexer of any text behind it: eleven tokens.
 inline constexpr std::string_view kLeader = ";;;;;;;;;;;";
 
-/// A lexer at the start of `text`, which is read as bytes or as UTF-16.
-inline std::unique_ptr<ZRVCardLexer> lexerOn(
-    std::string_view text, std::optional<platform::ByteOrder> order = std::nullopt)
+/// A lexer at the start of a text, which is read as bytes or as UTF-16; with the data that it borrows.
+class TextLexer {
+public:
+    explicit TextLexer(std::string_view text, std::optional<platform::ByteOrder> order)
+        : _data(std::string(kLeader) + std::string(text))
+    {
+        if (order)
+            _data = utf16(_data, *order);
+        _lexer = ZRVCardLexer::initWithData(_data);
+        for (std::size_t token = 0; token < kLeader.size(); ++token)
+            _lexer->nextTokenPeak(false);
+    }
+    TextLexer(const TextLexer&) = delete;
+    TextLexer& operator=(const TextLexer&) = delete;
+
+    ZRVCardLexer& operator*() const { return *_lexer; }
+    ZRVCardLexer* operator->() const { return _lexer.get(); }
+
+private:
+    std::string _data;
+    std::unique_ptr<ZRVCardLexer> _lexer;
+};
+
+inline TextLexer lexerOn(std::string_view text, std::optional<platform::ByteOrder> order = std::nullopt)
 {
-    const std::string data = std::string(kLeader) + std::string(text);
-    auto lexer = ZRVCardLexer::initWithData(order ? utf16(data, *order) : data);
-    for (std::size_t token = 0; token < kLeader.size(); ++token)
-        lexer->nextTokenPeak(false);
-    return lexer;
+    return TextLexer(text, order);
 }
 
 } // namespace cardtext

@@ -21,7 +21,8 @@ std::string contentsOf(const std::filesystem::path& file)
 std::vector<Setter> cardsOf(const std::string& file)
 {
     std::vector<Setter> cards;
-    const auto parser = ZRVCardParser::initWithData(contentsOf(std::filesystem::path(EXAMPLE_CARDS) / file));
+    const std::string data = contentsOf(std::filesystem::path(EXAMPLE_CARDS) / file);
+    const auto parser = ZRVCardParser::initWithData(data);
     while (parser && !parser->atEnd())
         if (Setter setter; parser->importToValueSetter(setter))
             cards.push_back(std::move(setter));

@@ -226,12 +226,12 @@ TEST(Handlers, OfPicturesAndTemporaryValues)
     for (const auto& [lines, image] : cases) {
         Setter setter;
         const WithPictures context;
-        EXPECT_TRUE(ZRVCardParser::initWithData(card(lines), context)->importToValueSetter(setter)) << lines;
+        EXPECT_TRUE(readInto(setter, card(lines), context)) << lines;
         EXPECT_EQ(setter.image.asBytes(), image) << lines;
         EXPECT_EQ(setter.text(), "") << lines;
     }
     Setter setter;
-    ZRVCardParser::initWithData(card("X-ZRUID:1234:ZRPerson\n"))->importToValueSetter(setter);
+    readInto(setter, card("X-ZRUID:1234:ZRPerson\n"));
     EXPECT_EQ(setter.temporary, "ZRTempVCardUIDKey=1234:ZRPerson");
 }
 
@@ -244,7 +244,7 @@ TEST(Handlers, OfAnOrganizationMakeACompanyOfANamelessCard)
             {std::nullopt, "Organization=Acme\nZRPersonFlags=17"}}) {
         Setter setter;
         setter.name = name;
-        ZRVCardParser::initWithData(card("ORG:Acme\nX-ZROrder:LAST\n"))->importToValueSetter(setter);
+        readInto(setter, card("ORG:Acme\nX-ZROrder:LAST\n"));
         EXPECT_EQ(setter.text(), expected);
     }
 }
@@ -262,7 +262,7 @@ TEST(Handlers, ThatFailLogAndLoseTheirLine)
 TEST(Handlers, GiveEachEntryAnIdentifierAndTheFirstThePrimaryPlace)
 {
     ZRVCardDictionaryValueSetter setter;
-    ZRVCardParser::initWithData(card("TEL:1\nTEL;TYPE=PREF:2\n"))->importToValueSetter(setter);
+    readInto(setter, card("TEL:1\nTEL;TYPE=PREF:2\n"));
     const auto phones = setter.valueForProperty("Phone")["Phone"];
     const auto* entries = phones.as<ZRMultiValue>();
     ASSERT_TRUE(entries);

@@ -15,7 +15,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-std::unique_ptr<ZRVCardLexer> wideLexerOn(std::string_view text, ByteOrder order = ByteOrder::big)
+cardtext::TextLexer wideLexerOn(std::string_view text, ByteOrder order = ByteOrder::big)
 {
     return lexerOn(text, order);
 }
@@ -211,8 +211,8 @@ TEST(LexerWidth, NeedsElevenBytes)
 // Half a character at the end has a low byte of zero, and nothing is read behind it.
 TEST(LexerWidth, BearsHalfACharacterAtTheEnd)
 {
-    const auto odd =
-        ZRVCardLexer::initWithData(cardtext::utf16("\n\n\n\n\n\n", ByteOrder::big) + std::string(1, '\0'));
+    const std::string data = cardtext::utf16("\n\n\n\n\n\n", ByteOrder::big) + std::string(1, '\0');
+    const auto odd = ZRVCardLexer::initWithData(data);
     EXPECT_EQ(odd->advancePastEOL(), true);
     EXPECT_EQ(odd->nextTokenPeak(false), kSemicolonToken) << "a NUL";
     EXPECT_TRUE(odd->atEOF());

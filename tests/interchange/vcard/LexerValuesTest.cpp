@@ -11,7 +11,7 @@ using namespace platform;
 
 namespace {
 
-std::unique_ptr<ZRVCardLexer> lexerOn(std::string_view text, bool wide)
+cardtext::TextLexer lexerOn(std::string_view text, bool wide)
 {
     return cardtext::lexerOn(text, wide ? std::optional(ByteOrder::little) : std::nullopt);
 }
@@ -162,6 +162,15 @@ TEST(LexerStrings, AreInTheEncodingThatTheyAreSaidToBeIn)
     for (const auto& [bytes, encoding, expected] : cases)
         EXPECT_EQ(stringAndRest(*lexerOn(bytes, false), encoding, false, kFieldStops), expected)
             << testing::PrintToString(bytes);
+}
+
+// All of the data is UTF-8, but the failed lookup of seven bytes ended inside the third character.
+TEST(LexerStrings, ThatBeginInsideACharacterAreNone)
+{
+    const auto lexer = lexerOn("日本語日;本;", false);
+    EXPECT_EQ(lexer->nextTokenPeak(false), kSyntaxError);
+    EXPECT_EQ(stringAndRest(*lexer, kUTF8Encoding, false, kFieldStops), "(absent)|;");
+    EXPECT_EQ(stringAndRest(*lexer, kUTF8Encoding, false, kFieldStops), "本|;");
 }
 
 TEST(LexerStrings, OfHalfASurrogatePairAreNone)

@@ -69,7 +69,8 @@ TEST(ParserFrame, LeavesAPartOfABrokenCardWithItsSetter)
 
 TEST(ParserFrame, ReadsCardsOneBehindTheOther)
 {
-    const auto parser = ZRVCardParser::initWithData(card("N:Lima\n") + "junk!\r\n" + card("FN:Bo Ek\n"));
+    const std::string data = card("N:Lima\n") + "junk!\r\n" + card("FN:Bo Ek\n");
+    const auto parser = ZRVCardParser::initWithData(data);
     Lines cards;
     while (!parser->atEnd()) {
         Setter setter;
