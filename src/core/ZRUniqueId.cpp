@@ -81,19 +81,17 @@ constexpr auto kHashSteps = [] {
 std::string zrUniqueString()
 {
     NameGenerator& generator = NameGenerator::ofThisThread();
-    std::uint64_t high = generator.next();
-    std::uint64_t low = generator.next();
-    high = (high & ~0xF000ULL) | 0x4000ULL;
-    low = (low & ~(0xC0ULL << 56)) | 0x80ULL << 56;
+    auto bytes = std::bit_cast<std::array<std::uint8_t, 16>>(std::array{generator.next(), generator.next()});
+    // Version 4, of the usual variant.
+    bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);
+    bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);
 
     // Not the string itself: its own fields would be read again behind each character.
     std::array<char, kZRUniqueIdTextLength> text;
     text.fill('-');
     for (std::size_t i = 0; i < kPairPlaces.size(); ++i) {
-        const std::uint64_t half = i < 8 ? high : low;
-        const auto& pair = kHexPairs[half >> (56 - 8 * (i & 7)) & 0xFF];
-        text[kPairPlaces[i]] = pair[0];
-        text[kPairPlaces[i] + 1U] = pair[1];
+        text[kPairPlaces[i]] = kHexPairs[bytes[i]][0];
+        text[kPairPlaces[i] + 1U] = kHexPairs[bytes[i]][1];
     }
     return std::string(text.data(), text.size());
 }

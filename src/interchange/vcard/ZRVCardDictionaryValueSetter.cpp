@@ -4,7 +4,6 @@
 #include "core/ZRMultiValue.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace {
 
@@ -33,7 +32,7 @@ void ZRVCardDictionaryValueSetter::setValue(platform::Value value, std::string_v
 
 platform::Value ZRVCardDictionaryValueSetter::valueForProperty(std::string_view property) const
 {
-    const auto newestFirst = std::views::reverse(_entries);
-    const auto found = std::ranges::find(newestFirst, property, &platform::Dictionary::Entry::first);
-    return found == newestFirst.end() ? platform::Value() : found->second;
+    const auto newest = std::find_if(
+        _entries.rbegin(), _entries.rend(), [&](const auto& entry) { return entry.first == property; });
+    return newest == _entries.rend() ? platform::Value() : newest->second;
 }
