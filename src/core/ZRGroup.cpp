@@ -42,9 +42,9 @@ std::string ZRGroup::name() const { return std::string(valueForProperty(zr::kZRG
 ZRRecordList ZRGroup::nts_Members() const
 {
     auto* impl = zrDatabaseImpl();
-    return impl && impl->context()
-        ? ZRRecordObjectStoreFactoryImpl::publicRecords(impl->objects(impl->slot("contacts")), *nts_Roster())
-        : ZRRecordList();
+    return impl && impl->context() ? ZROSRecord::copyPublicRecordsForClass(
+               ZRPerson::recordClassDescription, impl->objects(impl->slot("contacts")), *nts_Roster())
+                                   : ZRRecordList();
 }
 
 ZRRecordList ZRGroup::members() const
@@ -82,8 +82,8 @@ bool ZRGroup::removeMember(ZRPerson& person)
 ZRRecordList ZRGroup::nts_Subgroups() const
 {
     auto* impl = zrDatabaseImpl();
-    return impl && impl->context() ? ZRRecordObjectStoreFactoryImpl::publicRecords(
-               impl->objects(impl->slot("childGroups")), *nts_Roster())
+    return impl && impl->context() ? ZROSRecord::copyPublicRecordsForClass(
+               recordClassDescription, impl->objects(impl->slot("childGroups")), *nts_Roster())
                                    : ZRRecordList();
 }
 

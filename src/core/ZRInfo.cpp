@@ -1,6 +1,7 @@
 // How the info record of a roster is found, or made.
 #include "core/ZRInfo.h"
 
+#include "store/ZROSRecord.h"
 #include "store/ZRRoster.h"
 
 using platform::Ref;
@@ -27,8 +28,7 @@ Ref<ZRInfo> ZRInfo::nts_InfoWithRoster(ZRRoster* roster)
     if (auto cached = platform::refCast<ZRInfo>(roster->nts_CachedRecordForUniqueId(cacheKey)))
         return cached;
     const auto all = roster->nts_AllRecordsForClass(recordClassDescription);
-    auto found =
-        all.empty() ? nts_initWithUniqueId(recordClassDescription, std::nullopt, *roster) : all.back();
+    auto found = all.empty() ? ZROSInfo::nts_CreateInfoWithRoster(*roster) : all.back();
     if (found)
         roster->nts_SetCachedRecord(found.get(), cacheKey);
     return platform::refCast<ZRInfo>(found);

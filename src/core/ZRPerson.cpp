@@ -84,7 +84,8 @@ bool ZRSubscribedPerson::isReadOnly() const
 bool ZRPerson::isEmptyPerson() const
 {
     return locked(*nts_Roster(), ZRAccess::read, [&] {
-        const auto properties = ZRCustomProperties::propertyTypes(recordClass(), *nts_Roster(), false);
+        const auto properties =
+            ZRCustomProperties::propertyTypesForClass(recordClass(), *nts_Roster(), false);
         return std::ranges::all_of(properties, [&](const auto& entry) {
             return isUnshared(entry.first) || saysNothing(nts_ValueForProperty(entry.first), entry.first);
         });
@@ -242,10 +243,8 @@ std::string ZRPerson::createFirstLastSorting(bool a, bool part1) const
 
 std::string ZRPerson::createAlternateName() const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] {
-        auto* contact = dynamic_cast<ZROSContact*>(zrDatabaseImpl());
-        return contact ? contact->fastAlternateNameForPerson() : std::string();
-    });
+    return locked(*nts_Roster(), ZRAccess::read,
+        [&] { return ZROSContact::createAlternateNameForPerson(zrDatabaseImpl()); });
 }
 
 Value ZRPerson::nts_StringForIndexing() const

@@ -195,9 +195,9 @@ Ref<ZRRecord> ZRRecord::duplicateWithClass(const ZRRecordClass& target) const
 {
     return locked(*_roster, ZRAccess::write, [&]() -> Ref<ZRRecord> {
         auto copy = nts_initWithUniqueId(target, std::nullopt, *_roster);
-        const auto known = ZRCustomProperties::propertyTypes(target, *_roster, false);
+        const auto known = ZRCustomProperties::propertyTypesForClass(target, *_roster, false);
         for (const auto& [property, type] :
-            ZRCustomProperties::propertyTypes(recordClass(), *_roster, false)) {
+            ZRCustomProperties::propertyTypesForClass(recordClass(), *_roster, false)) {
             const Value value = nts_ValueForProperty(property);
             if (!copy || value.isNothing() || contains(coreProperties, property) || !known.contains(property))
                 continue;

@@ -7,7 +7,6 @@
 #include "core/ZRPerson.h"
 #include "core/ZRRecord.h"
 #include "store/ZROSRecord.h"
-#include "store/ZRRecordObjectStoreFactoryImpl.h"
 #include "store/ZRRoster.h"
 
 #include <algorithm>
@@ -46,9 +45,7 @@ ZRRecordList ZRRecord::parentGroups() const
 
 ZRRecordList ZRRecord::nts_ParentGroups() const
 {
-    if (!_databaseImpl)
-        return {};
-    return ZRRecordObjectStoreFactoryImpl::publicRecords(_databaseImpl->parentGroups(), *_roster);
+    return _databaseImpl ? _databaseImpl->nts_ParentGroupsOfRecord(*this) : ZRRecordList();
 }
 
 std::string ZRRecord::nts_RemoteLocation() const

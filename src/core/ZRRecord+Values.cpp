@@ -193,7 +193,7 @@ bool ZRRecord::nts_AffectsSmartGroupsIsNew(bool isNew) const { return isNew || n
 
 ZRPropertyTypes ZRRecord::propertyTypesWithRoster(const ZRRecordClass& recordClass, ZRRoster* roster)
 {
-    return roster ? ZRCustomProperties::propertyTypes(recordClass, *roster, true)
+    return roster ? ZRCustomProperties::propertyTypesForClass(recordClass, *roster, true)
                   : builtInPropertyTypes(recordClass.name);
 }
 
@@ -226,7 +226,7 @@ ZRPropertyType ZRRecord::nts_TypeOfProperty(
 {
     if (const auto type = builtInTypeOfProperty(recordClass.name, property))
         return type;
-    const auto types = ZRCustomProperties::propertyTypes(recordClass, roster, false);
+    const auto types = ZRCustomProperties::propertyTypesForClass(recordClass, roster, false);
     const auto at = types.find(property);
     return at == types.end() ? kZRPropertyTypeUnknown : at->second;
 }

@@ -2,6 +2,7 @@
 #include "store/ZRCustomProperties.h"
 
 #include "core/BuiltInProperties.h"
+#include "core/ZRConstants.h"
 #include "core/ZRGlobalLock.h"
 #include "platform/run/Log.h"
 #include "store/ZRModelSlots.h"
@@ -35,7 +36,8 @@ Definitions fetched(ZRRoster& roster, std::string_view entityName)
     if (!context || entityName.empty())
         return definitions;
     const auto ofType = StorePredicate::compare("recordType", Comparator::equal, Value(entityName));
-    for (auto& definition : context->zrObjectsForPredicate(ofType, "ZROSCustomProperty", {}, false)) {
+    for (auto& definition :
+        context->zrObjectsForPredicate(ofType, zr::kZRObjectStoreCustomPropertyEntityName, {}, false)) {
         std::string name(definition->text(customPropertySlots().propertyName));
         definitions.emplace(std::move(name), std::move(definition));
     }
@@ -60,7 +62,7 @@ bool declare(ZRRoster& roster, std::string_view entityName, const std::string& n
 
 } // namespace
 
-const Definitions& definitions(ZRRoster& roster, std::string_view entityName)
+const Definitions& customPropertyDefinitionsWithRoster(ZRRoster& roster, std::string_view entityName)
 {
     auto& state = ZRRosterAccess::state(roster);
     const platform::Lock guard(state.monitor);
@@ -70,28 +72,30 @@ const Definitions& definitions(ZRRoster& roster, std::string_view entityName)
     return state.customProperties.emplace(entityName, fetched(roster, entityName)).first->second;
 }
 
-ObjectRef definitionNamed(ZRRoster& roster, std::string_view entityName, std::string_view name)
+ObjectRef customPropertyDefinitionWithName(
+    std::string_view name, ZRRoster& roster, std::string_view entityName)
 {
-    const auto& known = definitions(roster, entityName);
+    const auto& known = customPropertyDefinitionsWithRoster(roster, entityName);
     const auto at = known.find(name);
     return at == known.end() ? nullptr : at->second;
 }
 
 ZRPropertyType typeOfCustomProperty(ZRRoster& roster, std::string_view entityName, std::string_view name)
 {
-    const ObjectRef definition = definitionNamed(roster, entityName, name);
+    const ObjectRef definition = customPropertyDefinitionWithName(name, roster, entityName);
     return definition ? static_cast<ZRPropertyType>(definition->integer(customPropertySlots().valueType))
                       : kZRPropertyTypeUnknown;
 }
 
-ZRPropertyTypes propertyTypes(const ZRRecordClass& recordClass, ZRRoster& roster, bool acquireLock)
+ZRPropertyTypes propertyTypesForClass(const ZRRecordClass& recordClass, ZRRoster& roster, bool acquireLock)
 {
     const auto collect = [&] {
         ZRPropertyTypes types = builtInPropertyTypes(recordClass.name);
         if (types.empty())
             return types;
         try {
-            for (const auto& [name, definition] : definitions(roster, entityNameOf(recordClass)))
+            for (const auto& [name, definition] :
+                customPropertyDefinitionsWithRoster(roster, entityNameOf(recordClass)))
                 types[name] =
                     static_cast<ZRPropertyType>(definition->integer(customPropertySlots().valueType));
         } catch (const std::exception& failure) {
@@ -108,7 +112,7 @@ std::int64_t addPropertiesAndTypes(
 {
     const auto add = [&]() -> std::int64_t {
         const std::string_view entityName = entityNameOf(recordClass);
-        const auto known = propertyTypes(recordClass, roster, false);
+        const auto known = propertyTypesForClass(recordClass, roster, false);
         const auto* asked = typesByName.asDictionary();
         std::int64_t added = 0;
         for (std::size_t i = 0; asked && i < asked->count(); ++i) {

@@ -22,14 +22,15 @@ namespace ZRCustomProperties {
 using Definitions = std::map<std::string, objectstore::ObjectRef, std::less<>>;
 
 /// All of the entity, by name.
-const Definitions& definitions(ZRRoster& roster, std::string_view entityName);
+const Definitions& customPropertyDefinitionsWithRoster(ZRRoster& roster, std::string_view entityName);
 /// The one of that name, or null.
-objectstore::ObjectRef definitionNamed(ZRRoster& roster, std::string_view entityName, std::string_view name);
+objectstore::ObjectRef customPropertyDefinitionWithName(
+    std::string_view name, ZRRoster& roster, std::string_view entityName);
 /// Its type, or 0.
 ZRPropertyType typeOfCustomProperty(ZRRoster& roster, std::string_view entityName, std::string_view name);
 
 /// The built-in types of the class, with the custom ones over them. Empty for a class without a table.
-ZRPropertyTypes propertyTypes(const ZRRecordClass& recordClass, ZRRoster& roster, bool acquireLock);
+ZRPropertyTypes propertyTypesForClass(const ZRRecordClass& recordClass, ZRRoster& roster, bool acquireLock);
 
 /// Declares what the class does not have yet; answers how many were added, 0 when the save failed. A value
 /// that is not a number is not declared; an existing property of another type is logged and stays.

@@ -1,6 +1,7 @@
 // Reading, refreshing and pruning records many at a time.
 #include "store/ZRManagedObjectContext.h"
 
+#include "core/ZRConstants.h"
 #include "core/ZRUniqueId.h"
 #include "objectstore/PersistentStore.h"
 #include "platform/run/Log.h"
@@ -74,7 +75,8 @@ bool ZRManagedObjectContext::isMemoryBacked() const { return coordinator()->hasS
 
 ObjectRef ZRManagedObjectContext::myContact()
 {
-    for (const auto& source : zrObjectsForPredicate(StorePredicate::isPresent("me"), "ZROSRosterSource"))
+    for (const auto& source :
+        zrObjectsForPredicate(StorePredicate::isPresent("me"), zr::kZRObjectStoreRosterSourceEntityName))
         if (const ObjectRef me = source->related(source->slot("me")))
             return me;
     return nullptr;
@@ -87,7 +89,8 @@ ObjectRef ZRManagedObjectContext::serviceNamed(std::string_view name, objectstor
     const auto key = std::pair(store, std::string(name));
     if (const auto at = _services.find(key); at != _services.end() && at->second->context() == this)
         return at->second;
-    const auto service = sharedObject(*coordinator()->model().entity("ZROSService"), {Value(name)}, store);
+    const auto service = sharedObject(
+        *coordinator()->model().entity(zr::kZRObjectStoreServiceEntityName), {Value(name)}, store);
     if (!service) {
         platform::log(fmt::format("Cannot make the service {}: {}", name, service.error().text));
         return nullptr;
@@ -156,7 +159,7 @@ ObjectList ZRManagedObjectContext::zrObjectsForPredicate(const PredicateRef& pre
     std::string_view entityName, std::vector<objectstore::PersistentStore*> affectedStores, bool asFaults)
 {
     StoreFetch fetch(*coordinator()->model().entity(entityName), predicate);
-    fetch.includesSubentities = entityName == "ZROSRecord";
+    fetch.includesSubentities = entityName == zr::kZRObjectStoreRecordEntityName;
     fetch.returnsObjectsAsFaults = asFaults;
     fetch.affectedStores = std::move(affectedStores);
     auto found = runFetch(fetch);
@@ -169,7 +172,7 @@ ObjectList ZRManagedObjectContext::zrObjectsForPredicate(const PredicateRef& pre
 ObjectList ZRManagedObjectContext::zrContactsForPredicate(
     const PredicateRef& predicate, std::vector<objectstore::PersistentStore*> affectedStores)
 {
-    return zrObjectsForPredicate(predicate, "ZROSContact", std::move(affectedStores));
+    return zrObjectsForPredicate(predicate, zr::kZRObjectStoreContactEntityName, std::move(affectedStores));
 }
 
 ObjectList ZRManagedObjectContext::zrContactsForUniqueIDs(const std::vector<std::string>& uniqueIds)
@@ -179,7 +182,7 @@ ObjectList ZRManagedObjectContext::zrContactsForUniqueIDs(const std::vector<std:
 
 ObjectList ZRManagedObjectContext::zrGroupsForPredicate(const PredicateRef& predicate)
 {
-    return zrObjectsForPredicate(predicate, "ZROSGroup");
+    return zrObjectsForPredicate(predicate, zr::kZRObjectStoreGroupEntityName);
 }
 
 ObjectList ZRManagedObjectContext::zrGroupsForUniqueIDs(const std::vector<std::string>& uniqueIds)
@@ -191,15 +194,14 @@ void ZRManagedObjectContext::zrPruneEmptyRelationships()
 {
     for (const auto& list : {updatedObjects(), insertedObjects()})
         for (const auto& object : list)
-            if (auto* value = dynamic_cast<ZROSOwnedObject*>(object.get());
-                value && !value->hasRosterContent())
-                deleteObject(*value);
+            if (!ZROSOwnedObject::hasRosterContentForRecord(*object))
+                deleteObject(*object);
     flushPendingChanges();
 }
 
 void ZRManagedObjectContext::zrPurgeManagedObjectContext()
 {
-    StoreFetch fetch(*coordinator()->model().entity("ZROSRecord"));
+    StoreFetch fetch(*coordinator()->model().entity(zr::kZRObjectStoreRecordEntityName));
     const auto all = runFetch(fetch);
     if (!all)
         return platform::log(fmt::format("Error fetching records for deletion: {}", all.error().text));
@@ -214,7 +216,7 @@ void ZRManagedObjectContext::zrMarkRecordForDeletion(StoreObject& record)
     const std::string uniqueId(record.text(record.slot("uniqueId")));
     if (uniqueId.empty())
         return;
-    const ObjectRef log = insertObjectOfEntity("ZROSDeletedRecordLog");
+    const ObjectRef log = insertObjectOfEntity(zr::kZRObjectStoreDeletedRecordLogEntityName);
     assignObjectToStore(*log, record.store());
     log->setValueForKey("uniqueId", Value(zrUniqueString() + ":ZRDeletedRecordLog"));
     log->setValueForKey("deletedRecordUniqueId", Value(uniqueId));
@@ -223,16 +225,17 @@ void ZRManagedObjectContext::zrMarkRecordForDeletion(StoreObject& record)
 ObjectRef ZRManagedObjectContext::zrCreateObjectWithEntityName(std::string_view entityName)
 {
     ObjectRef object = insertObjectOfEntity(entityName);
-    object->setValueForKey(
-        "uniqueId", Value(zrUniqueString() + (entityName == "ZROSContact" ? ":ZRPerson" : ":ZRGroup")));
+    object->setValueForKey("uniqueId",
+        Value(zrUniqueString()
+            + (entityName == zr::kZRObjectStoreContactEntityName ? ":ZRPerson" : ":ZRGroup")));
     return object;
 }
 
 void ZRManagedObjectContext::zrClearLastImportGroup()
 {
     const Slot& flags = contactSlots().displayFlags;
-    const auto marked = StorePredicate::all({StorePredicate::isPresent("displayFlags"),
-        StorePredicate::compareBits("displayFlags", lastImportFlag, Comparator::notEqual, Value(0))});
+    const auto marked = ZROSRecord::compoundPredicateForKey("displayFlags", ZRNullOption::andNotNull,
+        ZROSRecord::bitwiseAndPredicateForKey("displayFlags", lastImportFlag, 0, Comparator::notEqual));
     for (const auto& contact : zrContactsForPredicate(marked)) {
         const std::int64_t left = contact->integer(flags) ^ lastImportFlag;
         contact->setValue(flags, left == 0 ? Value() : Value(left));
@@ -241,7 +244,7 @@ void ZRManagedObjectContext::zrClearLastImportGroup()
 
 ObjectList ZRManagedObjectContext::zrUpdatedContacts()
 {
-    return _zrObjectsInSet(updatedObjects(), "ZROSContact");
+    return _zrObjectsInSet(updatedObjects(), zr::kZRObjectStoreContactEntityName);
 }
 
 ObjectList ZRManagedObjectContext::_zrObjectsInSet(const ObjectList& objects, std::string_view entityName)

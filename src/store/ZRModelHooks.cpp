@@ -1,12 +1,12 @@
 // The hooks of the model table.
 #include "store/ZRModelHooks.h"
 
+#include "core/ZRConstants.h"
 #include "objectstore/StoreContext.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
 #include "platform/text/Compare.h"
 #include "platform/text/Dates.h"
-#include "platform/text/Fold.h"
 #include "platform/value/PropertyList.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZROSRecord.h"
@@ -63,7 +63,7 @@ void normalize(StoreObject& object, std::string_view key, std::string_view norma
 {
     const auto& slot = object.slot(key);
     object.setPrimitiveValue(object.slot(normalizedKey),
-        object.isAbsent(slot) ? Value() : Value(platform::foldCaseAndDiacritics(object.text(slot))));
+        object.isAbsent(slot) ? Value() : Value(ZROSRecord::newNormalizedSearchString(object.text(slot))));
 }
 
 Value collationKeyOf(StoreObject& object, std::string_view key)
@@ -194,7 +194,7 @@ void setLastEmailDates(StoreObject& object, const Value& dates)
     for (const auto& row : object.objects(slot))
         context->deleteObject(*row);
     for (const auto& date : dates.asArray()) {
-        const auto row = context->insertObjectOfEntity("ZROSLastEmailDate");
+        const auto row = context->insertObjectOfEntity(zr::kZRObjectStoreMailRecentLastEmailDateEntityName);
         context->assignObjectToStore(*row, object.store());
         row->setValueForKey("date", date);
         object.addObject(slot, *row);

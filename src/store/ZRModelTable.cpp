@@ -387,6 +387,30 @@ constexpr ModelEntity mailRecentsEntities[] = {
     {{.name = "ZROSLastEmailDate", .table = "last_email_date", .owner = "owner"}, lastEmailDateKeys},
 };
 
+/// Callers name entities by the exported words: each must be a row.
+constexpr std::string_view exportedNames[] = {zr::kZRObjectStoreRecordEntityName,
+    zr::kZRObjectStoreContactEntityName, zr::kZRObjectStoreSubscribedContactEntityName,
+    zr::kZRObjectStoreAbstractGroupEntityName, zr::kZRObjectStoreGroupEntityName,
+    zr::kZRObjectStoreSmartGroupEntityName, zr::kZRObjectStoreSubscribedGroupEntityName,
+    zr::kZRObjectStoreInfoEntityName, zr::kZRObjectStoreRosterSourceEntityName,
+    zr::kZRObjectStoreDeletedRecordLogEntityName, zr::kZRObjectStoreMailRecentEntityName,
+    zr::kZRObjectStoreMailRecentLastEmailDateEntityName, zr::kZRObjectStorePropertyValueEntityName,
+    zr::kZRObjectStoreEmailAddressEntityName, zr::kZRObjectStorePhoneNumberEntityName,
+    zr::kZRObjectStorePostalAddressEntityName, zr::kZRObjectStoreURLAddressEntityName,
+    zr::kZRObjectStoreCalendarURIEntityName, zr::kZRObjectStoreMessagingAddressEntityName,
+    zr::kZRObjectStoreRelatedNameEntityName, zr::kZRObjectStoreDateEntityName,
+    zr::kZRObjectStoreRemoteLocationEntityName, zr::kZRObjectStoreSharingAccessControlEntryEntityName,
+    zr::kZRObjectStoreNoteEntityName, zr::kZRObjectStoreServiceEntityName,
+    zr::kZRObjectStoreCountryEntityName, zr::kZRObjectStoreCustomPropertyEntityName,
+    zr::kZRObjectStoreCustomPropertyValueEntityName, zr::kZRObjectStoreDistributionListConfigEntityName};
+
+constexpr bool isEntity(std::string_view name)
+{
+    const auto is = [&](const ModelEntity& row) { return row.entity.name == name; };
+    return std::ranges::any_of(rosterEntities, is) || std::ranges::any_of(mailRecentsEntities, is);
+}
+static_assert(std::ranges::all_of(exportedNames, isEntity));
+
 platform::Ref<const objectstore::Model> makeModel(std::span<const ModelEntity> table)
 {
     std::vector<EntityDescription> entities;

@@ -181,7 +181,7 @@ ObjectList ZRMultiValueObjectStoreWrapper::messagingAddressesWithService(
     return rows;
 }
 
-Value ZRMultiValueObjectStoreWrapper::valueWithRecord(ZROSRecord& record, const ZRPropertyPlace& place)
+Value ZRMultiValueObjectStoreWrapper::initWithRecord(ZROSRecord& record, const ZRPropertyPlace& place)
 {
     record.readAllParts();
     const ObjectList rows = rowsOf(record, place);
@@ -201,7 +201,7 @@ Value ZRMultiValueObjectStoreWrapper::valueWithRecord(ZROSRecord& record, const 
     return Value(platform::makeRef<ZRMultiValue>(std::move(entries)));
 }
 
-Value ZRMultiValueObjectStoreWrapper::valueWithRecord(ZROSRecord& record, StoreObject& definition)
+Value ZRMultiValueObjectStoreWrapper::initWithRecord(ZROSRecord& record, StoreObject& definition)
 {
     const ObjectList rows = record.allCustomPropertyValuesWithCustomProperty(definition);
     if (rows.empty())

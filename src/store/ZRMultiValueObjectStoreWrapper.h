@@ -23,9 +23,9 @@ class ZROSRecord;
 class ZRMultiValueObjectStoreWrapper {
 public:
     /// The multi-value of a property; absent when no entry could be read.
-    static platform::Value valueWithRecord(ZROSRecord& record, const ZRPropertyPlace& place);
+    static platform::Value initWithRecord(ZROSRecord& record, const ZRPropertyPlace& place);
     /// The same of a custom property, by its definition.
-    static platform::Value valueWithRecord(ZROSRecord& record, objectstore::StoreObject& definition);
+    static platform::Value initWithRecord(ZROSRecord& record, objectstore::StoreObject& definition);
     /// The value of one row of a custom property.
     static platform::Value valueOfCustomRow(objectstore::StoreObject& row, ZRPropertyType type);
 

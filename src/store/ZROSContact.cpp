@@ -2,7 +2,6 @@
 #include "core/ZRConstants.h"
 #include "objectstore/StoreContext.h"
 #include "platform/text/Digits.h"
-#include "platform/text/Fold.h"
 #include "platform/value/PropertyList.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelSlots.h"
@@ -39,7 +38,7 @@ bool isPresent(StoreObject& object, const Slot& preferred, const Slot& fallback)
 /// The fold orders; the text itself behind it breaks ties.
 std::string sortForm(const std::string& base)
 {
-    return base.empty() ? base : platform::foldCase(base) + base;
+    return base.empty() ? base : ZROSRecord::newNormalizedSortString(base) + base;
 }
 
 void appendAddress(std::string& text, StoreObject& address)
@@ -154,6 +153,12 @@ std::string ZROSContact::fastAlternateNameForPerson()
     return aim.empty() ? std::string() : std::string(aim.front()->text(messagingSlots().address));
 }
 
+std::string ZROSContact::createAlternateNameForPerson(ZROSRecord* person)
+{
+    auto* contact = dynamic_cast<ZROSContact*>(person);
+    return contact ? contact->fastAlternateNameForPerson() : std::string();
+}
+
 std::string ZROSContact::_newSortingFirstName()
 {
     const auto& slots = contactSlots();
@@ -193,6 +198,13 @@ std::string ZROSContact::createFirstLastSorting(bool a, bool part1)
                                   : firstPresent(*this, slots.phoneticFirstName, slots.firstName));
 }
 
+const std::vector<std::string>& ZROSContact::stringForIndexingKeypaths()
+{
+    static const auto* const paths = new std::vector<std::string>{"emailAddresses", "phoneNumbers", "note",
+        "postalAddresses", "relatedNames", "messagingAddresses", "urlAddresses", "contactIndex"};
+    return *paths;
+}
+
 std::string ZROSContact::_newStringForIndexing()
 {
     const auto& slots = contactSlots();
@@ -219,5 +231,5 @@ std::string ZROSContact::_newStringForIndexing()
         append(text, address->text(messagingSlots().address));
     for (const auto& related : objects(slots.relatedNames))
         append(text, related->text(relatedNameSlots().name));
-    return platform::foldCaseAndDiacritics(text);
+    return newNormalizedSearchString(text);
 }

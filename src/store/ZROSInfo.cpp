@@ -1,5 +1,7 @@
 // The stored side of the info record: its serial number, and the source that keeps Me and the sharing
 // entries.
+#include "core/ZRConstants.h"
+#include "core/ZRInfo.h"
 #include "core/ZRUniqueId.h"
 #include "objectstore/StoreContext.h"
 #include "platform/run/Log.h"
@@ -30,11 +32,12 @@ platform::Ref<ZROSRecord> ZROSInfo::rosterSource()
     ObjectRef source = related(key);
     if (!source) {
         const auto local = StorePredicate::compare("local", objectstore::Comparator::equal, Value(true));
-        const auto found = managedObjectContext()->zrObjectsForPredicate(local, "ZROSRosterSource");
+        const auto found =
+            managedObjectContext()->zrObjectsForPredicate(local, zr::kZRObjectStoreRosterSourceEntityName);
         source = found.empty() ? nullptr : found.back();
     }
     if (!source) {
-        source = context()->insertObjectOfEntity("ZROSRosterSource");
+        source = context()->insertObjectOfEntity(zr::kZRObjectStoreRosterSourceEntityName);
         context()->assignObjectToStore(*source, store());
         source->setPrimitiveValue(
             source->slot("uniqueId"), Value(_newUniqueIdForTable("ZRSubscriptionRecord")));
@@ -48,6 +51,11 @@ platform::Ref<ZROSRecord> ZROSInfo::rosterSource()
 platform::Ref<ZROSRecord> ZROSInfo::holderOf(const ZRPropertyPlace& place)
 {
     return place.ofSource ? rosterSource() : ZROSRecord::holderOf(place);
+}
+
+platform::Ref<ZRRecord> ZROSInfo::nts_CreateInfoWithRoster(ZRRoster& roster)
+{
+    return ZRRecord::nts_initWithUniqueId(ZRInfo::recordClassDescription, std::nullopt, roster);
 }
 
 ObjectRef ZROSInfo::contactWithUniqueId(std::string_view uniqueId)

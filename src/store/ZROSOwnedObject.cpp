@@ -1,4 +1,5 @@
 // The parts of a record: what their change means for the card, and whether they say anything.
+#include "core/ZRConstants.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
 
@@ -22,12 +23,13 @@ struct ContentKeys {
     std::array<std::string_view, 7> keys;
 };
 constexpr ContentKeys contentKeys[] = {
-    {"ZROSEmailAddress", {"address"}},
-    {"ZROSMessagingAddress", {"address"}},
-    {"ZROSPhoneNumber", {"fullNumber"}},
-    {"ZROSRelatedName", {"name"}},
-    {"ZROSURLAddress", {"url"}},
-    {"ZROSPostalAddress", {"city", "state", "sama", "region", "street", "zipCode", "countryName"}},
+    {zr::kZRObjectStoreEmailAddressEntityName, {"address"}},
+    {zr::kZRObjectStoreMessagingAddressEntityName, {"address"}},
+    {zr::kZRObjectStorePhoneNumberEntityName, {"fullNumber"}},
+    {zr::kZRObjectStoreRelatedNameEntityName, {"name"}},
+    {zr::kZRObjectStoreURLAddressEntityName, {"url"}},
+    {zr::kZRObjectStorePostalAddressEntityName,
+        {"city", "state", "sama", "region", "street", "zipCode", "countryName"}},
 };
 
 } // namespace
@@ -46,17 +48,18 @@ void ZROSOwnedObject::didChange(const Slot& slot)
         contact->partDidChange(slot);
 }
 
-bool ZROSOwnedObject::hasRosterContent()
+bool ZROSOwnedObject::hasRosterContentForRecord(objectstore::StoreObject& record)
 {
     try {
-        if (entity().name() == "ZROSContactDate")
-            return !isAbsent(slot("date"));
-        if (entity().name() == "ZROSNote")
-            return !isAbsent(slot("text"));
-        const auto known = std::ranges::find(contentKeys, entity().name(), &ContentKeys::entity);
-        return known == std::end(contentKeys)
-            || std::ranges::any_of(known->keys,
-                [this](std::string_view key) { return !key.empty() && !text(slot(key)).empty(); });
+        const std::string& entity = record.entity().name();
+        if (entity == zr::kZRObjectStoreDateEntityName)
+            return !record.isAbsent(record.slot("date"));
+        if (entity == zr::kZRObjectStoreNoteEntityName)
+            return !record.isAbsent(record.slot("text"));
+        const auto known = std::ranges::find(contentKeys, entity, &ContentKeys::entity);
+        return known == std::end(contentKeys) || std::ranges::any_of(known->keys, [&](std::string_view key) {
+            return !key.empty() && !record.text(record.slot(key)).empty();
+        });
     } catch (const objectstore::InaccessibleObject&) {
         return false;
     } catch (const std::exception& failure) {

@@ -2,6 +2,7 @@
 #include "store/ZROSRecord.h"
 
 #include "core/ZRConstants.h"
+#include "core/ZRGroup.h"
 #include "core/ZRLog.h"
 #include "core/ZRRecord.h"
 #include "core/ZRUniqueId.h"
@@ -13,7 +14,8 @@
 #include "store/ZRModelSlots.h"
 #include "store/ZRModelTable.h"
 #include "store/ZRMultiValueObjectStoreWrapper.h"
-#include "store/ZRPropertyPlaces.h"
+#include "store/ZRRecordObjectStoreFactoryImpl.h"
+#include "store/ZRRoster.h"
 
 #include <algorithm>
 
@@ -75,6 +77,30 @@ const ZRRecordClass* ZROSRecord::publicRecordClass() const
 
 std::string ZROSRecord::nts_UniqueId() { return std::string(text(slot("uniqueId"))); }
 
+platform::Ref<ZRRecord> ZROSRecord::copyPublicRecordForClass(
+    const ZRRecordClass& recordClass, ZROSRecord& databaseImpl, ZRRoster& roster)
+{
+    const auto* exactClass =
+        ZRRecordObjectStoreFactoryImpl::publicRecordClassForImplClass(databaseImpl.entity());
+    if (!exactClass || !exactClass->isKindOf(recordClass))
+        return nullptr;
+    // A handle whose last owner has just gone still stands there until the lock's next holder clears it away.
+    if (ZRRecord* handle = databaseImpl.publicRecord(); handle && handle->retainIfOwned())
+        return platform::Ref<ZRRecord>::adopt(handle);
+    return ZRRecord::nts_initWithDatabaseImpl(*exactClass, platform::Ref<ZROSRecord>(&databaseImpl), roster);
+}
+
+ZRRecordList ZROSRecord::copyPublicRecordsForClass(
+    const ZRRecordClass& recordClass, const ObjectList& databaseImpls, ZRRoster& roster)
+{
+    ZRRecordList records;
+    records.reserve(databaseImpls.size());
+    for (const auto& impl : databaseImpls)
+        if (auto record = copyPublicRecordForClass(recordClass, static_cast<ZROSRecord&>(*impl), roster))
+            records.push_back(std::move(record));
+    return records;
+}
+
 void ZROSRecord::zrPublicRecordIsGone(const ZRRecord& record)
 {
     if (_publicRecord == &record)
@@ -97,23 +123,6 @@ void ZROSRecord::awakeFromInsert()
     setValue(slot("creationDate"), Value(platform::Date{platform::Clock::current().now()}));
 }
 
-const ZRPropertyPlace* ZROSRecord::placeOfProperty(std::string_view property) const
-{
-    return zrPlaceOfProperty(entity(), property);
-}
-
-std::string_view ZROSRecord::propertyForRecord(StoreObject& value)
-{
-    const auto& contact = contactSlots().entity;
-    const bool isMessaging = &value.entity() == &messagingSlots().entity;
-    const ObjectRef service = isMessaging ? value.related(messagingSlots().service) : nullptr;
-    const Value name = service ? service->valueForKey("serviceName") : Value();
-    for (const auto& [property, place] : zrPropertiesOf(contact))
-        if (place.entity == &value.entity() && (!isMessaging || place.service == name.asText()))
-            return property;
-    return {};
-}
-
 platform::Ref<ZROSRecord> ZROSRecord::holderOf(const ZRPropertyPlace&)
 {
     return platform::Ref<ZROSRecord>(this);
@@ -123,10 +132,10 @@ Value ZROSRecord::nts_ValueForProperty(std::string_view property, std::size_t, c
 {
     if (!context())
         return {};
-    if (const auto* place = placeOfProperty(property)) {
+    if (const auto* place = keyForProperty(property)) {
         const auto holder = holderOf(*place);
         if (place->isMultiValue)
-            return ZRMultiValueObjectStoreWrapper::valueWithRecord(*holder, *place);
+            return ZRMultiValueObjectStoreWrapper::initWithRecord(*holder, *place);
         if (!place->entity)
             return publicValue(holder->value(*place->key), property);
         const ObjectRef part = holder->related(*place->key);
@@ -137,29 +146,34 @@ Value ZROSRecord::nts_ValueForProperty(std::string_view property, std::size_t, c
 
 Value ZROSRecord::customValue(std::string_view property)
 {
-    const ObjectRef definition = definitionOfCustomProperty(property);
-    if (!definition)
+    ZRRoster* owner = roster();
+    const auto custom = owner ? isCustomProperty(property, *owner) : std::nullopt;
+    if (!custom)
         return valueForKey(property);
-    const auto type = static_cast<ZRPropertyType>(definition->integer(customPropertySlots().valueType));
-    if (zrIsMultiValueType(type))
-        return ZRMultiValueObjectStoreWrapper::valueWithRecord(*this, *definition);
-    const ObjectList rows = allCustomPropertyValuesWithCustomProperty(*definition);
-    return rows.empty() ? Value() : ZRMultiValueObjectStoreWrapper::valueOfCustomRow(*rows.front(), type);
+    if (zrIsMultiValueType(custom->returnType))
+        return ZRMultiValueObjectStoreWrapper::initWithRecord(*this, *custom->definition);
+    const ObjectList rows = allCustomPropertyValuesWithCustomProperty(*custom->definition);
+    return rows.empty() ? Value()
+                        : ZRMultiValueObjectStoreWrapper::valueOfCustomRow(*rows.front(), custom->returnType);
 }
 
-ObjectRef ZROSRecord::definitionOfCustomProperty(std::string_view property) const
+std::optional<ZRCustomProperty> ZROSRecord::isCustomProperty(
+    std::string_view property, ZRRoster& roster) const
 {
-    // A name that the entity knows as a key is that key, never a custom property.
-    ZRRoster* owner = roster();
-    if (!owner || entity().slot(property))
-        return nullptr;
-    return ZRCustomProperties::definitionNamed(*owner, entity().name(), property);
+    if (entity().slot(property))
+        return {};
+    const auto definition =
+        ZRCustomProperties::customPropertyDefinitionWithName(property, roster, zrEntityName());
+    if (!definition)
+        return {};
+    return ZRCustomProperty{
+        definition, static_cast<ZRPropertyType>(definition->integer(customPropertySlots().valueType))};
 }
 
 bool ZROSRecord::nts_SetValue(const Value& given, std::string_view property, bool, ZRRecord&)
 {
     const Value value = given.isNull() ? Value() : given;
-    if (const auto* place = placeOfProperty(property)) {
+    if (const auto* place = keyForProperty(property)) {
         const auto holder = holderOf(*place);
         if (place->isMultiValue)
             return ZRMultiValueObjectStoreWrapper::applyMultiValue(value, *place, *holder);
@@ -179,8 +193,9 @@ bool ZROSRecord::nts_SetValue(const Value& given, std::string_view property, boo
         part->setValue(*place->entityKey, value);
         return true;
     }
-    if (const ObjectRef definition = definitionOfCustomProperty(property))
-        return ZRMultiValueObjectStoreWrapper::applyCustomValue(value, *definition, *this);
+    ZRRoster* owner = roster();
+    if (const auto custom = owner ? isCustomProperty(property, *owner) : std::nullopt)
+        return ZRMultiValueObjectStoreWrapper::applyCustomValue(value, *custom->definition, *this);
     setValueForKey(property, value);
     return true;
 }
@@ -191,36 +206,12 @@ Value ZROSRecord::valueForUndefinedKey(std::string_view key)
     return {};
 }
 
-ObjectList ZROSRecord::sortedPropertyValuesWithKey(const Slot& key)
-{
-    ObjectList rows = objects(key);
-    const Slot& order = *key.destination->slot("orderingIndex");
-    std::ranges::stable_sort(rows, {}, [&](const ObjectRef& row) { return row->integer(order); });
-    return rows;
-}
-
-ObjectRef ZROSRecord::propertyValueWithKey(const Slot& key, std::string_view uniqueId)
-{
-    const Slot& identifier = *key.destination->slot("uniqueId");
-    for (const auto& row : objects(key))
-        if (row->text(identifier) == uniqueId)
-            return row;
-    return nullptr;
-}
-
-ObjectList ZROSRecord::allCustomPropertyValuesWithCustomProperty(StoreObject& definition)
-{
-    ObjectList rows = sortedPropertyValuesWithKey(slot("customProperties"));
-    std::erase_if(rows, [&](const ObjectRef& row) {
-        return row->relatedKey(customValueSlots().customProperty) != definition.key();
-    });
-    return rows;
-}
-
-ObjectList ZROSRecord::parentGroups()
+ZRRecordList ZROSRecord::nts_ParentGroupsOfRecord(const ZRRecord& record)
 {
     const Slot* key = entity().slot("parentGroups");
-    return context() && key ? objects(*key) : ObjectList();
+    return context() && key
+        ? copyPublicRecordsForClass(ZRGroup::recordClassDescription, objects(*key), *record.nts_Roster())
+        : ZRRecordList();
 }
 
 std::vector<std::string> ZROSRecord::nts_ChangedProperties()

@@ -5,6 +5,7 @@
 #include "core/ZRRecord.h"
 #include "core/ZRRecordClass.h"
 #include "objectstore/StoreObject.h"
+#include "objectstore/StorePredicate.h"
 #include "store/ZRPropertyPlaces.h"
 
 #include <functional>
@@ -17,6 +18,19 @@
 class ZRManagedObjectContext;
 class ZRRecord;
 class ZRRoster;
+
+/// What a condition on a key becomes for objects without a value: "AND NOT NULL" leaves them out, "OR IS
+/// NULL" lets them in.
+enum class ZRNullOption { andNotNull, orIsNull };
+
+/// Whether a look-up may read the store, or answers from what is in memory.
+enum class ZRFetching { allowed, prevented };
+
+/// A property that a program declared, and its type.
+struct ZRCustomProperty {
+    objectstore::ObjectRef definition;
+    ZRPropertyType returnType = kZRPropertyTypeUnknown;
+};
 
 /// Base of the stored records.
 ///
@@ -36,10 +50,44 @@ public:
 
     /// The table name that unique ids of this entity end in, such as "ZRPerson".
     std::string_view _table() const;
+    std::string_view zrEntityName() const { return entity().name(); }
     /// Persons, groups and smart groups are public; all else is private to the system.
     bool _isPublicRecord() const;
     /// The public class of the handles on this object; null for none.
     const ZRRecordClass* publicRecordClass() const;
+    /// The context of the roster that objects of the entity live in: mail recents have one of their own.
+    static platform::Ref<ZRManagedObjectContext> managedObjectContextForRoster(
+        ZRRoster& roster, const objectstore::Entity& entity);
+    /// The entity of that name; null for an unknown one, and when the roster has no store for it.
+    static const objectstore::Entity* zrEntityDescriptionInRoster(
+        ZRRoster& roster, std::string_view entityName);
+    static bool zrEntityKnowsKey(std::string_view key, std::string_view entityName, ZRRoster& roster);
+    static bool zrEntityKnowsKey(
+        std::string_view key, std::string_view entityName, const ZRManagedObjectContext& context);
+
+    // ---- class-level: what a search compares                          (ZROSRecord+Search.cpp)
+
+    /// Folded as sort columns are (case), and as search columns and the index string are (case and
+    /// diacritics).
+    static std::string newNormalizedSortString(std::string_view text);
+    static std::string newNormalizedSearchString(std::string_view text);
+    /// The upper bound of a range over everything that begins with `text`.
+    static std::string newIncrementedSearchString(std::string_view text);
+    /// `(key AND number) comparisonType comparedNumber`; false for an absent key.
+    static objectstore::PredicateRef bitwiseAndPredicateForKey(std::string_view key, std::int64_t number,
+        std::int64_t comparedNumber, objectstore::Comparator comparisonType);
+    static objectstore::PredicateRef compoundPredicateForKey(
+        std::string_view key, ZRNullOption option, objectstore::PredicateRef subPredicate);
+
+    // ---- class-level: handles
+
+    /// The handle on a stored object: the live one, or a new one of the public class of its entity. Absent
+    /// when that is not a kind of `recordClass`.
+    static platform::Ref<ZRRecord> copyPublicRecordForClass(
+        const ZRRecordClass& recordClass, ZROSRecord& databaseImpl, ZRRoster& roster);
+    /// The same of several, which keep their order.
+    static ZRRecordList copyPublicRecordsForClass(
+        const ZRRecordClass& recordClass, const objectstore::ObjectList& databaseImpls, ZRRoster& roster);
 
     // ---- identity and handle
 
@@ -54,8 +102,20 @@ public:
 
     // ---- properties
 
-    /// Where a property is kept, by the class of this object.
-    const ZRPropertyPlace* placeOfProperty(std::string_view property) const;
+    /// Where a property is kept: its key, the entity of the values and the key in that. Null for a property
+    /// without a key.
+    const ZRPropertyPlace* keyForProperty(std::string_view property) const
+    {
+        return keyForProperty(property, entity());
+    }
+    static const ZRPropertyPlace* keyForProperty(
+        std::string_view property, const objectstore::Entity& entity);
+    /// The property that a key of the entity holds, when exactly one does; empty otherwise.
+    static std::string_view propertyForKey(std::string_view key, const objectstore::Entity& entity);
+    /// The entity of the values behind a key; empty for a key that holds its value itself.
+    static std::string_view entityNameForPropertyKey(std::string_view key, const objectstore::Entity& entity);
+    /// The declared property of that name. Absent for a name that the entity knows as a key.
+    std::optional<ZRCustomProperty> isCustomProperty(std::string_view property, ZRRoster& roster) const;
     /// The property that a value object (an e-mail row, a messaging row) belongs to; empty when unknown.
     static std::string_view propertyForRecord(StoreObject& value);
     platform::Value nts_ValueForProperty(std::string_view property, std::size_t row, const ZRRecord& record);
@@ -66,16 +126,31 @@ public:
     /// Reads the values of all multi-values of this record at once, if none was read yet: who asks for one of
     /// a card asks for more.
     virtual void readAllParts() { }
-    /// The rows of a multi-value key, in order.
+    /// Forget that they were read.
+    virtual void invalidateAllCachedPropertyValues() { }
+
+    // ---- rows of values                                               (ZROSRecord+Rows.cpp)
+    // What was read of a relationship is kept by the engine, which follows every insertion, deletion and
+    // refresh: no caller enters rows into that cache or takes them out.
+
+    /// The rows of a key; `sorted…` in the order of the entries.
+    objectstore::ObjectList propertyValuesWithKey(const objectstore::Slot& key);
     objectstore::ObjectList sortedPropertyValuesWithKey(const objectstore::Slot& key);
     /// The row of that entry, or absent.
-    objectstore::ObjectRef propertyValueWithKey(const objectstore::Slot& key, std::string_view uniqueId);
+    objectstore::ObjectRef propertyValueWithKey(
+        const objectstore::Slot& key, std::string_view uniqueId, ZRFetching fetching = ZRFetching::allowed);
+    /// All rows, or those of one entry; of custom properties past the cache.
+    objectstore::ObjectList fetchPropertyValuesWithKey(
+        const objectstore::Slot& key, std::optional<std::string_view> uniqueId = {});
+    /// The rows of one custom property, in order; `fetch…` past the cache.
     objectstore::ObjectList allCustomPropertyValuesWithCustomProperty(objectstore::StoreObject& definition);
+    objectstore::ObjectList fetchCustomPropertyValuesWithCustomProperty(objectstore::StoreObject& definition);
+
     /// The record that holds the shared values of the info record: its source. Others answer themselves.
     virtual platform::Ref<ZROSRecord> holderOf(const ZRPropertyPlace& place);
 
-    /// Groups that contain this record, as stored objects.
-    objectstore::ObjectList parentGroups();
+    /// The groups that contain this record.
+    ZRRecordList nts_ParentGroupsOfRecord(const ZRRecord& record);
     std::vector<std::string> nts_ChangedProperties();
 
     // ---- the private dictionary of the record
@@ -89,8 +164,6 @@ protected:
 
 private:
     platform::Value customValue(std::string_view property);
-    objectstore::ObjectRef definitionOfCustomProperty(std::string_view property) const;
-
     ZRRecord* _publicRecord = nullptr;
     ZRPrivateDictionary _privateDictionary;
 };
@@ -107,8 +180,9 @@ public:
     void willSave() override;
     void didSave() override;
     void didChange(const objectstore::Slot& slot) override;
-    void didTurnIntoFault() override { _partsAreRead = false; }
+    void didTurnIntoFault() override { invalidateAllCachedPropertyValues(); }
     void readAllParts() override;
+    void invalidateAllCachedPropertyValues() override { _partsAreRead = false; }
     /// Somebody else read them, along with those of other cards.
     void partsWereRead() { _partsAreRead = true; }
     /// A value of this card was changed.
@@ -120,11 +194,15 @@ public:
     /// What the sort columns fall back on: the organization, else the first e-mail address, else the first
     /// AIM address, else empty.
     std::string fastAlternateNameForPerson();
+    /// The same of whatever stands behind a person; empty for what is no card.
+    static std::string createAlternateNameForPerson(ZROSRecord* person);
     std::string _newSortingFirstName();
     std::string _newSortingLastName();
     std::string createFirstLastSorting(bool a, bool part1);
     /// The folded text of everything in the card that a search looks through.
     std::string _newStringForIndexing();
+    /// The relationships that feed it, and the one that keeps it.
+    static const std::vector<std::string>& stringForIndexingKeypaths();
     /// Forget what follows from the fields, so that it is made anew when it is asked for or saved.
     void clearSortNames();
     void clearStringForIndexing();
@@ -160,6 +238,8 @@ public:
 
     /// The source of this record, fetched or made.
     platform::Ref<ZROSRecord> rosterSource();
+    /// The info record of a roster that has none yet.
+    static platform::Ref<ZRRecord> nts_CreateInfoWithRoster(ZRRoster& roster);
     /// The card of that id in the same context, or null.
     objectstore::ObjectRef contactWithUniqueId(std::string_view uniqueId);
     platform::Ref<ZROSRecord> holderOf(const ZRPropertyPlace& place) override;
@@ -178,7 +258,8 @@ public:
     /// A change of a card's part makes the card's index string stale.
     void didChange(const objectstore::Slot& slot) override;
     /// Whether the value says anything; a row that does not is pruned at the next save.
-    bool hasRosterContent();
+    /// A record always does, and so does a value of a kind that cannot be empty.
+    static bool hasRosterContentForRecord(objectstore::StoreObject& record);
 
 protected:
     ~ZROSOwnedObject() override = default;

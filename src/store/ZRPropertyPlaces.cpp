@@ -2,6 +2,7 @@
 #include "store/ZRPropertyPlaces.h"
 
 #include "core/BuiltInProperties.h"
+#include "core/ZRConstants.h"
 #include "core/ZRPropertyType.h"
 #include "store/ZRModelTable.h"
 
@@ -61,7 +62,7 @@ ZRPropertyPlaces placesOf(const Entity& entity, const PlacesByEntity& made)
     for (const ModelKey& key : modelEntityNamed(entity.name())->keys)
         if (!key.property.empty() && key.slot.kind != SlotKind::manyToMany)
             places[key.property] = placeOf(entity, key);
-    if (entity.name() == "ZROSContact")
+    if (entity.name() == zr::kZRObjectStoreContactEntityName)
         addMessaging(places, entity);
     return places;
 }
@@ -74,8 +75,8 @@ PlacesByEntity makeAllPlaces()
     for (const auto& model : {rosterModel(), mailRecentsModel()})
         for (const Entity* entity : model->entities())
             all[entity] = placesOf(*entity, all);
-    const Entity& info = *rosterModel()->entity("ZROSInfo");
-    addFromSource(all[&info], all.at(rosterModel()->entity("ZROSRosterSource")));
+    const Entity& info = *rosterModel()->entity(zr::kZRObjectStoreInfoEntityName);
+    addFromSource(all[&info], all.at(rosterModel()->entity(zr::kZRObjectStoreRosterSourceEntityName)));
     return all;
 }
 
@@ -85,23 +86,4 @@ const ZRPropertyPlaces& zrPropertiesOf(const Entity& entity)
 {
     static const auto* const all = new PlacesByEntity(makeAllPlaces());
     return all->at(&entity);
-}
-
-const ZRPropertyPlace* zrPlaceOfProperty(const Entity& entity, std::string_view property)
-{
-    const auto& places = zrPropertiesOf(entity);
-    const auto at = places.find(property);
-    return at == places.end() ? nullptr : &at->second;
-}
-
-std::string_view zrPropertyForKey(const Entity& entity, std::string_view key)
-{
-    std::string_view found;
-    for (const auto& [property, place] : zrPropertiesOf(entity))
-        if (place.key->key == key) {
-            if (!found.empty())
-                return {};
-            found = property;
-        }
-    return found;
 }

@@ -25,7 +25,3 @@ using ZRPropertyPlaces = std::map<std::string_view, ZRPropertyPlace>;
 
 /// All properties that the entity keeps. Made once a process; needs no lock.
 const ZRPropertyPlaces& zrPropertiesOf(const objectstore::Entity& entity);
-/// Null for a property that the entity has no key for.
-const ZRPropertyPlace* zrPlaceOfProperty(const objectstore::Entity& entity, std::string_view property);
-/// The property that a key holds, when exactly one does; empty otherwise.
-std::string_view zrPropertyForKey(const objectstore::Entity& entity, std::string_view key);

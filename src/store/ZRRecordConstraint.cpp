@@ -72,7 +72,7 @@ std::vector<std::string> ZRRecordConstraint::availablePropertiesForContact(ZROSR
 {
     std::vector<std::string> available;
     for (const auto& property : _validProperties) {
-        const auto* place = contact.placeOfProperty(property);
+        const auto* place = contact.keyForProperty(property);
         const bool isMultiValue = place
             ? place->isMultiValue
             : zrIsMultiValueType(contact.roster()->nts_TypeOfProperty(property, _constraintClass.name));

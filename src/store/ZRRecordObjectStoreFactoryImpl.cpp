@@ -51,12 +51,6 @@ const ClassPairs& classPairs()
     return *pairs;
 }
 
-Ref<ZRManagedObjectContext> contextFor(const Entity& entity, ZRRoster& roster)
-{
-    return &entity.model() == rosterModel().get() ? roster.managedObjectContext()
-                                                  : roster.nts_mailRecentsManagedObjectContext();
-}
-
 const PredicateRef& hasUniqueId()
 {
     static const auto* const predicate = new PredicateRef(
@@ -90,41 +84,21 @@ Ref<ZROSRecord> ZRRecordObjectStoreFactoryImpl::createNewDatabaseImplForInstance
 {
     const Entity* entity = implClassForPublicRecordClass(recordClass);
     if (!entity && recordClass.isKindOf(*ZRRecordClass::named("ZRGroup")))
-        entity = rosterModel()->entity("ZROSGroup");
+        entity = rosterModel()->entity(zr::kZRObjectStoreGroupEntityName);
     if (!entity && recordClass.isKindOf(*ZRRecordClass::named("ZRPerson")))
-        entity = rosterModel()->entity("ZROSContact");
+        entity = rosterModel()->entity(zr::kZRObjectStoreContactEntityName);
     if (!entity)
         throw std::invalid_argument(
             fmt::format("Invalid parameter exception: Unknown Record class, cannot build "
                         "the DatabaseImpl for: {}",
                 recordClass.name));
-    const auto context = contextFor(*entity, roster);
+    const auto context = ZROSRecord::managedObjectContextForRoster(roster, *entity);
     if (!context)
         return nullptr;
     auto impl = platform::refCast<ZROSRecord>(context->insertObjectOfEntity(*entity));
     impl->setPrimitiveValue(
         impl->slot("uniqueId"), uniqueId ? Value(*uniqueId) : Value(_newUniqueIdForTable(impl->_table())));
     return impl;
-}
-
-Ref<ZRRecord> ZRRecordObjectStoreFactoryImpl::copyPublicRecord(ZROSRecord& impl, ZRRoster& roster)
-{
-    // A handle whose last owner has just gone still stands there until the lock's next holder clears it away.
-    if (ZRRecord* handle = impl.publicRecord(); handle && handle->retainIfOwned())
-        return Ref<ZRRecord>::adopt(handle);
-    const auto* recordClass = publicRecordClassForImplClass(impl.entity());
-    return recordClass ? ZRRecord::nts_initWithDatabaseImpl(*recordClass, Ref<ZROSRecord>(&impl), roster)
-                       : nullptr;
-}
-
-ZRRecordList ZRRecordObjectStoreFactoryImpl::publicRecords(const ObjectList& impls, ZRRoster& roster)
-{
-    ZRRecordList records;
-    records.reserve(impls.size());
-    for (const auto& impl : impls)
-        if (auto record = copyPublicRecord(static_cast<ZROSRecord&>(*impl), roster))
-            records.push_back(std::move(record));
-    return records;
 }
 
 const ZRRecordClass* ZRRecordObjectStoreFactoryImpl::publicRecordClassFromUniqueId(
@@ -158,9 +132,10 @@ Ref<ZRRecord> ZRRecordObjectStoreFactoryImpl::fetchPublicRecordForClass(
     const ZRRecordClass& recordClass, std::string_view uniqueId, ZRRoster& roster)
 {
     const Entity* entity = implClassForPublicRecordClass(recordClass);
-    const auto context = entity ? contextFor(*entity, roster) : nullptr;
+    const auto context = entity ? ZROSRecord::managedObjectContextForRoster(roster, *entity) : nullptr;
     const ObjectRef impl = context ? fetchObjectForClass(*entity, uniqueId, *context) : nullptr;
-    return impl ? copyPublicRecord(static_cast<ZROSRecord&>(*impl), roster) : nullptr;
+    return impl ? ZROSRecord::copyPublicRecordForClass(recordClass, static_cast<ZROSRecord&>(*impl), roster)
+                : nullptr;
 }
 
 std::map<std::string, Ref<ZRRecord>> ZRRecordObjectStoreFactoryImpl::fetchPublicRecordsForClass(
@@ -178,17 +153,17 @@ ZRRecordList ZRRecordObjectStoreFactoryImpl::fetchPublicRecordsForClass(const ZR
     const PredicateRef& predicate, ZRRoster& roster, const std::vector<std::string>& prefetchingKeyPaths)
 {
     const Entity* entity = implClassForPublicRecordClass(recordClass);
-    const auto context = entity ? contextFor(*entity, roster) : nullptr;
-    return context
-        ? publicRecords(fetchObjectsForClass(*entity, predicate, prefetchingKeyPaths, *context), roster)
-        : ZRRecordList();
+    const auto context = entity ? ZROSRecord::managedObjectContextForRoster(roster, *entity) : nullptr;
+    return context ? ZROSRecord::copyPublicRecordsForClass(
+               recordClass, fetchObjectsForClass(*entity, predicate, prefetchingKeyPaths, *context), roster)
+                   : ZRRecordList();
 }
 
 std::int64_t ZRRecordObjectStoreFactoryImpl::countOfPublicRecordsForClass(
     const ZRRecordClass& recordClass, const PredicateRef& predicate, ZRRoster& roster)
 {
     const Entity* entity = implClassForPublicRecordClass(recordClass);
-    const auto context = entity ? contextFor(*entity, roster) : nullptr;
+    const auto context = entity ? ZROSRecord::managedObjectContextForRoster(roster, *entity) : nullptr;
     return context ? countOfObjectsForClass(*entity, predicate, *context) : 0;
 }
 

@@ -31,10 +31,6 @@ public:
     static platform::Ref<ZROSRecord> createNewDatabaseImplForInstance(
         const ZRRecordClass& recordClass, std::optional<std::string_view> uniqueId, ZRRoster& roster);
 
-    /// The handle on a stored object: the live one, or a new one.
-    static platform::Ref<ZRRecord> copyPublicRecord(ZROSRecord& impl, ZRRoster& roster);
-    static ZRRecordList publicRecords(const objectstore::ObjectList& impls, ZRRoster& roster);
-
     static platform::Ref<ZRRecord> publicRecordWithUniqueId(std::string_view uniqueId, ZRRoster& roster);
     static const ZRRecordClass* publicRecordClassFromUniqueId(std::string_view uniqueId, ZRRoster& roster);
     static std::map<std::string, platform::Ref<ZRRecord>> publicRecordsWithUniqueIds(

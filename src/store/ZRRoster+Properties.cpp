@@ -47,7 +47,7 @@ ZRPropertyType ZRRoster::nts_TypeOfProperty(std::string_view property, std::stri
 
 ZRPropertyTypes ZRRoster::nts_PropertyTypesForRecordOfClass(const ZRRecordClass& recordClass)
 {
-    return ZRCustomProperties::propertyTypes(recordClass, *this, false);
+    return ZRCustomProperties::propertyTypesForClass(recordClass, *this, false);
 }
 
 bool ZRRoster::doesPropertyExist(std::string_view property, const ZRRecordClass& recordClass)
@@ -185,7 +185,7 @@ Names ZRRoster::activeLabelsForProperty(
     std::string_view property, ZROSRecord& contact, const ActiveLabelsDelegate& delegate)
 {
     Names labels;
-    if (const auto* place = contact.placeOfProperty(property); place && place->isMultiValue)
+    if (const auto* place = contact.keyForProperty(property); place && place->isMultiValue)
         for (const auto& row : ZRMultiValueObjectStoreWrapper::rowsOf(contact, *place))
             if (const auto label = row->text(row->slot("label")); !label.empty() && !contains(labels, label))
                 labels.emplace_back(label);

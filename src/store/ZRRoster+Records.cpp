@@ -165,7 +165,8 @@ ZRRecordList ZRRoster::sortedPeople(ZRNameOrder order, std::size_t limit)
             platform::log(fmt::format("Cannot list the people: {}", found.error().text));
             return ZRRecordList();
         }
-        ZRRecordList people = Factory::publicRecords(*found, *this);
+        ZRRecordList people =
+            ZROSRecord::copyPublicRecordsForClass(ZRPerson::recordClassDescription, *found, *this);
         if (!sortsInStore) {
             std::ranges::stable_sort(people, [&](const auto& a, const auto& b) {
                 return ZRComparePeopleName(static_cast<ZRPerson&>(*a), static_cast<ZRPerson&>(*b), comparison)
@@ -181,7 +182,7 @@ ZRRecordList ZRRoster::sortedPeople(ZRNameOrder order, std::size_t limit)
 ZRRecordList ZRRoster::peopleMatchingText(std::string_view text)
 {
     return locked(*this, ZRAccess::read, [&] {
-        const Value folded(platform::foldCaseAndDiacritics(text));
+        const Value folded(ZROSRecord::newNormalizedSearchString(text));
         std::string upper(text);
         std::ranges::transform(
             upper, upper.begin(), [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; });

@@ -1,4 +1,5 @@
 // What is in a roster, and whether it is sound.
+#include "core/ZRConstants.h"
 #include "core/ZRPerson.h"
 #include "core/ZRUniqueId.h"
 #include "objectstore/PersistentStore.h"
@@ -23,12 +24,18 @@ namespace fs = std::filesystem;
 namespace {
 
 /// What is counted, in the order in which it is shown.
-constexpr std::pair<const char*, const char*> countedEntities[] = {{"people", "ZROSContact"},
-    {"groups", "ZROSGroup"}, {"smart groups", "ZROSSmartGroup"}, {"e-mail addresses", "ZROSEmailAddress"},
-    {"phone numbers", "ZROSPhoneNumber"}, {"postal addresses", "ZROSPostalAddress"},
-    {"URLs", "ZROSURLAddress"}, {"messaging addresses", "ZROSMessagingAddress"}, {"dates", "ZROSContactDate"},
-    {"related names", "ZROSRelatedName"}, {"notes", "ZROSNote"}, {"custom properties", "ZROSCustomProperty"},
-    {"deleted records", "ZROSDeletedRecordLog"}};
+constexpr std::pair<const char*, std::string_view> countedEntities[] = {
+    {"people", zr::kZRObjectStoreContactEntityName}, {"groups", zr::kZRObjectStoreGroupEntityName},
+    {"smart groups", zr::kZRObjectStoreSmartGroupEntityName},
+    {"e-mail addresses", zr::kZRObjectStoreEmailAddressEntityName},
+    {"phone numbers", zr::kZRObjectStorePhoneNumberEntityName},
+    {"postal addresses", zr::kZRObjectStorePostalAddressEntityName},
+    {"URLs", zr::kZRObjectStoreURLAddressEntityName},
+    {"messaging addresses", zr::kZRObjectStoreMessagingAddressEntityName},
+    {"dates", zr::kZRObjectStoreDateEntityName}, {"related names", zr::kZRObjectStoreRelatedNameEntityName},
+    {"notes", zr::kZRObjectStoreNoteEntityName},
+    {"custom properties", zr::kZRObjectStoreCustomPropertyEntityName},
+    {"deleted records", zr::kZRObjectStoreDeletedRecordLogEntityName}};
 
 /// Cards are checked so many at a time, with all their values in memory.
 constexpr std::size_t kCardsAtOnce = 500;
@@ -88,12 +95,9 @@ public:
 private:
     void checkCards(const ObjectList& cards)
     {
-        auto paths = ZRManagedObjectContext::contactPartPaths();
-        paths.emplace_back("contactIndex");
-        _context.preheatContacts(cards, paths);
+        _context.preheatContacts(cards, ZROSContact::stringForIndexingKeypaths());
         for (const auto& card : cards) {
             auto& contact = static_cast<ZROSContact&>(*card);
-            contact.partsWereRead();
             const std::string uniqueId(contact.value(contactSlots().uniqueId).asText());
             if (uniqueId.size() <= kZRUniqueIdTextLength
                 || !uuids.insert(uniqueId.substr(0, kZRUniqueIdTextLength)).second)

@@ -21,16 +21,6 @@ namespace {
 
 std::string localized(std::string_view key) { return ZRFrameworkBundle().localizedString(key, "ZRStrings"); }
 
-ZRRecordList subgroupsOf(const ZRGroup& group)
-{
-    return locked(*group.nts_Roster(), ZRAccess::read, [&] {
-        auto* impl = group.zrDatabaseImpl();
-        return impl && impl->context() ? ZRRecordObjectStoreFactoryImpl::publicRecords(
-                   impl->objects(impl->slot("childGroups")), *group.nts_Roster())
-                                       : ZRRecordList();
-    });
-}
-
 /// Walks groups in groups; each group and each person once, so that groups in a circle end.
 class Flattening {
 public:
@@ -51,7 +41,7 @@ public:
         }
         for (const auto& member : group->members())
             add(member);
-        for (const auto& subgroup : subgroupsOf(*group))
+        for (const auto& subgroup : group->subgroups())
             add(subgroup);
     }
 

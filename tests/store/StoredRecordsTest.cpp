@@ -1,0 +1,231 @@
+// What stored records answer by class and by key: places, entities, normalised texts, conditions, rows.
+#include "store/RosterWorld.h"
+
+#include "core/ZRGroup.h"
+#include "objectstore/StoreContext.h"
+#include "objectstore/StoreCoordinator.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRModelTable.h"
+#include "store/ZROSRecord.h"
+
+#include <gmock/gmock.h>
+
+namespace test {
+
+namespace {
+
+using objectstore::Comparator;
+using objectstore::ObjectList;
+using objectstore::Slot;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const objectstore::Entity& entity(std::string_view name)
+{
+    const auto* found = rosterModel()->entity(name);
+    return found ? *found : *mailRecentsModel()->entity(name);
+}
+
+class StoredRecords : public testing::Test {
+protected:
+    static const Slot& key(const Ref<ZRPerson>& one, const char* name)
+    {
+        return one->zrDatabaseImpl()->slot(name);
+    }
+    static std::vector<std::string> texts(const ObjectList& rows, const char* name)
+    {
+        std::vector<std::string> list;
+        for (const auto& row : rows)
+            list.emplace_back(row->text(row->slot(name)));
+        return list;
+    }
+    std::vector<std::string> firstNamesOf(const objectstore::PredicateRef& condition)
+    {
+        return texts(roster->managedObjectContext()->zrContactsForPredicate(condition), "firstName");
+    }
+    Ref<ZRRoster> roster = ZRRoster::emptyMemoryBackedRoster();
+};
+
+} // namespace
+
+TEST_F(StoredRecords, KnowWhereEachPropertyIsKept)
+{
+    struct Case {
+        const char* entity;
+        std::string_view property;
+        std::string_view key, valueEntity, valueKey;
+        bool isAlone = true;
+    };
+    const Case cases[] = {{"ZROSContact", zr::kZRFirstNameProperty, "firstName", "", ""},
+        {"ZROSContact", zr::kZREmailProperty, "emailAddresses", "ZROSEmailAddress", "address"},
+        {"ZROSContact", zr::kZRAddressProperty, "postalAddresses", "ZROSPostalAddress", ""},
+        {"ZROSContact", zr::kZRNoteProperty, "note", "ZROSNote", "text"},
+        {"ZROSContact", zr::kZRICQInstantProperty, "messagingAddresses", "ZROSMessagingAddress", "address",
+            false},
+        {"ZROSContact", zr::kZRRemoteLocationProperty, "remoteLocations", "ZROSRemoteLocation", "url"},
+        {"ZROSGroup", zr::kZRRemoteLocationProperty, "tmpRemoteLocation", "", ""},
+        {"ZROSSmartGroup", zr::kZRGroupNameProperty, "name", "", ""},
+        {"ZROSRosterSource", "displayName", "name", "", ""},
+        {"ZROSMailRecent", zr::kZREmailProperty, "email", "", ""}};
+    for (const auto& one : cases) {
+        const auto& of = entity(one.entity);
+        const auto* place = ZROSRecord::keyForProperty(one.property, of);
+        ASSERT_TRUE(place) << one.property;
+        EXPECT_EQ(place->key->key, one.key) << one.property;
+        EXPECT_EQ(place->entityKey ? place->entityKey->key : "", one.valueKey) << one.property;
+        EXPECT_EQ(ZROSRecord::entityNameForPropertyKey(one.key, of), one.valueEntity) << one.property;
+        EXPECT_EQ(ZROSRecord::propertyForKey(one.key, of), one.isAlone ? one.property : "");
+    }
+    EXPECT_FALSE(ZROSRecord::keyForProperty(zr::kZREmailProperty, entity("ZROSGroup")));
+    EXPECT_EQ(ZROSRecord::propertyForKey("sortingFirstName", entity("ZROSContact")), "");
+}
+
+TEST_F(StoredRecords, KnowTheirEntitiesOnlyInARosterThatHasThem)
+{
+    EXPECT_EQ(ZROSRecord::zrEntityDescriptionInRoster(*roster, zr::kZRObjectStoreContactEntityName),
+        &entity("ZROSContact"));
+    EXPECT_FALSE(ZROSRecord::zrEntityDescriptionInRoster(*roster, "ZROSUnknown"));
+    EXPECT_FALSE(ZROSRecord::zrEntityDescriptionInRoster(*roster, zr::kZRObjectStoreMailRecentEntityName))
+        << "the store of mail recents is not open";
+    const auto& context = *roster->managedObjectContext();
+    for (const auto& [key, name, isKnown] :
+        {std::tuple("firstName", zr::kZRObjectStoreContactEntityName, true),
+            std::tuple("uniqueId", zr::kZRObjectStoreSubscribedContactEntityName, true),
+            std::tuple("firstName", zr::kZRObjectStoreGroupEntityName, false),
+            std::tuple("email", zr::kZRObjectStoreMailRecentEntityName, false)}) {
+        EXPECT_EQ(ZROSRecord::zrEntityKnowsKey(key, name, *roster), isKnown) << key;
+        EXPECT_EQ(ZROSRecord::zrEntityKnowsKey(key, name, context), isKnown) << key;
+    }
+    const auto one = person(roster, {});
+    EXPECT_EQ(one->zrDatabaseImpl()->zrEntityName(), "ZROSContact");
+}
+
+TEST_F(StoredRecords, NormaliseTextsForSortingAndForSearching)
+{
+    EXPECT_EQ(ZROSRecord::newNormalizedSortString("ÉMILE"), ZROSRecord::newNormalizedSortString("émile"));
+    EXPECT_NE(ZROSRecord::newNormalizedSortString("ÉMILE"), "emile");
+    EXPECT_EQ(ZROSRecord::newNormalizedSearchString("ÉMILE"), "emile");
+    EXPECT_EQ(ZROSRecord::newIncrementedSearchString("emil"), "emim");
+    EXPECT_EQ(ZROSRecord::newIncrementedSearchString(""), "");
+}
+
+TEST_F(StoredRecords, TellAbsentFlagsFromClearOnes)
+{
+    person(roster, {{zr::kZRFirstNameProperty, "none"}});
+    for (const auto& [name, flags] : {std::pair("clear", 1), std::pair("set", 129)})
+        person(roster, {{zr::kZRFirstNameProperty, name}})->zrosSetValueForKey(flags, "displayFlags");
+    const auto isSet = [](Comparator comparison) {
+        return ZROSRecord::bitwiseAndPredicateForKey("displayFlags", 128, 0, comparison);
+    };
+    EXPECT_THAT(firstNamesOf(ZROSRecord::compoundPredicateForKey(
+                    "displayFlags", ZRNullOption::andNotNull, isSet(Comparator::notEqual))),
+        ElementsAre("set"));
+    EXPECT_THAT(firstNamesOf(ZROSRecord::compoundPredicateForKey(
+                    "displayFlags", ZRNullOption::andNotNull, isSet(Comparator::equal))),
+        ElementsAre("clear"));
+    EXPECT_THAT(firstNamesOf(ZROSRecord::compoundPredicateForKey(
+                    "displayFlags", ZRNullOption::orIsNull, isSet(Comparator::equal))),
+        testing::UnorderedElementsAre("none", "clear"));
+}
+
+TEST_F(StoredRecords, FindTheRowOfAnEntry)
+{
+    const auto one = person(roster, {{zr::kZREmailProperty, multiValue({{"a", "x"}, {"b", "x"}})}});
+    ASSERT_TRUE(roster->save());
+    auto& impl = *one->zrDatabaseImpl();
+    const Slot& emails = key(one, "emailAddresses");
+    const Value entries = one->valueForProperty(zr::kZREmailProperty);
+    const std::string second = entries.as<ZRMultiValue>()->identifierAtIndex(1);
+    EXPECT_EQ(impl.propertyValuesWithKey(emails).size(), 2U);
+    EXPECT_THAT(texts(impl.fetchPropertyValuesWithKey(emails, second), "address"), ElementsAre("b"));
+    EXPECT_EQ(impl.fetchPropertyValuesWithKey(emails).size(), 2U);
+    EXPECT_THAT(texts({impl.propertyValueWithKey(emails, second, ZRFetching::prevented)}, "address"),
+        ElementsAre("b"))
+        << "it was read";
+    EXPECT_FALSE(impl.propertyValueWithKey(emails, "none"));
+
+    roster->managedObjectContext()->reset();
+    const auto again = roster->people().front();
+    auto& fresh = *again->zrDatabaseImpl();
+    EXPECT_FALSE(fresh.propertyValueWithKey(emails, second, ZRFetching::prevented)) << "nothing was read";
+    EXPECT_TRUE(fresh.propertyValueWithKey(emails, second));
+}
+
+TEST_F(StoredRecords, FetchTheRowsOfOneCustomPropertyOfOneRecord)
+{
+    const Value types = Value::dictionary({{"Car", 257}, {"Boat", 257}});
+    ZRPerson::addPropertiesAndTypes(types, roster.get());
+    const auto one = person(
+        roster, {{"Car", multiValue({{"red", "x"}, {"blue", "y"}})}, {"Boat", multiValue({{"green", "x"}})}});
+    person(roster, {{"Car", multiValue({{"black", "x"}})}});
+    auto& impl = *one->zrDatabaseImpl();
+    const auto custom = impl.isCustomProperty("Car", *roster);
+    ASSERT_TRUE(custom);
+    EXPECT_EQ(custom->returnType, 257);
+    EXPECT_FALSE(impl.isCustomProperty("Plane", *roster));
+    EXPECT_FALSE(impl.isCustomProperty("firstName", *roster)) << "a key of the entity is never a custom one";
+    for (int saved = 0; saved < 2; ++saved) {
+        EXPECT_THAT(
+            texts(impl.fetchCustomPropertyValuesWithCustomProperty(*custom->definition), "stringValue"),
+            testing::UnorderedElementsAre("red", "blue"));
+        EXPECT_EQ(impl.fetchPropertyValuesWithKey(key(one, "customProperties")).size(), 3U);
+        ASSERT_TRUE(roster->save());
+    }
+}
+
+TEST_F(StoredRecords, GiveOneHandleOfTheClassOfTheirEntity)
+{
+    const auto group = ZRRecord::initWithUniqueId(ZRSmartGroup::recordClassDescription, {}, roster);
+    const auto one = person(roster, {});
+    const ObjectList both = {
+        objectstore::ObjectRef(group->zrDatabaseImpl()), objectstore::ObjectRef(one->zrDatabaseImpl())};
+    EXPECT_THAT(ZROSRecord::copyPublicRecordsForClass(ZRGroup::recordClassDescription, both, *roster),
+        ElementsAre(group));
+    EXPECT_THAT(ZROSRecord::copyPublicRecordsForClass(ZRRecord::recordClassDescription, both, *roster),
+        ElementsAre(group, Ref<ZRRecord>(one)));
+    EXPECT_FALSE(ZROSRecord::copyPublicRecordForClass(
+        ZRSubscribedPerson::recordClassDescription, *one->zrDatabaseImpl(), *roster));
+}
+
+// What feeds the index string is exactly what makes it stale.
+TEST_F(StoredRecords, ListTheRelationshipsOfTheIndexString)
+{
+    const auto one = person(roster,
+        {{zr::kZREmailProperty, multiValue({{"a@x", "x"}})},
+            {zr::kZRPhoneProperty, multiValue({{"55", "x"}})},
+            {zr::kZRURLsProperty, multiValue({{"http://u", "x"}})},
+            {zr::kZRRelatedNamesProperty, multiValue({{"Kin", "x"}})},
+            {zr::kZRAIMInstantProperty, multiValue({{"aim", "x"}})}, {zr::kZRNoteProperty, "note"},
+            {zr::kZRAddressProperty, multiValue({{Value::dictionary({{"City", "Rome"}}), "x"}})}});
+    const auto& paths = ZROSContact::stringForIndexingKeypaths();
+    for (const auto& path : paths) {
+        const auto& slot = key(one, path.c_str());
+        const Value rows = one->zrDatabaseImpl()->value(slot);
+        EXPECT_FALSE(slot.isToMany() ? rows.asArray().empty() : rows.isNothing()) << path;
+    }
+    EXPECT_THAT(paths, testing::SizeIs(8));
+}
+
+TEST_F(StoredRecords, SayWhichValuesAreWorthKeeping)
+{
+    const auto context = roster->managedObjectContext();
+    struct Case {
+        const char* entity;
+        const char* key;
+        Value value;
+        bool hasContent;
+    };
+    const Case cases[] = {{"ZROSEmailAddress", "address", "", false},
+        {"ZROSEmailAddress", "address", "a", true}, {"ZROSPostalAddress", "countryCode", "gb", false},
+        {"ZROSPostalAddress", "region", "r", true}, {"ZROSNote", "text", "", true},
+        {"ZROSContactDate", "date", {}, false}, {"ZROSContactDate", "date", Value(platform::Date{0}), true},
+        {"ZROSCalendarURI", "url", "", true}, {"ZROSContact", "firstName", {}, true}};
+    for (const auto& one : cases) {
+        const auto object = context->insertObjectOfEntity(one.entity);
+        object->setValueForKey(one.key, one.value);
+        EXPECT_EQ(ZROSOwnedObject::hasRosterContentForRecord(*object), one.hasContent)
+            << one.entity << " " << one.value.description();
+    }
+}
+
+} // namespace test
