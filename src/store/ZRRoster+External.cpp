@@ -118,14 +118,18 @@ void ZRRoster::databaseChangedExternally(const std::string& name, const Value& u
     if ((!notice.isOfDirectory(*this) && !notice.isOfSource()) || !notice.isOfOtherProcess()
         || (!notice.hasRecords && !notice.restored))
         return;
-    const bool isWaiting = locked(*this, ZRAccess::read, [&] { return _state->flags.waitingForReset; });
+    const auto isWaitingForReset = [this] {
+        return locked(*this, ZRAccess::read, [&] { return _state->flags.waitingForReset; });
+    };
+    const bool isWaiting = isWaitingForReset();
     if (notice.restored && (isWaiting || !notice.hasRecords)) {
         platform::log(fmt::format("Resetting database due to: {}", userInfo.description()));
         resetDatabase();
     } else if (!isWaiting) {
         resetRecordsWithUserInfo(userInfo);
     }
-    if (!isWaiting)
+    // On the main queue a reset is over by now, and whoever waited for it hears why.
+    if (!isWaitingForReset())
         tellOfExternalChange(name, userInfo);
 }
 

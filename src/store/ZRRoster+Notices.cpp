@@ -52,10 +52,13 @@ public:
     }
 
     bool isIgnored(const Value& id) const { return _ignored.contains(id.asText()); }
-    void add(const Value& id)
+    /// Whether it was not in the list before.
+    bool add(const Value& id)
     {
-        if (!isIgnored(id) && _known.insert(id.asText()).second)
+        const bool isNew = !isIgnored(id) && _known.insert(id.asText()).second;
+        if (isNew)
             _ids.push_back(id);
+        return isNew;
     }
     bool isEmpty() const { return _ids.empty(); }
     void moveTo(ZRRoster::UserInfo& info, std::string_view key)
@@ -114,9 +117,10 @@ public:
 private:
     void takePublic(const Ref<ZROSRecord>& record, const Value& id)
     {
-        _publicIds.add(id);
         _privateIds.add(id);
-        forMetadata.push_back(record);
+        // A card comes a second time with its index text.
+        if (_publicIds.add(id))
+            forMetadata.push_back(record);
         if (!record->isUpdated())
             return;
         if (!isPreserved(*record))
@@ -127,13 +131,14 @@ private:
 
     void takePrivate(const Ref<ZROSRecord>& record, const ZRRecordClass& recordClass, const Value& id)
     {
-        _privateIds.add(id);
+        const bool isNew = _privateIds.add(id);
         if (isSubscribed(recordClass)) {
             _effects.couldAffectSyncing = _effects.couldAffectSharing = true;
             if (record->isUpdated())
                 stamp(*record, _date);
-            forMetadata.push_back(record);
-        } else if (recordClass.name == "ZRInfo" || recordClass.name == "ZRSubscription") {
+            if (isNew)
+                forMetadata.push_back(record);
+        } else if (isNew && (recordClass.name == "ZRInfo" || recordClass.name == "ZRSubscription")) {
             forMetadata.push_back(record);
         }
     }

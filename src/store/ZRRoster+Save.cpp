@@ -21,6 +21,7 @@
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
+#include <unordered_set>
 
 using objectstore::ObjectList;
 using platform::Ref;
@@ -56,6 +57,20 @@ void noteVersion(ZRRoster& roster)
         return;
     if (const auto info = roster.nts_Info())
         wasNoted = info->nts_SetValue(Value(ZRFrameworkBundle().version()), "LastSavedVersion");
+}
+
+/// Takes the rows of the log of deletions back that a save made and could not write: the next one makes them
+/// anew.
+void dropLogOfDeletions(ZRManagedObjectContext& context)
+{
+    std::unordered_set<std::string> deleted;
+    for (const auto& object : context.deletedObjects())
+        if (auto* const record = dynamic_cast<ZROSRecord*>(object.get()))
+            deleted.emplace(record->text(record->slot("uniqueId")));
+    for (const auto& object : context.insertedObjects())
+        if (object->entity().name() == "ZROSDeletedRecordLog"
+            && deleted.contains(std::string(object->text(object->slot("deletedRecordUniqueId")))))
+            context.deleteObject(*object);
 }
 
 /// Other processes hear only of the store that the shared roster is on.
@@ -131,8 +146,10 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
     UserInfo publicInfo, privateInfo;
     SaveEffects effects;
     if (!preparePublicChangeNotification(publicInfo, privateInfo, effects, modificationDate)
-        || !nts_writePictures() || !nts_writeChanges(*context))
+        || !nts_writePictures() || !nts_writeChanges(*context)) {
+        dropLogOfDeletions(*context);
         return false;
+    }
     if (isOnSharedStore(*this)) {
         nts_SendRosterDidSaveNotificationsWithPublicUserInfo(
             publicInfo, privateInfo, effects.privateTablesChanged);
