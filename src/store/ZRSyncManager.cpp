@@ -173,9 +173,9 @@ void ZRSyncManager::scheduleTrickleSyncRetry(std::int64_t minutes)
 
 void ZRSyncManager::scheduleTrickleSyncSoon() { Background::shared().ask(); }
 
-bool ZRSyncManager::isSyncScheduled()
+std::optional<platform::Date> ZRSyncManager::scheduledSyncDate()
 {
-    return platform::Scheduler::shared()->nextFireDate(domain, action).has_value();
+    return platform::Scheduler::shared()->nextFireDate(domain, action);
 }
 
 void ZRSyncManager::removeExisitingSyncSchedule()

@@ -49,7 +49,9 @@ public:
     /// so that the saves of that second are one. Only the end of the process waits for it, a second at most.
     void scheduleTrickleSyncSoon();
 
-    bool isSyncScheduled();
+    /// When the tool is to be started; absent when nothing is scheduled.
+    std::optional<platform::Date> scheduledSyncDate();
+    bool isSyncScheduled() { return scheduledSyncDate().has_value(); }
     void removeExisitingSyncSchedule();
     /// Whether this process may start programs: true where nothing forbids it.
     bool canExecProcesses();

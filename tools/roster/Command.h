@@ -23,6 +23,7 @@ struct Options {
     bool withSamples = false;
     bool plan = false;
     bool explain = false;
+    bool once = false;
 };
 
 namespace exitStatus {
@@ -49,6 +50,9 @@ platform::Ref<ZRRoster> openRoster(const Options& options, bool withSamples = fa
 void printJson(const Json& json);
 /// Writes text for people; what would control their terminal is replaced.
 void print(std::string_view text);
+/// Writes as much of `text` as standard output takes at once, and takes it off. False when the reader has
+/// gone.
+bool writeSome(std::string& text);
 /// One line on standard error, "roster: " in front.
 void complain(std::string_view text);
 /// The text without characters that control a terminal, line ends and tabs aside.
@@ -61,3 +65,4 @@ int runShow(const Options&);
 int runMe(const Options&);
 int runStats(const Options&);
 int runCheck(const Options&);
+int runWatch(const Options&);

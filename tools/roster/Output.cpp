@@ -1,7 +1,9 @@
 // How the tool prints: whole documents to standard output, one line a complaint to standard error.
 #include "Command.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 
 #include <unistd.h>
@@ -20,13 +22,20 @@ int writeAll(int descriptor, std::string_view text)
     return 0;
 }
 
+[[noreturn]] void failToWrite(int code)
+{
+    throw Failure(
+        exitStatus::refused, std::string("cannot write to standard output: ") + std::strerror(code));
+}
+
 /// A reader that has gone, as `head` does, is no failure to talk about.
 void writeOut(std::string_view text)
 {
-    if (const int failure = writeAll(STDOUT_FILENO, text); failure != 0)
-        throw Failure(exitStatus::refused,
-            failure == EPIPE ? ""
-                             : std::string("cannot write to standard output: ") + std::strerror(failure));
+    const int code = writeAll(STDOUT_FILENO, text);
+    if (code == EPIPE)
+        throw Failure(exitStatus::refused, "");
+    if (code != 0)
+        failToWrite(code);
 }
 
 } // namespace
@@ -37,6 +46,17 @@ void printJson(const Json& json)
 }
 
 void print(std::string_view text) { writeOut(printable(text)); }
+
+bool writeSome(std::string& text)
+{
+    // A pipe that is ready takes so much without blocking.
+    const ssize_t count = ::write(STDOUT_FILENO, text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
+    if (count < 0 && errno != EPIPE && errno != EINTR && errno != EAGAIN)
+        failToWrite(errno);
+    const bool isThere = count >= 0 || errno != EPIPE;
+    text.erase(0, count < 0 ? 0 : static_cast<std::size_t>(count));
+    return isThere;
+}
 
 void complain(std::string_view text)
 {

@@ -1,4 +1,4 @@
-// `roster init`, `stats` and `check`: making a roster, counting it, and looking whether it is sound.
+// `roster init` and `stats`: making a roster, and counting what is in it.
 #include "Command.h"
 
 #include <fmt/format.h>
@@ -31,22 +31,4 @@ int runStats(const Options& options)
         text += fmt::format("{:<24} {:>10}\n", name, count);
     print(text);
     return exitStatus::done;
-}
-
-int runCheck(const Options& options)
-{
-    const auto roster = openRoster(options);
-    const auto report = roster->check();
-    if (options.json)
-        printJson(Json{
-            {"sound", report.problems.empty()}, {"problems", report.problems}, {"remarks", report.remarks}});
-    else {
-        for (const auto& problem : report.problems)
-            complain(problem);
-        for (const auto& remark : report.remarks)
-            print(remark + "\n");
-        if (report.problems.empty())
-            print("The roster is sound.\n");
-    }
-    return report.problems.empty() ? exitStatus::done : exitStatus::refused;
 }

@@ -76,7 +76,28 @@ struct CommandLine {
     void addUpkeep()
     {
         add("stats", "Count what is in the roster", runStats);
-        add("check", "Check that the store is sound", runCheck);
+        add("check", "Check that the store is sound, and show its locks, versions and other holders",
+            runCheck);
+        addWatch();
+    }
+
+    void addWatch()
+    {
+        CLI::App* watch = add(
+            "watch", "Print one JSON line for each change that any process saves, until stopped", runWatch);
+        watch->add_flag("--once", options.once, "End after the first change");
+        watch->footer(
+            "A save is one line a kind, in this order, as far as there are such people or groups:\n"
+            "  "
+            "{\"process\":{\"id\":N,\"name\":\"…\"},\"kind\":\"inserted|updated|deleted\",\"ids\":[…],"
+            "\"names\":[…]}\n"
+            "The names are in the order of the ids; null where none is known.\n"
+            "A \"reload\" without ids stands for a save of more than 1,000 records, or for changes of which "
+            "nobody\n"
+            "knows the ids any more; \"process\" is null when it is not known. Saves of the same records in "
+            "a row\n"
+            "may be told once. Standard error says \"watching\" when changes are heard from then on.\n"
+            "SIGINT, SIGTERM and a reader that leaves end it with status 0.");
     }
 };
 

@@ -194,19 +194,26 @@ std::shared_ptr<DistributedNotificationCenter> makeNoticeLog(std::string path)
     return std::make_shared<NoticeLog>(std::move(path));
 }
 
+Result<std::string> userNoticeFile()
+{
+    const auto directory = Directories::current()->runtime();
+    if (!directory)
+        return directory.error();
+    return *directory + "/roster-notices";
+}
+
 std::shared_ptr<DistributedNotificationCenter> userNoticeLog()
 {
     static const NeverDestroyed<UserLog> only;
-    const auto directory = Directories::current()->runtime();
-    if (!directory) {
-        log("No notices between processes: " + directory.error().text);
+    const auto path = userNoticeFile();
+    if (!path) {
+        log("No notices between processes: " + path.error().text);
         return nullptr;
     }
-    const auto path = *directory + "/roster-notices";
     Lock lock(only->mutex);
-    if (!only->log || only->path != path) {
-        only->path = path;
-        only->log = makeNoticeLog(path);
+    if (!only->log || only->path != *path) {
+        only->path = *path;
+        only->log = makeNoticeLog(*path);
     }
     return only->log;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/notify/DistributedNotificationCenter.h"
+#include "platform/value/Error.h"
 
 #include <memory>
 #include <string>
@@ -25,8 +26,12 @@ inline constexpr char kNoticesMissed[] = "org.quillon.platform.NoticesMissed";
 ///            forked child, posts and subscriptions do nothing.
 std::shared_ptr<DistributedNotificationCenter> makeNoticeLog(std::string path);
 
-/// The one of this process, over "roster-notices" in the user's run-time directory. Null, and logged, where
-/// that directory is refused; installing null makes the service absent.
+/// The path of the user's notice file, "roster-notices" in the run-time directory; an Error where that is
+/// refused. The file is made by the first who listens or posts.
+Result<std::string> userNoticeFile();
+
+/// The one of this process, over that file. Null, and logged, where the directory is refused; installing null
+/// makes the service absent.
 std::shared_ptr<DistributedNotificationCenter> userNoticeLog();
 
 } // namespace platform
