@@ -277,6 +277,13 @@ Result<void> StoreContext::catchUp()
 
 Result<void> StoreContext::mergeChangesFromContextDidSave(const platform::Value&) { return catchUp(); }
 
+std::int64_t StoreContext::lastSeenCommit() const
+{
+    Operation operation(*this);
+    PersistentStore* store = operation->coordinator ? operation->coordinator->firstStore() : nullptr;
+    return store ? operation->seen(*store).seen : -1;
+}
+
 Result<void> StoreContext::prefetch(const ObjectList& objects, const std::vector<std::string>& keyPaths)
 {
     Operation operation(*this);

@@ -139,6 +139,9 @@ public:
     platform::Result<void> catchUp();
     /// The same, for observers of another context's did-save notice.
     platform::Result<void> mergeChangesFromContextDidSave(const platform::Value& notice);
+    /// The number of the last commit of the first store that was taken in: right after a save its own, -1
+    /// before the first look. While it equals `StoreFacts::commitNumber`, nothing here is out of date.
+    std::int64_t lastSeenCommit() const;
 
     /// Reads those relationships of all these objects along, one query a path. Paths as in StoreFetch.
     platform::Result<void> prefetch(const ObjectList& objects, const std::vector<std::string>& keyPaths);
