@@ -52,9 +52,7 @@ public:
         for (PersistentStore* store : storesWithChanges()) {
             _parts.push_back(std::make_unique<Part>(*store));
             Part& part = *_parts.back();
-            // What others saved is taken in before anything is written over it.
-            if (_context.seen(*store).seen != store->state().commitNumber)
-                catchUp(_context, *store, store->state());
+            takeInOthers(*store);
             part.write = std::make_unique<StoreWrite>(_context, *store);
             if (_context.mergeBase >= 0)
                 part.merge = std::make_unique<UnitMerge>(_context, *part.write);
@@ -96,6 +94,17 @@ private:
         std::unique_ptr<UnitMerge> merge;
     };
 
+    /// What others saved is taken in before anything is written over it; what was derived of both is made
+    /// anew.
+    void takeInOthers(PersistentStore& store)
+    {
+        if (_context.seen(store).seen == store.state().commitNumber)
+            return;
+        catchUp(_context, store, store.state());
+        if (_context.mergeBase >= 0)
+            askObjects();
+    }
+
     void postWillSave()
     {
         auto changes = platform::makeRef<StoreChanges>();
@@ -118,6 +127,8 @@ private:
                 object->context() && !object->isDeleted() && !(changed == 0 && object->hasChanges());
             if (isAsked && !ObjectAccess::is(*object, ObjectAccess::kAsked)) {
                 ObjectAccess::add(*object, ObjectAccess::kAsked);
+                if (_context.mergeBase >= 0)
+                    object->willMerge();
                 object->willSave();
             }
             _context.propagateDeletes();

@@ -140,6 +140,9 @@ public:
     virtual void awakeFromInsert() { }
     /// Before a save, for every changed object; may change anything, which is then saved too.
     virtual void willSave() { }
+    /// Before `willSave`, when others have changed something while there were unsaved changes here: what was
+    /// derived from the object may be stale.
+    virtual void willMerge() { }
     /// After a save that succeeded.
     virtual void didSave() { }
     /// The row was dropped or exchanged, or parts of the object changed elsewhere: whatever was derived from

@@ -90,6 +90,12 @@ void ZROSContact::willSave()
         index->value(contactIndexSlots().stringForIndexing);
 }
 
+void ZROSContact::willMerge()
+{
+    clearSortNames();
+    clearStringForIndexing();
+}
+
 void ZROSContact::didSave() { _hasUserImageChanges = false; }
 
 void ZROSContact::didChange(const Slot& slot)

@@ -178,6 +178,7 @@ public:
         ZRRecord& record) override;
     void awakeFromInsert() override;
     void willSave() override;
+    void willMerge() override;
     void didSave() override;
     void didChange(const objectstore::Slot& slot) override;
     void didTurnIntoFault() override { invalidateAllCachedPropertyValues(); }
