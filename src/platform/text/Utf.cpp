@@ -24,7 +24,11 @@ std::uint64_t eightBytesAt(const char* bytes)
 std::size_t asciiRun(std::string_view bytes, std::size_t at)
 {
     const std::size_t start = at;
-    while (at + 8 <= bytes.size() && !(eightBytesAt(bytes.data() + at) & kHighBits))
+    const auto eight = [&](std::size_t place) { return eightBytesAt(bytes.data() + place); };
+    while (at + 32 <= bytes.size()
+        && !((eight(at) | eight(at + 8) | eight(at + 16) | eight(at + 24)) & kHighBits))
+        at += 32;
+    while (at + 8 <= bytes.size() && !(eight(at) & kHighBits))
         at += 8;
     while (at < bytes.size() && !(bytes[at] & 0x80))
         ++at;
