@@ -35,8 +35,10 @@ bool isUTF8Already(std::string_view bytes, TextEncoding encoding)
 std::optional<std::string_view> ZRVCardLexer::nextStringInEncoding(
     TextEncoding encoding, bool quotedPrintable, TokenMask stopTokens, bool trim)
 {
-    return _unicode ? nextFoldedString<2>(encoding, quotedPrintable, stopTokens, trim)
-                    : nextFoldedString<1>(encoding, quotedPrintable, stopTokens, trim);
+    if (_unicode)
+        return nextFoldedString<2>(encoding, quotedPrintable, stopTokens, trim);
+    const auto word = quotedPrintable ? std::nullopt : nextWord(encoding, stopTokens);
+    return word ? word : nextFoldedString<1>(encoding, quotedPrintable, stopTokens, trim);
 }
 
 std::optional<std::string_view> ZRVCardLexer::nextSingleByteStringInEncoding(
@@ -55,9 +57,6 @@ template <std::size_t Width>
 std::optional<std::string_view> ZRVCardLexer::nextFoldedString(
     TextEncoding encoding, bool quotedPrintable, TokenMask stopTokens, bool trim)
 {
-    if (Width == 1 && encoding == platform::kASCIIEncoding && !quotedPrintable)
-        if (const auto word = nextWord(stopTokens))
-            return word;
     const auto first = nextString<Width>(encoding, quotedPrintable, stopTokens, trim);
     if (!lineFolds<Width>())
         return first;
@@ -74,8 +73,10 @@ std::optional<std::string_view> ZRVCardLexer::nextFoldedString(
 
 /// Names and parameters are a word that means itself: ASCII, with no token before the one that stops it,
 /// which does not end the line. Absent for others, and then the cursor stays.
-std::optional<std::string_view> ZRVCardLexer::nextWord(TokenMask stopTokens)
+std::optional<std::string_view> ZRVCardLexer::nextWord(TextEncoding encoding, TokenMask stopTokens)
 {
+    if (encoding != platform::kASCIIEncoding)
+        return std::nullopt;
     const std::size_t start = _cursor;
     std::size_t end = start;
     while (end < _length && kIsOfWord[_bytes[end]])
@@ -186,7 +187,9 @@ void ZRVCardLexer::fillArray(
     std::vector<std::string>& array, TokenMask separator, TokenMask stop, TextEncoding encoding)
 {
     while (!(tokenAt<Width>(_cursor) & stop) && !atEOF()) {
-        const auto text = nextFoldedString<Width>(encoding, false, separator | stop, true);
+        auto text = Width == 1 ? nextWord(encoding, separator | stop) : std::nullopt;
+        if (!text)
+            text = nextFoldedString<Width>(encoding, false, separator | stop, true);
         if (text && !text->empty())
             array.emplace_back(*text);
         if (_dataEnded)

@@ -166,7 +166,7 @@ private:
 
     vcard::TokenCode failedLookup(char16_t last, std::size_t end);
     std::nullopt_t dataEndedInString();
-    std::optional<std::string_view> nextWord(vcard::TokenMask stopTokens);
+    std::optional<std::string_view> nextWord(TextEncoding encoding, vcard::TokenMask stopTokens);
     std::optional<std::string_view> decoded(std::string_view bytes, TextEncoding encoding);
     unsigned char byteAt(std::size_t at) const { return at < _length ? _bytes[at] : 0; }
     std::optional<char> nextQuotedPrintableByte();
