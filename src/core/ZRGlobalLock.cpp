@@ -2,6 +2,7 @@
 #include "core/ZRGlobalLock.h"
 
 #include "core/ZRLog.h"
+#include "core/ZRProfile.h"
 #include "platform/run/Clock.h"
 #include "platform/run/NeverDestroyed.h"
 #include "platform/run/ProcessMark.h"
@@ -99,11 +100,14 @@ const char* ZRForkedProcess::what() const noexcept
 void _ZR_Lock(const char* file, long line) ZR_NO_THREAD_SAFETY_ANALYSIS
 {
     Locks& all = usableLocks();
+    const double requested = ZRProfile::now();
     if (isDebugging())
         lockLogged(all, all.global, "global API", "", place(file, line));
     else
         all.global.lock();
     globalLockTaken();
+    if (globalDepth == 1)
+        ZRProfile::lockWasTaken(file, line, requested);
 }
 
 void _ZR_Unlock(const char* file, long line) ZR_NO_THREAD_SAFETY_ANALYSIS
@@ -114,7 +118,8 @@ void _ZR_Unlock(const char* file, long line) ZR_NO_THREAD_SAFETY_ANALYSIS
     if (isDebugging())
         platform::log(
             fmt::format("ZRRoster global API unlock {}{}", all.lockCount.load(), place(file, line)));
-    --globalDepth;
+    if (--globalDepth == 0)
+        ZRProfile::lockIsGivenBack();
     all.global.unlock();
 }
 
@@ -127,6 +132,8 @@ bool _ZR_TRY_Lock(const char* file, long line) ZR_NO_THREAD_SAFETY_ANALYSIS
     const bool isTaken = all.global.tryLock();
     if (isTaken)
         globalLockTaken();
+    if (isTaken && globalDepth == 1)
+        ZRProfile::lockWasTaken(file, line, ZRProfile::now());
     if (!debugging)
         return isTaken;
     const bool reportedAsGranted = !isTaken;

@@ -17,7 +17,7 @@
 extern ZR_EXPORT std::atomic<bool> __ZRDebugLog;
 /// Whether the locks tell who asks, waits and gets.
 extern ZR_EXPORT std::atomic<bool> __ZRLockDebug;
-/// Whether a profile is written when the program ends.
+/// Whether a profile is written when the program ends: see ZRProfile.h.
 extern ZR_EXPORT std::atomic<bool> __ZREnableSampling;
 /// Whether every posting of a notification is logged.
 extern ZR_EXPORT std::atomic<bool> __ZRLogNotifications;

@@ -2,6 +2,7 @@
 #include "core/ReleasedHandles.h"
 #include "core/ZRGlobalLock.h"
 #include "core/ZRLog.h"
+#include "core/ZRProfile.h"
 #include "platform/run/Clock.h"
 
 #include <gmock/gmock.h>
@@ -87,6 +88,25 @@ TEST(GlobalLock, IsTriedWithoutWaiting)
         EXPECT_TRUE(tryLock());
         unlock();
     });
+}
+
+TEST(GlobalLock, IsProfiledByItsOutermostHolder)
+{
+    __ZREnableSampling = true;
+    for (int n = 0; n < 3; ++n) {
+        lock();
+        lock();
+        unlock();
+        unlock();
+    }
+    ASSERT_TRUE(tryLock());
+    unlock();
+    __ZREnableSampling = false;
+    lock();
+    unlock();
+    const std::string text = ZRProfile::text();
+    EXPECT_THAT(text, testing::ContainsRegex(" 3 [ 0-9.]* file.cpp:7\n"));
+    EXPECT_THAT(text, testing::ContainsRegex(" 1 [ 0-9.]* file.cpp:9\n"));
 }
 
 TEST(GlobalLock, IsFreeAfterAnException)
