@@ -22,11 +22,15 @@ std::optional<std::string> ZRNicknameFormatter::stringForObjectValue(const platf
     return _startMark + std::string(nickname.asText()) + _endMark;
 }
 
-std::string ZRNicknameFormatter::objectValueForString(std::string_view typed) const
+bool ZRNicknameFormatter::getObjectValue(
+    std::string& nickname, std::string_view typed, std::string* errorDescription) const
 {
     if (typed.starts_with(_startMark))
         typed.remove_prefix(_startMark.size());
     if (typed.ends_with(_endMark))
         typed.remove_suffix(_endMark.size());
-    return std::string(typed);
+    nickname = typed;
+    if (errorDescription)
+        errorDescription->clear();
+    return true;
 }

@@ -24,8 +24,10 @@ public:
 
     /// The nickname between its marks; an empty one without, and absent for what is no string.
     std::optional<std::string> stringForObjectValue(const platform::Value& nickname) const;
-    /// The nickname in `typed`: without a mark at its start and a mark at its end.
-    std::string objectValueForString(std::string_view typed) const;
+    /// Gives the nickname in `typed`: without a mark at its start and a mark at its end. Always true, as any
+    /// text is a nickname; the error text, where one is wanted, becomes empty.
+    bool getObjectValue(
+        std::string& nickname, std::string_view typed, std::string* errorDescription = nullptr) const;
 
 private:
     std::string _startMark;

@@ -27,8 +27,12 @@ TEST(NicknameFormatter, TakesMarksOffAtTheEndsOnly)
     const std::pair<const char*, const char*> cases[] = {{"<<Bo>>", "Bo"}, {"<<Bo", "Bo"}, {"Bo>>", "Bo"},
         {"<<<<Bo>>>>", "<<Bo>>"}, {"B<<o>>!", "B<<o>>!"}, {"<Bo>", "<Bo>"}, {">>Bo<<", ">>Bo<<"}, {"", ""},
         {"<<>>", ""}};
-    for (const auto& [typed, nickname] : cases)
-        EXPECT_EQ(formatter.objectValueForString(typed), nickname) << typed;
+    for (const auto& [typed, nickname] : cases) {
+        std::string found = "before", error = "before";
+        EXPECT_TRUE(formatter.getObjectValue(found, typed, &error)) << typed;
+        EXPECT_EQ(found, nickname) << typed;
+        EXPECT_EQ(error, "") << typed;
+    }
 }
 
 TEST(DeprecatedObject, WarnsAndThenAnswersNothing)
