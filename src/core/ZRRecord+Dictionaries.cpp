@@ -3,17 +3,20 @@
 #include "core/RecordDictionaries.h"
 #include "core/ZRConstants.h"
 #include "core/ZRFailure.h"
+#include "core/ZRGroup.h"
 #include "core/ZRMultiValue.h"
 #include "core/ZRMutableMultiValue.h"
 #include "core/ZRPerson.h"
 #include "core/ZRRecord.h"
 #include "objectstore/StoreContext.h"
+#include "platform/files/Pasteboard.h"
 #include "platform/run/Log.h"
 #include "platform/run/Mutex.h"
 #include "store/ZRCustomProperties.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRoster.h"
+#include "store/ZRServices.h"
 
 #include <fmt/format.h>
 
@@ -229,6 +232,31 @@ Value ZRRecord::copyPasteboardDictionaryForRecords(const ZRRecordList& records)
                      : record->dictionaryRepresentation());
     }
     return Value::dictionary(std::move(entries));
+}
+
+std::string ZRRecord::copyPasteboardStringForRecords(const ZRRecordList& records)
+{
+    const auto& cardData = ZRServices::registered().cardData;
+    std::string cards;
+    for (const auto& record : records)
+        if (cardData && record->recordClass().isKindOf(ZRPerson::recordClassDescription))
+            cards += locked(*record->nts_Roster(), ZRAccess::read, [&] { return cardData(*record); });
+    return cards;
+}
+
+void ZRRecord::writeRecords(const ZRRecordList& records, platform::Pasteboard& pasteboard)
+{
+    pasteboard.clearContents();
+    for (const auto& [kind, type] : {std::pair(&ZRPerson::recordClassDescription, zr::ZRPeopleDictPboardType),
+             std::pair(&ZRGroup::recordClassDescription, zr::ZRGroupDictPboardType)}) {
+        ZRRecordList ofKind;
+        std::ranges::copy_if(records, std::back_inserter(ofKind),
+            [&, wanted = kind](const auto& record) { return record->recordClass().isKindOf(*wanted); });
+        if (!ofKind.empty())
+            pasteboard.setValue(copyPasteboardDictionaryForRecords(ofKind), type);
+    }
+    if (const std::string cards = copyPasteboardStringForRecords(records); !cards.empty())
+        pasteboard.setValue(Value(cards), zr::kZRvCardPboardType);
 }
 
 void ZRRecord::pastedRecordWithUniqueId(std::string_view newId, std::string_view originalId)

@@ -6,6 +6,7 @@
 #include "core/ZRMutableMultiValue.h"
 #include "core/ZRPerson.h"
 #include "core/ZRRecord.h"
+#include "core/ZRStringAdditions.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRoster.h"
 
@@ -87,7 +88,9 @@ bool ZRRecord::zrIsCompatibleWithRecord(const ZRRecord& other) const
 {
     const std::string mine = remoteLocation(), theirs = other.remoteLocation();
     const bool isLocal = mine == localLocation, otherIsLocal = theirs == localLocation;
-    return isLocal && otherIsLocal ? true : isLocal != otherIsLocal ? false : mine == theirs;
+    return isLocal && otherIsLocal ? true
+        : isLocal != otherIsLocal  ? false
+                                   : zrIsCompatibleWithSubscription(mine, theirs);
 }
 
 Ref<ZRRecord> ZRRecord::zrAssimilatedRecordFor(const ZRRecord& other) const

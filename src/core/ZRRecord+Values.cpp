@@ -174,7 +174,7 @@ Value ZRRecord::zrosValueForKey(std::string_view key) const
         *_roster, ZRAccess::read, [&] { return _databaseImpl ? _databaseImpl->valueForKey(key) : Value(); });
 }
 
-void ZRRecord::zrosSetValueForKey(const Value& value, std::string_view key)
+void ZRRecord::zrosSetValue(const Value& value, std::string_view key)
 {
     locked(*_roster, ZRAccess::write, [&] {
         if (_databaseImpl)

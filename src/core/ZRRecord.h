@@ -17,8 +17,13 @@
 #include <vector>
 
 class ZROSRecord;
+class ZRMutableSet;
 class ZRRecord;
 class ZRRoster;
+
+namespace platform {
+class Pasteboard;
+} // namespace platform
 
 /// A few values by name, made at the first write.
 class ZRPrivateDictionary {
@@ -121,7 +126,7 @@ public:
     /// The value of a property of this class, by key; other keys raise.
     platform::Value valueForKey(std::string_view key) const;
     void setValueForKey(const platform::Value& value, std::string_view key);
-    void takeValueForKey(const platform::Value& value, std::string_view key) { setValueForKey(value, key); }
+    void takeValue(const platform::Value& value, std::string_view key) { setValueForKey(value, key); }
     void setNilValueForKey(std::string_view key);
     platform::Value valueForKeyPath(std::string_view keyPath) const;
     void setValueForKeyPath(const platform::Value& value, std::string_view keyPath);
@@ -179,6 +184,11 @@ public:
 
     /// A dictionary from unique id to record dictionary; one fetch for all cards.
     static platform::Value copyPasteboardDictionaryForRecords(const ZRRecordList& records);
+    /// The vCards of the people among the records, one behind the other; empty where no service makes any.
+    static std::string copyPasteboardStringForRecords(const ZRRecordList& records);
+    /// Puts records there in the place of what was: people and groups as dictionaries, each under the type of
+    /// its kind, and the people also as vCards. Records of other kinds are left out.
+    static void writeRecords(const ZRRecordList& records, platform::Pasteboard& pasteboard);
     static void pastedRecordWithUniqueId(std::string_view newId, std::string_view originalId);
     static std::string originalUniqueIdOfRecordPastedWithUniqueId(std::string_view uniqueId);
     static void discardOriginalUniqueIds();
@@ -208,7 +218,9 @@ public:
     // ---- the stored object beneath, without any property mapping
 
     platform::Value zrosValueForKey(std::string_view key) const;
-    void zrosSetValueForKey(const platform::Value& value, std::string_view key);
+    void zrosSetValue(const platform::Value& value, std::string_view key);
+    /// The objects behind a to-many key, to be changed in place.
+    ZRMutableSet zrosMutableSetValueForKey(std::string_view key);
 
     // ---- swivel: the handle lives on while what it stands for changes
 

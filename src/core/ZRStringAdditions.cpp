@@ -46,6 +46,11 @@ std::string zrStringByRemovingPunctuation(std::string_view text)
     return filtered(text, [](UChar32 c) { return !u_ispunct(c); });
 }
 
+bool zrIsCompatibleWithSubscription(std::string_view location, std::string_view subscription)
+{
+    return location == subscription;
+}
+
 std::string zrCaseNormalizedCopy(std::string_view text) { return platform::foldCaseAndDiacritics(text); }
 
 bool zrEqualIgnoringCase(std::string_view a, std::string_view b)

@@ -18,6 +18,9 @@ ZR_EXPORT std::string zrStringByRemovingPunctuation(std::string_view text);
 /// Folded in case and diacritics, as the keys of a search for the same name are.
 ZR_EXPORT std::string zrCaseNormalizedCopy(std::string_view text);
 
+/// Whether records of these two remote locations may stand in one group: both came with one subscription.
+ZR_EXPORT bool zrIsCompatibleWithSubscription(std::string_view location, std::string_view subscription);
+
 /// Equal except for the case of strings, also of those inside arrays and dictionaries.
 ZR_EXPORT bool zrCaseInsensitiveIsEqual(const platform::Value& a, const platform::Value& b);
 /// The same for two texts.

@@ -50,9 +50,9 @@ StoreState& requireOpen(PersistentStore* store)
 }
 
 /// Copies page by page into a database that is empty.
-void backUp(StoreState& from, sqlite::Connection& to)
+void backUp(sqlite::Connection& from, sqlite::Connection& to)
 {
-    sqlite3_backup* backup = sqlite3_backup_init(to.native(), "main", from.connection->native(), "main");
+    sqlite3_backup* backup = sqlite3_backup_init(to.native(), "main", from.native(), "main");
     if (!backup)
         sqlite::raise(to.native(), sqlite3_errcode(to.native()), "backup");
     const int stepped = sqlite3_backup_step(backup, -1);
@@ -61,7 +61,7 @@ void backUp(StoreState& from, sqlite::Connection& to)
         sqlite::raise(to.native(), finished != SQLITE_OK ? finished : stepped, "backup");
 }
 
-void copyToFile(StoreState& from, const std::string& path)
+void copyToFile(sqlite::Connection& from, const std::string& path)
 {
     struct stat status;
     if (lstat(path.c_str(), &status) == 0)
@@ -116,10 +116,10 @@ Result<PersistentStore*> StoreCoordinator::migrateStore(
         std::unique_ptr<StoreState> moved;
         if (isInMemory) {
             moved = openStore(*_model, StoreType::inMemory, std::string(path), options);
-            backUp(from, *moved->connection);
+            backUp(*from.connection, *moved->connection);
             moved->loadEntityNumbers(*_model, true);
         } else {
-            copyToFile(from, std::string(path));
+            copyToFile(*from.connection, std::string(path));
             moved = openStore(*_model, type, std::string(path), options);
         }
         store->_state = std::move(moved);
@@ -132,7 +132,15 @@ Result<PersistentStore*> StoreCoordinator::migrateStore(
 Result<void> StoreCoordinator::copyStore(PersistentStore* store, std::string_view path)
 {
     platform::Lock lock(_mutex);
-    return answering(path, [&] { copyToFile(requireOpen(store), std::string(path)); });
+    return answering(path, [&] { copyToFile(*requireOpen(store).connection, std::string(path)); });
+}
+
+Result<void> StoreCoordinator::copyDatabase(const std::string& from, const std::string& path)
+{
+    return answering(from, [&] {
+        sqlite::Connection source(from, sqlite::Connection::Access::readOnly, "", StoreOptions().busyTimeout);
+        copyToFile(source, path);
+    });
 }
 
 std::vector<PersistentStore*> StoreCoordinator::stores() const

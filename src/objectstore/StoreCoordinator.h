@@ -64,6 +64,8 @@ public:
         PersistentStore* store, std::string_view path, StoreType type, const StoreOptions& options = {});
     /// Writes a consistent copy to a new file while the store is in use.
     platform::Result<void> copyStore(PersistentStore* store, std::string_view path);
+    /// The same of a database that no coordinator has open, whatever its model: it is only read.
+    static platform::Result<void> copyDatabase(const std::string& from, const std::string& path);
     /// Looks whether the store is sound: the file, what rows refer to, the text indexes. Answers what is
     /// wrong, a line each; nothing when it is sound. Changes nothing, and keeps writers out meanwhile.
     platform::Result<std::vector<std::string>> checkStore(PersistentStore* store);

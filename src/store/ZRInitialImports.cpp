@@ -109,7 +109,7 @@ Value meProperties(ZRRoster& roster)
     return Value::dictionary(std::move(properties));
 }
 
-void importFirstRunMeCard(ZRRoster& roster)
+void nts_ImportFirstRunMeCard(ZRRoster& roster)
 {
     auto& flags = ZRRosterAccess::state(roster).flags;
     if (!flags.importMe)
@@ -124,7 +124,7 @@ void importFirstRunMeCard(ZRRoster& roster)
     roster.nts_SaveWithFileLock(false);
 }
 
-void importTipCards(const Ref<ZRRoster>& roster)
+void _threadedImportTipCards(const Ref<ZRRoster>& roster)
 {
     const auto& readCard = ZRServices::registered().readCard;
     auto card = platform::resource("TipCards-" + roster->defaultCountryCode(), "vcf");
@@ -142,20 +142,21 @@ void importTipCards(const Ref<ZRRoster>& roster)
 
 // The card comes in on a thread of its own, so that whoever opens the roster does not wait for it; the thread
 // holds the roster, and takes the lock like any other caller.
-void importTipCardsLater(ZRRoster& roster)
+void nts_ImportTipCards(ZRRoster& roster)
 {
     auto& flags = ZRRosterAccess::state(roster).flags;
     if (!flags.importTips)
         return;
     flags.importTips = false;
-    std::thread(importTipCards, Ref<ZRRoster>(&roster)).detach();
+    std::thread(_threadedImportTipCards, Ref<ZRRoster>(&roster)).detach();
 }
 
 void tellOthers(const char* name, const char* word, ZRRoster& roster, ZRRoster::UserInfo& info)
 {
     const Value told = Value::dictionary({info.begin(), info.end()});
     if (__ZRLogNotifications)
-        platform::log(fmt::format("nts_RestoreFromMetaDataIfNeeded: posting {}: {}", word, told.description()));
+        platform::log(
+            fmt::format("nts_RestoreFromMetaDataIfNeeded: posting {}: {}", word, told.description()));
     platform::DistributedNotificationCenter::shared()->post({name, roster.notificationID(), told});
 }
 
@@ -182,7 +183,13 @@ Value firstRunMeProperties(const Value& answers, const std::string& defaultCount
     return Value::dictionary(std::move(properties));
 }
 
-bool nts_restoreFromMetaDataIfNeeded(ZRRoster& roster)
+void nts_ImportRosterFromMetaKitIfNeeded(ZRRoster& roster)
+{
+    if (const auto& import = ZRServices::registered().importFromLegacyFile)
+        import(roster);
+}
+
+bool nts_RestoreFromMetaDataIfNeeded(ZRRoster& roster)
 {
     auto& flags = ZRRosterAccess::state(roster).flags;
     if (!flags.restoreFromMetaData)
@@ -197,7 +204,7 @@ bool nts_restoreFromMetaDataIfNeeded(ZRRoster& roster)
     } catch (...) {
         failure = std::current_exception();
     }
-    flags.restoreFromMetaData = false;
+    roster.nts_SetNeedsToRestoreRosterFromMetaData(false);
     info.insert_or_assign(kZRRestoreFromMetadata, Value(true));
     tellOthers(kZRDatabaseChangedNotification, "kZRDatabaseChangedNotification", roster, info);
     if (failure)
@@ -205,17 +212,16 @@ bool nts_restoreFromMetaDataIfNeeded(ZRRoster& roster)
     return restored;
 }
 
-void nts_doInitialImports(ZRRoster& roster)
+void nts_DoInitialImports(ZRRoster& roster)
 {
     constexpr double validationDelay = 3.0;
     if (!nts_shouldImportInto(roster.databaseDirectory()))
         return;
     const auto& services = ZRServices::registered();
-    if (services.importFromLegacyFile)
-        services.importFromLegacyFile(roster);
-    nts_restoreFromMetaDataIfNeeded(roster);
-    importFirstRunMeCard(roster);
-    importTipCardsLater(roster);
+    nts_ImportRosterFromMetaKitIfNeeded(roster);
+    nts_RestoreFromMetaDataIfNeeded(roster);
+    nts_ImportFirstRunMeCard(roster);
+    nts_ImportTipCards(roster);
     if (!ZRRoster::isInert() && services.validateMetaData)
         platform::MainQueue::shared()
             .after(validationDelay,

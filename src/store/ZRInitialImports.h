@@ -7,11 +7,14 @@ class ZRRoster;
 
 /// Once a process for each directory: what is legacy is converted, what is lost rebuilt, and a new roster
 /// gets its Me card and its sample cards. The global lock and the file lock are held.
-void nts_doInitialImports(ZRRoster& roster);
+void nts_DoInitialImports(ZRRoster& roster);
+
+/// Converts the legacy file of the roster's directory, if there is one and a service that reads it.
+void nts_ImportRosterFromMetaKitIfNeeded(ZRRoster& roster);
 
 /// Rebuilds the roster from its metadata files when its store was lost; true when there was nothing to do or
 /// it worked.
-bool nts_restoreFromMetaDataIfNeeded(ZRRoster& roster);
+bool nts_RestoreFromMetaDataIfNeeded(ZRRoster& roster);
 
 /// The properties of the Me card that the first-run assistant's answers give: property names with their
 /// values.

@@ -82,22 +82,6 @@ ObjectRef ZRManagedObjectContext::myContact()
     return nullptr;
 }
 
-ObjectRef ZRManagedObjectContext::serviceNamed(std::string_view name, objectstore::PersistentStore* store)
-{
-    if (!store)
-        store = coordinator()->stores().back();
-    const auto key = std::pair(store, std::string(name));
-    if (const auto at = _services.find(key); at != _services.end() && at->second->context() == this)
-        return at->second;
-    const auto service = sharedObject(
-        *coordinator()->model().entity(zr::kZRObjectStoreServiceEntityName), {Value(name)}, store);
-    if (!service) {
-        platform::log(fmt::format("Cannot make the service {}: {}", name, service.error().text));
-        return nullptr;
-    }
-    return _services[key] = *service;
-}
-
 const std::vector<std::string>& ZRManagedObjectContext::contactPartPaths()
 {
     static const auto* const paths = [] {

@@ -33,8 +33,9 @@ public:
     bool isMemoryBacked() const;
     /// The card of the first source that has a Me, or null.
     objectstore::ObjectRef myContact();
-    /// The one object for a messaging service in that store.
-    objectstore::ObjectRef serviceNamed(std::string_view name, objectstore::PersistentStore* store);
+    /// The objects of messaging services that were asked for, by store and name.
+    using Services = std::map<std::pair<objectstore::PersistentStore*, std::string>, objectstore::ObjectRef>;
+    Services& services() { return _services; }
 
     // ---- reading many at a time
 
@@ -89,6 +90,5 @@ private:
 
     ZRRoster* _owningRoster = nullptr;
     bool _writesCollationKeys = false;
-    std::map<std::pair<objectstore::PersistentStore*, std::string>, objectstore::ObjectRef, std::less<>>
-        _services;
+    Services _services;
 };

@@ -6,10 +6,12 @@
 #include "core/ZRLog.h"
 #include "core/ZRMultiValue.h"
 #include "core/ZRRecord.h"
+#include "core/ZRStringAdditions.h"
 #include "objectstore/StoreContext.h"
 #include "platform/value/PropertyList.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelSlots.h"
+#include "store/ZRModelTable.h"
 #include "store/ZROSRecord.h"
 
 #include <fmt/format.h>
@@ -24,6 +26,7 @@ using objectstore::Slot;
 using objectstore::StoreContext;
 using objectstore::StoreObject;
 using platform::Value;
+using Wrapper = ZRMultiValueObjectStoreWrapper;
 
 namespace {
 
@@ -77,15 +80,6 @@ Value valueOfRow(StoreObject& row, const ZRPropertyPlace& place)
     return value.isDate() ? ZRRecord::localDateOccurringOnSameCalendarDayAsDateInGMT(value) : value;
 }
 
-/// The identifier of the first row that is marked primary.
-std::optional<std::string> primaryIdentifierForEntities(const ObjectList& rows)
-{
-    for (const auto& row : rows)
-        if (const auto& slots = rowSlots(row->entity()); row->boolean(slots.isPrimary))
-            return std::string(row->text(slots.uniqueId));
-    return {};
-}
-
 /// What a custom row keeps under the key of its type; serialised types go through a binary property list.
 Value storedCustomValue(const Value& value, bool isSerialized)
 {
@@ -98,63 +92,41 @@ Value storedCustomValue(const Value& value, bool isSerialized)
     return {};
 }
 
-/// Distribution-list choices of rows that are about to be replaced, by the identifier of their entry.
-using SavedChoices = std::map<std::string, ObjectList, std::less<>>;
-
-SavedChoices deleteRows(const ObjectList& rows, const Slot& key, ZROSRecord& record)
-{
-    SavedChoices saved;
-    StoreContext& context = *record.context();
-    for (const auto& row : rows) {
-        const auto& slots = rowSlots(row->entity());
-        if (row->isAbsent(slots.uniqueId))
-            continue;
-        if (const Slot* choices = row->entity().slot("distributionListConfigs"))
-            if (ObjectList found = row->objects(*choices); !found.empty())
-                saved.emplace(row->text(slots.uniqueId), std::move(found));
-        record.removeObject(key, *row);
-        context.deleteObject(*row);
-    }
-    return saved;
-}
-
-void rewireChoices(SavedChoices& saved, StoreObject& row, std::string_view identifier)
-{
-    const auto at = saved.find(identifier);
-    if (at == saved.end())
-        return;
-    row.setObjects(row.slot("distributionListConfigs"), at->second);
-    saved.erase(at);
-}
-
 /// Choices whose entries are gone.
-void deleteChoices(const SavedChoices& saved, StoreContext& context)
+void deleteChoices(const Wrapper::DistributionListConfigs& saved, StoreContext& context)
 {
     for (const auto& [identifier, choices] : saved)
         for (const auto& choice : choices)
             context.deleteObject(*choice);
 }
 
-/// Replaces `old` by one row of `key`'s entity for each entry; `fill` gives a row its value.
-template <class Fill>
+/// A new row of the entity in the store of `owner`.
+ObjectRef insertRow(const objectstore::Entity& entity, ZROSRecord& owner)
+{
+    ObjectRef row = owner.context()->insertObjectOfEntity(entity);
+    owner.context()->assignObjectToStore(*row, owner.store());
+    return row;
+}
+
+/// Replaces `old` by one row for each entry; `make` makes a row of `key`'s entity with its value.
+template <class Make>
 void rewriteRows(
-    const ObjectList& old, const Slot& key, const ZRMultiValue* entries, ZROSRecord& record, Fill&& fill)
+    const ObjectList& old, const Slot& key, const ZRMultiValue* entries, ZROSRecord& record, Make&& make)
 {
     StoreContext& context = *record.context();
-    SavedChoices choices = deleteRows(old, key, record);
+    Wrapper::DistributionListConfigs choices;
+    Wrapper::deletePropertyValues(old, key, choices, record, context);
     const auto& slots = rowSlots(*key.destination);
     const std::string primary =
         entries ? entries->primaryIdentifier().value_or(std::string()) : std::string();
     for (ZRIndex index = 0; entries && index < entries->count(); ++index) {
         const std::string& identifier = entries->identifierAtIndex(index);
-        const ObjectRef row = context.insertObjectOfEntity(*key.destination);
-        context.assignObjectToStore(*row, record.store());
-        fill(*row, entries->valueAtIndex(index));
+        const ObjectRef row = make(entries->valueAtIndex(index));
         row->setPrimitiveValue(slots.label, Value(entries->labelAtIndex(index)));
         row->setPrimitiveValue(slots.uniqueId, Value(identifier));
         row->setPrimitiveValue(slots.isPrimary, Value(identifier == primary));
         row->setPrimitiveValue(slots.orderingIndex, Value(index));
-        rewireChoices(choices, *row, identifier);
+        Wrapper::rewireDistributionListConfig(choices, *row, identifier);
         record.addObject(key, *row);
         if (const Slot* owner = row->entity().slot("owner"); owner != key.inverse)
             row->setRelated(*owner, &record);
@@ -247,17 +219,16 @@ bool ZRMultiValueObjectStoreWrapper::applyMultiValue(
         return false;
     const ObjectRef service = place.service.empty() || !entries
         ? nullptr
-        : record.managedObjectContext()->serviceNamed(place.service, record.store());
-    rewriteRows(
-        rowsOf(record, place), *place.key, entries, record, [&](StoreObject& row, const Value& entry) {
-            if (!place.entityKey)
-                setAddressValue(entry, row);
-            else
-                row.setValue(
-                    *place.entityKey, entry.isDate() ? ZRRecord::dateByNormalizingToGMT(entry) : entry);
-            if (service)
-                row.setRelated(messagingSlots().service, service.get());
-        });
+        : serviceWithName(place.service, *record.managedObjectContext(), record.store());
+    rewriteRows(rowsOf(record, place), *place.key, entries, record, [&](const Value& entry) {
+        if (!place.entityKey)
+            return addressEntityWithValue(entry, record);
+        ObjectRef row = insertRow(*place.entity, record);
+        row->setValue(*place.entityKey, entry.isDate() ? ZRRecord::dateByNormalizingToGMT(entry) : entry);
+        if (service)
+            row->setRelated(messagingSlots().service, service.get());
+        return row;
+    });
     return true;
 }
 
@@ -276,15 +247,18 @@ bool ZRMultiValueObjectStoreWrapper::applyCustomValue(
     };
     const ObjectList old = record.allCustomPropertyValuesWithCustomProperty(definition);
     if (zrIsMultiValueType(type)) {
-        rewriteRows(old, key, entries, record, fill);
+        rewriteRows(old, key, entries, record, [&](const Value& entry) {
+            ObjectRef row = insertRow(*key.destination, record);
+            fill(*row, entry);
+            return row;
+        });
         return true;
     }
     ObjectRef row = old.empty() ? nullptr : old.front();
     if (!row && value.isAbsent())
         return true;
     if (!row) {
-        row = record.context()->insertObjectOfEntity(*key.destination);
-        record.context()->assignObjectToStore(*row, record.store());
+        row = insertRow(*key.destination, record);
         // All writers give the one row of a single value the same identifier, so that two of them meet in it.
         row->setPrimitiveValue(
             customValueSlots().uniqueId, Value(definition.text(customPropertySlots().propertyName)));
@@ -309,11 +283,12 @@ Value ZRMultiValueObjectStoreWrapper::addressValueWithEntity(StoreObject& row)
     return Value::dictionary(std::move(entries));
 }
 
-void ZRMultiValueObjectStoreWrapper::setAddressValue(const Value& dictionary, StoreObject& row)
+ObjectRef ZRMultiValueObjectStoreWrapper::addressEntityWithValue(const Value& dictionary, ZROSRecord& owner)
 {
+    ObjectRef row = insertRow(addressSlots().entity, owner);
     for (const auto& [slot, key] : addressKeys()) {
-        const Value& part = dictionary[key];
-        row.setValue(slot,
+        const Value part = nonNullValueForKey(key, dictionary);
+        row->setValue(slot,
             key == zr::kZRAddressCountryCodeKey && part.isString()
                 ? Value(correctedCountryCode(part.asText()))
                 : part);
@@ -324,6 +299,58 @@ void ZRMultiValueObjectStoreWrapper::setAddressValue(const Value& dictionary, St
             if (!isAddressKey(key) && !value.isNothing())
                 custom.emplace_back(key, value);
     if (!custom.empty())
-        row.setValue(addressSlots().customValuesDictionary,
+        row->setValue(addressSlots().customValuesDictionary,
             storedCustomValue(Value::dictionary(std::move(custom)), true));
+    return row;
+}
+
+ObjectRef ZRMultiValueObjectStoreWrapper::serviceWithName(
+    std::string_view name, ZRManagedObjectContext& context, objectstore::PersistentStore* persistentStore)
+{
+    if (!persistentStore)
+        persistentStore = context.coordinator()->stores().back();
+    auto& known = context.services()[{persistentStore, std::string(name)}];
+    if (known && known->context() == &context)
+        return known;
+    const auto service = context.sharedObject(
+        *rosterModel()->entity(zr::kZRObjectStoreServiceEntityName), {Value(name)}, persistentStore);
+    if (!service) {
+        platform::log(fmt::format("Cannot make the service {}: {}", name, service.error().text));
+        return nullptr;
+    }
+    return known = *service;
+}
+
+std::optional<std::string> ZRMultiValueObjectStoreWrapper::primaryIdentifierForEntities(
+    const ObjectList& rows)
+{
+    for (const auto& row : rows)
+        if (const auto& slots = rowSlots(row->entity()); row->boolean(slots.isPrimary))
+            return std::string(row->text(slots.uniqueId));
+    return {};
+}
+
+void ZRMultiValueObjectStoreWrapper::deletePropertyValues(const ObjectList& rows, const Slot& key,
+    DistributionListConfigs& savedConfigs, ZROSRecord& record, StoreContext& context)
+{
+    for (const auto& row : rows) {
+        const auto& slots = rowSlots(row->entity());
+        if (row->isAbsent(slots.uniqueId))
+            continue;
+        if (const Slot* choices = row->entity().slot("distributionListConfigs"))
+            if (ObjectList found = row->objects(*choices); !found.empty())
+                savedConfigs.emplace(row->text(slots.uniqueId), std::move(found));
+        record.removeObject(key, *row);
+        context.deleteObject(*row);
+    }
+}
+
+void ZRMultiValueObjectStoreWrapper::rewireDistributionListConfig(
+    DistributionListConfigs& savedConfigs, StoreObject& propertyValue, std::string_view identifier)
+{
+    const auto at = savedConfigs.find(identifier);
+    if (at == savedConfigs.end())
+        return;
+    propertyValue.setObjects(propertyValue.slot("distributionListConfigs"), at->second);
+    savedConfigs.erase(at);
 }

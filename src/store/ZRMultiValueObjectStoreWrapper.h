@@ -6,9 +6,18 @@
 #include "platform/value/Value.h"
 #include "store/ZRPropertyPlaces.h"
 
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
 #include <string_view>
 
+class ZRManagedObjectContext;
 class ZROSRecord;
+
+namespace objectstore {
+class StoreContext;
+} // namespace objectstore
 
 /// Reads and rewrites the rows of one property of one record.
 ///
@@ -40,8 +49,24 @@ public:
     static objectstore::ObjectList rowsOf(ZROSRecord& record, const ZRPropertyPlace& place);
     /// The messaging rows of one service, in order.
     static objectstore::ObjectList messagingAddressesWithService(std::string_view service, ZROSRecord& owner);
+    /// The one object for a messaging service in that store (null: the last one), shared by all processes.
+    /// Null, and logged, when the store refuses it.
+    static objectstore::ObjectRef serviceWithName(std::string_view name, ZRManagedObjectContext& context,
+        objectstore::PersistentStore* persistentStore);
+    /// The identifier of the first row that is marked primary.
+    static std::optional<std::string> primaryIdentifierForEntities(const objectstore::ObjectList& rows);
 
-    /// An address as its dictionary, and back.
+    /// Distribution-list choices, by the identifier of the entry that they chose.
+    using DistributionListConfigs = std::map<std::string, objectstore::ObjectList, std::less<>>;
+    /// Deletes rows of a key of the record, but for rows without an identifier; their choices are saved.
+    static void deletePropertyValues(const objectstore::ObjectList& rows, const objectstore::Slot& key,
+        DistributionListConfigs& savedConfigs, ZROSRecord& record, objectstore::StoreContext& context);
+    /// Moves the saved choices of that entry, if any, to its new row.
+    static void rewireDistributionListConfig(DistributionListConfigs& savedConfigs,
+        objectstore::StoreObject& propertyValue, std::string_view identifier);
+
+    /// A new address row for a dictionary, in the store of `owner`; and the dictionary of a row.
+    static objectstore::ObjectRef addressEntityWithValue(
+        const platform::Value& dictionary, ZROSRecord& owner);
     static platform::Value addressValueWithEntity(objectstore::StoreObject& row);
-    static void setAddressValue(const platform::Value& dictionary, objectstore::StoreObject& row);
 };

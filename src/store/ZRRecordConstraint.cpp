@@ -60,7 +60,7 @@ std::vector<std::string> ZRRecordConstraint::initialLabelsForProperty(std::strin
 }
 
 std::vector<std::string> ZRRecordConstraint::availableLabelsForProperty(
-    std::string_view property, ZROSRecord& contact, const LabelsDelegate& delegate) const
+    std::string_view property, ZROSRecord& contact, const ZRLabelsDelegate& delegate) const
 {
     auto labels = builtInLabelsForProperty(property);
     for (auto& label : contact.roster()->activeLabelsForProperty(property, contact, delegate))

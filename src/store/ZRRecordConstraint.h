@@ -5,12 +5,12 @@
 #include "core/ZRRecordClass.h"
 #include "platform/value/Object.h"
 
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 class ZROSRecord;
+struct ZRLabelsDelegate;
 
 /// What one record class offers to an editor.
 ///
@@ -19,8 +19,6 @@ class ZROSRecord;
 /// Errors:    none.
 class ZR_EXPORT ZRRecordConstraint : public platform::Object {
 public:
-    using LabelsDelegate = std::function<std::vector<std::string>(std::string_view property)>;
-
     static platform::Ref<ZRRecordConstraint> initWithRecordClass(const ZRRecordClass& recordClass);
 
     /// The properties of the class, as they were when the constraint was made.
@@ -30,7 +28,7 @@ public:
     std::vector<std::string> initialLabelsForProperty(std::string_view property) const;
     /// The built-in labels, then those in use on the contact; repeats stay.
     std::vector<std::string> availableLabelsForProperty(
-        std::string_view property, ZROSRecord& contact, const LabelsDelegate& delegate) const;
+        std::string_view property, ZROSRecord& contact, const ZRLabelsDelegate& delegate) const;
     /// Multi-value properties always; others only while the contact has no value.
     std::vector<std::string> availablePropertiesForContact(ZROSRecord& contact) const;
 

@@ -51,7 +51,7 @@ std::string ZRRoster::rosterTempImagesDirectory()
 std::string ZRRoster::classRosterImagesDirectory() { return under(rosterDirectory(), imagesDirectory); }
 std::string ZRRoster::classRosterDataFile() { return under(rosterDirectory(), legacyFile); }
 std::string ZRRoster::classRosterSaveFile() { return under(rosterDirectory(), saveFile); }
-std::string ZRRoster::classRosterMetadataDirectory() { return under(rosterDirectory(), metadataDirectory); }
+std::string ZRRoster::rosterMetadataDirectory() { return under(rosterDirectory(), metadataDirectory); }
 
 std::string ZRRoster::databaseDirectory() const { return _state->directory; }
 std::string ZRRoster::rosterObjectStoreDatabaseFile() const { return under(_state->directory, storeFile); }

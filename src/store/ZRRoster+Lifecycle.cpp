@@ -2,6 +2,7 @@
 #include "core/ZRFailure.h"
 #include "core/ZRGlobalLock.h"
 #include "core/ZRLog.h"
+#include "core/ZRProfile.h"
 #include "objectstore/PersistentStore.h"
 #include "platform/files/Files.h"
 #include "platform/files/PathUtils.h"
@@ -9,6 +10,8 @@
 #include "platform/files/UserDefaults.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/notify/DistributedNotificationCenter.h"
+#include "platform/notify/NotificationCenter.h"
+#include "platform/processes/Helper.h"
 #include "platform/processes/NoticeLog.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Dispatch.h"
@@ -36,6 +39,9 @@ using platform::Value;
 
 namespace {
 
+/// Told between processes by whoever sets the picture of the user, and by us within ours.
+constexpr char kUserPictureDidChange[] = "org.quillon.UserPictureDidChangeNotification";
+
 /// What the process knows of its one shared roster. Never destroyed: it outlives every exit handler.
 struct Process {
     std::atomic<bool> isInited = false;
@@ -45,6 +51,7 @@ struct Process {
     std::set<std::string> importedDirectories;
     std::string openingReport;
     platform::MainQueue::Token housekeeping;
+    platform::Subscription userPicture;
     std::atomic<int> createEmpty = -1;
     std::atomic<bool> isInert = false;
 };
@@ -55,11 +62,12 @@ Process& process()
     return *the;
 }
 
-void exitFunction()
+void _ZRExitFunction()
 {
     constexpr double patience = 2.0;
     if (const auto& cancel = ZRServices::registered().cancelBackgroundWork; cancel && process().shared)
         cancel(patience);
+    ZRProfile::write();
 }
 
 /// Recycles stores of models that nobody knows any more; corrupt ones stay, for who wants to rescue them.
@@ -90,8 +98,7 @@ void doHousekeeping(const std::string& directory, const std::string& storeFile)
     if (isVerbose)
         platform::log("Metadata needs validated");
     preferences->setObject(Value(platform::Date{now}), "ZRMetadataLastOilChange");
-    if (const auto& launch = ZRServices::registered().launchOrWaitForDaemon)
-        launch();
+    ZRRoster::_launchOrWaitForDaemon();
     recycleIncompatibleStores(storeFile);
 }
 
@@ -113,6 +120,18 @@ void useNoticesOfOtherProcesses()
 }
 
 bool isFileLockVerbose() { return platform::UserDefaults::standard().boolForKey("ZRFileLockDebug"); }
+
+/// What the shared roster has beyond any other: the default directory, preferences, the other processes.
+bool nts_InitDefaultContactManager(ZRRoster& roster)
+{
+    if (!nts_InitRosterWithDatabaseDirectory(roster, ZRRoster::rosterDirectory()))
+        return false;
+    roster.localizedDefaults();
+    useNoticesOfOtherProcesses();
+    ZRRosterAccess::observeOtherProcesses(roster);
+    ZRInitFileLock(ZRRoster::zrFileLock(), roster.rosterLockFile(), 0, isFileLockVerbose());
+    return true;
+}
 
 void giveUpFileLock(int code, ZRSourcePlace where = ZRSourcePlace::current())
 {
@@ -173,8 +192,31 @@ void ZRRoster::nts_CreateSharedRoster()
         return;
     if (const auto roster = nts_SharedRoster()) {
         process().isInited.store(true, std::memory_order_release);
+        process().userPicture =
+            platform::DistributedNotificationCenter::shared()->subscribe(kUserPictureDidChange, std::nullopt,
+                [roster](const auto&) { roster->rebroadcastUserPictureDidChange(); });
         scheduleHousekeeping(*roster);
     }
+}
+
+void ZRRoster::rebroadcastUserPictureDidChange()
+{
+    platform::NotificationCenter::shared().postOnMain(
+        {kUserPictureDidChange, Ref<const platform::Object>(this), Value()});
+}
+
+// The thread may wait for the port: no caller does, who perhaps holds the lock.
+void ZRRoster::_launchOrWaitForDaemon()
+{
+    if (const auto& instead = ZRServices::registered().launchOrWaitForDaemon)
+        return instead();
+    if (std::string_view(program_invocation_short_name) == "RosterManager")
+        return;
+    zr_dispatch_concurrent([] {
+        if (!platform::tellHelper())
+            platform::log(
+                fmt::format("Error, could not create MachMessagePort for {}", platform::kHelperPort));
+    });
 }
 
 Ref<ZRRoster> ZRRoster::nts_SharedRoster()
@@ -184,26 +226,22 @@ Ref<ZRRoster> ZRRoster::nts_SharedRoster()
     process().wasTried = true;
     ZRReadProcessSwitches();
     auto roster = ZRRosterAccess::make(State::Kind::shared);
-    if (!nts_initOnDirectory(*roster, rosterDirectory()))
+    if (!nts_InitDefaultContactManager(*roster))
         return nullptr;
-    roster->localizedDefaults();
-    useNoticesOfOtherProcesses();
-    ZRRosterAccess::observeOtherProcesses(*roster);
-    std::atexit(exitFunction);
+    std::atexit(_ZRExitFunction);
 
-    ZRInitFileLock(zrFileLock(), roster->rosterLockFile(), 0, isFileLockVerbose());
     const ZRFileLockScope fileLock(&zrFileLock());
     if (!fileLock.isHeld()) {
         giveUpFileLock(errno);
         return nullptr;
     }
-    nts_openContactManager(*roster);
+    nts_OpenContactManager(*roster);
     if (!roster->managedObjectContext()) {
         platform::log("Could not initialize the shared roster");
         return nullptr;
     }
     process().shared = roster;
-    nts_doInitialImports(*roster);
+    nts_DoInitialImports(*roster);
     return roster;
 }
 
@@ -232,17 +270,17 @@ Ref<ZRRoster> ZRRoster::nts_RosterWithDatabaseDirectory(const std::string& direc
     if (!nts_SharedRoster())
         return nullptr;
     auto roster = ZRRosterAccess::make(State::Kind::onDirectory);
-    if (!nts_initOnDirectory(*roster, platform::standardizedPath(directory)))
+    if (!nts_InitRosterWithDatabaseDirectory(*roster, platform::standardizedPath(directory)))
         return nullptr;
     // Held where it can be: a directory that this user may only read is opened without.
     const ZRFileLockScope fileLock(&ZRFileLockForPath(roster->rosterLockFile()));
-    nts_openContactManager(*roster);
+    nts_OpenContactManager(*roster);
     if (!roster->managedObjectContext())
         return nullptr;
     if (doInitialImports)
-        nts_doInitialImports(*roster);
+        nts_DoInitialImports(*roster);
     else
-        nts_restoreFromMetaDataIfNeeded(*roster);
+        nts_RestoreFromMetaDataIfNeeded(*roster);
     return roster;
 }
 

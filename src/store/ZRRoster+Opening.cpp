@@ -6,6 +6,7 @@
 #include "platform/files/Trash.h"
 #include "platform/run/Log.h"
 #include "platform/text/Compare.h"
+#include "store/ZRHindsightTempFileHelper.h"
 #include "store/ZRModelTable.h"
 #include "store/ZRRosterState.h"
 #include "store/ZRServices.h"
@@ -29,6 +30,18 @@ constexpr float databaseVersion = 0.03F;
 constexpr std::string_view versionKey = "ZRDatabaseVersion";
 /// The locale and ICU version of the collation keys that the store's rows carry.
 constexpr std::string_view collationKey = "ZRCollationVersion";
+/// 1 once the records of a legacy file are here.
+constexpr std::string_view importCompletedKey = "ZRObjectStoreImportCompleted";
+
+/// The dictionary with one entry more, or exchanged.
+Value withEntry(const Value& dictionary, std::string_view key, const Value& value)
+{
+    auto entries = dictionary.asDictionary() ? dictionary.asDictionary()->entries()
+                                             : std::vector<platform::Dictionary::Entry>();
+    std::erase_if(entries, [&](const auto& entry) { return entry.first == key; });
+    entries.emplace_back(key, value);
+    return Value::dictionary(std::move(entries));
+}
 
 /// Coordinators by path, so that two rosters on one path share a model and a connection.
 struct SharedCoordinators {
@@ -66,16 +79,6 @@ std::optional<MoveAside> moveAsideFor(const Error& error)
     return {};
 }
 
-void traceFailure(std::string_view message, const Error& error)
-{
-    ZRMessageTracer tracer;
-    tracer.subdomain = "addStoreToRosterPSC";
-    tracer.success = false;
-    tracer.signature = fmt::format("Error Domain={}, Code={}", error.domain, error.code);
-    tracer.message = std::string(message);
-    tracer.log();
-}
-
 /// Moves the store file with what SQLite keeps beside it to the first free "<path>.<n>.<reason>".
 std::string moveAsideDatabaseAtPath(const std::string& path, std::string_view reason)
 {
@@ -108,12 +111,14 @@ public:
             return store;
         if (const auto aside = moveAsideFor(_error)) {
             platform::log(fmt::format("{}: {}", aside->message, _error.text));
-            traceFailure(aside->message, _error);
+            ZRRoster::logPersistentStoreTracerFailureWithMessage(aside->message, _error);
             const std::string moved = moveAsideDatabaseAtPath(_path, aside->reason);
             noteOpeningProblem(fmt::format("{} ({}); it is kept as {}", aside->message, _error.text, moved));
             opening.loadFailure = true;
             store = add(StoreType::sqlite);
         }
+        if (!store && ZRRoster::isInert() && objectstore::isFault(_error, StoreFault::migrationFailed))
+            store = addTemporaryCopy(opening);
         if (!store && mayNotUseFile()) {
             noteOpeningProblem(fmt::format("{}; nothing will be saved", _error.text));
             opening.loadFailure = opening.runsWithoutFile = true;
@@ -132,6 +137,22 @@ private:
             return *added;
         _error = added.error();
         return nullptr;
+    }
+
+    /// A process that must not write completes an older store in a copy of its own.
+    PersistentStore* addTemporaryCopy(ZRStoreOpening& opening)
+    {
+        const auto copy = ZRHindsightTempFileHelper::temporaryDatabaseUrlByCopyingDatabaseAtPath(_path);
+        if (!copy) {
+            platform::log(fmt::format("Could not create temporary database: {}", copy.error().text));
+            return nullptr;
+        }
+        const auto added = _coordinator.addStore(StoreType::sqlite, *copy);
+        if (!added)
+            return nullptr;
+        opening.loadFailure = false;
+        opening.isTemporaryCopy = true;
+        return *added;
     }
 
     bool mayNotUseFile() const
@@ -156,13 +177,10 @@ bool stampMetadata(StoreCoordinator& coordinator, PersistentStore* store)
     const bool isStamped =
         known[versionKey].asReal() == static_cast<double>(databaseVersion) && theirs.isString();
     if (!isStamped) {
-        auto entries = known.asDictionary() ? known.asDictionary()->entries()
-                                            : std::vector<platform::Dictionary::Entry>();
-        entries.emplace_back(versionKey, Value(static_cast<double>(databaseVersion)));
+        Value stamped = withEntry(known, versionKey, Value(static_cast<double>(databaseVersion)));
         if (!theirs.isString())
-            entries.emplace_back(collationKey, Value(ours));
-        if (const auto written = coordinator.setMetadata(store, Value::dictionary(std::move(entries)));
-            !written)
+            stamped = withEntry(stamped, collationKey, Value(ours));
+        if (const auto written = coordinator.setMetadata(store, stamped); !written)
             platform::log(fmt::format("cannot stamp the store: {}", written.error().text));
     }
     return !theirs.isString() || theirs.asText() == ours;
@@ -178,7 +196,7 @@ Ref<ZRManagedObjectContext> contextOn(const Ref<StoreCoordinator>& coordinator, 
 
 } // namespace
 
-ZRStoreOpening nts_openStore(const std::string& path)
+ZRStoreOpening nts_managedObjectContext(const std::string& path)
 {
     auto& shared = sharedCoordinators();
     const platform::Lock guard(shared.monitor);
@@ -191,6 +209,7 @@ ZRStoreOpening nts_openStore(const std::string& path)
                                                                : coordinator->stores().front();
         if (store)
             opening.context = contextOn(coordinator, stampMetadata(*coordinator, store));
+        opening.isTemporaryCopy = false; // of an entry that is shared already
         return opening;
     }
     const auto coordinator = StoreCoordinator::make(rosterModel());
@@ -200,7 +219,8 @@ ZRStoreOpening nts_openStore(const std::string& path)
         return opening;
     }
     opening.context = contextOn(coordinator, stampMetadata(*coordinator, store));
-    shared.byPath[path] = {coordinator, 1};
+    if (!opening.isTemporaryCopy)
+        shared.byPath[path] = {coordinator, 1};
     return opening;
 }
 
@@ -229,19 +249,47 @@ Ref<ZRManagedObjectContext> ZRRoster::managedObjectContext()
     const platform::Lock oneAtATime(sharedCoordinators().monitor);
     if (const auto [isSettled, context] = known(); isSettled)
         return context;
-    ZRStoreOpening opening = nts_openStore(rosterObjectStoreDatabaseFile());
+    ZRStoreOpening opening = nts_managedObjectContext(rosterObjectStoreDatabaseFile());
     if (!opening.context) {
         const platform::Lock guard(_state->monitor);
         _state->openingFailed = true;
         return nullptr;
     }
     if (opening.loadFailure)
-        _state->flags.restoreFromMetaData = true;
+        nts_SetNeedsToRestoreRosterFromMetaData(true);
     if (opening.runsWithoutFile)
         _state->flags.readOnly = true;
-    _state->holdsSharedStore = true;
+    _state->holdsSharedStore = !opening.isTemporaryCopy;
     setManagedObjectContext(opening.context, true);
     return opening.context;
+}
+
+void ZRRoster::logPersistentStoreTracerFailureWithMessage(std::string_view message, const Error& error)
+{
+    ZRMessageTracer tracer;
+    tracer.subdomain = "addStoreToRosterPSC";
+    tracer.success = false;
+    tracer.signature = fmt::format("Error Domain={}, Code={}", error.domain, error.code);
+    tracer.message = std::string(message);
+    tracer.log();
+}
+
+void ZRRoster::nts_SetNeedsToRestoreRosterFromMetaData(bool needs)
+{
+    _state->flags.restoreFromMetaData = needs;
+}
+
+void ZRRoster::markZRStoreImportCompleted()
+{
+    _state->flags.importMe = _state->flags.importTips = false;
+    auto* const coordinator = storeCoordinator();
+    auto* const store = coordinator ? coordinator->firstStore() : nullptr;
+    const auto metadata = coordinator ? coordinator->metadata(store) : Error{};
+    if (!metadata)
+        return platform::log(fmt::format("cannot mark the import: {}", metadata.error().text));
+    if (const auto marked = coordinator->setMetadata(store, withEntry(*metadata, importCompletedKey, 1));
+        !marked)
+        platform::log(fmt::format("cannot mark the import: {}", marked.error().text));
 }
 
 Ref<ZRManagedObjectContext> ZRRoster::nts_mailRecentsManagedObjectContext()

@@ -136,7 +136,7 @@ Names ZRRoster::initialLabelsForProperty(std::string_view property)
     return unionOf(lists);
 }
 
-Names ZRRoster::availablePropertiesForPerson(ZRPerson& person, const ActiveLabelsDelegate& delegate)
+Names ZRRoster::availablePropertiesForPerson(ZRPerson& person, const ZRLabelsDelegate& delegate)
 {
     return locked(*this, ZRAccess::read, [&] {
         return person.zrDatabaseImpl() ? availablePropertiesForContact(*person.zrDatabaseImpl(), delegate)
@@ -144,7 +144,7 @@ Names ZRRoster::availablePropertiesForPerson(ZRPerson& person, const ActiveLabel
     });
 }
 
-Names ZRRoster::availablePropertiesForContact(ZROSRecord& contact, const ActiveLabelsDelegate&)
+Names ZRRoster::availablePropertiesForContact(ZROSRecord& contact, const ZRLabelsDelegate&)
 {
     std::vector<Names> lists;
     for (const auto& constraint : constraints())
@@ -153,7 +153,7 @@ Names ZRRoster::availablePropertiesForContact(ZROSRecord& contact, const ActiveL
 }
 
 Names ZRRoster::availableLabelsForProperty(
-    std::string_view property, ZRPerson& person, const ActiveLabelsDelegate& delegate)
+    std::string_view property, ZRPerson& person, const ZRLabelsDelegate& delegate)
 {
     return locked(*this, ZRAccess::read, [&] {
         return person.zrDatabaseImpl()
@@ -163,7 +163,7 @@ Names ZRRoster::availableLabelsForProperty(
 }
 
 Names ZRRoster::availableLabelsForProperty(
-    std::string_view property, ZROSRecord& contact, const ActiveLabelsDelegate& delegate)
+    std::string_view property, ZROSRecord& contact, const ZRLabelsDelegate& delegate)
 {
     Names labels;
     for (const auto& constraint : constraints())
@@ -173,7 +173,7 @@ Names ZRRoster::availableLabelsForProperty(
 }
 
 Names ZRRoster::activeLabelsForProperty(
-    std::string_view property, ZRPerson& person, const ActiveLabelsDelegate& delegate)
+    std::string_view property, ZRPerson& person, const ZRLabelsDelegate& delegate)
 {
     return locked(*this, ZRAccess::read, [&] {
         return person.zrDatabaseImpl() ? activeLabelsForProperty(property, *person.zrDatabaseImpl(), delegate)
@@ -182,15 +182,15 @@ Names ZRRoster::activeLabelsForProperty(
 }
 
 Names ZRRoster::activeLabelsForProperty(
-    std::string_view property, ZROSRecord& contact, const ActiveLabelsDelegate& delegate)
+    std::string_view property, ZROSRecord& contact, const ZRLabelsDelegate& delegate)
 {
     Names labels;
     if (const auto* place = contact.keyForProperty(property); place && place->isMultiValue)
         for (const auto& row : ZRMultiValueObjectStoreWrapper::rowsOf(contact, *place))
             if (const auto label = row->text(row->slot("label")); !label.empty() && !contains(labels, label))
                 labels.emplace_back(label);
-    if (delegate)
-        for (auto& label : delegate(property))
+    if (delegate.additionalActiveLabelsForProperty)
+        for (auto& label : delegate.additionalActiveLabelsForProperty(property))
             labels.push_back(std::move(label));
     return labels;
 }

@@ -36,22 +36,47 @@ void post(const char* name, ZRRoster& roster)
     platform::NotificationCenter::shared().post({name, Ref<const platform::Object>(&roster), Value()});
 }
 
+/// Forgets all that was read and opens what is at the path of the store now. The lock is held.
+void startOver(ZRRoster& roster)
+{
+    ZRRosterAccess::state(roster).flags.waitingForReset = false;
+    roster.nts_ClearCachedRecordsByUniqueId();
+    roster.clearCustomPropertyCaches();
+    if (const auto context = roster.managedObjectContext()) {
+        context->reset();
+        reopenLastStore(*context->coordinator());
+    }
+}
+
 } // namespace
 
 void ZRRoster::resetDatabase()
 {
     zr_dispatch_main([roster = Ref<ZRRoster>(this)] {
         post(kZRRosterWillResetPriv, *roster);
-        locked(*roster, ZRAccess::write, [&] {
-            roster->_state->flags.waitingForReset = false;
-            roster->nts_ClearCachedRecordsByUniqueId();
-            roster->clearCustomPropertyCaches();
-            if (const auto context = roster->managedObjectContext()) {
-                context->reset();
-                reopenLastStore(*context->coordinator());
-            }
-        });
+        locked(*roster, ZRAccess::write, [&] { startOver(*roster); });
         post(kZRRosterDidResetPriv, *roster);
+    });
+}
+
+void ZRRosterAccess::observeReverts(ZRRoster& roster)
+{
+    // About this roster only, and its poster holds it: it is there when the selector runs.
+    state(roster).observers.push_back(platform::NotificationCenter::shared().subscribe(
+        "ZRPrivateDidRevertFromBackupAndNowShouldResetAndUnlockContext", &roster,
+        [&roster](const platform::Notification& notice) {
+            roster.zrDidRevertFromBackupCompleteResetContextAndUnlock(notice);
+        }));
+}
+
+void ZRRoster::zrDidRevertFromBackupCompleteResetContextAndUnlock(const platform::Notification&)
+{
+    locked(*this, ZRAccess::write, [&] {
+        startOver(*this);
+        if (const auto& recents = _state->mailRecentsContext) {
+            recents->reset();
+            reopenLastStore(*recents->coordinator());
+        }
     });
 }
 

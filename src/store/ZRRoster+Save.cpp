@@ -161,9 +161,8 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
     // Whether a roster in memory is a clone is not asked: that would open the shared one.
     if (triggerSync && effects.couldAffectSyncing && !isMemoryBacked() && isSharedInstanceOrClone())
         ZRSyncManager::sharedSyncManager().scheduleTrickleSyncSoon();
-    if (const auto& launchDaemon = ZRServices::registered().launchOrWaitForDaemon;
-        launchDaemon && effects.couldAffectSharing)
-        launchDaemon();
+    if (effects.couldAffectSharing)
+        _launchOrWaitForDaemon();
     return true;
 }
 

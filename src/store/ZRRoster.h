@@ -20,6 +20,11 @@ struct ZRFileLock;
 /// How a list of people is sorted; `preferred` is the user's choice.
 enum class ZRNameOrder { preferred, firstName, lastName };
 
+/// What a host adds to the labels in use: its own for that property. Empty: none.
+struct ZRLabelsDelegate {
+    std::function<std::vector<std::string>(std::string_view property)> additionalActiveLabelsForProperty = {};
+};
+
 namespace objectstore {
 class StoreChanges;
 class StoreCoordinator;
@@ -65,6 +70,12 @@ public:
     static platform::Ref<ZRRoster> emptyMemoryBackedRoster();
     /// A second roster on the same store with a context of its own, for a worker.
     platform::Ref<ZRRoster> parallelUniverseRoster();
+    /// Tells the user's helper program to look after its work; a second at most goes by on a thread of its
+    /// own. Nothing in the process "RosterManager". Where no helper runs that is logged: whoever needs one
+    /// starts it.
+    static void _launchOrWaitForDaemon();
+    /// Passes on within the process that the user's picture has changed.
+    void rebroadcastUserPictureDidChange();
     /// What went wrong at opening, for the person at the command line; empty when nothing did.
     static std::string openingReport();
 
@@ -79,7 +90,8 @@ public:
     static std::string classRosterImagesDirectory();
     static std::string classRosterDataFile();
     static std::string classRosterSaveFile();
-    static std::string classRosterMetadataDirectory();
+    /// The metadata directory of the shared roster; `rosterMetaDataDirectory` is that of this one.
+    static std::string rosterMetadataDirectory();
     std::string databaseDirectory() const;
     std::string rosterObjectStoreDatabaseFile() const;
     std::string rosterDatabaseFile() const { return rosterObjectStoreDatabaseFile(); }
@@ -102,10 +114,20 @@ public:
     platform::Ref<ZRManagedObjectContext> managedObjectContext();
     platform::Ref<ZRManagedObjectContext> nts_mailRecentsManagedObjectContext();
     objectstore::StoreCoordinator* storeCoordinator();
+    /// Notes for `nts_RestoreFromMetaDataIfNeeded` that the store does not hold what it should.
+    void nts_SetNeedsToRestoreRosterFromMetaData(bool needs);
+    /// Writes into the store that its legacy file has been converted: no Me card or samples come in any more.
+    void markZRStoreImportCompleted();
+    /// Logs, for who counts them, that a store could not be opened.
+    static void logPersistentStoreTracerFailureWithMessage(
+        std::string_view message, const platform::Error& error);
     void setManagedObjectContext(platform::Ref<ZRManagedObjectContext> context);
     void setManagedObjectContext(platform::Ref<ZRManagedObjectContext> context, bool takingOwnership);
     void resetManagedObjectContext();
     void resetDatabase();
+    /// The files of this roster were put back from a backup: forgets everything read from the former ones,
+    /// and opens those that are there now. The notice is about this roster; whoever posts it holds the lock.
+    void zrDidRevertFromBackupCompleteResetContextAndUnlock(const platform::Notification& notice);
     void _vacuum();
     void nts_ZRReconnect() { }
     bool isSharedInstance() const;
@@ -192,24 +214,22 @@ public:
     void setConstraints(std::vector<platform::Ref<ZRRecordConstraint>> constraints);
     void addConstraint(platform::Ref<ZRRecordConstraint> constraint);
     void removeConstraint(const ZRRecordConstraint& constraint);
-    /// Adds labels that a host has of its own to those in use.
-    using ActiveLabelsDelegate = std::function<std::vector<std::string>(std::string_view property)>;
     std::vector<std::string> validProperties();
     std::vector<std::string> initialProperties();
     std::vector<std::string> validLabelsForProperty(std::string_view property);
     std::vector<std::string> initialLabelsForProperty(std::string_view property);
     std::vector<std::string> availablePropertiesForPerson(
-        ZRPerson& person, const ActiveLabelsDelegate& delegate = {});
+        ZRPerson& person, const ZRLabelsDelegate& delegate = {});
     std::vector<std::string> availablePropertiesForContact(
-        ZROSRecord& contact, const ActiveLabelsDelegate& delegate);
+        ZROSRecord& contact, const ZRLabelsDelegate& delegate);
     std::vector<std::string> availableLabelsForProperty(
-        std::string_view property, ZRPerson& person, const ActiveLabelsDelegate& delegate = {});
+        std::string_view property, ZRPerson& person, const ZRLabelsDelegate& delegate = {});
     std::vector<std::string> availableLabelsForProperty(
-        std::string_view property, ZROSRecord& contact, const ActiveLabelsDelegate& delegate);
+        std::string_view property, ZROSRecord& contact, const ZRLabelsDelegate& delegate);
     std::vector<std::string> activeLabelsForProperty(
-        std::string_view property, ZRPerson& person, const ActiveLabelsDelegate& delegate = {});
+        std::string_view property, ZRPerson& person, const ZRLabelsDelegate& delegate = {});
     std::vector<std::string> activeLabelsForProperty(
-        std::string_view property, ZROSRecord& contact, const ActiveLabelsDelegate& delegate);
+        std::string_view property, ZROSRecord& contact, const ZRLabelsDelegate& delegate);
 
     // ---- preferences of the roster                                    (ZRRoster+Defaults.cpp)
 
@@ -252,8 +272,8 @@ public:
     /// Sorts the unsaved changes into the ids that are inserted, updated and deleted; marks the changed
     /// records as modified at `modificationDate` (absent: now), unless they keep their date; and logs the
     /// deletion of contacts. False stops the save.
-    bool preparePublicChangeNotification(UserInfo& publicInfo, UserInfo& privateInfo, SaveEffects& effects,
-        platform::Value modificationDate);
+    bool preparePublicChangeNotification(
+        UserInfo& publicInfo, UserInfo& privateInfo, SaveEffects& effects, platform::Value modificationDate);
     /// Puts the ids of `records` under `key`, less those under `ignoredKey`; empty ignores none.
     void updatePublicUserInfo(UserInfo& publicInfo, UserInfo& privateInfo,
         const std::vector<platform::Ref<objectstore::StoreObject>>& records, std::string_view key,

@@ -73,6 +73,7 @@ struct ZRRosterAccess {
     static const ZRRoster::State& state(const ZRRoster& roster) { return *roster._state; }
     static platform::Ref<ZRRoster> make(ZRRoster::State::Kind kind);
     static void observeOwnProcess(ZRRoster& roster) { roster.observeOwnProcess(); }
+    static void observeReverts(ZRRoster& roster);
     static void observeOtherProcesses(ZRRoster& roster) { roster.observeOtherProcesses(); }
 };
 
@@ -83,9 +84,11 @@ struct ZRStoreOpening {
     bool loadFailure = false;
     /// The store lives in memory, since its file may not be used: nothing that is saved would last.
     bool runsWithoutFile = false;
+    /// The store is a copy for this process alone; nobody shares it.
+    bool isTemporaryCopy = false;
 };
 /// Opens the main store at `path`, or shares the one that is open. See ZRRoster+Opening.cpp.
-ZRStoreOpening nts_openStore(const std::string& path);
+ZRStoreOpening nts_managedObjectContext(const std::string& path);
 /// Gives back one use of it; the last one closes it.
 void nts_closeStore(const std::string& path);
 

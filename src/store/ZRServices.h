@@ -33,8 +33,8 @@ struct ZRServices {
     // ---- saving
     /// Told of the stored objects that a save is about to write. Absent: nobody is told.
     std::function<void(ZRRoster&, const std::vector<platform::Ref<ZROSRecord>>&)> processRecords;
-    /// Called after a save that matters to others, with the lock held: they start something and wait for
-    /// nothing. Absent: nothing is started.
+    /// What `_launchOrWaitForDaemon` does instead, for tests: called with the lock held perhaps, it waits for
+    /// nothing. Absent: the user's helper program is told.
     std::function<void()> launchOrWaitForDaemon;
     /// The second store of mail recents. Absent: it is not in use.
     std::function<bool()> hasUnsavedMailRecents;

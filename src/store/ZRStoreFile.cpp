@@ -63,7 +63,7 @@ int _checkForReadWriteAccess(mode_t mode, uid_t owner, gid_t group)
     return hasBoth(mode, S_IROTH, S_IWOTH) ? 0 : -1;
 }
 
-bool nts_initOnDirectory(ZRRoster& roster, const std::string& directory)
+bool nts_InitRosterWithDatabaseDirectory(ZRRoster& roster, const std::string& directory)
 {
     auto& state = ZRRosterAccess::state(roster);
     state.directory = directory;
@@ -76,11 +76,12 @@ bool nts_initOnDirectory(ZRRoster& roster, const std::string& directory)
     const bool fileExists = platform::fileExists(path);
     if (!fileExists || !ZRUserDefaults::rosterPreferences()->boolForKey(importTipCards))
         prepareForNewStore(state.flags, directory, fileExists);
+    ZRRosterAccess::observeReverts(roster);
     ZRRosterAccess::observeOwnProcess(roster);
     return true;
 }
 
-void nts_openContactManager(ZRRoster& roster)
+void nts_OpenContactManager(ZRRoster& roster)
 {
     auto& state = ZRRosterAccess::state(roster);
     const std::string path = roster.rosterObjectStoreDatabaseFile();

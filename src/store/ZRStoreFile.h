@@ -16,8 +16,8 @@ int _checkForReadWriteAccess(mode_t mode, uid_t owner, gid_t group);
 
 /// Gives a new roster its directory, which is made where it is missing, and finds out what opening will have
 /// to do. False when the store's path is a directory.
-bool nts_initOnDirectory(ZRRoster& roster, const std::string& directory);
+bool nts_InitRosterWithDatabaseDirectory(ZRRoster& roster, const std::string& directory);
 
 /// Looks whether the store file can be written, and obeys the marker file that asks for a rebuild. The file
 /// lock is held.
-void nts_openContactManager(ZRRoster& roster);
+void nts_OpenContactManager(ZRRoster& roster);

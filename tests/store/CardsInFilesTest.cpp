@@ -63,7 +63,7 @@ const Role writesEverything("write everything", [](const Words& words) {
             throw std::runtime_error(std::string(property) + " refused");
     if (one->setValue("another", zr::kZRUIDProperty))
         throw std::runtime_error("the identifier was changed");
-    one->zrosSetValueForKey(Value(platform::Date{2000000.5}), "modificationDate");
+    one->zrosSetValue(Value(platform::Date{2000000.5}), "modificationDate");
     one->nts_setContextInfo(true, zr::kZRPreserveModificationDate);
     if (!roster->save())
         throw std::runtime_error(roster->lastSaveError().text);

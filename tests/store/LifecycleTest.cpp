@@ -280,7 +280,7 @@ TEST(Lifecycle, MakesAndForgetsTheCardOfTheUser)
         return one->zrosValueForKey("modificationDate");
     };
     for (const auto& one : {first, second})
-        one->zrosSetValueForKey(Value(), "modificationDate");
+        one->zrosSetValue(Value(), "modificationDate");
     ZRUserDefaults::rosterPreferences()->setObject(Value::array({"Note"}), "ZRPrivateVCardFields");
 
     roster->setMe(first);
@@ -290,7 +290,7 @@ TEST(Lifecycle, MakesAndForgetsTheCardOfTheUser)
     EXPECT_TRUE(ZRUserDefaults::rosterPreferences()->objectForKey("ZRPrivateVCardFields").isAbsent());
     ASSERT_TRUE(roster->save());
     for (const auto& one : {first, second})
-        one->zrosSetValueForKey(Value(), "modificationDate");
+        one->zrosSetValue(Value(), "modificationDate");
     roster->setMe(nullptr);
     EXPECT_EQ(roster->me(), nullptr);
     EXPECT_TRUE(modification(first).isDate()) << "who was Me counts as changed";

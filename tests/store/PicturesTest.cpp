@@ -62,7 +62,7 @@ TEST_F(Pictures, GoWithTheirCard)
 TEST_F(Pictures, MarkTheCardAsModified)
 {
     ASSERT_TRUE(roster->save());
-    one->zrosSetValueForKey(Value(), "modificationDate");
+    one->zrosSetValue(Value(), "modificationDate");
     one->setImageData(picture);
     EXPECT_TRUE(one->zrosValueForKey("modificationDate").isDate());
 }

@@ -4,8 +4,11 @@
 #include "core/ZRGroup.h"
 #include "objectstore/StoreContext.h"
 #include "objectstore/StoreCoordinator.h"
+#include "objectstore/StoreErrors.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelTable.h"
+#include "store/ZRMultiValueObjectStoreWrapper.h"
+#include "store/ZRMutableSet.h"
 #include "store/ZROSRecord.h"
 
 #include <gmock/gmock.h>
@@ -113,7 +116,7 @@ TEST_F(StoredRecords, TellAbsentFlagsFromClearOnes)
 {
     person(roster, {{zr::kZRFirstNameProperty, "none"}});
     for (const auto& [name, flags] : {std::pair("clear", 1), std::pair("set", 129)})
-        person(roster, {{zr::kZRFirstNameProperty, name}})->zrosSetValueForKey(flags, "displayFlags");
+        person(roster, {{zr::kZRFirstNameProperty, name}})->zrosSetValue(flags, "displayFlags");
     const auto isSet = [](Comparator comparison) {
         return ZROSRecord::bitwiseAndPredicateForKey("displayFlags", 128, 0, comparison);
     };
@@ -185,6 +188,77 @@ TEST_F(StoredRecords, GiveOneHandleOfTheClassOfTheirEntity)
         ElementsAre(group, Ref<ZRRecord>(one)));
     EXPECT_FALSE(ZROSRecord::copyPublicRecordForClass(
         ZRSubscribedPerson::recordClassDescription, *one->zrDatabaseImpl(), *roster));
+}
+
+TEST_F(StoredRecords, KeepTheChoiceOfAnEntryThroughItsNewRow)
+{
+    using Rows = ZRMultiValueObjectStoreWrapper;
+    const auto one = person(roster, {{zr::kZREmailProperty, multiValue({{"a", "x"}, {"b", "x"}})}});
+    auto& impl = *one->zrDatabaseImpl();
+    auto& context = *roster->managedObjectContext();
+    const Slot& emails = key(one, "emailAddresses");
+    const ObjectList rows = impl.sortedPropertyValuesWithKey(emails);
+    const std::string identifier(rows[1]->text(rows[1]->slot("uniqueId")));
+    EXPECT_EQ(Rows::primaryIdentifierForEntities(rows), rows[0]->text(rows[0]->slot("uniqueId")));
+    EXPECT_EQ(Rows::primaryIdentifierForEntities({rows[1]}), std::nullopt);
+    const auto choice = context.insertObjectOfEntity(zr::kZRObjectStoreDistributionListConfigEntityName);
+    choice->setRelated(choice->slot("email"), rows[1].get());
+    rows[0]->setValueForKey("uniqueId", {});
+
+    Rows::DistributionListConfigs saved;
+    Rows::deletePropertyValues(rows, emails, saved, impl, context);
+    EXPECT_THAT(saved, ElementsAre(testing::Pair(identifier, ElementsAre(choice))));
+    EXPECT_THAT(texts(impl.propertyValuesWithKey(emails), "address"), ElementsAre("a"))
+        << "a row without identifier is left alone";
+    const auto fresh = context.insertObjectOfEntity(zr::kZRObjectStoreEmailAddressEntityName);
+    Rows::rewireDistributionListConfig(saved, *fresh, "another");
+    EXPECT_THAT(saved, testing::SizeIs(1));
+    Rows::rewireDistributionListConfig(saved, *fresh, identifier);
+    EXPECT_EQ(choice->related(choice->slot("email")), fresh);
+    EXPECT_THAT(saved, IsEmpty());
+}
+
+TEST_F(StoredRecords, MakeAddressesOfDictionariesAndBack)
+{
+    using Rows = ZRMultiValueObjectStoreWrapper;
+    const auto one = person(roster, {});
+    const Value given = Value::dictionary({{"City", "Rome"}, {"CountryCode", "uk"},
+        {"ZIP", Value(platform::NullMarker())}, {"Floor", "2"}, {"Door", Value(platform::NullMarker())}});
+    const auto row = Rows::addressEntityWithValue(given, *one->zrDatabaseImpl());
+    EXPECT_EQ(row->text(row->slot("countryCode")), "gb");
+    EXPECT_EQ(textOf(Rows::addressValueWithEntity(*row)),
+        textOf(Value::dictionary({{"City", "Rome"}, {"CountryCode", "gb"}, {"Floor", "2"}})));
+}
+
+TEST_F(StoredRecords, ShareOneServiceInAStore)
+{
+    auto& context = *roster->managedObjectContext();
+    const auto service = [&] {
+        return ZRMultiValueObjectStoreWrapper::serviceWithName(zr::kZRAIMInstantProperty, context, nullptr);
+    };
+    const auto made = service();
+    ASSERT_TRUE(made);
+    EXPECT_EQ(service(), made);
+    const auto id = made->storeId();
+    context.reset();
+    EXPECT_EQ(service()->storeId(), id) << "found again after the context forgot it";
+}
+
+TEST_F(StoredRecords, LetAToManyKeyBeChangedInPlace)
+{
+    const auto group = ZRRecord::initWithUniqueId(ZRGroup::recordClassDescription, {}, roster);
+    const auto one = person(roster, {}), two = person(roster, {});
+    ZRMutableSet members = group->zrosMutableSetValueForKey("contacts");
+    members.addObject(*one->zrDatabaseImpl());
+    members.addObject(*two->zrDatabaseImpl());
+    members.addObject(*two->zrDatabaseImpl());
+    EXPECT_EQ(members.count(), 2U);
+    EXPECT_THAT(two->parentGroups(), ElementsAre(group));
+    members.removeObject(*one->zrDatabaseImpl());
+    EXPECT_THAT(members.allObjects(), ElementsAre(objectstore::ObjectRef(two->zrDatabaseImpl())));
+    EXPECT_THROW(group->zrosMutableSetValueForKey("name").allObjects(), objectstore::InvalidKey);
+    roster->removeRecord(group);
+    EXPECT_EQ(members.count(), 0U);
 }
 
 // What feeds the index string is exactly what makes it stale.

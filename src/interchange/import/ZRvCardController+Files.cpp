@@ -85,7 +85,7 @@ std::vector<std::string> ZRvCardController::allImportableFilesFromPaths(const st
 bool ZRvCardController::containsMetaDataCacheCards(const std::vector<std::string>& paths) const
 {
     const std::string directory =
-        _state->target ? _state->target->rosterMetaDataDirectory() : ZRRoster::classRosterMetadataDirectory();
+        _state->target ? _state->target->rosterMetaDataDirectory() : ZRRoster::rosterMetadataDirectory();
     return !paths.empty() && !directory.empty()
         && resolved(paths.front()).starts_with(resolved(directory) + "/");
 }

@@ -1,0 +1,244 @@
+// What a roster does beside opening and saving: copies for looking back, the helper, a restore beneath it.
+#include "store/RosterWorld.h"
+
+#include "../platform/processes/Waiting.h"
+#include "objectstore/PersistentStore.h"
+#include "objectstore/StoreCoordinator.h"
+#include "platform/files/Files.h"
+#include "platform/notify/DistributedNotificationCenter.h"
+#include "platform/notify/NotificationCenter.h"
+#include "platform/processes/Helper.h"
+#include "platform/processes/MessagePort.h"
+#include "platform/run/Log.h"
+#include "platform/value/PropertyList.h"
+#include "store/ZRHindsightTempFileHelper.h"
+#include "store/ZRInitialImports.h"
+#include "store/ZRServices.h"
+
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+namespace test {
+
+namespace {
+
+using testing::HasSubstr;
+using Copier = ZRHindsightTempFileHelper;
+
+void run(const std::string& path, const char* sql)
+{
+    sqlite3* connection = nullptr;
+    const bool done = sqlite3_open(path.c_str(), &connection) == SQLITE_OK
+        && sqlite3_exec(connection, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(connection);
+    if (!done)
+        throw std::runtime_error(sql);
+}
+
+std::string firstNames(ZRRoster& roster)
+{
+    std::string names;
+    for (const auto& one : roster.people())
+        names += std::string(one->valueForProperty(kZRFirstNameProperty).asText()) + " ";
+    return names;
+}
+
+/// Copies the open store of this process, whose last save stands in its write-ahead log, and looks into the
+/// copy.
+const Role copiesOpenStore("copy the open store", [](const Words&) {
+    const auto roster = openShared();
+    person(roster, {{kZRFirstNameProperty, "Ana"}});
+    roster->save();
+    const auto copy = Copier::temporaryDatabaseUrlByCopyingDatabaseAtPath(roster->rosterDatabaseFile());
+    if (!copy)
+        return copy.error().text;
+    const auto other = ZRRoster::rosterWithDatabaseDirectory(fs::path(*copy).parent_path(), false);
+    return *copy + "|" + firstNames(*other);
+});
+
+const Role opensInert("open inert", [](const Words&) {
+    ZRRoster::setIsInert(true);
+    const auto roster = openShared();
+    return (roster->isMemoryBacked() ? "in memory: " : "on file: ") + ZRRoster::openingReport();
+});
+
+/// The files are put back from a backup under a running process, which is told so.
+const Role isReverted("revert", [](const Words& words) {
+    const auto roster = openShared();
+    person(roster, {{kZRFirstNameProperty, "Unsaved"}});
+    for (const char* companion : {"", "-wal", "-shm"})
+        fs::remove(roster->rosterDatabaseFile() + companion);
+    fs::copy_file(words.at(0), roster->rosterDatabaseFile());
+    const auto tell = [](const Ref<ZRRoster>& whom) {
+        platform::NotificationCenter::shared().post(
+            {"ZRPrivateDidRevertFromBackupAndNowShouldResetAndUnlockContext",
+                Ref<const platform::Object>(whom.get()), Value()});
+    };
+    tell(ZRRoster::emptyMemoryBackedRoster());
+    const std::string before = firstNames(*roster);
+    locked(*roster, ZRAccess::write, [&] { tell(roster); });
+    const std::string after = firstNames(*roster);
+    person(roster, {{kZRFirstNameProperty, "After"}});
+    return before + "| " + after + "| " + (roster->save() ? "saved" : "not saved");
+});
+
+const Role marksImport("mark the import", [](const Words&) {
+    const auto roster = openShared();
+    auto* const coordinator = roster->storeCoordinator();
+    const auto before = *coordinator->metadata(coordinator->firstStore());
+    roster->markZRStoreImportCompleted();
+    roster->markZRStoreImportCompleted();
+    const auto after = *coordinator->metadata(coordinator->firstStore());
+    return textOf(after["ZRObjectStoreImportCompleted"]) + ", "
+        + std::to_string(after.asDictionary()->count() - before.asDictionary()->count()) + " more";
+});
+
+const Role hearsOfPicture("hear of a picture", [](const Words&) {
+    constexpr char name[] = "org.quillon.UserPictureDidChangeNotification";
+    const auto center = platform::makeLocalDistributedNotificationCenter();
+    platform::DistributedNotificationCenter::install(center);
+    const auto roster = openShared();
+    Heard heard;
+    const auto token = platform::NotificationCenter::shared().subscribe(
+        name, roster.get(), [&](const platform::Notification& notice) { heard.add(notice.name); });
+    center->post({name, std::nullopt, Value()});
+    return std::string(heard.waitFor(1) ? "heard" : "not heard");
+});
+
+std::size_t copiesInTemporary()
+{
+    std::size_t found = 0;
+    for (const auto& entry : fs::directory_iterator(fs::temp_directory_path()))
+        found += entry.path().string().find("hindsight") != std::string::npos;
+    return found;
+}
+
+class HelperCalls : public testing::Test {
+protected:
+    ~HelperCalls() override { program_invocation_short_name = _name; }
+    static void playManager() { program_invocation_short_name = const_cast<char*>("RosterManager"); }
+
+private:
+    char* const _name = program_invocation_short_name;
+};
+
+} // namespace
+
+TEST(Hindsight, CopiesWhatTheLogHoldsAndCleansUpAtTheEnd)
+{
+    const Home home;
+    const auto outcome = home.play("copy the open store");
+    const auto bar = std::min(outcome.answer.find('|'), outcome.answer.size());
+    const fs::path copy = outcome.answer.substr(0, bar);
+    EXPECT_EQ(outcome.answer.substr(bar), "|Ana ") << outcome.log;
+    EXPECT_EQ(copy.filename(), "Roster-v22.zrosdb");
+    EXPECT_FALSE(fs::exists(copy.parent_path()));
+}
+
+TEST(Hindsight, LeavesNothingBehindWhenThereIsNothingToCopy)
+{
+    const auto before = copiesInTemporary();
+    EXPECT_FALSE(Copier::temporaryDatabaseUrlByCopyingDatabaseAtPath("/no/such/file"));
+    EXPECT_EQ(copiesInTemporary(), before);
+}
+
+// The schema text lacks what the file has: completing it fails, in the copy too.
+TEST(Hindsight, LeavesAStoreThatCannotBeCompletedAsItIs)
+{
+    const Home home;
+    ASSERT_EQ(home.play("mark the import").status, 0);
+    run(home.storeFile(), "UPDATE store_meta SET value = replace(value, 'table country' || char(10), '')");
+    run(home.storeFile(), "PRAGMA journal_mode = DELETE");
+    const auto size = fs::file_size(home.storeFile());
+    const auto before = copiesInTemporary();
+    const auto outcome = home.play("open inert");
+    EXPECT_THAT(outcome.answer, testing::StartsWith("in memory: ")) << outcome.log;
+    EXPECT_THAT(outcome.answer, HasSubstr("cannot be completed"));
+    EXPECT_EQ(copiesInTemporary(), before);
+    EXPECT_EQ(fs::file_size(home.storeFile()), size);
+}
+
+TEST(RosterDuties, TakeInFilesThatWerePutBack)
+{
+    const Home backup, home;
+    const auto other = (backup.path() / "store").string();
+    ASSERT_EQ(backup.play("copy the open store").status, 0);
+    run(backup.storeFile(), "PRAGMA journal_mode = DELETE");
+    fs::copy_file(backup.storeFile(), other);
+    const auto outcome = home.play("revert", {other});
+    EXPECT_EQ(outcome.answer, "Unsaved | Ana | saved") << outcome.log;
+}
+
+TEST(RosterDuties, MarkAConvertedStoreOnce)
+{
+    const auto outcome = Home().play("mark the import");
+    EXPECT_EQ(outcome.answer, "whole 1, 1 more") << outcome.log;
+}
+
+TEST(RosterDuties, WriteAProfileWhenAskedTo)
+{
+    const Home home;
+    const auto preferences = platform::encodePropertyList(
+        Value::dictionary({{"ZREnableSampling", true}}), platform::PropertyListFormat::xml);
+    fs::create_directories(home.path() / "config");
+    ASSERT_TRUE(
+        platform::writeFileAtomically((home.path() / "config/store_test.plist").string(), *preferences));
+    ASSERT_EQ(home.play("copy the open store").status, 0);
+    std::vector<fs::path> profiles;
+    for (const auto& entry : fs::recursive_directory_iterator(home.path()))
+        if (entry.path().extension() == ".profile")
+            profiles.push_back(entry.path());
+    ASSERT_EQ(profiles.size(), 1U);
+    const auto text = platform::readFile(profiles.front());
+    EXPECT_THAT(*text, testing::MatchesRegex("   calls     held s  longest s   waited s  place\n( .*\n)+"));
+    EXPECT_EQ(fs::status(profiles.front()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST(RosterDuties, PassOnThatTheUsersPictureHasChanged)
+{
+    EXPECT_EQ(Home().play("hear of a picture").answer, "heard");
+}
+
+TEST(RosterDuties, RestoreFromMetadataOnceForEachRequest)
+{
+    const auto roster = ZRRoster::emptyMemoryBackedRoster();
+    int restored = 0;
+    ZRServices::registered().restoreFromMetaData = [&](ZRRoster&) { return ++restored > 0; };
+    nts_RestoreFromMetaDataIfNeeded(*roster);
+    EXPECT_EQ(restored, 0);
+    roster->nts_SetNeedsToRestoreRosterFromMetaData(true);
+    nts_RestoreFromMetaDataIfNeeded(*roster);
+    nts_RestoreFromMetaDataIfNeeded(*roster);
+    EXPECT_EQ(restored, 1);
+    ZRServices::registered().restoreFromMetaData = nullptr;
+}
+
+TEST_F(HelperCalls, SendOneMessageAndNoneFromTheManager)
+{
+    Heard heard;
+    auto port = platform::MessagePort::serve(
+        platform::kHelperPort, [&](std::uint32_t message, std::string_view data) {
+            heard.add(std::to_string(message) + std::string(data));
+            return std::string();
+        });
+    ASSERT_TRUE(port) << port.error().text;
+    ZRRoster::_launchOrWaitForDaemon();
+    EXPECT_TRUE(heard.waitFor(1));
+    playManager();
+    ZRRoster::_launchOrWaitForDaemon();
+    (*port)->invalidate();
+    EXPECT_THAT(heard.texts(), testing::ElementsAre("1"));
+}
+
+TEST_F(HelperCalls, AreLoggedWhenNobodyHoldsThePort)
+{
+    const platform::LogCapture log;
+    ZRRoster::_launchOrWaitForDaemon();
+    EXPECT_TRUE(eventually(
+        [&] { return log.contains("Error, could not create MachMessagePort for org.quillon.Roster.zrd"); }));
+}
+
+} // namespace test
