@@ -4,6 +4,7 @@
 #include "objectstore/StoreCoordinator.h"
 #include "platform/files/Files.h"
 #include "platform/files/Trash.h"
+#include "platform/files/UserDefaults.h"
 #include "platform/run/Log.h"
 #include "platform/text/Compare.h"
 #include "store/ZRHindsightTempFileHelper.h"
@@ -168,22 +169,33 @@ private:
 
 /// Writes what the store's form is, where it does not say so yet; answers whether its collation keys are
 /// ours.
-bool stampMetadata(StoreCoordinator& coordinator, PersistentStore* store)
+bool stampMetadata(StoreCoordinator& coordinator, PersistentStore* store, float version)
 {
     const auto metadata = coordinator.metadata(store);
     const Value known = metadata ? *metadata : Value();
     const std::string ours = platform::collationVersion();
     const Value& theirs = known[collationKey];
-    const bool isStamped =
-        known[versionKey].asReal() == static_cast<double>(databaseVersion) && theirs.isString();
+    const bool isStamped = known[versionKey].asReal() == static_cast<double>(version) && theirs.isString();
     if (!isStamped) {
-        Value stamped = withEntry(known, versionKey, Value(static_cast<double>(databaseVersion)));
+        Value stamped = withEntry(known, versionKey, Value(static_cast<double>(version)));
         if (!theirs.isString())
             stamped = withEntry(stamped, collationKey, Value(ours));
         if (const auto written = coordinator.setMetadata(store, stamped); !written)
             platform::log(fmt::format("cannot stamp the store: {}", written.error().text));
     }
     return !theirs.isString() || theirs.asText() == ours;
+}
+
+/// For who wants no trace of whom he wrote to: from now on the store is its copy in memory.
+PersistentStore* movedIntoMemoryIfPreferred(StoreCoordinator& coordinator, PersistentStore* store)
+{
+    if (!platform::UserDefaults::standard().boolForKey("ZRUseInMemorySQLiteStore"))
+        return store;
+    const auto moved = coordinator.migrateStore(store, "/dev/null", StoreType::sqlite);
+    if (moved)
+        return *moved;
+    platform::log(fmt::format("cannot move the mail recents into memory: {}", moved.error().text));
+    return store;
 }
 
 Ref<ZRManagedObjectContext> contextOn(const Ref<StoreCoordinator>& coordinator, bool writesCollationKeys)
@@ -196,31 +208,36 @@ Ref<ZRManagedObjectContext> contextOn(const Ref<StoreCoordinator>& coordinator, 
 
 } // namespace
 
-ZRStoreOpening nts_managedObjectContext(const std::string& path)
+ZRStoreOpening nts_managedObjectContextWithModel(Ref<const objectstore::Model> model,
+    const std::string& databasePath, ZRStoreDataType dataType, float version)
 {
     auto& shared = sharedCoordinators();
     const platform::Lock guard(shared.monitor);
     ZRStoreOpening opening;
-    if (const auto known = shared.byPath.find(path); known != shared.byPath.end()) {
+    if (const auto known = shared.byPath.find(databasePath); known != shared.byPath.end()) {
         ++known->second.users;
         const auto& coordinator = known->second.coordinator;
         // A reset that could not open the store again left none.
-        PersistentStore* store = coordinator->stores().empty() ? StoreOpener(*coordinator, path).open(opening)
-                                                               : coordinator->stores().front();
+        PersistentStore* store = coordinator->stores().empty()
+            ? StoreOpener(*coordinator, databasePath).open(opening)
+            : coordinator->stores().front();
         if (store)
-            opening.context = contextOn(coordinator, stampMetadata(*coordinator, store));
+            opening.context = contextOn(coordinator, stampMetadata(*coordinator, store, version));
         opening.isTemporaryCopy = false; // of an entry that is shared already
         return opening;
     }
-    const auto coordinator = StoreCoordinator::make(rosterModel());
-    PersistentStore* store = StoreOpener(*coordinator, path).open(opening);
+    const auto coordinator = StoreCoordinator::make(std::move(model));
+    PersistentStore* store = StoreOpener(*coordinator, databasePath).open(opening);
+    if (store && dataType == ZRStoreDataType::mailRecents)
+        store = movedIntoMemoryIfPreferred(*coordinator, store);
     if (!store) {
-        platform::log(fmt::format("ManagedObjectContext could not create the store at path: <{}>", path));
+        platform::log(
+            fmt::format("ManagedObjectContext could not create the store at path: <{}>", databasePath));
         return opening;
     }
-    opening.context = contextOn(coordinator, stampMetadata(*coordinator, store));
+    opening.context = contextOn(coordinator, stampMetadata(*coordinator, store, version));
     if (!opening.isTemporaryCopy)
-        shared.byPath[path] = {coordinator, 1};
+        shared.byPath[databasePath] = {coordinator, 1};
     return opening;
 }
 
@@ -249,7 +266,8 @@ Ref<ZRManagedObjectContext> ZRRoster::managedObjectContext()
     const platform::Lock oneAtATime(sharedCoordinators().monitor);
     if (const auto [isSettled, context] = known(); isSettled)
         return context;
-    ZRStoreOpening opening = nts_managedObjectContext(rosterObjectStoreDatabaseFile());
+    ZRStoreOpening opening = nts_managedObjectContextWithModel(
+        rosterModel(), rosterObjectStoreDatabaseFile(), ZRStoreDataType::roster, databaseVersion);
     if (!opening.context) {
         const platform::Lock guard(_state->monitor);
         _state->openingFailed = true;

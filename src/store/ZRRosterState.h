@@ -6,6 +6,7 @@
 #include "platform/value/Error.h"
 #include "store/ZRCustomProperties.h"
 #include "store/ZRManagedObjectContext.h"
+#include "store/ZRModelTable.h"
 #include "store/ZRRoster.h"
 
 #include <map>
@@ -87,8 +88,13 @@ struct ZRStoreOpening {
     /// The store is a copy for this process alone; nobody shares it.
     bool isTemporaryCopy = false;
 };
-/// Opens the main store at `path`, or shares the one that is open. See ZRRoster+Opening.cpp.
-ZRStoreOpening nts_managedObjectContext(const std::string& path);
+/// The stores of a directory, by the numbers that other programs know them by.
+enum class ZRStoreDataType { roster = 1001, mailRecents = 1002 };
+/// Opens the store of that model at `databasePath`, or shares the one that is open; `version` says in its
+/// metadata what form the contents have. With the preference "ZRUseInMemorySQLiteStore" mail recents are read
+/// into memory, and nothing of theirs is written any more. See ZRRoster+Opening.cpp.
+ZRStoreOpening nts_managedObjectContextWithModel(platform::Ref<const objectstore::Model> model,
+    const std::string& databasePath, ZRStoreDataType dataType, float version);
 /// Gives back one use of it; the last one closes it.
 void nts_closeStore(const std::string& path);
 

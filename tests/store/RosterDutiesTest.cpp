@@ -13,6 +13,7 @@
 #include "platform/value/PropertyList.h"
 #include "store/ZRHindsightTempFileHelper.h"
 #include "store/ZRInitialImports.h"
+#include "store/ZRRosterState.h"
 #include "store/ZRServices.h"
 
 #include <gmock/gmock.h>
@@ -94,6 +95,29 @@ const Role marksImport("mark the import", [](const Words&) {
     const auto after = *coordinator->metadata(coordinator->firstStore());
     return textOf(after["ZRObjectStoreImportCompleted"]) + ", "
         + std::to_string(after.asDictionary()->count() - before.asDictionary()->count()) + " more";
+});
+
+/// Opens the store of mail recents, saves one, and opens it again.
+const Role keepsRecents("keep mail recents", [](const Words&) {
+    const auto roster = openShared();
+    const std::string path = roster->mailRecentsObjectStoreDatabaseFile();
+    std::string answer;
+    for (const char* email : {"ana@example.org", "bo@example.org"}) {
+        const auto opening =
+            nts_managedObjectContextWithModel(mailRecentsModel(), path, ZRStoreDataType::mailRecents, 0.02F);
+        auto* const coordinator = opening.context->coordinator().get();
+        const auto known =
+            opening.context->zrObjectsForPredicate(nullptr, kZRObjectStoreMailRecentEntityName);
+        answer += std::to_string(known.size()) + (opening.loadFailure ? " new " : " ")
+            + (opening.context->isMemoryBacked() ? "in memory " : "on file ")
+            + textOf((*coordinator->metadata(coordinator->firstStore()))["ZRDatabaseVersion"]) + "; ";
+        const auto recent = opening.context->insertObjectOfEntity(kZRObjectStoreMailRecentEntityName);
+        recent->setValueForKey("email", email);
+        if (!opening.context->save())
+            answer += "not saved ";
+        nts_closeStore(path);
+    }
+    return answer;
 });
 
 const Role hearsOfPicture("hear of a picture", [](const Words&) {
@@ -195,6 +219,25 @@ TEST(RosterDuties, WriteAProfileWhenAskedTo)
     const auto text = platform::readFile(profiles.front());
     EXPECT_THAT(*text, testing::MatchesRegex("   calls     held s  longest s   waited s  place\n( .*\n)+"));
     EXPECT_EQ(fs::status(profiles.front()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST(RosterDuties, KeepMailRecentsOutOfTheFileWhenAskedTo)
+{
+    // 0.02 as a float of 32 bits.
+    constexpr std::string_view version = "real 0x1.47ae14p-6";
+    for (const bool inMemory : {false, true}) {
+        const Home home;
+        const auto preferences = platform::encodePropertyList(
+            Value::dictionary({{"ZRUseInMemorySQLiteStore", inMemory}}), platform::PropertyListFormat::xml);
+        fs::create_directories(home.path() / "config");
+        ASSERT_TRUE(
+            platform::writeFileAtomically((home.path() / "config/store_test.plist").string(), *preferences));
+        const auto outcome = home.play("keep mail recents");
+        EXPECT_THAT(outcome.answer, testing::StartsWith(inMemory ? "0 new in memory " : "0 new on file "))
+            << outcome.log;
+        EXPECT_THAT(outcome.answer, HasSubstr(inMemory ? "; 0 in memory " : "; 1 on file "));
+        EXPECT_THAT(outcome.answer, HasSubstr(std::string(version)));
+    }
 }
 
 TEST(RosterDuties, PassOnThatTheUsersPictureHasChanged)
