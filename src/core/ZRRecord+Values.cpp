@@ -52,6 +52,8 @@ Value ZRRecord::nts_ValueForProperty(std::string_view property, std::size_t row)
     if (!_databaseImpl)
         return {};
     try {
+        if (!_databaseImpl->context())
+            throw objectstore::InaccessibleObject("the stored object is gone");
         return _databaseImpl->nts_ValueForProperty(property, row, *this);
     } catch (const objectstore::InaccessibleObject&) {
         platform::log(

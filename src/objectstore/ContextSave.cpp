@@ -307,10 +307,12 @@ platform::Result<void> saveContext(ContextState& context)
         return prepared;
     platform::Lock lock(context.coordinator->mutex());
     const auto written = answering("save", [&] { save.write(); });
-    if (written)
+    if (written) {
         context.saved = save.finish();
-    else
+    } else {
         save.rollBack();
+        context.noteLoss(written.error());
+    }
     return written;
 }
 

@@ -128,6 +128,10 @@ void ContextState::fill(StoreObject& object)
             row = findRow(*reading, *object.entity().family(), object.key());
     } catch (const sqlite::Failure& failure) {
         throw StoreFailure(errorOf(failure, store.path()));
+    } catch (const StoreFailure& failure) {
+        if (isFault(failure.error(), StoreFault::replaced))
+            throw InaccessibleObject(failure.error().text);
+        throw;
     }
     if (row)
         exchangeRow(object, std::move(row));
@@ -149,6 +153,11 @@ void ContextState::abandon(StoreObject& object)
     ObjectAccess::overlay(object).reset();
     ObjectAccess::add(object, ObjectAccess::kGone);
     object.didTurnIntoFault();
+}
+
+void ContextState::noteLoss(const platform::Error& error)
+{
+    hasLostStore = hasLostStore || isFault(error, StoreFault::replaced);
 }
 
 PersistentStore& ContextState::requireStore(PersistentStore* store)
@@ -254,11 +263,13 @@ Operation::Operation(const StoreContext& context) : _context(context), _state(Ob
 Operation::~Operation()
 {
     platform::Ref<StoreChanges> saved, caughtUp;
+    bool hasLostStore = false;
     if (--_state.operationDepth == 0) {
         saved = std::exchange(_state.saved, nullptr);
         caughtUp = std::exchange(_state.caughtUp, nullptr);
+        hasLostStore = std::exchange(_state.hasLostStore, false);
     }
-    if (!saved && !caughtUp) {
+    if (!saved && !caughtUp && !hasLostStore) {
         _context.mutex().unlock();
         return;
     }
@@ -269,12 +280,15 @@ Operation::~Operation()
         center.post({kStoreContextDidCatchUp, about, caughtUp});
     if (saved)
         center.post({kStoreContextDidSave, about, saved});
+    if (hasLostStore)
+        center.post({kStoreContextDidLoseStore, about, {}});
 }
 
 Reading::Reading(ContextState& context, PersistentStore& store)
-    : _lock(context.coordinator->mutex()), _state(store.state()), _transaction(_state)
-{
+try : _lock(context.coordinator->mutex()), _state(store.state()), _transaction(_state) {
     catchUp(context, store, _state);
+} catch (const StoreFailure& failure) {
+    context.noteLoss(failure.error());
 }
 
 } // namespace objectstore

@@ -107,6 +107,7 @@ struct ContextState {
     /// What the end of the operation under way will post.
     platform::Ref<StoreChanges> saved;
     platform::Ref<StoreChanges> caughtUp;
+    bool hasLostStore = false;
 
     // Objects: ContextState.cpp
     SeenStore& seen(PersistentStore& store);
@@ -123,6 +124,8 @@ struct ContextState {
     void unregister(StoreObject& object);
     /// The object is no more: its context is gone, its unsaved changes forgotten.
     void abandon(StoreObject& object);
+    /// Of an error that says that a file was replaced, observers hear at the end of the operation.
+    void noteLoss(const platform::Error& error);
     /// That store, or the first one for null; throws StoreFailure when it is not open.
     PersistentStore& requireStore(PersistentStore* store);
 

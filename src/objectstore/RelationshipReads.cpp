@@ -139,6 +139,11 @@ void ContextState::load(StoreObject& object, const Slot& slot, RelationshipCache
     } catch (const sqlite::Failure& failure) {
         cache.isLoaded = false;
         throw StoreFailure(errorOf(failure, object.store()->path()));
+    } catch (const StoreFailure& failure) {
+        cache.isLoaded = false;
+        if (isFault(failure.error(), StoreFault::replaced))
+            throw InaccessibleObject(failure.error().text);
+        throw;
     } catch (...) {
         cache.isLoaded = false;
         throw;

@@ -240,6 +240,21 @@ ObjectList StoreContext::deletedObjects()
     return objects;
 }
 
+Result<void> StoreContext::checkFiles()
+{
+    Operation operation(*this);
+    if (!operation->coordinator)
+        return {};
+    const platform::Lock lock(operation->coordinator->mutex());
+    auto checked = answering("files", [&] {
+        for (PersistentStore* store : operation->coordinator->stores())
+            refuseReplaced(store->state());
+    });
+    if (!checked)
+        operation->noteLoss(checked.error());
+    return checked;
+}
+
 Result<void> StoreContext::save()
 {
     Operation operation(*this);

@@ -30,6 +30,9 @@ inline constexpr char kStoreContextDidSave[] = "StoreContextDidSave";
 /// Objects of this context were brought up to date with what others saved: `updated` have new rows or parts,
 /// `deleted` are gone.
 inline constexpr char kStoreContextDidCatchUp[] = "StoreContextDidCatchUp";
+/// An operation found that the file of a store was removed, or another put in its place. Nothing is read or
+/// written there any more until the host resets the contexts and opens the path again.
+inline constexpr char kStoreContextDidLoseStore[] = "StoreContextDidLoseStore";
 
 /// Three sets of objects, as a notification carries them.
 class StoreChanges final : public platform::Object {
@@ -117,6 +120,10 @@ public:
     ObjectList registeredObjects() const;
     /// Those of them for which `wanted` answers true.
     ObjectList registeredObjects(const std::function<bool(StoreObject&)>& wanted) const;
+
+    /// Looks whether the files of the stores are those that were opened. An Error with StoreFault::replaced,
+    /// or nothing.
+    platform::Result<void> checkFiles();
 
     /// Whether a save would write something.
     bool hasChanges() const;

@@ -14,6 +14,20 @@ bool identityOf(const std::string& path, FileIdentity& identity)
     return true;
 }
 
+StoreState::~StoreState()
+{
+    // SQLite would remove the log by its name, and that name is the log of the new file by now.
+    if (isReplaced())
+        connection->keepLogWhenClosed();
+    rows->release();
+}
+
+bool StoreState::isReplaced() const
+{
+    FileIdentity now;
+    return !isInMemory && !(identityOf(path, now) && now == identity);
+}
+
 void StoreState::loadEntityNumbers(const Model& model, bool mayWrite)
 {
     findSQL.assign(model.families().size(), {});

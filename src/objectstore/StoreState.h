@@ -33,7 +33,8 @@ bool identityOf(const std::string& path, FileIdentity& identity);
 /// Errors:    `connection` throws sqlite::Failure.
 struct StoreState {
     explicit StoreState(std::unique_ptr<sqlite::Connection> opened) : connection(std::move(opened)) { }
-    ~StoreState() { rows->release(); }
+    /// Closing a store whose file was replaced leaves alone what stands at its path now.
+    ~StoreState();
     StoreState(const StoreState&) = delete;
     StoreState& operator=(const StoreState&) = delete;
 
@@ -42,6 +43,8 @@ struct StoreState {
     std::int64_t numberOf(const Entity& entity) const { return entityNumbers[entity.index()]; }
     /// Null for a number that no entity of the model has.
     const Entity* entityNumbered(std::int64_t number) const;
+    /// Whether the file that was opened is no longer the one at the path.
+    bool isReplaced() const;
 
     std::unique_ptr<sqlite::Connection> connection;
     RowTable* rows = RowTable::make();

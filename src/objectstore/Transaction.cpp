@@ -19,18 +19,6 @@ void refuseInChild(const StoreState& store)
             fmt::format("{}: opened before this process was forked", store.path)));
 }
 
-void refuseReplaced(const StoreState& store)
-{
-    FileIdentity now;
-    if (store.isInMemory)
-        return;
-    if (!identityOf(store.path, now))
-        throw StoreFailure(storeError(StoreFault::replaced, fmt::format("{}: the file is gone", store.path)));
-    if (!(now == store.identity))
-        throw StoreFailure(storeError(
-            StoreFault::replaced, fmt::format("{}: another file stands in its place", store.path)));
-}
-
 std::int64_t readCommitNumber(StoreState& store)
 {
     return store.connection->integer("SELECT commitNumber FROM store_state WHERE id = 1");
@@ -38,10 +26,21 @@ std::int64_t readCommitNumber(StoreState& store)
 
 } // namespace
 
+void refuseReplaced(const StoreState& store)
+{
+    if (!store.isReplaced())
+        return;
+    FileIdentity now;
+    const std::string_view what =
+        identityOf(store.path, now) ? "another file stands in its place" : "the file is gone";
+    throw StoreFailure(storeError(StoreFault::replaced, fmt::format("{}: {}", store.path, what)));
+}
+
 ReadTransaction::ReadTransaction(StoreState& store) : _store(store)
 {
     if (store.transactionDepth == 0) {
         refuseInChild(store);
+        refuseReplaced(store);
         store.connection->prepared("BEGIN").run();
         try {
             store.commitNumber = readCommitNumber(store);

@@ -10,8 +10,11 @@
 
 namespace objectstore {
 
+/// Throws StoreFailure when the file at the store's path is not the one that was opened.
+void refuseReplaced(const StoreState& store);
+
 /// One consistent view of a store, for a fetch with what it brings along. Within another transaction it is a
-/// part of that.
+/// part of that. Refused when the file at the store's path is not the one that was opened.
 ///
 /// Ownership: borrows the store, whose coordinator the caller has locked.
 /// Threads:   one.

@@ -7,6 +7,7 @@
 #include "platform/notify/NotificationCenter.h"
 #include "platform/processes/NoticeLog.h"
 #include "platform/run/Log.h"
+#include "platform/run/MainQueue.h"
 #include "store/ZRChangeNotices.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
@@ -247,6 +248,21 @@ void ZRRoster::zrManagedObjectContextDidSave(const platform::Notification& notic
     });
 }
 
+/// The file of the database was removed or replaced under us. Whoever found it may hold the lock and objects,
+/// so that the reset waits for its turn on the main queue.
+void ZRRoster::startOverLater()
+{
+    if (_state->isGoingToReset.exchange(true))
+        return;
+    platform::log(fmt::format(
+        "The database in {} was removed or replaced: what was read of it, and edits not saved, are dropped",
+        _state->directory));
+    platform::MainQueue::shared().async([roster = Ref<ZRRoster>(this)] {
+        roster->_state->isGoingToReset = false;
+        roster->resetDatabase();
+    });
+}
+
 void ZRRoster::observeContext()
 {
     auto& center = platform::NotificationCenter::shared();
@@ -260,4 +276,6 @@ void ZRRoster::observeContext()
                     locked(*this, ZRAccess::write, [&] { takeInChanges(*changes); });
             });
         });
+    _state->didLoseStore = center.subscribe(objectstore::kStoreContextDidLoseStore, _state->context.get(),
+        [this](const platform::Notification&) { whileOwned(*this, [&] { startOverLater(); }); });
 }

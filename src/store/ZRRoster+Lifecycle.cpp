@@ -164,6 +164,7 @@ ZRRoster::~ZRRoster()
     _state->observers.clear();
     _state->didSave.cancel();
     _state->didCatchUp.cancel();
+    _state->didLoseStore.cancel();
     if (_state->ownsContext && _state->context)
         _state->context->setOwningRoster(nullptr);
     _state->context = nullptr;

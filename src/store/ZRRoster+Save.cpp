@@ -73,6 +73,19 @@ void dropLogOfDeletions(ZRManagedObjectContext& context)
             context.deleteObject(*object);
 }
 
+/// Runs a step of a save that reads what it needs; false, with the reason, when the store cannot be read.
+template <class Step>
+bool unlessUnreadable(platform::Error& reason, Step step)
+{
+    try {
+        return step();
+    } catch (const objectstore::StoreFailure& failure) {
+        reason = failure.error();
+        platform::log(fmt::format("Roster failed to save: {} ({})", reason.text, reason.code));
+        return false;
+    }
+}
+
 /// Other processes hear only of the store that the shared roster is on.
 bool isOnSharedStore(ZRRoster& roster)
 {
@@ -119,6 +132,10 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
     if (!nts_hasUnsavedChanges())
         return true;
     const auto context = managedObjectContext();
+    if (const auto checked = context->checkFiles(); !checked) {
+        _state->lastSaveError = checked.error();
+        return false;
+    }
     context->zrPruneEmptyRelationships();
     if (_isReadOnlyIgnoresInert(true)) {
         _state->lastSaveError = {
@@ -138,15 +155,18 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
     if (!_state->flags.cleanedUp && !_state->directory.empty())
         cleanUp(_state->directory);
     _state->flags.cleanedUp = true;
-    noteVersion(*this);
     if (fileLock)
         ZRUpdateFileLockTime(*fileLock);
 
-    ZRRecordObjectStoreFactoryImpl::doRemoveRecordsAndCreateLogsWithRoster(*this);
     UserInfo publicInfo, privateInfo;
     SaveEffects effects;
-    if (!preparePublicChangeNotification(publicInfo, privateInfo, effects, modificationDate)
-        || !nts_writePictures() || !nts_writeChanges(*context)) {
+    const auto prepare = [&] {
+        noteVersion(*this);
+        ZRRecordObjectStoreFactoryImpl::doRemoveRecordsAndCreateLogsWithRoster(*this);
+        return preparePublicChangeNotification(publicInfo, privateInfo, effects, modificationDate);
+    };
+    if (!unlessUnreadable(_state->lastSaveError, prepare) || !nts_writePictures()
+        || !nts_writeChanges(*context)) {
         dropLogOfDeletions(*context);
         return false;
     }

@@ -347,6 +347,7 @@ private:
 
     ZRRoster();
     void observeContext();
+    void startOverLater();
     void observeOwnProcess();
     void observeOtherProcesses();
     void noticesMissed(const std::string& name, const platform::Value& userInfo);

@@ -9,6 +9,7 @@
 #include "store/ZRModelTable.h"
 #include "store/ZRRoster.h"
 
+#include <atomic>
 #include <map>
 #include <string>
 #include <unordered_map>
@@ -65,6 +66,8 @@ struct ZRRoster::State {
     platform::Error lastSaveError;
     platform::Subscription didSave;
     platform::Subscription didCatchUp;
+    platform::Subscription didLoseStore;
+    std::atomic<bool> isGoingToReset = false;
     std::vector<platform::Subscription> observers;
 };
 

@@ -22,10 +22,10 @@ namespace test {
 /// Errors:    those that the hook answers.
 class FaultyVfs {
 public:
-    enum class Operation : std::uint8_t { read, write, sync, truncate, lock };
+    enum class Operation : std::uint8_t { read, write, sync, truncate, lock, shareMemory };
     /// Those that a save can meet.
     static constexpr std::array kOperations{
-        Operation::write, Operation::sync, Operation::truncate, Operation::lock};
+        Operation::write, Operation::sync, Operation::truncate, Operation::lock, Operation::shareMemory};
 
     /// Asked before each operation with the file's path ("-wal" and "-shm" belong to the database): SQLITE_OK
     /// lets it pass, anything else is its result. A failed write leaves the first half of its bytes behind.
@@ -147,6 +147,12 @@ private:
         return fault ? fault : real(file)->pMethods->xShmLock(real(file), offset, count, flags);
     }
 
+    static int shareMemory(sqlite3_file* file, int page, int size, int extend, void volatile** memory)
+    {
+        const int fault = ask(file, Operation::shareMemory);
+        return fault ? fault : real(file)->pMethods->xShmMap(real(file), page, size, extend, memory);
+    }
+
     static const sqlite3_io_methods* methods();
 
     sqlite3_vfs* _real;
@@ -171,10 +177,7 @@ inline const sqlite3_io_methods* FaultyVfs::methods()
         },
         [](sqlite3_file* file) { return real(file)->pMethods->xSectorSize(real(file)); },
         [](sqlite3_file* file) { return real(file)->pMethods->xDeviceCharacteristics(real(file)); },
-        [](sqlite3_file* file, int page, int size, int extend, void volatile** memory) {
-            return real(file)->pMethods->xShmMap(real(file), page, size, extend, memory);
-        },
-        lockShared, [](sqlite3_file* file) { real(file)->pMethods->xShmBarrier(real(file)); },
+        shareMemory, lockShared, [](sqlite3_file* file) { real(file)->pMethods->xShmBarrier(real(file)); },
         [](sqlite3_file* file, int remove) { return real(file)->pMethods->xShmUnmap(real(file), remove); },
         [](sqlite3_file* file, sqlite3_int64 offset, int size, void** page) {
             return real(file)->pMethods->xFetch(real(file), offset, size, page);

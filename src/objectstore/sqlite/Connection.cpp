@@ -35,6 +35,11 @@ Connection::~Connection()
     sqlite3_close_v2(_connection);
 }
 
+void Connection::keepLogWhenClosed()
+{
+    sqlite3_db_config(_connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
 void Connection::execute(const char* sql)
 {
     const int code = sqlite3_exec(_connection, sql, nullptr, nullptr, nullptr);

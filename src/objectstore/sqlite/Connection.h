@@ -36,6 +36,8 @@ public:
     /// The first column of the first row, or `otherwise`.
     std::int64_t integer(std::string_view sql, std::int64_t otherwise = 0);
     bool isInTransaction() const;
+    /// Closing then neither writes the log into the database nor removes it.
+    void keepLogWhenClosed();
     sqlite3* native() const { return _connection; }
 
 private:

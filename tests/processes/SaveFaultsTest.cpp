@@ -1,0 +1,164 @@
+// What is on the disk, and who was told, when any one call of a roster's save fails?
+#include "processes/Crowd.h"
+
+#include "platform/notify/DistributedNotificationCenter.h"
+#include "store/ZRServices.h"
+#include "support/FaultyVfs.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+
+namespace {
+
+using namespace test;
+using Operation = FaultyVfs::Operation;
+
+struct Fault {
+    const char* name;
+    Operation operation;
+    int code;
+    /// SQLite may get over it, or the save may not make such a call at all.
+    bool mayPass;
+};
+
+/// There are many writes, of which the usual run takes every so many; ROSTER_FAULT_STRIDE=1 takes each.
+#ifdef SLOW_BUILD
+constexpr int kUsualStride = 3;
+#else
+constexpr int kUsualStride = 1;
+#endif
+const int kStride = chosenSize("ROSTER_FAULT_STRIDE", kUsualStride);
+
+const Fault kFaults[]{
+    {"WriteFails", Operation::write, SQLITE_IOERR_WRITE, false},
+    {"DiskIsFull", Operation::write, SQLITE_FULL, false},
+    {"SyncFails", Operation::sync, SQLITE_IOERR_FSYNC, false},
+    {"TruncateFails", Operation::truncate, SQLITE_IOERR_TRUNCATE, true},
+    {"LockFails", Operation::lock, SQLITE_IOERR_SHMLOCK, false},
+    {"SharedMemoryFails", Operation::shareMemory, SQLITE_IOERR_SHMMAP, true},
+};
+
+/// Counts what would have gone to other processes.
+class Counter final : public platform::DistributedNotificationCenter {
+public:
+    void post(const platform::DistributedNotification&) override { ++posts; }
+    platform::Subscription subscribe(
+        std::optional<std::string>, std::optional<std::string>, Callback) override
+    {
+        return {};
+    }
+    int posts = 0;
+};
+
+/// A bit of everything that a save can write.
+void editEverything(ZRRoster& roster)
+{
+    const auto people = roster.people();
+    const auto group = platform::refCast<ZRGroup>(roster.groups().front());
+    const auto number = std::to_string(people.size()) + people.back()->uniqueId();
+    people.front()->setValue(Value("title " + number), zr::kZRJobTitleProperty);
+    people.front()->setValue(Value("note " + number), zr::kZRNoteProperty);
+    people.front()->setValue(multiValue({{Value(number), zr::kZREmailWorkLabel}}), zr::kZREmailProperty);
+    group->addMember(*person(Ref<ZRRoster>(&roster), {{zr::kZRFirstNameProperty, Value("new " + number)}}));
+    roster.removeRecord(people.at(1));
+}
+
+/// Edits, then saves with one fault. Words: the fault's index in the table, which call fails (0: none, but
+/// the store of mail recents cannot be written).
+const Role savesWithFault("save with a fault", [](const Words& words) {
+    FaultyVfs vfs;
+    const auto counter = std::make_shared<Counter>();
+    platform::DistributedNotificationCenter::install(counter);
+    const auto roster = openShared();
+    Json answer{{"before", fetchedLines(*roster)}};
+    editEverything(*roster);
+    answer["after"] = fetchedLines(*roster);
+
+    const Fault& fault = kFaults[std::stoul(words.at(0))];
+    const int n = std::stoi(words.at(1));
+    bool hasFailed = false;
+    if (n == 0)
+        ZRServices::registered().saveMailRecents = [&] {
+            hasFailed = true;
+            return false;
+        };
+    vfs.setHook([&, seen = 0](Operation operation, std::string_view) mutable {
+        const bool fails = operation == fault.operation && ++seen == n;
+        hasFailed |= fails;
+        return fails ? fault.code : SQLITE_OK;
+    });
+    answer["saved"] = roster->save();
+    vfs.letPass();
+    answer["hasFailed"] = hasFailed;
+    answer["posts"] = counter->posts;
+    answer["hasChanges"] = roster->hasUnsavedChanges();
+    return answer.dump();
+});
+
+/// A roster that is saved with one fault after the other, each time by a new process.
+class SavedWithFaults : public testing::Test {
+protected:
+    Json saveWithFault(std::size_t fault, int call)
+    {
+        return crowd.ask("save with a fault", {std::to_string(fault), std::to_string(call)});
+    }
+
+    /// Whether the file, opened again, is that before the save or that after it.
+    void check(const Json& told)
+    {
+        const Json file = crowd.ask("look");
+        EXPECT_EQ(file.at("problems"), Json::array());
+        const Lines lines = file.at("fetched");
+        const bool isNew = lines == told.at("after").get<Lines>();
+        if (!isNew) {
+            EXPECT_EQ(differences(told.at("before"), lines), "") << "neither the old state nor the new one";
+        }
+        if (told.at("saved")) {
+            EXPECT_TRUE(isNew) << "a save that said true is lost";
+            EXPECT_GT(told.at("posts"), 0);
+        } else {
+            refused += 1;
+            EXPECT_TRUE(told.at("hasFailed"));
+            EXPECT_EQ(told.at("posts"), 0) << "others heard of a save that failed";
+            EXPECT_TRUE(told.at("hasChanges"));
+        }
+    }
+
+    Crowd crowd{6, 1};
+    int refused = 0;
+};
+
+class SaveFaults : public SavedWithFaults, public testing::WithParamInterface<std::size_t> { };
+
+TEST_P(SaveFaults, LeaveTheOldStateOrTheNewOneAndTellNobodyOfAFailedSave)
+{
+    const Fault& fault = kFaults[GetParam()];
+    const int stride = fault.operation == Operation::write ? kStride : 1;
+    int n = 1;
+    for (bool hasFailed = true; hasFailed && !HasFailure(); n += hasFailed ? stride : 0) {
+        SCOPED_TRACE("call " + std::to_string(n));
+        const Json told = saveWithFault(GetParam(), n);
+        check(told);
+        hasFailed = told.at("hasFailed");
+    }
+    std::cout << "calls: fewer than " << n << ", saves refused: " << refused << "\n";
+    if (!fault.mayPass) {
+        EXPECT_GT(refused, 0);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EachCall, SaveFaults, testing::Range(std::size_t(0), std::size(kFaults)),
+    [](const auto& test) { return std::string(kFaults[test.param].name); });
+
+// The one state between the old and the new: the roster is written, the save is not.
+TEST_F(SavedWithFaults, LeavesTheRosterWrittenWhenMailRecentsCannotBe)
+{
+    const Json told = saveWithFault(0, 0);
+    EXPECT_EQ(told.at("hasFailed"), Json(true));
+    EXPECT_EQ(told.at("saved"), Json(false));
+    EXPECT_EQ(told.at("posts"), Json(0));
+    EXPECT_EQ(differences(told.at("after"), crowd.ask("look").at("fetched")), "");
+}
+
+} // namespace
