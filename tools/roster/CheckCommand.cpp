@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
+
 namespace {
 
 using FileLock = ZRRosterStanding::FileLock;
@@ -58,9 +60,10 @@ Json lockJson(const platform::Result<FileLock>& lock)
 Json versionsJson(const ZRRosterStanding::Versions& versions)
 {
     return Json{{"commit", versions.commit}, {"store", versions.storeIdentifier},
-        {"modelHash", versions.modelHash}, {"database", versions.database}, {"collation", versions.collation},
-        {"collationIsOurs", versions.isCollationOurs}, {"lastSavedBy", textOrNull(versions.lastSaved)},
-        {"library", versions.library}, {"sqlite", versions.sqlite}, {"icu", versions.icu}};
+        {"modelHash", versions.modelHash}, {"database", std::round(versions.database * 100) / 100},
+        {"collation", versions.collation}, {"collationIsOurs", versions.isCollationOurs},
+        {"lastSavedBy", textOrNull(versions.lastSaved)}, {"library", versions.library},
+        {"sqlite", versions.sqlite}, {"icu", versions.icu}};
 }
 
 Json holdersJson(const ZRRosterStanding::Holders& holders)

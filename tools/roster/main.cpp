@@ -12,6 +12,15 @@ namespace {
 
 using Run = int (*)(const Options&);
 
+constexpr char watchHelp[] = R"(A save is one line a kind, in this order:
+  {"process":{"id":N,"name":"…"},"kind":"inserted|updated|deleted","ids":[…],"names":[…]}
+for people and groups, with the names in the order of the ids, null where none is known. The kind "reload",
+without ids, stands for a save of more than 1,000 records, or for changes that nobody can name any more; its
+process may be null. Equal saves in a row may be told once.
+
+Standard error says "watching" when changes are heard from then on. SIGINT, SIGTERM and a reader that leaves
+end it with status 0.)";
+
 struct CommandLine {
     CLI::App app{"Keeps people: a contact store for the desktop", "roster"};
     Options options;
@@ -86,18 +95,7 @@ struct CommandLine {
         CLI::App* watch = add(
             "watch", "Print one JSON line for each change that any process saves, until stopped", runWatch);
         watch->add_flag("--once", options.once, "End after the first change");
-        watch->footer(
-            "A save is one line a kind, in this order, as far as there are such people or groups:\n"
-            "  "
-            "{\"process\":{\"id\":N,\"name\":\"…\"},\"kind\":\"inserted|updated|deleted\",\"ids\":[…],"
-            "\"names\":[…]}\n"
-            "The names are in the order of the ids; null where none is known.\n"
-            "A \"reload\" without ids stands for a save of more than 1,000 records, or for changes of which "
-            "nobody\n"
-            "knows the ids any more; \"process\" is null when it is not known. Saves of the same records in "
-            "a row\n"
-            "may be told once. Standard error says \"watching\" when changes are heard from then on.\n"
-            "SIGINT, SIGTERM and a reader that leaves end it with status 0.");
+        watch->footer(watchHelp);
     }
 };
 

@@ -1,0 +1,39 @@
+// What another program does to the roster of a world, through the library.
+#pragma once
+
+#include "support/Role.h"
+#include "tool/ToolWorld.h"
+
+#include <functional>
+#include <string>
+
+namespace test {
+
+/// Waits until that is so, for a minute at most; answers whether it is.
+bool waitUntil(const std::function<bool()>& isSo);
+
+/// In one save, by another process: "+NAME" adds a person, "~NAME" edits one, "-NAME" removes one, "&NAME"
+/// makes a group, "*N" adds so many persons.
+void changeRoster(const std::string& directory, const Words& changes);
+
+/// A program that runs with its outputs in files that can be read meanwhile.
+class RunningTool {
+public:
+    /// The tool with those words, on that roster.
+    RunningTool(const ToolWorld& world, const Words& words, const std::string& name = "running");
+
+    std::string out() const { return contentsOf(_base + ".out"); }
+    std::string err() const { return contentsOf(_base + ".err"); }
+    bool waitForErr(const std::string& text) const;
+    /// Waits for that many lines of output and answers them; fewer when they do not come.
+    std::vector<Json> waitForLines(std::size_t count) const;
+    void kill(int signal) { _process.kill(signal); }
+    bool hasEnded() { return _process.hasEnded(); }
+    int wait() { return _process.wait().status; }
+
+private:
+    const std::string _base;
+    Process _process;
+};
+
+} // namespace test
