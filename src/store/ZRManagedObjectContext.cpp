@@ -82,22 +82,9 @@ ObjectRef ZRManagedObjectContext::myContact()
     return nullptr;
 }
 
-const std::vector<std::string>& ZRManagedObjectContext::contactPartPaths()
-{
-    static const auto* const paths = [] {
-        auto* names = new std::vector<std::string>;
-        for (const Slot* slot : contactSlots().entity.slots())
-            if (slot->kind == SlotKind::toMany && slot->holdsParts)
-                names->push_back(slot->key);
-        names->emplace_back("note");
-        return names;
-    }();
-    return *paths;
-}
-
 void ZRManagedObjectContext::preheatContacts(const ObjectList& contacts)
 {
-    preheatContacts(contacts, contactPartPaths());
+    preheatContacts(contacts, ZROSContact::prefetchRelationshipKeyPaths());
 }
 
 void ZRManagedObjectContext::preheatContacts(const ObjectList& contacts, std::vector<std::string> keyPaths)

@@ -46,8 +46,6 @@ public:
     void preheatGroups(const objectstore::ObjectList& groups, const std::vector<std::string>& keyPaths);
     /// Brings the objects, which are of the entity of the first, up to date; unsaved changes stay.
     void refreshRecords(const objectstore::ObjectList& objects);
-    /// The names of the relationships of a card that hold its values, and its note.
-    static const std::vector<std::string>& contactPartPaths();
 
     // ---- queries
 

@@ -204,6 +204,19 @@ std::string ZROSContact::createFirstLastSorting(bool a, bool part1)
                                   : firstPresent(*this, slots.phoneticFirstName, slots.firstName));
 }
 
+const std::vector<std::string>& ZROSContact::prefetchRelationshipKeyPaths()
+{
+    static const auto* const paths = [] {
+        auto* names = new std::vector<std::string>;
+        for (const Slot* slot : contactSlots().entity.slots())
+            if (slot->kind == objectstore::SlotKind::toMany && slot->holdsParts)
+                names->push_back(slot->key);
+        names->emplace_back("note");
+        return names;
+    }();
+    return *paths;
+}
+
 const std::vector<std::string>& ZROSContact::stringForIndexingKeypaths()
 {
     static const auto* const paths = new std::vector<std::string>{"emailAddresses", "phoneNumbers", "note",

@@ -7,6 +7,7 @@
 #include "platform/run/Log.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZROSRecord.h"
+#include "store/ZRRoster.h"
 
 #include <fmt/format.h>
 
@@ -14,6 +15,17 @@ using objectstore::ObjectRef;
 using objectstore::StoreObject;
 using objectstore::StorePredicate;
 using platform::Value;
+
+namespace {
+
+ObjectRef localSourceIn(ZRManagedObjectContext& context)
+{
+    const auto local = StorePredicate::compare("local", objectstore::Comparator::equal, Value(true));
+    const auto found = context.zrObjectsForPredicate(local, zr::kZRObjectStoreRosterSourceEntityName);
+    return found.empty() ? nullptr : found.back();
+}
+
+} // namespace
 
 platform::Ref<StoreObject> ZROSInfo::make(const objectstore::Entity& entity)
 {
@@ -30,12 +42,8 @@ platform::Ref<ZROSRecord> ZROSInfo::rosterSource()
 {
     const auto& key = slot("rosterSource");
     ObjectRef source = related(key);
-    if (!source) {
-        const auto local = StorePredicate::compare("local", objectstore::Comparator::equal, Value(true));
-        const auto found =
-            managedObjectContext()->zrObjectsForPredicate(local, zr::kZRObjectStoreRosterSourceEntityName);
-        source = found.empty() ? nullptr : found.back();
-    }
+    if (!source)
+        source = localSourceIn(*managedObjectContext());
     if (!source) {
         source = context()->insertObjectOfEntity(zr::kZRObjectStoreRosterSourceEntityName);
         context()->assignObjectToStore(*source, store());
@@ -51,6 +59,12 @@ platform::Ref<ZROSRecord> ZROSInfo::rosterSource()
 platform::Ref<ZROSRecord> ZROSInfo::holderOf(const ZRPropertyPlace& place)
 {
     return place.ofSource ? rosterSource() : ZROSRecord::holderOf(place);
+}
+
+ObjectRef ZROSInfo::fetchedRosterSourceWithRoster(ZRRoster& roster)
+{
+    const auto context = roster.managedObjectContext();
+    return context ? localSourceIn(*context) : nullptr;
 }
 
 platform::Ref<ZRRecord> ZROSInfo::nts_CreateInfoWithRoster(ZRRoster& roster)

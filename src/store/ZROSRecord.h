@@ -202,7 +202,9 @@ public:
     std::string createFirstLastSorting(bool a, bool part1);
     /// The folded text of everything in the card that a search looks through.
     std::string _newStringForIndexing();
-    /// The relationships that feed it, and the one that keeps it.
+    /// The relationships that a card shows: those that hold its values, and its note.
+    static const std::vector<std::string>& prefetchRelationshipKeyPaths();
+    /// The relationships that feed the index string, and the one that keeps it.
     static const std::vector<std::string>& stringForIndexingKeypaths();
     /// Forget what follows from the fields, so that it is made anew when it is asked for or saved.
     void clearSortNames();
@@ -239,6 +241,8 @@ public:
 
     /// The source of this record, fetched or made.
     platform::Ref<ZROSRecord> rosterSource();
+    /// The source of the roster's own records; null while none was made.
+    static objectstore::ObjectRef fetchedRosterSourceWithRoster(ZRRoster& roster);
     /// The info record of a roster that has none yet.
     static platform::Ref<ZRRecord> nts_CreateInfoWithRoster(ZRRoster& roster);
     /// The card of that id in the same context, or null.

@@ -2,6 +2,7 @@
 #include "store/RosterWorld.h"
 
 #include "core/ZRGroup.h"
+#include "core/ZRInfo.h"
 #include "objectstore/StoreContext.h"
 #include "objectstore/StoreCoordinator.h"
 #include "objectstore/StoreErrors.h"
@@ -259,6 +260,17 @@ TEST_F(StoredRecords, LetAToManyKeyBeChangedInPlace)
     EXPECT_THROW(group->zrosMutableSetValueForKey("name").allObjects(), objectstore::InvalidKey);
     roster->removeRecord(group);
     EXPECT_EQ(members.count(), 0U);
+}
+
+TEST_F(StoredRecords, HaveOneLocalSourceInARoster)
+{
+    EXPECT_FALSE(ZROSInfo::fetchedRosterSourceWithRoster(*roster));
+    const auto info = locked(*roster, ZRAccess::write, [&] { return roster->nts_Info(); });
+    auto& impl = static_cast<ZROSInfo&>(*info->zrDatabaseImpl());
+    const auto source = impl.rosterSource();
+    EXPECT_EQ(ZROSInfo::fetchedRosterSourceWithRoster(*roster), source);
+    impl.setRelated(impl.slot("rosterSource"), nullptr);
+    EXPECT_EQ(impl.rosterSource(), source) << "found again, not made anew";
 }
 
 // What feeds the index string is exactly what makes it stale.
