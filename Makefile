@@ -2,7 +2,7 @@
 #   make demo    install what is missing, build, import real cards into a throwaway roster, look at them
 #   make check   install what is missing, build and pass all tests, with sanitizers and in release
 
-.PHONY: demo check bootstrap dev release bench fuzz tidy format
+.PHONY: demo check bootstrap dev release bench fuzz tidy thread-safety format
 
 demo: release
 	tools/demo build/release/bin/roster
@@ -38,6 +38,12 @@ tidy: bootstrap
 	@tools/bootstrap --clang
 	cmake --preset tidy
 	cmake --build --preset tidy
+
+# Has clang check that guarded data and nts_ operations are used under their locks; builds nothing.
+thread-safety: bootstrap
+	@tools/bootstrap --clang
+	cmake --preset tidy
+	tests/house/thread_safety.py build/tidy
 
 format:
 	git ls-files '*.h' '*.cpp' '*.c' | xargs clang-format -i

@@ -5,7 +5,7 @@
 
 std::optional<MeCard> presentMeCard(ZRRoster& roster)
 {
-    return locked(roster, ZRAccess::read, [&]() -> std::optional<MeCard> {
+    return locked(roster, ZRAccess::read, [&]() ZR_NTS -> std::optional<MeCard> {
         const auto& cardData = ZRServices::registered().cardData;
         const auto me = roster.nts_Me();
         std::string data = me && cardData ? cardData(*me) : std::string();

@@ -1,15 +1,21 @@
 // A stack without a lock that is turned round when it is drained.
 #include "core/ReleasedHandles.h"
 
-#include "core/ZRGlobalLock.h"
 #include "platform/run/NeverDestroyed.h"
 
 #include <utility>
 
+namespace {
+
+/// The lock calls its hooks while it is held, which the pointer to one cannot say.
+void drainShared() noexcept ZR_NO_THREAD_SAFETY_ANALYSIS { ReleasedHandles::shared().drain(); }
+
+} // namespace
+
 ReleasedHandles& ReleasedHandles::shared()
 {
     static const platform::NeverDestroyed<ReleasedHandles> list;
-    static const bool isDrained = (ZRAddLockHook([]() noexcept { (*list).drain(); }), true);
+    static const bool isDrained = (ZRAddLockHook(drainShared), true);
     static_cast<void>(isDrained);
     return *list;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/ZRExport.h"
+#include "core/ZRGlobalLock.h"
 
 #include <atomic>
 
@@ -18,7 +19,7 @@ protected:
     ~ReleasedHandle() = default;
 
     /// Ends the object, or takes it back when somebody found it in a cache meanwhile. The lock is held.
-    virtual void finishRelease() noexcept = 0;
+    virtual void finishRelease() noexcept ZR_NTS = 0;
 
 private:
     friend class ReleasedHandles;
@@ -41,7 +42,7 @@ public:
     /// `handle` must not be on a list.
     void push(ReleasedHandle& handle) noexcept;
     /// Ends what is on the list, first come first, and what that puts on it, until it is empty.
-    void drain() noexcept;
+    void drain() noexcept ZR_NTS;
     bool isEmpty() const noexcept { return _last.load(std::memory_order_relaxed) == nullptr; }
 
 private:

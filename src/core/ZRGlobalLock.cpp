@@ -97,6 +97,8 @@ const char* ZRForkedProcess::what() const noexcept
            "own before it uses the roster";
 }
 
+const ZRGlobalLock zrGlobalLock;
+
 void _ZR_Lock(const char* file, long line) ZR_NO_THREAD_SAFETY_ANALYSIS
 {
     Locks& all = usableLocks();

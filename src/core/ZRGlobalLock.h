@@ -6,6 +6,22 @@
 
 #include <exception>
 
+/// The global lock as the compiler sees it: clang refuses code that calls an `nts_` operation without it.
+///
+/// Ownership: one, static.
+/// Threads:   constant; it holds nothing, the functions below lock.
+/// Errors:    none.
+class ZR_CAPABILITY("global lock") ZRGlobalLock { };
+ZR_EXPORT extern const ZRGlobalLock zrGlobalLock;
+
+/// Behind a declaration: the caller holds the global lock. Behind the brackets of a lambda: it is called with
+/// the lock held.
+#define ZR_NTS ZR_REQUIRES(zrGlobalLock)
+
+/// Says that the lock is held where only an argument, or the way of being called, tells so. It checks
+/// nothing.
+inline void zrGlobalLockIsHeld() ZR_ASSERT_CAPABILITY(zrGlobalLock) { }
+
 // Three recursive mutexes. `file` and `line` say where the call stands and serve the log lines under
 // __ZRLockDebug only.
 //
@@ -15,8 +31,8 @@
 
 /// Guards the roster's context, its caches and its records. At each outermost lock the hooks of
 /// `ZRAddLockHook` run first.
-ZR_EXPORT void _ZR_Lock(const char* file, long line);
-ZR_EXPORT void _ZR_Unlock(const char* file, long line);
+ZR_EXPORT void _ZR_Lock(const char* file, long line) ZR_ACQUIRE(zrGlobalLock);
+ZR_EXPORT void _ZR_Unlock(const char* file, long line) ZR_RELEASE(zrGlobalLock);
 /// Does not wait. Answers whether the lock was taken, except under __ZRLockDebug: there the sense is
 /// reversed, and true means that another thread has it. Callers have come to expect that of a debug run, so
 /// it stays.
@@ -56,14 +72,15 @@ ZR_EXPORT void ZRAddLockHook(ZRLockHook hook);
 /// Ownership: none.
 /// Threads:   one.
 /// Errors:    raises ZRForkedProcess as `_ZR_Lock` does.
-class ZRGlobalLockScope {
+class ZR_SCOPED_CAPABILITY ZRGlobalLockScope {
 public:
     explicit ZRGlobalLockScope(const char* file = __builtin_FILE(), long line = __builtin_LINE())
+        ZR_ACQUIRE(zrGlobalLock)
         : _file(file), _line(line)
     {
         _ZR_Lock(_file, _line);
     }
-    ~ZRGlobalLockScope() { _ZR_Unlock(_file, _line); }
+    ~ZRGlobalLockScope() ZR_RELEASE() { _ZR_Unlock(_file, _line); }
     ZRGlobalLockScope(const ZRGlobalLockScope&) = delete;
     ZRGlobalLockScope& operator=(const ZRGlobalLockScope&) = delete;
 

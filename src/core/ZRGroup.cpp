@@ -49,7 +49,7 @@ ZRRecordList ZRGroup::nts_Members() const
 
 ZRRecordList ZRGroup::members() const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts_Members(); });
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_Members(); });
 }
 
 // A person without a stored object is accepted, and nothing is stored.
@@ -63,7 +63,7 @@ bool ZRGroup::nts_AddMember(ZRPerson& person)
 
 bool ZRGroup::addMember(ZRPerson& person)
 {
-    return locked(*nts_Roster(), ZRAccess::write, [&] { return nts_AddMember(person); });
+    return locked(*nts_Roster(), ZRAccess::write, [&]() ZR_NTS { return nts_AddMember(person); });
 }
 
 bool ZRGroup::nts_RemoveMember(ZRPerson& person)
@@ -76,7 +76,7 @@ bool ZRGroup::nts_RemoveMember(ZRPerson& person)
 
 bool ZRGroup::removeMember(ZRPerson& person)
 {
-    return locked(*nts_Roster(), ZRAccess::write, [&] { return nts_RemoveMember(person); });
+    return locked(*nts_Roster(), ZRAccess::write, [&]() ZR_NTS { return nts_RemoveMember(person); });
 }
 
 ZRRecordList ZRGroup::nts_Subgroups() const
@@ -89,7 +89,7 @@ ZRRecordList ZRGroup::nts_Subgroups() const
 
 ZRRecordList ZRGroup::subgroups() const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts_Subgroups(); });
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_Subgroups(); });
 }
 
 std::optional<std::string> ZRGroup::distributionIdentifierForProperty(
@@ -97,7 +97,7 @@ std::optional<std::string> ZRGroup::distributionIdentifierForProperty(
 {
     zrRequire(zrIsMultiValueType(typeOfProperty(person.recordClass(), property, nts_Roster())),
         "the property is a multi-value");
-    return locked(*nts_Roster(), ZRAccess::read, [&]() -> std::optional<std::string> {
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS -> std::optional<std::string> {
         if (auto* impl = zrDatabaseImpl(); impl && impl->context() && person.zrDatabaseImpl())
             for (const auto& choice : impl->objects(impl->slot("distributionListConfigs")))
                 if (choice->related(choice->slot("contact")).get() == person.zrDatabaseImpl()

@@ -21,15 +21,15 @@ public:
 
     std::string name() const;
     ZRRecordList members() const;
-    ZRRecordList nts_Members() const;
+    ZRRecordList nts_Members() const ZR_NTS;
     bool addMember(ZRPerson& person);
-    bool nts_AddMember(ZRPerson& person);
+    bool nts_AddMember(ZRPerson& person) ZR_NTS;
     bool removeMember(ZRPerson& person);
-    bool nts_RemoveMember(ZRPerson& person);
+    bool nts_RemoveMember(ZRPerson& person) ZR_NTS;
 
     /// Subgroups, one level deep.
     ZRRecordList subgroups() const;
-    ZRRecordList nts_Subgroups() const;
+    ZRRecordList nts_Subgroups() const ZR_NTS;
     /// Which of the person's entries is used to reach it as a member: the chosen one, else the primary one;
     /// absent when it has none. Raises for a property that is no multi-value.
     std::optional<std::string> distributionIdentifierForProperty(

@@ -15,7 +15,7 @@ constexpr std::string_view cacheKey = "ZRInfo";
 Ref<ZRInfo> ZRInfo::info()
 {
     const auto roster = ZRRoster::sharedRoster();
-    return roster ? locked(*roster, ZRAccess::read, [&] { return nts_InfoWithRoster(roster.get()); })
+    return roster ? locked(*roster, ZRAccess::read, [&]() ZR_NTS { return nts_InfoWithRoster(roster.get()); })
                   : nullptr;
 }
 

@@ -13,11 +13,11 @@ public:
 
     /// The record of the shared roster; absent when there is none.
     static platform::Ref<ZRInfo> info();
-    static platform::Ref<ZRInfo> nts_Info();
+    static platform::Ref<ZRInfo> nts_Info() ZR_NTS;
     /// The record of `roster`, made when it has none yet; absent for no roster.
-    static platform::Ref<ZRInfo> nts_InfoWithRoster(ZRRoster* roster);
+    static platform::Ref<ZRInfo> nts_InfoWithRoster(ZRRoster* roster) ZR_NTS;
     /// Always empty: no group contains it.
-    ZRRecordList nts_ParentGroups() const override { return {}; }
+    ZRRecordList nts_ParentGroups() const override ZR_NTS { return {}; }
 
 protected:
     ZRInfo() = default;

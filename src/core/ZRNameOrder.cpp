@@ -20,7 +20,7 @@ int ZRComparePeopleName(const ZRPerson& a, const ZRPerson& b, const ZRNameCompar
     auto* implA = a.zrDatabaseImpl();
     auto* implB = b.zrDatabaseImpl();
     if (!implA || !implB) {
-        if (a.nts_UniqueId() == b.nts_UniqueId())
+        if (a.uniqueId() == b.uniqueId())
             return 0;
         return implA ? 1 : -1;
     }

@@ -22,7 +22,7 @@ constexpr std::int64_t showAsCompany = 1;
 constexpr std::int64_t nameOrderingMask = 56;
 constexpr std::int64_t lastNameFirst = 16;
 
-std::string text(const ZRPerson& person, std::string_view property)
+std::string text(const ZRPerson& person, std::string_view property) ZR_NTS
 {
     return std::string(person.nts_ValueForProperty(property).asText());
 }
@@ -43,9 +43,12 @@ void appendWithBlankAfter(std::string& name, std::string_view part)
         name.append(part).append(" ");
 }
 
-std::int64_t flags(const ZRPerson& person) { return person.nts_ValueForProperty(kZRPersonFlags).asInteger(); }
+std::int64_t flags(const ZRPerson& person) ZR_NTS
+{
+    return person.nts_ValueForProperty(kZRPersonFlags).asInteger();
+}
 
-std::string firstEntry(const ZRPerson& person, std::string_view property)
+std::string firstEntry(const ZRPerson& person, std::string_view property) ZR_NTS
 {
     const Value value = person.nts_ValueForProperty(property);
     const auto* entries = value.as<ZRMultiValue>();
@@ -123,7 +126,7 @@ std::string ZRPerson::nts_AlternateName() const
 
 std::string ZRPerson::_realCompositeNameIncludingAuxiliaryElements(bool auxiliary) const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] {
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
         if (auxiliary)
             if (const Value cached = nts_ValueInTemporaryCacheForProperty(compositeNameKey);
                 cached.isString())
@@ -168,25 +171,25 @@ std::string ZRPerson::_realCompositeName() const
 
 std::string ZRPerson::_fullNameIncludingAuxiliaryElements(bool auxiliary) const
 {
-    return locked(
-        *nts_Roster(), ZRAccess::read, [&] { return nts__fullNameIncludingAuxiliaryElements(auxiliary); });
+    return locked(*nts_Roster(), ZRAccess::read,
+        [&]() ZR_NTS { return nts__fullNameIncludingAuxiliaryElements(auxiliary); });
 }
 
 std::string ZRPerson::_fullPhoneticName() const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts__fullPhoneticName(); });
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts__fullPhoneticName(); });
 }
 
 std::string ZRPerson::alternateName() const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts_AlternateName(); });
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_AlternateName(); });
 }
 
 bool ZRPerson::nts__isCompany() const { return (flags(*this) & showAsMask) == showAsCompany; }
 
 bool ZRPerson::_isCompany() const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts__isCompany(); });
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts__isCompany(); });
 }
 
 bool ZRPerson::nts__isLastNameFirst() const
@@ -200,7 +203,7 @@ bool ZRPerson::nts__isLastNameFirst() const
 bool ZRPerson::_isLastNameFirst() const
 {
     const std::int64_t ordering =
-        locked(*nts_Roster(), ZRAccess::read, [&] { return flags(*this) & nameOrderingMask; });
+        locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return flags(*this) & nameOrderingMask; });
     if (ordering != 0)
         return ordering == lastNameFirst;
     return nts_Roster()->localizedDefaults()[kZRNameDisplay].asInteger() == 1;

@@ -83,10 +83,10 @@ bool ZRSubscribedPerson::isReadOnly() const
 
 bool ZRPerson::isEmptyPerson() const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] {
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
         const auto properties =
             ZRCustomProperties::propertyTypesForClass(recordClass(), *nts_Roster(), false);
-        return std::ranges::all_of(properties, [&](const auto& entry) {
+        return std::ranges::all_of(properties, [&](const auto& entry) ZR_NTS {
             return isUnshared(entry.first) || saysNothing(nts_ValueForProperty(entry.first), entry.first);
         });
     });
@@ -235,7 +235,7 @@ void ZRPerson::firstLastSortingNamePart1(std::string& part1, std::string& part2)
 
 std::string ZRPerson::createFirstLastSorting(bool a, bool part1) const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] {
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
         auto* contact = dynamic_cast<ZROSContact*>(zrDatabaseImpl());
         return contact ? contact->createFirstLastSorting(a, part1) : std::string();
     });
@@ -244,7 +244,7 @@ std::string ZRPerson::createFirstLastSorting(bool a, bool part1) const
 std::string ZRPerson::createAlternateName() const
 {
     return locked(*nts_Roster(), ZRAccess::read,
-        [&] { return ZROSContact::createAlternateNameForPerson(zrDatabaseImpl()); });
+        [&]() ZR_NTS { return ZROSContact::createAlternateNameForPerson(zrDatabaseImpl()); });
 }
 
 Value ZRPerson::nts_StringForIndexing() const
@@ -256,7 +256,7 @@ Value ZRPerson::nts_StringForIndexing() const
 
 Value ZRPerson::stringForIndexing() const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts_StringForIndexing(); });
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_StringForIndexing(); });
 }
 
 int ZRCompareStringLength(std::string_view a, std::string_view b)

@@ -27,20 +27,20 @@ public:
     // ---- names
 
     std::string _fullName() const;
-    std::string nts__fullName() const;
+    std::string nts__fullName() const ZR_NTS;
     std::string _fullNameIncludingAuxiliaryElements(bool auxiliary) const;
-    std::string nts__fullNameIncludingAuxiliaryElements(bool auxiliary) const;
+    std::string nts__fullNameIncludingAuxiliaryElements(bool auxiliary) const ZR_NTS;
     /// What a list shows for this card; never empty ("No Name" in the user's language).
     std::string compositeName() const;
     std::string _compositeNameIncludingAuxiliaryElements(bool auxiliary) const;
     std::string _realCompositeName() const;
     std::string _realCompositeNameIncludingAuxiliaryElements(bool auxiliary) const;
-    std::string nts__RealCompositeName() const;
+    std::string nts__RealCompositeName() const ZR_NTS;
     std::string alternateName() const;
-    std::string nts_AlternateName() const;
+    std::string nts_AlternateName() const ZR_NTS;
     std::string createAlternateName() const;
     std::string _fullPhoneticName() const;
-    std::string nts__fullPhoneticName() const;
+    std::string nts__fullPhoneticName() const ZR_NTS;
     std::string createFirstLastSorting(bool a, bool part1) const;
     void createFirstLastSortingNamePart1(std::string& part1, std::string& part2) const;
     void createLastFirstSortingNamePart1(std::string& part1, std::string& part2) const;
@@ -48,14 +48,14 @@ public:
     void firstLastSortingNamePart1(std::string& part1, std::string& part2) const;
     std::string similarNameForHashing() const;
     platform::Value stringForIndexing() const;
-    platform::Value nts_StringForIndexing() const;
+    platform::Value nts_StringForIndexing() const ZR_NTS;
 
     // ---- flags
 
     bool _isCompany() const;
-    bool nts__isCompany() const;
+    bool nts__isCompany() const ZR_NTS;
     bool _isLastNameFirst() const;
-    bool nts__isLastNameFirst() const;
+    bool nts__isLastNameFirst() const ZR_NTS;
 
     // ---- the card as a whole
 
@@ -63,7 +63,7 @@ public:
     bool isEmptyPerson() const;
     /// The multi-value properties that have at least one entry.
     std::vector<std::string> zrUsedProperties() const;
-    void nts_CascadeRemove() override;
+    void nts_CascadeRemove() override ZR_NTS;
     static platform::Ref<ZRPerson> personFromDictionary(const platform::Value& dictionary);
     static platform::Ref<ZRPerson> personFromDictionary(const platform::Value& dictionary,
         platform::Ref<ZRRoster> roster, bool skipUnknownProperties, bool generateMultiValueIDs);
@@ -94,14 +94,14 @@ public:
     bool setImageData(const platform::Value& data);
     platform::Value imageDataOfKind(std::string_view kind) const;
     bool setImageData(const platform::Value& data, std::string_view kind);
-    bool nts_SetImageData(const platform::Value& data, std::string_view kind);
+    bool nts_SetImageData(const platform::Value& data, std::string_view kind) ZR_NTS;
     std::optional<std::string> pathForUIDTaggedImage() const;
-    std::optional<std::string> nts_PathForUIDTaggedImage() const;
-    std::optional<std::string> nts_PathForUIDTaggedImageOfKind(std::string_view kind) const;
-    std::string nts_imageNameForPerson() const;
+    std::optional<std::string> nts_PathForUIDTaggedImage() const ZR_NTS;
+    std::optional<std::string> nts_PathForUIDTaggedImageOfKind(std::string_view kind) const ZR_NTS;
+    std::string nts_imageNameForPerson() const ZR_NTS;
     std::string _imageNameForPerson() const;
     platform::Value _customImageData() const;
-    platform::Value nts_CustomImageData() const;
+    platform::Value nts_CustomImageData() const ZR_NTS;
     std::optional<std::string> largeImagePath() const;
     platform::Value largeImageData() const;
     bool setLargeImageData(const platform::Value& data);

@@ -20,7 +20,7 @@ std::string ZRLog::nts_DeletedUID() const { return std::string(nts_ValueForPrope
 
 std::string ZRLog::_deletedUID() const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts_DeletedUID(); });
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_DeletedUID(); });
 }
 
 std::string ZRDataType::description() const

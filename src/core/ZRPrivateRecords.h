@@ -23,8 +23,8 @@ public:
     static const ZRRecordClass recordClassDescription;
     const ZRRecordClass& recordClass() const override { return recordClassDescription; }
 
-    static platform::Ref<ZRLog> nts_InitWithDeletedUID(std::string_view deletedUID, ZRRoster& roster);
-    std::string nts_DeletedUID() const;
+    static platform::Ref<ZRLog> nts_InitWithDeletedUID(std::string_view deletedUID, ZRRoster& roster) ZR_NTS;
+    std::string nts_DeletedUID() const ZR_NTS;
     std::string _deletedUID() const;
 
 protected:

@@ -106,7 +106,7 @@ Value ZRRecord::_dictionaryRepresentationForPropertyTypes(
             numbers.emplace_back(name, Value(type));
         entries.emplace_back("ZRPropertyTypes", Value::dictionary(std::move(numbers)));
     }
-    locked(*_roster, ZRAccess::read, [&] {
+    locked(*_roster, ZRAccess::read, [&]() ZR_NTS {
         for (const auto& property : properties) {
             const Value value = nts_ValueForProperty(property);
             const auto* multiValue = value.as<ZRMultiValue>();
@@ -125,7 +125,7 @@ Ref<ZRRecord> ZRRecord::recordFromDictionaryRepresentation(const ZRRecordClass& 
         roster = ZRRoster::roster();
     if (!roster)
         return nullptr;
-    return locked(*roster, ZRAccess::write, [&] {
+    return locked(*roster, ZRAccess::write, [&]() ZR_NTS {
         return nts_recordFromDictionaryRepresentation(
             recordClass, dictionary, recordMapping, *roster, generateIds);
     });
@@ -149,8 +149,9 @@ Ref<ZRRecord> ZRRecord::initWithDictionaryRepresentation(
     auto record = initWithUniqueId(recordClass,
         uniqueId.isString() ? std::optional(uniqueId.asText()) : std::nullopt, std::move(roster));
     if (record)
-        locked(*record->_roster, ZRAccess::write,
-            [&] { record->nts_PopulateWithDictionary(dictionary, Value(), false, true, *record->_roster); });
+        locked(*record->_roster, ZRAccess::write, [&]() ZR_NTS {
+            record->nts_PopulateWithDictionary(dictionary, Value(), false, true, *record->_roster);
+        });
     return record;
 }
 
@@ -196,7 +197,7 @@ Ref<ZRRecord> ZRRecord::duplicate() const { return duplicateWithClass(recordClas
 
 Ref<ZRRecord> ZRRecord::duplicateWithClass(const ZRRecordClass& target) const
 {
-    return locked(*_roster, ZRAccess::write, [&]() -> Ref<ZRRecord> {
+    return locked(*_roster, ZRAccess::write, [&]() ZR_NTS -> Ref<ZRRecord> {
         auto copy = nts_initWithUniqueId(target, std::nullopt, *_roster);
         const auto known = ZRCustomProperties::propertyTypesForClass(target, *_roster, false);
         for (const auto& [property, type] :
@@ -222,7 +223,7 @@ Value ZRRecord::copyPasteboardDictionaryForRecords(const ZRRecordList& records)
     std::vector<std::string> properties;
     for (const auto& [name, type] : types)
         properties.push_back(name);
-    locked(roster, ZRAccess::read, [&] { preheat(records); });
+    locked(roster, ZRAccess::read, [&]() ZR_NTS { preheat(records); });
 
     Entries entries;
     for (const auto& record : records) {
@@ -240,7 +241,8 @@ std::string ZRRecord::copyPasteboardStringForRecords(const ZRRecordList& records
     std::string cards;
     for (const auto& record : records)
         if (cardData && record->recordClass().isKindOf(ZRPerson::recordClassDescription))
-            cards += locked(*record->nts_Roster(), ZRAccess::read, [&] { return cardData(*record); });
+            cards +=
+                locked(*record->nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return cardData(*record); });
     return cards;
 }
 

@@ -41,7 +41,7 @@ bool ZRRecord::isReadOnly() const { return _roster->_isReadOnly(); }
 
 ZRRecordList ZRRecord::parentGroups() const
 {
-    return locked(*_roster, ZRAccess::read, [&] { return nts_ParentGroups(); });
+    return locked(*_roster, ZRAccess::read, [&]() ZR_NTS { return nts_ParentGroups(); });
 }
 
 ZRRecordList ZRRecord::nts_ParentGroups() const
@@ -58,7 +58,7 @@ std::string ZRRecord::nts_RemoteLocation() const
 
 std::string ZRRecord::remoteLocation() const
 {
-    return locked(*_roster, ZRAccess::read, [&] { return nts_RemoteLocation(); });
+    return locked(*_roster, ZRAccess::read, [&]() ZR_NTS { return nts_RemoteLocation(); });
 }
 
 bool ZRRecord::nts_IsSubscribed() const
@@ -68,7 +68,7 @@ bool ZRRecord::nts_IsSubscribed() const
 
 bool ZRRecord::isSubscribed() const
 {
-    return locked(*_roster, ZRAccess::read, [&] { return nts_IsSubscribed(); });
+    return locked(*_roster, ZRAccess::read, [&]() ZR_NTS { return nts_IsSubscribed(); });
 }
 
 // Publishing is a fact of the roster, not of one record.
@@ -81,7 +81,7 @@ bool ZRRecord::nts_IsPublished() const
 
 bool ZRRecord::isPublished() const
 {
-    return locked(*_roster, ZRAccess::read, [&] { return nts_IsPublished(); });
+    return locked(*_roster, ZRAccess::read, [&]() ZR_NTS { return nts_IsPublished(); });
 }
 
 bool ZRRecord::zrIsCompatibleWithRecord(const ZRRecord& other) const

@@ -39,7 +39,7 @@ std::vector<std::string> namesOf(const ZRPropertyTypes& types)
 Value ZRRecord::valueForProperty(std::string_view property) const
 {
     zrRequire(property.data() != nullptr, "property != nil");
-    return locked(*_roster, ZRAccess::read, [&] { return nts_ValueForProperty(property); });
+    return locked(*_roster, ZRAccess::read, [&]() ZR_NTS { return nts_ValueForProperty(property); });
 }
 
 Value ZRRecord::nts_ValueForProperty(std::string_view property) const
@@ -72,8 +72,8 @@ bool ZRRecord::setValue(const Value& value, std::string_view property, bool reco
     // A roster in memory needs no shared one, and asking would open that.
     if (!_roster->isMemoryBacked() && !ZRRoster::nts_hasSharedInstance())
         return false;
-    return locked(
-        *_roster, ZRAccess::write, [&] { return nts_SetValue(value, property, recordCouldBeInDatabase); });
+    return locked(*_roster, ZRAccess::write,
+        [&]() ZR_NTS { return nts_SetValue(value, property, recordCouldBeInDatabase); });
 }
 
 bool ZRRecord::nts_SetValue(const Value& value, std::string_view property)
@@ -172,13 +172,13 @@ void ZRRecord::setValueForKeyPath(const Value& value, std::string_view keyPath)
 
 Value ZRRecord::zrosValueForKey(std::string_view key) const
 {
-    return locked(
-        *_roster, ZRAccess::read, [&] { return _databaseImpl ? _databaseImpl->valueForKey(key) : Value(); });
+    return locked(*_roster, ZRAccess::read,
+        [&]() ZR_NTS { return _databaseImpl ? _databaseImpl->valueForKey(key) : Value(); });
 }
 
 void ZRRecord::zrosSetValue(const Value& value, std::string_view key)
 {
-    locked(*_roster, ZRAccess::write, [&] {
+    locked(*_roster, ZRAccess::write, [&]() ZR_NTS {
         if (_databaseImpl)
             _databaseImpl->setValueForKey(key, value);
     });
@@ -220,7 +220,7 @@ ZRPropertyType ZRRecord::typeOfProperty(
     if (!roster)
         return builtInTypeOfProperty(recordClass.name, property);
     return locked(
-        *roster, ZRAccess::read, [&] { return nts_TypeOfProperty(recordClass, property, *roster); });
+        *roster, ZRAccess::read, [&]() ZR_NTS { return nts_TypeOfProperty(recordClass, property, *roster); });
 }
 
 ZRPropertyType ZRRecord::nts_TypeOfProperty(
@@ -242,17 +242,18 @@ void ZRRecord::nts_Touch()
 
 Value ZRRecord::valueInTemporaryCacheForProperty(std::string_view property) const
 {
-    return locked(*_roster, ZRAccess::read, [&] { return nts_ValueInTemporaryCacheForProperty(property); });
+    return locked(
+        *_roster, ZRAccess::read, [&]() ZR_NTS { return nts_ValueInTemporaryCacheForProperty(property); });
 }
 
 void ZRRecord::setValueInTemporaryCache(const Value& value, std::string_view property)
 {
-    locked(*_roster, ZRAccess::read, [&] { nts_SetValueInTemporaryCache(value, property); });
+    locked(*_roster, ZRAccess::read, [&]() ZR_NTS { nts_SetValueInTemporaryCache(value, property); });
 }
 
 void ZRRecord::clearTemporaryCache()
 {
-    locked(*_roster, ZRAccess::read, [&] { nts_ClearTemporaryCache(); });
+    locked(*_roster, ZRAccess::read, [&]() ZR_NTS { nts_ClearTemporaryCache(); });
 }
 
 Value ZRRecord::nts_ValueInTemporaryCacheForProperty(std::string_view property) const

@@ -40,8 +40,8 @@ Ref<ZRRecord> ZRRecord::initWithUniqueId(
         roster = ZRRoster::roster();
     if (!roster)
         return nullptr;
-    return locked(
-        *roster, ZRAccess::write, [&] { return nts_initWithUniqueId(recordClass, uniqueId, *roster); });
+    return locked(*roster, ZRAccess::write,
+        [&]() ZR_NTS { return nts_initWithUniqueId(recordClass, uniqueId, *roster); });
 }
 
 Ref<ZRRecord> ZRRecord::nts_initWithUniqueId(
@@ -66,7 +66,7 @@ Ref<ZRRecord> ZRRecord::initSpecialRecordWithUniqueId(
     const ZRRecordClass& recordClass, std::string_view uniqueId, Ref<ZRRoster> roster)
 {
     zrRequire(bool(roster), "roster != nil");
-    return locked(*roster, ZRAccess::write, [&] {
+    return locked(*roster, ZRAccess::write, [&]() ZR_NTS {
         Ref<ZRRecord> record = recordClass.make();
         record->_uniqueId = uniqueId;
         record->_roster = roster;
@@ -154,7 +154,8 @@ bool ZRRecord::nts_RemoveFromRoster(ZRRoster& roster)
 
 std::string ZRRecord::description() const
 {
-    const Value dictionary = locked(*_roster, ZRAccess::read, [&] { return nts_DescriptionDictionary(); });
+    const Value dictionary =
+        locked(*_roster, ZRAccess::read, [&]() ZR_NTS { return nts_DescriptionDictionary(); });
     return fmt::format("<{} {}> {}", recordClass().name, _uniqueId, dictionary.description());
 }
 

@@ -3,6 +3,7 @@
 
 #include "core/ReleasedHandles.h"
 #include "core/ZRExport.h"
+#include "core/ZRGlobalLock.h"
 #include "core/ZRPropertyType.h"
 #include "core/ZRRecordClass.h"
 #include "platform/value/Object.h"
@@ -67,11 +68,11 @@ public:
     static platform::Ref<ZRRecord> initWithUniqueId(const ZRRecordClass& recordClass,
         std::optional<std::string_view> uniqueId, platform::Ref<ZRRoster> roster);
     static platform::Ref<ZRRecord> nts_initWithUniqueId(
-        const ZRRecordClass& recordClass, std::optional<std::string_view> uniqueId, ZRRoster& roster);
+        const ZRRecordClass& recordClass, std::optional<std::string_view> uniqueId, ZRRoster& roster) ZR_NTS;
     /// A handle of `recordClass` on an existing stored object. Callers ask the factory instead, which knows
     /// whether the object already has a handle.
     static platform::Ref<ZRRecord> nts_initWithDatabaseImpl(
-        const ZRRecordClass& recordClass, platform::Ref<ZROSRecord> impl, ZRRoster& roster);
+        const ZRRecordClass& recordClass, platform::Ref<ZROSRecord> impl, ZRRoster& roster) ZR_NTS;
     /// A record without a stored object, such as the group of all people.
     static platform::Ref<ZRRecord> initSpecialRecordWithUniqueId(
         const ZRRecordClass& recordClass, std::string_view uniqueId, platform::Ref<ZRRoster> roster);
@@ -85,13 +86,13 @@ public:
         platform::Ref<ZRRoster> roster, bool generateIds);
     static platform::Ref<ZRRecord> nts_recordFromDictionaryRepresentation(const ZRRecordClass& recordClass,
         const platform::Value& dictionary, const platform::Value& recordMapping, ZRRoster& roster,
-        bool generateIds);
+        bool generateIds) ZR_NTS;
 
     // ---- identity
 
     /// A copy of the id: 36 characters of UUID, ":" and the table name. It never changes.
     std::string uniqueId() const;
-    const std::string& nts_UniqueId() const { return _uniqueId; }
+    const std::string& nts_UniqueId() const ZR_NTS { return _uniqueId; }
     platform::Ref<ZRRoster> roster() const;
     ZRRoster* nts_Roster() const;
     /// The stored object; absent for a record that was removed or is special.
@@ -102,14 +103,14 @@ public:
     std::size_t hash() const override;
     std::string description() const override;
     std::string stringForXcode() const;
-    platform::Value nts_DescriptionDictionary() const;
+    platform::Value nts_DescriptionDictionary() const ZR_NTS;
 
     // ---- properties
 
     /// The value of a property, or absent; a multi-value comes as a ZRMultiValue.
     platform::Value valueForProperty(std::string_view property) const;
-    virtual platform::Value nts_ValueForProperty(std::string_view property) const;
-    platform::Value nts_ValueForProperty(std::string_view property, std::size_t row) const;
+    virtual platform::Value nts_ValueForProperty(std::string_view property) const ZR_NTS;
+    platform::Value nts_ValueForProperty(std::string_view property, std::size_t row) const ZR_NTS;
     /// Sets a value; absent and the null marker remove it. Answers false when refused: the unique id never
     /// changes. The type of the value is not checked here.
     bool setValue(const platform::Value& value, std::string_view property)
@@ -117,11 +118,11 @@ public:
         return setValue(value, property, true);
     }
     bool setValue(const platform::Value& value, std::string_view property, bool recordCouldBeInDatabase);
-    virtual bool nts_SetValue(const platform::Value& value, std::string_view property);
+    virtual bool nts_SetValue(const platform::Value& value, std::string_view property) ZR_NTS;
     virtual bool nts_SetValue(
-        const platform::Value& value, std::string_view property, bool recordCouldBeInDatabase);
+        const platform::Value& value, std::string_view property, bool recordCouldBeInDatabase) ZR_NTS;
     bool removeValueForProperty(std::string_view property);
-    bool nts_RemoveValueForProperty(std::string_view property);
+    bool nts_RemoveValueForProperty(std::string_view property) ZR_NTS;
     virtual bool doesPropertyExist(std::string_view property) const;
     /// The value of a property of this class, by key; other keys raise.
     platform::Value valueForKey(std::string_view key) const;
@@ -134,9 +135,9 @@ public:
     platform::Value allProperties() const;
     /// Makes the properties those of `dictionary`: what it does not name is removed.
     void setAllProperties(const platform::Value& dictionary);
-    std::vector<std::string> nts_ChangedProperties() const;
-    bool nts_HasChangedProperties() const;
-    bool nts_AffectsSmartGroupsIsNew(bool isNew) const;
+    std::vector<std::string> nts_ChangedProperties() const ZR_NTS;
+    bool nts_HasChangedProperties() const ZR_NTS;
+    bool nts_AffectsSmartGroupsIsNew(bool isNew) const ZR_NTS;
 
     // ---- class-level queries (the class is `recordClass`)
 
@@ -147,27 +148,27 @@ public:
     static ZRPropertyType typeOfProperty(
         const ZRRecordClass& recordClass, std::string_view property, ZRRoster* roster);
     static ZRPropertyType nts_TypeOfProperty(
-        const ZRRecordClass& recordClass, std::string_view property, ZRRoster& roster);
+        const ZRRecordClass& recordClass, std::string_view property, ZRRoster& roster) ZR_NTS;
 
     // ---- place
 
     virtual bool isReadOnly() const;
     /// Groups that contain this record.
     ZRRecordList parentGroups() const;
-    virtual ZRRecordList nts_ParentGroups() const;
+    virtual ZRRecordList nts_ParentGroups() const ZR_NTS;
     /// Where the record comes from: the subscription's location, or "local".
     std::string remoteLocation() const;
-    std::string nts_RemoteLocation() const;
-    std::string _allLocation() const { return nts_RemoteLocation(); }
+    std::string nts_RemoteLocation() const ZR_NTS;
+    std::string _allLocation() const { return remoteLocation(); }
     bool isSubscribed() const;
-    bool nts_IsSubscribed() const;
+    bool nts_IsSubscribed() const ZR_NTS;
     bool isPublished() const;
-    bool nts_IsPublished() const;
+    bool nts_IsPublished() const ZR_NTS;
     bool zrIsCompatibleWithRecord(const ZRRecord& other) const;
     /// A copy of `other` that fits this record's location.
     platform::Ref<ZRRecord> zrAssimilatedRecordFor(const ZRRecord& other) const;
     /// Sets the modification date to now, unless this save must preserve it.
-    void nts_Touch();
+    void nts_Touch() ZR_NTS;
 
     // ---- copies and dictionaries
 
@@ -178,7 +179,7 @@ public:
     platform::Value _dictionaryRepresentationForPropertyTypes(
         const ZRPropertyTypes* types, const std::vector<std::string>& properties) const;
     bool nts_PopulateWithDictionary(const platform::Value& dictionary, const platform::Value& recordMapping,
-        bool generateIds, bool includeCoreProperties, ZRRoster& roster);
+        bool generateIds, bool includeCoreProperties, ZRRoster& roster) ZR_NTS;
 
     // ---- pasteboard
 
@@ -198,15 +199,15 @@ public:
     platform::Value valueInTemporaryCacheForProperty(std::string_view property) const;
     void setValueInTemporaryCache(const platform::Value& value, std::string_view property);
     void clearTemporaryCache();
-    platform::Value nts_ValueInTemporaryCacheForProperty(std::string_view property) const;
-    void nts_SetValueInTemporaryCache(const platform::Value& value, std::string_view property) const;
-    void nts_ClearTemporaryCache() const;
+    platform::Value nts_ValueInTemporaryCacheForProperty(std::string_view property) const ZR_NTS;
+    void nts_SetValueInTemporaryCache(const platform::Value& value, std::string_view property) const ZR_NTS;
+    void nts_ClearTemporaryCache() const ZR_NTS;
     /// The record's private dictionary: the same store, for flags such as kZRPreserveModificationDate.
-    platform::Value nts_contextInfo(std::string_view key) const
+    platform::Value nts_contextInfo(std::string_view key) const ZR_NTS
     {
         return nts_ValueInTemporaryCacheForProperty(key);
     }
-    void nts_setContextInfo(const platform::Value& value, std::string_view key);
+    void nts_setContextInfo(const platform::Value& value, std::string_view key) ZR_NTS;
 
     // ---- dates
 
@@ -224,13 +225,13 @@ public:
 
     // ---- swivel: the handle lives on while what it stands for changes
 
-    void setRoster(platform::Ref<ZRRoster> roster);
-    void setDatabaseImpl(platform::Ref<ZROSRecord> impl, platform::Ref<ZRRoster> roster);
-    bool nts_MoveIntoRoster(ZRRoster& roster);
+    void setRoster(platform::Ref<ZRRoster> roster) ZR_NTS;
+    void setDatabaseImpl(platform::Ref<ZROSRecord> impl, platform::Ref<ZRRoster> roster) ZR_NTS;
+    bool nts_MoveIntoRoster(ZRRoster& roster) ZR_NTS;
     /// Deletes the stored object; the handle reads as empty from then on.
-    bool nts_RemoveFromRoster(ZRRoster& roster);
+    bool nts_RemoveFromRoster(ZRRoster& roster) ZR_NTS;
     /// What a class does to other records when it is removed.
-    virtual void nts_CascadeRemove() { }
+    virtual void nts_CascadeRemove() ZR_NTS { }
 
     ~ZRRecord() override;
 
@@ -241,8 +242,8 @@ protected:
 private:
     friend class ZRRoster;
 
-    void finishRelease() noexcept final;
-    void bind(platform::Ref<ZROSRecord> impl, platform::Ref<ZRRoster> roster);
+    void finishRelease() noexcept final ZR_NTS;
+    void bind(platform::Ref<ZROSRecord> impl, platform::Ref<ZRRoster> roster) ZR_NTS;
     std::pair<std::string, std::string> _firstMatchingProperty(std::string_view keyPath) const;
 
     platform::Ref<ZROSRecord> _databaseImpl;

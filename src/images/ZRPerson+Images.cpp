@@ -42,7 +42,10 @@ std::string ZRPerson::nts_imageNameForPerson() const
 {
     return nts_UniqueId().substr(0, kZRUniqueIdTextLength);
 }
-std::string ZRPerson::_imageNameForPerson() const { return nts_imageNameForPerson(); }
+std::string ZRPerson::_imageNameForPerson() const
+{
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_imageNameForPerson(); });
+}
 
 std::optional<std::string> ZRPerson::nts_PathForUIDTaggedImageOfKind(std::string_view kind) const
 {
@@ -60,13 +63,13 @@ std::optional<std::string> ZRPerson::nts_PathForUIDTaggedImage() const
 
 std::optional<std::string> ZRPerson::pathForUIDTaggedImage() const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&] { return nts_PathForUIDTaggedImage(); });
+    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_PathForUIDTaggedImage(); });
 }
 
 std::optional<std::string> ZRPerson::largeImagePath() const
 {
     return locked(*nts_Roster(), ZRAccess::read,
-        [&] { return nts_PathForUIDTaggedImageOfKind(zr::kZRLargeImageProperty); });
+        [&]() ZR_NTS { return nts_PathForUIDTaggedImageOfKind(zr::kZRLargeImageProperty); });
 }
 
 Value ZRPerson::imageData() const { return imageDataOfKind(zr::kZRImageProperty); }
@@ -76,13 +79,14 @@ Value ZRPerson::largeImageData() const { return contentsOf(largeImagePath()); }
 Value ZRPerson::imageDataOfKind(std::string_view kind) const
 {
     std::optional<std::string> path;
-    const Value pending = locked(*nts_Roster(), ZRAccess::read, [&] {
+    bool isMe = false;
+    const Value pending = locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
         path = nts_PathForUIDTaggedImageOfKind(kind);
+        isMe = kind == zr::kZRImageProperty && nts_Roster()->nts_IsMe(*this);
         return nts_Roster()->nts_PendingPicture(nts_UniqueId(), kind);
     });
     if (!pending.isAbsent())
         return pending;
-    const bool isMe = kind == zr::kZRImageProperty && nts_Roster()->nts_IsMe(*this);
     if (isMe)
         if (const auto& userPicture = ZRServices::registered().userPicture)
             if (Value picture = userPicture(); !picture.isNothing())
@@ -96,14 +100,18 @@ Value ZRPerson::_customImageData() const
 {
     const Value own = contentsOf(pathForUIDTaggedImage());
     const auto& userPicture = ZRServices::registered().userPicture;
-    return own.isNothing() && userPicture && nts_Roster()->nts_IsMe(*this) ? userPicture() : own;
+    if (!own.isNothing() || !userPicture)
+        return own;
+    const bool isMe =
+        locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_Roster()->nts_IsMe(*this); });
+    return isMe ? userPicture() : own;
 }
 
 bool ZRPerson::setImageData(const Value& data) { return setImageData(data, zr::kZRImageProperty); }
 
 bool ZRPerson::setImageData(const Value& data, std::string_view kind)
 {
-    return locked(*nts_Roster(), ZRAccess::write, [&] { return nts_SetImageData(data, kind); });
+    return locked(*nts_Roster(), ZRAccess::write, [&]() ZR_NTS { return nts_SetImageData(data, kind); });
 }
 
 bool ZRPerson::nts_SetImageData(const Value& data, std::string_view kind)

@@ -88,13 +88,16 @@ Result<PersistentStore*> StoreCoordinator::addStore(
     StoreType type, std::string_view path, const StoreOptions& options)
 {
     platform::Lock lock(_mutex);
-    return answering(path, [&] {
-        std::unique_ptr<PersistentStore> store(new PersistentStore(type, std::string(path), nextNumber()));
-        store->_state = openStore(*_model, type, store->_path, options);
-        store->_identifier = readMeta(store->state(), kMetaIdentifier);
-        _stores.push_back(std::move(store));
-        return _stores.back().get();
-    });
+    std::unique_ptr<PersistentStore> store(new PersistentStore(type, std::string(path), nextNumber()));
+    if (auto opened = answering(path,
+            [&] {
+                store->_state = openStore(*_model, type, store->_path, options);
+                store->_identifier = readMeta(store->state(), kMetaIdentifier);
+            });
+        !opened)
+        return opened.error();
+    _stores.push_back(std::move(store));
+    return _stores.back().get();
 }
 
 Result<void> StoreCoordinator::removeStore(PersistentStore* store)

@@ -89,7 +89,7 @@ ZRPropertyType typeOfCustomProperty(ZRRoster& roster, std::string_view entityNam
 
 ZRPropertyTypes propertyTypesForClass(const ZRRecordClass& recordClass, ZRRoster& roster, bool acquireLock)
 {
-    const auto collect = [&] {
+    const auto collect = [&]() ZR_NTS {
         ZRPropertyTypes types = builtInPropertyTypes(recordClass.name);
         if (types.empty())
             return types;
@@ -104,13 +104,16 @@ ZRPropertyTypes propertyTypesForClass(const ZRRecordClass& recordClass, ZRRoster
         }
         return types;
     };
-    return acquireLock ? locked(roster, ZRAccess::read, collect) : collect();
+    if (acquireLock)
+        return locked(roster, ZRAccess::read, collect);
+    zrGlobalLockIsHeld();
+    return collect();
 }
 
 std::int64_t addPropertiesAndTypes(
     const Value& typesByName, const ZRRecordClass& recordClass, ZRRoster& roster, bool acquireLock, bool save)
 {
-    const auto add = [&]() -> std::int64_t {
+    const auto add = [&]() ZR_NTS -> std::int64_t {
         const std::string_view entityName = entityNameOf(recordClass);
         const auto known = propertyTypesForClass(recordClass, roster, false);
         const auto* asked = typesByName.asDictionary();
@@ -134,7 +137,10 @@ std::int64_t addPropertiesAndTypes(
         }
         return added;
     };
-    return acquireLock ? locked(roster, ZRAccess::write, add) : add();
+    if (acquireLock)
+        return locked(roster, ZRAccess::write, add);
+    zrGlobalLockIsHeld();
+    return add();
 }
 
 } // namespace ZRCustomProperties

@@ -109,7 +109,7 @@ Value meProperties(ZRRoster& roster)
     return Value::dictionary(std::move(properties));
 }
 
-void nts_ImportFirstRunMeCard(ZRRoster& roster)
+void nts_ImportFirstRunMeCard(ZRRoster& roster) ZR_NTS
 {
     auto& flags = ZRRosterAccess::state(roster).flags;
     if (!flags.importMe)
@@ -142,7 +142,7 @@ void _threadedImportTipCards(const Ref<ZRRoster>& roster)
 
 // The card comes in on a thread of its own, so that whoever opens the roster does not wait for it; the thread
 // holds the roster, and takes the lock like any other caller.
-void nts_ImportTipCards(ZRRoster& roster)
+void nts_ImportTipCards(ZRRoster& roster) ZR_NTS
 {
     auto& flags = ZRRosterAccess::state(roster).flags;
     if (!flags.importTips)

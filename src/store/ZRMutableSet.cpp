@@ -14,7 +14,7 @@ namespace {
 template <class Body>
 void change(ZRRecord& record, const std::string& key, ZRAccess access, Body&& body)
 {
-    locked(*record.roster(), access, [&] {
+    locked(*record.roster(), access, [&]() ZR_NTS {
         ZROSRecord* impl = record.zrDatabaseImpl();
         if (!impl || !impl->context())
             return;

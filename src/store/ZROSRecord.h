@@ -1,6 +1,7 @@
 // The stored side of a record: what the public handles read and write.
 #pragma once
 
+#include "core/ZRGlobalLock.h"
 #include "core/ZRPropertyType.h"
 #include "core/ZRRecord.h"
 #include "core/ZRRecordClass.h"
@@ -57,11 +58,11 @@ public:
     const ZRRecordClass* publicRecordClass() const;
     /// The context of the roster that objects of the entity live in: mail recents have one of their own.
     static platform::Ref<ZRManagedObjectContext> managedObjectContextForRoster(
-        ZRRoster& roster, const objectstore::Entity& entity);
+        ZRRoster& roster, const objectstore::Entity& entity) ZR_NTS;
     /// The entity of that name; null for an unknown one, and when the roster has no store for it.
     static const objectstore::Entity* zrEntityDescriptionInRoster(
-        ZRRoster& roster, std::string_view entityName);
-    static bool zrEntityKnowsKey(std::string_view key, std::string_view entityName, ZRRoster& roster);
+        ZRRoster& roster, std::string_view entityName) ZR_NTS;
+    static bool zrEntityKnowsKey(std::string_view key, std::string_view entityName, ZRRoster& roster) ZR_NTS;
     static bool zrEntityKnowsKey(
         std::string_view key, std::string_view entityName, const ZRManagedObjectContext& context);
 
@@ -84,14 +85,14 @@ public:
     /// The handle on a stored object: the live one, or a new one of the public class of its entity. Absent
     /// when that is not a kind of `recordClass`.
     static platform::Ref<ZRRecord> copyPublicRecordForClass(
-        const ZRRecordClass& recordClass, ZROSRecord& databaseImpl, ZRRoster& roster);
+        const ZRRecordClass& recordClass, ZROSRecord& databaseImpl, ZRRoster& roster) ZR_NTS;
     /// The same of several, which keep their order.
-    static ZRRecordList copyPublicRecordsForClass(
-        const ZRRecordClass& recordClass, const objectstore::ObjectList& databaseImpls, ZRRoster& roster);
+    static ZRRecordList copyPublicRecordsForClass(const ZRRecordClass& recordClass,
+        const objectstore::ObjectList& databaseImpls, ZRRoster& roster) ZR_NTS;
 
     // ---- identity and handle
 
-    std::string nts_UniqueId();
+    std::string nts_UniqueId() ZR_NTS;
     ZRRecord* publicRecord() const { return _publicRecord; }
     void setPublicRecord(ZRRecord* record) { _publicRecord = record; }
     /// The handle has gone; clears the reference only when it still points to that handle.
@@ -118,9 +119,10 @@ public:
     std::optional<ZRCustomProperty> isCustomProperty(std::string_view property, ZRRoster& roster) const;
     /// The property that a value object (an e-mail row, a messaging row) belongs to; empty when unknown.
     static std::string_view propertyForRecord(StoreObject& value);
-    platform::Value nts_ValueForProperty(std::string_view property, std::size_t row, const ZRRecord& record);
+    platform::Value nts_ValueForProperty(
+        std::string_view property, std::size_t row, const ZRRecord& record) ZR_NTS;
     virtual bool nts_SetValue(const platform::Value& value, std::string_view property,
-        bool recordCouldBeInDatabase, ZRRecord& record);
+        bool recordCouldBeInDatabase, ZRRecord& record) ZR_NTS;
     platform::Value valueForUndefinedKey(std::string_view key) override;
 
     /// Reads the values of all multi-values of this record at once, if none was read yet: who asks for one of
@@ -150,8 +152,8 @@ public:
     virtual platform::Ref<ZROSRecord> holderOf(const ZRPropertyPlace& place);
 
     /// The groups that contain this record.
-    ZRRecordList nts_ParentGroupsOfRecord(const ZRRecord& record);
-    std::vector<std::string> nts_ChangedProperties();
+    ZRRecordList nts_ParentGroupsOfRecord(const ZRRecord& record) ZR_NTS;
+    std::vector<std::string> nts_ChangedProperties() ZR_NTS;
 
     // ---- the private dictionary of the record
 
@@ -175,7 +177,7 @@ public:
     static platform::Ref<objectstore::StoreObject> make(const objectstore::Entity& entity);
 
     bool nts_SetValue(const platform::Value& value, std::string_view property, bool recordCouldBeInDatabase,
-        ZRRecord& record) override;
+        ZRRecord& record) override ZR_NTS;
     void awakeFromInsert() override;
     void willSave() override;
     void willMerge() override;
@@ -244,7 +246,7 @@ public:
     /// The source of the roster's own records; null while none was made.
     static objectstore::ObjectRef fetchedRosterSourceWithRoster(ZRRoster& roster);
     /// The info record of a roster that has none yet.
-    static platform::Ref<ZRRecord> nts_CreateInfoWithRoster(ZRRoster& roster);
+    static platform::Ref<ZRRecord> nts_CreateInfoWithRoster(ZRRoster& roster) ZR_NTS;
     /// The card of that id in the same context, or null.
     objectstore::ObjectRef contactWithUniqueId(std::string_view uniqueId);
     platform::Ref<ZROSRecord> holderOf(const ZRPropertyPlace& place) override;

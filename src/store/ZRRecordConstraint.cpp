@@ -75,7 +75,7 @@ std::vector<std::string> ZRRecordConstraint::availablePropertiesForContact(ZROSR
         const auto* place = contact.keyForProperty(property);
         const bool isMultiValue = place
             ? place->isMultiValue
-            : zrIsMultiValueType(contact.roster()->nts_TypeOfProperty(property, _constraintClass.name));
+            : zrIsMultiValueType(contact.roster()->typeOfProperty(property, _constraintClass.name));
         if (isMultiValue || !place || contact.value(*place->key).isNothing())
             available.push_back(property);
     }

@@ -1,6 +1,8 @@
 // The one place that knows both worlds: which stored class stands behind which public one, and how to fetch.
 #pragma once
 
+#include "core/ZRGlobalLock.h"
+
 #include "core/ZRPropertyType.h"
 #include "core/ZRRecord.h"
 #include "objectstore/StoreObject.h"
@@ -29,21 +31,23 @@ public:
 
     /// A new stored object for a record of that class, with the given id or a fresh one.
     static platform::Ref<ZROSRecord> createNewDatabaseImplForInstance(
-        const ZRRecordClass& recordClass, std::optional<std::string_view> uniqueId, ZRRoster& roster);
+        const ZRRecordClass& recordClass, std::optional<std::string_view> uniqueId, ZRRoster& roster) ZR_NTS;
 
-    static platform::Ref<ZRRecord> publicRecordWithUniqueId(std::string_view uniqueId, ZRRoster& roster);
-    static const ZRRecordClass* publicRecordClassFromUniqueId(std::string_view uniqueId, ZRRoster& roster);
+    static platform::Ref<ZRRecord> publicRecordWithUniqueId(
+        std::string_view uniqueId, ZRRoster& roster) ZR_NTS;
+    static const ZRRecordClass* publicRecordClassFromUniqueId(
+        std::string_view uniqueId, ZRRoster& roster) ZR_NTS;
     static std::map<std::string, platform::Ref<ZRRecord>> publicRecordsWithUniqueIds(
-        const std::vector<std::string>& uniqueIds, ZRRoster& roster);
+        const std::vector<std::string>& uniqueIds, ZRRoster& roster) ZR_NTS;
     static platform::Ref<ZRRecord> fetchPublicRecordForClass(
-        const ZRRecordClass& recordClass, std::string_view uniqueId, ZRRoster& roster);
+        const ZRRecordClass& recordClass, std::string_view uniqueId, ZRRoster& roster) ZR_NTS;
     static std::map<std::string, platform::Ref<ZRRecord>> fetchPublicRecordsForClass(
-        const ZRRecordClass& recordClass, const std::vector<std::string>& uniqueIds, ZRRoster& roster);
+        const ZRRecordClass& recordClass, const std::vector<std::string>& uniqueIds, ZRRoster& roster) ZR_NTS;
     static ZRRecordList fetchPublicRecordsForClass(const ZRRecordClass& recordClass,
         const objectstore::PredicateRef& predicate, ZRRoster& roster,
-        const std::vector<std::string>& prefetchingKeyPaths = {});
-    static std::int64_t countOfPublicRecordsForClass(
-        const ZRRecordClass& recordClass, const objectstore::PredicateRef& predicate, ZRRoster& roster);
+        const std::vector<std::string>& prefetchingKeyPaths = {}) ZR_NTS;
+    static std::int64_t countOfPublicRecordsForClass(const ZRRecordClass& recordClass,
+        const objectstore::PredicateRef& predicate, ZRRoster& roster) ZR_NTS;
 
     static objectstore::ObjectRef fetchObjectForClass(
         const objectstore::Entity& entity, std::string_view uniqueId, ZRManagedObjectContext& context);
@@ -55,8 +59,8 @@ public:
 
     /// Gives the record a new stored object of the same id in `roster`, with all its values; the old one
     /// stays.
-    static bool moveRecord(ZRRecord& record, ZRRoster& roster);
-    static bool removeRecord(ZRRecord& record, ZRRoster& roster);
+    static bool moveRecord(ZRRecord& record, ZRRoster& roster) ZR_NTS;
+    static bool removeRecord(ZRRecord& record, ZRRoster& roster) ZR_NTS;
 
     /// For each public record that is being deleted, a row in the log of deletions.
     static void doRemoveRecordsAndCreateLogsWithRoster(ZRRoster& roster);

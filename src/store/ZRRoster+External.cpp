@@ -120,7 +120,7 @@ void ZRRoster::databaseChangedExternally(const std::string& name, const Value& u
         || (!notice.hasRecords && !notice.restored))
         return;
     const auto isWaitingForReset = [this] {
-        return locked(*this, ZRAccess::read, [&] { return _state->flags.waitingForReset; });
+        return locked(*this, ZRAccess::read, [&]() ZR_NTS { return _state->flags.waitingForReset; });
     };
     const bool isWaiting = isWaitingForReset();
     if (notice.restored && (isWaiting || !notice.hasRecords)) {
@@ -150,14 +150,14 @@ void ZRRoster::willRestoreFromMetadata(const std::string&, const Value& userInfo
 {
     const Notice notice(userInfo);
     if (notice.isOfOtherProcess() && notice.isOfDirectory(*this))
-        locked(*this, ZRAccess::write, [&] { _state->flags.waitingForReset = true; });
+        locked(*this, ZRAccess::write, [&]() ZR_NTS { _state->flags.waitingForReset = true; });
 }
 
 // Nobody knows what the lost notices said: everything that is held is looked at, and observers hear that.
 void ZRRoster::noticesMissed(const std::string&, const Value&)
 {
     const Value all = Value::dictionary({{kZRReloadRecords, Value(true)}});
-    if (locked(*this, ZRAccess::read, [&] { return _state->flags.waitingForReset; }))
+    if (locked(*this, ZRAccess::read, [&]() ZR_NTS { return _state->flags.waitingForReset; }))
         return;
     resetRecordsWithUserInfo(all);
     for (const char* name : {kZRDatabaseChangedNotification, kZRDatabaseChangedNotificationPriv})
@@ -168,7 +168,7 @@ void ZRRoster::noticesMissed(const std::string&, const Value&)
 
 void ZRRoster::resetRecordsWithUserInfo(const Value& userInfo)
 {
-    locked(*this, ZRAccess::write, [&] {
+    locked(*this, ZRAccess::write, [&]() ZR_NTS {
         const auto context = managedObjectContext();
         if (!context)
             return;
@@ -243,8 +243,11 @@ void ZRRoster::zrManagedObjectContextDidSave(const platform::Notification& notic
         return;
     whileOwned(*this, [&] {
         const auto mine = managedObjectContext();
-        if (mine && mine->coordinator() == saver->coordinator())
-            takeInChanges(*changes);
+        if (!mine || mine->coordinator() != saver->coordinator())
+            return;
+        // On the saving thread, inside its save.
+        zrGlobalLockIsHeld();
+        takeInChanges(*changes);
     });
 }
 
@@ -273,7 +276,7 @@ void ZRRoster::observeContext()
             const auto* changes = notice.userInfo.as<objectstore::StoreChanges>();
             whileOwned(*this, [&] {
                 if (changes)
-                    locked(*this, ZRAccess::write, [&] { takeInChanges(*changes); });
+                    locked(*this, ZRAccess::write, [&]() ZR_NTS { takeInChanges(*changes); });
             });
         });
     _state->didLoseStore = center.subscribe(objectstore::kStoreContextDidLoseStore, _state->context.get(),

@@ -122,7 +122,7 @@ void useNoticesOfOtherProcesses()
 bool isFileLockVerbose() { return platform::UserDefaults::standard().boolForKey("ZRFileLockDebug"); }
 
 /// What the shared roster has beyond any other: the default directory, preferences, the other processes.
-bool nts_InitDefaultContactManager(ZRRoster& roster)
+bool nts_InitDefaultContactManager(ZRRoster& roster) ZR_NTS
 {
     if (!nts_InitRosterWithDatabaseDirectory(roster, ZRRoster::rosterDirectory()))
         return false;
@@ -262,7 +262,7 @@ Ref<ZRRoster> ZRRoster::rosterWithDatabaseDirectory(const std::string& directory
 {
     const auto shared = sharedRoster();
     return shared ? locked(*shared, ZRAccess::write,
-               [&] { return nts_RosterWithDatabaseDirectory(directory, doInitialImports); })
+               [&]() ZR_NTS { return nts_RosterWithDatabaseDirectory(directory, doInitialImports); })
                   : nullptr;
 }
 
@@ -288,7 +288,7 @@ Ref<ZRRoster> ZRRoster::nts_RosterWithDatabaseDirectory(const std::string& direc
 Ref<ZRRoster> ZRRoster::parallelUniverseRoster()
 {
     auto roster = ZRRosterAccess::make(State::Kind::parallel);
-    return locked(*this, ZRAccess::read, [&] {
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
         auto& state = ZRRosterAccess::state(*roster);
         state.directory = _state->directory;
         state.imagesDirectory = rosterImagesDirectory();

@@ -5,7 +5,10 @@
 #include "store/ZRFileLock.h"
 #include "store/ZRRosterState.h"
 
-void ZRRoster::zrGlobalAPILock(bool togglingSuddenTermination, ZRSourcePlace where)
+// The compiler cannot follow these five: which context it is is known only when they run.
+
+void ZRRoster::zrGlobalAPILock(
+    bool togglingSuddenTermination, ZRSourcePlace where) ZR_NO_THREAD_SAFETY_ANALYSIS
 {
     if (togglingSuddenTermination)
         platform::suddentermination::disable();
@@ -21,7 +24,8 @@ void ZRRoster::zrGlobalAPILock(bool togglingSuddenTermination, ZRSourcePlace whe
     _state->lockedContexts.push_back(_state->context);
 }
 
-void ZRRoster::zrGlobalAPIUnlock(bool togglingSuddenTermination, ZRSourcePlace where)
+void ZRRoster::zrGlobalAPIUnlock(
+    bool togglingSuddenTermination, ZRSourcePlace where) ZR_NO_THREAD_SAFETY_ANALYSIS
 {
     // The context of the lock, not of now: an operation may have opened or replaced it.
     const auto context = std::move(_state->lockedContexts.back());
@@ -33,7 +37,8 @@ void ZRRoster::zrGlobalAPIUnlock(bool togglingSuddenTermination, ZRSourcePlace w
         platform::suddentermination::enable();
 }
 
-bool ZRRoster::zrGlobalAPITryLock(bool togglingSuddenTermination, ZRSourcePlace where)
+bool ZRRoster::zrGlobalAPITryLock(
+    bool togglingSuddenTermination, ZRSourcePlace where) ZR_NO_THREAD_SAFETY_ANALYSIS
 {
     if (!_ZR_TRY_Lock(where.file, where.line))
         return false;
@@ -47,14 +52,14 @@ bool ZRRoster::zrGlobalAPITryLock(bool togglingSuddenTermination, ZRSourcePlace 
     return true;
 }
 
-void ZRRoster::zrGlobalMailRecentAPILock(ZRSourcePlace where)
+void ZRRoster::zrGlobalMailRecentAPILock(ZRSourcePlace where) ZR_NO_THREAD_SAFETY_ANALYSIS
 {
     _ZR_MR_Lock(where.file, where.line);
     if (const auto& context = _state->mailRecentsContext)
         context->lock();
 }
 
-void ZRRoster::zrGlobalMailRecentAPIUnlock(ZRSourcePlace where)
+void ZRRoster::zrGlobalMailRecentAPIUnlock(ZRSourcePlace where) ZR_NO_THREAD_SAFETY_ANALYSIS
 {
     if (const auto& context = _state->mailRecentsContext)
         context->unlock();

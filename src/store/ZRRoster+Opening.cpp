@@ -347,7 +347,7 @@ bool ZRRoster::isSharedInstanceOrClone()
 {
     if (isSharedInstance())
         return true;
-    const auto shared = nts_SharedRoster();
+    const auto shared = sharedRoster();
     const auto mine = managedObjectContext();
     const auto theirs = shared ? shared->managedObjectContext() : nullptr;
     return mine && theirs && mine->zrHasCommonStoreWithContext(*theirs);

@@ -36,7 +36,7 @@ Names unionOf(const Lists& lists)
 
 ZRPropertyType ZRRoster::typeOfProperty(std::string_view property, std::string_view recordType)
 {
-    return locked(*this, ZRAccess::read, [&] { return nts_TypeOfProperty(property, recordType); });
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS { return nts_TypeOfProperty(property, recordType); });
 }
 
 ZRPropertyType ZRRoster::nts_TypeOfProperty(std::string_view property, std::string_view recordType)
@@ -52,7 +52,8 @@ ZRPropertyTypes ZRRoster::nts_PropertyTypesForRecordOfClass(const ZRRecordClass&
 
 bool ZRRoster::doesPropertyExist(std::string_view property, const ZRRecordClass& recordClass)
 {
-    return locked(*this, ZRAccess::read, [&] { return nts_DoesPropertyExist(property, recordClass); });
+    return locked(
+        *this, ZRAccess::read, [&]() ZR_NTS { return nts_DoesPropertyExist(property, recordClass); });
 }
 
 bool ZRRoster::nts_DoesPropertyExist(std::string_view property, const ZRRecordClass& recordClass)
@@ -138,7 +139,7 @@ Names ZRRoster::initialLabelsForProperty(std::string_view property)
 
 Names ZRRoster::availablePropertiesForPerson(ZRPerson& person, const ZRLabelsDelegate& delegate)
 {
-    return locked(*this, ZRAccess::read, [&] {
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
         return person.zrDatabaseImpl() ? availablePropertiesForContact(*person.zrDatabaseImpl(), delegate)
                                        : Names();
     });
@@ -155,7 +156,7 @@ Names ZRRoster::availablePropertiesForContact(ZROSRecord& contact, const ZRLabel
 Names ZRRoster::availableLabelsForProperty(
     std::string_view property, ZRPerson& person, const ZRLabelsDelegate& delegate)
 {
-    return locked(*this, ZRAccess::read, [&] {
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
         return person.zrDatabaseImpl()
             ? availableLabelsForProperty(property, *person.zrDatabaseImpl(), delegate)
             : Names();
@@ -175,7 +176,7 @@ Names ZRRoster::availableLabelsForProperty(
 Names ZRRoster::activeLabelsForProperty(
     std::string_view property, ZRPerson& person, const ZRLabelsDelegate& delegate)
 {
-    return locked(*this, ZRAccess::read, [&] {
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
         return person.zrDatabaseImpl() ? activeLabelsForProperty(property, *person.zrDatabaseImpl(), delegate)
                                        : Names();
     });

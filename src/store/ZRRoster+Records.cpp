@@ -27,14 +27,14 @@ using Factory = ZRRecordObjectStoreFactoryImpl;
 
 ZRRecordList ZRRoster::people()
 {
-    return locked(*this, ZRAccess::read, [&] { return nts_People(); });
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS { return nts_People(); });
 }
 
 ZRRecordList ZRRoster::nts_People() { return nts_AllRecordsForClass(ZRPerson::recordClassDescription); }
 
 ZRRecordList ZRRoster::groups()
 {
-    return locked(*this, ZRAccess::read, [&] { return nts_Groups(); });
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS { return nts_Groups(); });
 }
 
 ZRRecordList ZRRoster::nts_Groups()
@@ -48,7 +48,7 @@ ZRRecordList ZRRoster::nts_Groups()
 Ref<ZRRecord> ZRRoster::recordForUniqueId(std::string_view uniqueId)
 {
     zrRequire(uniqueId.data() != nullptr, "uniqueId != nil");
-    return locked(*this, ZRAccess::read, [&] { return nts_RecordForUniqueId(uniqueId); });
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS { return nts_RecordForUniqueId(uniqueId); });
 }
 
 Ref<ZRRecord> ZRRoster::nts_RecordForUniqueId(std::string_view uniqueId)
@@ -62,7 +62,7 @@ Ref<ZRRecord> ZRRoster::nts_RecordForUniqueId(std::string_view uniqueId)
 
 ZRRecordList ZRRoster::recordsForUniqueIds(const std::vector<std::string>& uniqueIds)
 {
-    return locked(*this, ZRAccess::read, [&] {
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
         std::vector<std::string> possible = uniqueIds;
         std::erase_if(possible, [](const auto& id) { return id.size() <= kZRUniqueIdTextLength + 1; });
         const auto found = Factory::publicRecordsWithUniqueIds(possible, *this);
@@ -82,16 +82,19 @@ ZRRecordList ZRRoster::nts_AllRecordsForClass(const ZRRecordClass& recordClass)
 ZRRecordList ZRRoster::recordsForClass(const ZRRecordClass& recordClass, Ref<const StorePredicate> predicate,
     const std::vector<std::string>& prefetching, bool takeLock)
 {
-    const auto fetch = [&] {
+    const auto fetch = [&]() ZR_NTS {
         return Factory::fetchPublicRecordsForClass(recordClass, predicate, *this, prefetching);
     };
-    return takeLock ? locked(*this, ZRAccess::read, fetch) : fetch();
+    if (takeLock)
+        return locked(*this, ZRAccess::read, fetch);
+    zrGlobalLockIsHeld();
+    return fetch();
 }
 
 std::int64_t ZRRoster::countOfRecordsForClass(const ZRRecordClass& recordClass)
 {
     return locked(*this, ZRAccess::read,
-        [&] { return Factory::countOfPublicRecordsForClass(recordClass, nullptr, *this); });
+        [&]() ZR_NTS { return Factory::countOfPublicRecordsForClass(recordClass, nullptr, *this); });
 }
 
 bool ZRRoster::addRecord(const Ref<ZRRecord>& record) { return addRecord(record, nullptr); }
@@ -99,7 +102,7 @@ bool ZRRoster::addRecord(const Ref<ZRRecord>& record) { return addRecord(record,
 bool ZRRoster::addRecord(const Ref<ZRRecord>& record, platform::Error* error)
 {
     zrRequire(bool(record), "record != nil");
-    const bool added = locked(*this, ZRAccess::write, [&] { return nts_AddRecord(*record); });
+    const bool added = locked(*this, ZRAccess::write, [&]() ZR_NTS { return nts_AddRecord(*record); });
     if (!added && error)
         *error = {
             "ZRRosterErrorDomain", 1, "the record " + record->uniqueId() + " cannot be added to this roster"};
@@ -126,7 +129,7 @@ bool ZRRoster::removeRecord(const Ref<ZRRecord>& record) { return removeRecord(r
 bool ZRRoster::removeRecord(const Ref<ZRRecord>& record, platform::Error* error)
 {
     zrRequire(bool(record), "record != nil");
-    const bool removed = locked(*this, ZRAccess::write, [&] { return nts_RemoveRecord(*record); });
+    const bool removed = locked(*this, ZRAccess::write, [&]() ZR_NTS { return nts_RemoveRecord(*record); });
     if (!removed && error)
         *error = {"ZRRosterErrorDomain", 2, "the record " + record->uniqueId() + " is not in this roster"};
     return removed;
@@ -148,7 +151,7 @@ bool ZRRoster::nts_RemoveRecord(ZRRecord& record)
 
 ZRRecordList ZRRoster::sortedPeople(ZRNameOrder order, std::size_t limit)
 {
-    return locked(*this, ZRAccess::read, [&] {
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
         ZRNameComparison comparison = _createCompartorContext();
         if (order != ZRNameOrder::preferred)
             comparison.byLastName = order == ZRNameOrder::lastName;
@@ -181,7 +184,7 @@ ZRRecordList ZRRoster::sortedPeople(ZRNameOrder order, std::size_t limit)
 
 ZRRecordList ZRRoster::peopleMatchingText(std::string_view text)
 {
-    return locked(*this, ZRAccess::read, [&] {
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
         const Value folded(ZROSRecord::newNormalizedSearchString(text));
         std::string upper(text);
         std::ranges::transform(
@@ -196,7 +199,7 @@ ZRRecordList ZRRoster::peopleMatchingText(std::string_view text)
 
 void ZRRoster::prefetchDataForRecords(const ZRRecordList& records)
 {
-    locked(*this, ZRAccess::read, [&] {
+    locked(*this, ZRAccess::read, [&]() ZR_NTS {
         objectstore::ObjectList contacts;
         for (const auto& record : records)
             if (auto* contact = dynamic_cast<ZROSContact*>(record->zrDatabaseImpl()))
@@ -222,7 +225,7 @@ Ref<ZRInfo> ZRRoster::nts_Info() { return ZRInfo::nts_InfoWithRoster(this); }
 
 Ref<ZRPerson> ZRRoster::me()
 {
-    return locked(*this, ZRAccess::read, [&] { return nts_Me(); });
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS { return nts_Me(); });
 }
 
 Ref<ZRPerson> ZRRoster::nts_Me()
@@ -243,7 +246,7 @@ void ZRRoster::setMe(const Ref<ZRRecord>& person)
 {
     const auto me = platform::refCast<ZRPerson>(person);
     zrRequire(!person || me, "moi == nil || [moi isKindOfClass:__personClass]");
-    locked(*this, ZRAccess::write, [&] { nts_SetMe(me.get()); });
+    locked(*this, ZRAccess::write, [&]() ZR_NTS { nts_SetMe(me.get()); });
 }
 
 // Me, the one who was, and the info record all count as changed, so that whoever synchronises sees it.

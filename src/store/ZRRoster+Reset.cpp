@@ -37,7 +37,7 @@ void post(const char* name, ZRRoster& roster)
 }
 
 /// Forgets all that was read and opens what is at the path of the store now. The lock is held.
-void startOver(ZRRoster& roster)
+void startOver(ZRRoster& roster) ZR_NTS
 {
     ZRRosterAccess::state(roster).flags.waitingForReset = false;
     roster.nts_ClearCachedRecordsByUniqueId();
@@ -54,7 +54,7 @@ void ZRRoster::resetDatabase()
 {
     zr_dispatch_main([roster = Ref<ZRRoster>(this)] {
         post(kZRRosterWillResetPriv, *roster);
-        locked(*roster, ZRAccess::write, [&] { startOver(*roster); });
+        locked(*roster, ZRAccess::write, [&]() ZR_NTS { startOver(*roster); });
         post(kZRRosterDidResetPriv, *roster);
     });
 }
@@ -71,7 +71,7 @@ void ZRRosterAccess::observeReverts(ZRRoster& roster)
 
 void ZRRoster::zrDidRevertFromBackupCompleteResetContextAndUnlock(const platform::Notification&)
 {
-    locked(*this, ZRAccess::write, [&] {
+    locked(*this, ZRAccess::write, [&]() ZR_NTS {
         startOver(*this);
         if (const auto& recents = _state->mailRecentsContext) {
             recents->reset();
@@ -82,7 +82,7 @@ void ZRRoster::zrDidRevertFromBackupCompleteResetContextAndUnlock(const platform
 
 void ZRRoster::resetManagedObjectContext()
 {
-    locked(*this, ZRAccess::write, [&] {
+    locked(*this, ZRAccess::write, [&]() ZR_NTS {
         clearCustomPropertyCaches();
         if (const auto context = managedObjectContext())
             context->reset();
@@ -91,7 +91,7 @@ void ZRRoster::resetManagedObjectContext()
 
 void ZRRoster::_vacuum()
 {
-    locked(*this, ZRAccess::write, [&] {
+    locked(*this, ZRAccess::write, [&]() ZR_NTS {
         nts_ClearCachedRecordsByUniqueId();
         clearTemporaryCaches();
         clearCustomPropertyCaches();

@@ -50,7 +50,7 @@ void cleanUp(const std::string& directory)
 
 /// Once a process, the first roster that is written to the disk notes which version of the system wrote it
 /// last.
-void noteVersion(ZRRoster& roster)
+void noteVersion(ZRRoster& roster) ZR_NTS
 {
     static bool wasNoted = false;
     if (wasNoted || roster.isMemoryBacked())
@@ -75,7 +75,7 @@ void dropLogOfDeletions(ZRManagedObjectContext& context)
 
 /// Runs a step of a save that reads what it needs; false, with the reason, when the store cannot be read.
 template <class Step>
-bool unlessUnreadable(platform::Error& reason, Step step)
+bool unlessUnreadable(platform::Error& reason, Step step) ZR_NTS
 {
     try {
         return step();
@@ -87,7 +87,7 @@ bool unlessUnreadable(platform::Error& reason, Step step)
 }
 
 /// Other processes hear only of the store that the shared roster is on.
-bool isOnSharedStore(ZRRoster& roster)
+bool isOnSharedStore(ZRRoster& roster) ZR_NTS
 {
     if (roster.isMemoryBacked())
         return false;
@@ -103,8 +103,8 @@ bool ZRRoster::saveAndReturnError(platform::Error*) { return save(); }
 
 bool ZRRoster::saveAndTriggerSync(bool triggerSync, const Value& modificationDate)
 {
-    const bool saved = locked(
-        *this, ZRAccess::write, [&] { return nts_SaveWithFileLock(false, triggerSync, modificationDate); });
+    const bool saved = locked(*this, ZRAccess::write,
+        [&]() ZR_NTS { return nts_SaveWithFileLock(false, triggerSync, modificationDate); });
     if (!saved)
         platform::log(fmt::format("-[ZRRoster save] failed. ({})", _state->directory));
     return saved;
@@ -160,7 +160,7 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
 
     UserInfo publicInfo, privateInfo;
     SaveEffects effects;
-    const auto prepare = [&] {
+    const auto prepare = [&]() ZR_NTS {
         noteVersion(*this);
         ZRRecordObjectStoreFactoryImpl::doRemoveRecordsAndCreateLogsWithRoster(*this);
         return preparePublicChangeNotification(publicInfo, privateInfo, effects, modificationDate);
@@ -210,7 +210,7 @@ bool ZRRoster::nts_writeChanges(ZRManagedObjectContext& context)
 
 bool ZRRoster::hasUnsavedChanges()
 {
-    const bool has = locked(*this, ZRAccess::read, [&] { return nts_hasUnsavedChanges(); });
+    const bool has = locked(*this, ZRAccess::read, [&]() ZR_NTS { return nts_hasUnsavedChanges(); });
     const auto& recents = ZRServices::registered().hasUnsavedMailRecents;
     return has || (recents && recents());
 }
@@ -226,7 +226,7 @@ platform::Error ZRRoster::lastSaveError() const { return _state->lastSaveError; 
 std::int64_t ZRRoster::version()
 {
     constexpr std::int64_t current = 3;
-    const Value stored = locked(*this, ZRAccess::read, [&] {
+    const Value stored = locked(*this, ZRAccess::read, [&]() ZR_NTS {
         const auto info = nts_Info();
         return info ? info->nts_ValueForProperty("Version") : Value();
     });

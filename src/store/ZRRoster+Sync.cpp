@@ -23,7 +23,7 @@ bool ZRRoster::shouldDisableSync()
 
 Value ZRRoster::syncAnchors()
 {
-    return locked(*this, ZRAccess::read, [&] {
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
         const auto info = nts_Info();
         const Value anchor = info ? info->nts_ValueForProperty(anchorKey) : Value();
         if (anchor.isAbsent() || anchor.asText() == unsynched)
@@ -34,7 +34,7 @@ Value ZRRoster::syncAnchors()
 
 bool ZRRoster::setSyncAnchorsFromString(const Value& anchor)
 {
-    return locked(*this, ZRAccess::write, [&] {
+    return locked(*this, ZRAccess::write, [&]() ZR_NTS {
         const auto info = nts_Info();
         return info && info->nts_SetValue(anchor.isAbsent() ? Value("") : anchor, anchorKey);
     });

@@ -126,7 +126,7 @@ private:
 
 std::vector<std::pair<std::string, std::int64_t>> ZRRoster::statistics()
 {
-    return locked(*this, ZRAccess::read, [&] {
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
         std::vector<std::pair<std::string, std::int64_t>> counts;
         const auto context = managedObjectContext();
         for (const auto& [name, entity] : countedEntities) {
@@ -144,7 +144,7 @@ std::vector<std::pair<std::string, std::int64_t>> ZRRoster::statistics()
 
 ZRRoster::CheckReport ZRRoster::check()
 {
-    return locked(*this, ZRAccess::read, [&] {
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
         CheckReport report;
         auto* const coordinator = storeCoordinator();
         if (!coordinator)

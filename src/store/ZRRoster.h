@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/ZRExport.h"
+#include "core/ZRGlobalLock.h"
 #include "core/ZRPropertyType.h"
 #include "core/ZRRecord.h"
 #include "core/ZRSourcePlace.h"
@@ -53,19 +54,19 @@ public:
 
     /// The shared roster, opened at the first call; absent when it cannot be opened, and then for good.
     static platform::Ref<ZRRoster> sharedRoster();
-    static platform::Ref<ZRRoster> nts_SharedRoster();
-    static void nts_CreateSharedRoster();
+    static platform::Ref<ZRRoster> nts_SharedRoster() ZR_NTS;
+    static void nts_CreateSharedRoster() ZR_NTS;
     /// Makes the shared roster if there is none, and answers whether there is one.
     static bool nts_hasSharedInstance();
     /// The roster for work on the calling thread: the shared one.
     static platform::Ref<ZRRoster> roster() { return sharedRoster(); }
-    static platform::Ref<ZRRoster> nts_Roster() { return nts_SharedRoster(); }
+    static platform::Ref<ZRRoster> nts_Roster() ZR_NTS { return nts_SharedRoster(); }
     [[noreturn]] static void init();
     /// Another roster on `directory`; absent when there is no shared roster or the store cannot be opened.
     static platform::Ref<ZRRoster> rosterWithDatabaseDirectory(
         const std::string& directory, bool doInitialImports = true);
     static platform::Ref<ZRRoster> nts_RosterWithDatabaseDirectory(
-        const std::string& directory, bool doInitialImports = true);
+        const std::string& directory, bool doInitialImports = true) ZR_NTS;
     /// A roster on no directory, with an empty store in memory and its pictures in the temporary directory.
     static platform::Ref<ZRRoster> emptyMemoryBackedRoster();
     /// A second roster on the same store with a context of its own, for a worker.
@@ -112,7 +113,7 @@ public:
 
     /// The context of the main store, opened at the first call; absent when it cannot be.
     platform::Ref<ZRManagedObjectContext> managedObjectContext();
-    platform::Ref<ZRManagedObjectContext> nts_mailRecentsManagedObjectContext();
+    platform::Ref<ZRManagedObjectContext> nts_mailRecentsManagedObjectContext() ZR_NTS;
     objectstore::StoreCoordinator* storeCoordinator();
     /// Notes for `nts_RestoreFromMetaDataIfNeeded` that the store does not hold what it should.
     void nts_SetNeedsToRestoreRosterFromMetaData(bool needs);
@@ -129,7 +130,7 @@ public:
     /// and opens those that are there now. The notice is about this roster; whoever posts it holds the lock.
     void zrDidRevertFromBackupCompleteResetContextAndUnlock(const platform::Notification& notice);
     void _vacuum();
-    void nts_ZRReconnect() { }
+    void nts_ZRReconnect() ZR_NTS { }
     bool isSharedInstance() const;
     bool isSharedInstanceOrClone();
     bool isMemoryBacked();
@@ -141,14 +142,14 @@ public:
     // ---- records                                                      (ZRRoster+Records.cpp)
 
     ZRRecordList people();
-    ZRRecordList nts_People();
+    ZRRecordList nts_People() ZR_NTS;
     ZRRecordList groups();
-    ZRRecordList nts_Groups();
+    ZRRecordList nts_Groups() ZR_NTS;
     platform::Ref<ZRRecord> recordForUniqueId(std::string_view uniqueId);
-    platform::Ref<ZRRecord> nts_RecordForUniqueId(std::string_view uniqueId);
+    platform::Ref<ZRRecord> nts_RecordForUniqueId(std::string_view uniqueId) ZR_NTS;
     /// All of several ids at once, one fetch a class; ids without a record are left out.
     ZRRecordList recordsForUniqueIds(const std::vector<std::string>& uniqueIds);
-    ZRRecordList nts_AllRecordsForClass(const ZRRecordClass& recordClass);
+    ZRRecordList nts_AllRecordsForClass(const ZRRecordClass& recordClass) ZR_NTS;
     ZRRecordList recordsForClass(const ZRRecordClass& recordClass,
         platform::Ref<const objectstore::StorePredicate> predicate,
         const std::vector<std::string>& prefetching, bool takeLock);
@@ -156,11 +157,11 @@ public:
     /// Puts a record of any roster into this one. True also when it is already here; false when refused.
     bool addRecord(const platform::Ref<ZRRecord>& record);
     bool addRecord(const platform::Ref<ZRRecord>& record, platform::Error* error);
-    bool nts_AddRecord(ZRRecord& record);
+    bool nts_AddRecord(ZRRecord& record) ZR_NTS;
     /// Deletes a record at the next save. False when it is not in this roster.
     bool removeRecord(const platform::Ref<ZRRecord>& record);
     bool removeRecord(const platform::Ref<ZRRecord>& record, platform::Error* error);
-    bool nts_RemoveRecord(ZRRecord& record);
+    bool nts_RemoveRecord(ZRRecord& record) ZR_NTS;
     /// The people in the order of their names, at most `limit` (0: all). One fetch of narrow rows: no values
     /// of multi-values are read.
     ZRRecordList sortedPeople(ZRNameOrder order, std::size_t limit);
@@ -171,23 +172,23 @@ public:
 
     /// The record type that an id names: what follows position 37.
     static std::string recordClassFromUniqueId(std::string_view uniqueId);
-    const ZRRecordClass* publicRecordClassFromUniqueId(std::string_view uniqueId);
+    const ZRRecordClass* publicRecordClassFromUniqueId(std::string_view uniqueId) ZR_NTS;
 
     /// Told by a handle that ends: leaves the caches, unless another handle has taken its place there.
-    void nts_RecordIsGone(ZRRecord& record);
+    void nts_RecordIsGone(ZRRecord& record) ZR_NTS;
 
     platform::Ref<ZRPerson> me();
-    platform::Ref<ZRPerson> nts_Me();
+    platform::Ref<ZRPerson> nts_Me() ZR_NTS;
     void setMe(const platform::Ref<ZRRecord>& person);
-    void nts_SetMe(ZRPerson* person);
-    bool nts_IsMe(const ZRPerson& person);
-    platform::Ref<ZRInfo> nts_Info();
+    void nts_SetMe(ZRPerson* person) ZR_NTS;
+    bool nts_IsMe(const ZRPerson& person) ZR_NTS;
+    platform::Ref<ZRInfo> nts_Info() ZR_NTS;
 
-    platform::Ref<ZRRecord> nts_CachedRecordForUniqueId(std::string_view uniqueId);
-    void nts_SetCachedRecord(ZRRecord* record, std::string_view uniqueId);
-    void nts_ClearCachedRecordsByUniqueId();
-    void nts_ClearCachedRecordsForUniqueIds(const std::vector<std::string>& uniqueIds);
-    void clearTemporaryCaches();
+    platform::Ref<ZRRecord> nts_CachedRecordForUniqueId(std::string_view uniqueId) ZR_NTS;
+    void nts_SetCachedRecord(ZRRecord* record, std::string_view uniqueId) ZR_NTS;
+    void nts_ClearCachedRecordsByUniqueId() ZR_NTS;
+    void nts_ClearCachedRecordsForUniqueIds(const std::vector<std::string>& uniqueIds) ZR_NTS;
+    void clearTemporaryCaches() ZR_NTS;
     ZRRecord* nonRetainedCachedRecordForKey(std::string_view key);
     void setNonRetainedCachedRecord(ZRRecord* record, std::string_view key);
 
@@ -195,19 +196,20 @@ public:
 
     /// From now on pictures of new people are kept in memory and written at the save, just before the commit,
     /// so that no card is ever saved whose picture is missing. For imports.
-    void nts_SetKeepsPictures(bool keeps);
-    bool nts_KeepsPictures() const;
-    void nts_KeepPicture(const std::string& uniqueId, std::string_view kind, const platform::Value& data);
+    void nts_SetKeepsPictures(bool keeps) ZR_NTS;
+    bool nts_KeepsPictures() const ZR_NTS;
+    void nts_KeepPicture(
+        const std::string& uniqueId, std::string_view kind, const platform::Value& data) ZR_NTS;
     /// Absent when none waits.
-    platform::Value nts_PendingPicture(const std::string& uniqueId, std::string_view kind) const;
+    platform::Value nts_PendingPicture(const std::string& uniqueId, std::string_view kind) const ZR_NTS;
 
     // ---- properties and constraints                                   (ZRRoster+Properties.cpp)
 
     ZRPropertyType typeOfProperty(std::string_view property, std::string_view recordType);
-    ZRPropertyType nts_TypeOfProperty(std::string_view property, std::string_view recordType);
-    ZRPropertyTypes nts_PropertyTypesForRecordOfClass(const ZRRecordClass& recordClass);
+    ZRPropertyType nts_TypeOfProperty(std::string_view property, std::string_view recordType) ZR_NTS;
+    ZRPropertyTypes nts_PropertyTypesForRecordOfClass(const ZRRecordClass& recordClass) ZR_NTS;
     bool doesPropertyExist(std::string_view property, const ZRRecordClass& recordClass);
-    bool nts_DoesPropertyExist(std::string_view property, const ZRRecordClass& recordClass);
+    bool nts_DoesPropertyExist(std::string_view property, const ZRRecordClass& recordClass) ZR_NTS;
     void clearCustomPropertyCaches();
 
     std::vector<platform::Ref<ZRRecordConstraint>> constraints();
@@ -248,12 +250,13 @@ public:
     bool saveAndTriggerSync(bool triggerSync, const platform::Value& modificationDate);
     /// The same under an old misspelled name, kept for callers.
     bool saveAndTriggerSync_udpateModificationDate(bool triggerSync, const platform::Value& modificationDate);
-    bool nts_Save();
-    bool nts_SaveAndTriggerSync(bool triggerSync, const platform::Value& modificationDate);
-    bool nts_SaveWithFileLock(bool withFileLock);
-    bool nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const platform::Value& modificationDate);
+    bool nts_Save() ZR_NTS;
+    bool nts_SaveAndTriggerSync(bool triggerSync, const platform::Value& modificationDate) ZR_NTS;
+    bool nts_SaveWithFileLock(bool withFileLock) ZR_NTS;
+    bool nts_SaveWithFileLock(
+        bool withFileLock, bool triggerSync, const platform::Value& modificationDate) ZR_NTS;
     bool hasUnsavedChanges();
-    bool nts_hasUnsavedChanges();
+    bool nts_hasUnsavedChanges() ZR_NTS;
     /// Why the last save of this roster answered false.
     platform::Error lastSaveError() const;
 
@@ -272,15 +275,15 @@ public:
     /// Sorts the unsaved changes into the ids that are inserted, updated and deleted; marks the changed
     /// records as modified at `modificationDate` (absent: now), unless they keep their date; and logs the
     /// deletion of contacts. False stops the save.
-    bool preparePublicChangeNotification(
-        UserInfo& publicInfo, UserInfo& privateInfo, SaveEffects& effects, platform::Value modificationDate);
+    bool preparePublicChangeNotification(UserInfo& publicInfo, UserInfo& privateInfo, SaveEffects& effects,
+        platform::Value modificationDate) ZR_NTS;
     /// Puts the ids of `records` under `key`, less those under `ignoredKey`; empty ignores none.
     void updatePublicUserInfo(UserInfo& publicInfo, UserInfo& privateInfo,
         const std::vector<platform::Ref<objectstore::StoreObject>>& records, std::string_view key,
         SaveEffects& effects, const platform::Value& modificationDate, std::string_view ignoredKey);
     /// Posts both notices, here and to the other processes, and waits for nobody.
     void nts_SendRosterDidSaveNotificationsWithPublicUserInfo(
-        const UserInfo& publicInfo, const UserInfo& privateInfo, bool privateTablesChanged);
+        const UserInfo& publicInfo, const UserInfo& privateInfo, bool privateTablesChanged) ZR_NTS;
     /// The directory and a number of this roster: what its notices are about.
     std::string notificationID() const;
 
@@ -326,13 +329,13 @@ public:
     /// The lock of the shared roster's directory between processes.
     static ZRFileLock& zrFileLock();
     /// That of this roster's directory; null for a roster in memory, which nobody else opens.
-    ZRFileLock* nts_FileLock();
-    void zrGlobalAPILock(
-        bool togglingSuddenTermination = true, ZRSourcePlace where = ZRSourcePlace::current());
-    void zrGlobalAPIUnlock(
-        bool togglingSuddenTermination = true, ZRSourcePlace where = ZRSourcePlace::current());
-    bool zrGlobalAPITryLock(
-        bool togglingSuddenTermination = true, ZRSourcePlace where = ZRSourcePlace::current());
+    ZRFileLock* nts_FileLock() ZR_NTS;
+    void zrGlobalAPILock(bool togglingSuddenTermination = true,
+        ZRSourcePlace where = ZRSourcePlace::current()) ZR_ACQUIRE(zrGlobalLock);
+    void zrGlobalAPIUnlock(bool togglingSuddenTermination = true,
+        ZRSourcePlace where = ZRSourcePlace::current()) ZR_RELEASE(zrGlobalLock);
+    bool zrGlobalAPITryLock(bool togglingSuddenTermination = true,
+        ZRSourcePlace where = ZRSourcePlace::current()) ZR_TRY_ACQUIRE(true, zrGlobalLock);
     void zrGlobalMailRecentAPILock(ZRSourcePlace where = ZRSourcePlace::current());
     void zrGlobalMailRecentAPIUnlock(ZRSourcePlace where = ZRSourcePlace::current());
 
@@ -352,10 +355,10 @@ private:
     void observeOtherProcesses();
     void noticesMissed(const std::string& name, const platform::Value& userInfo);
     void tellOfExternalChange(const std::string& name, const platform::Value& userInfo);
-    void takeInChanges(const objectstore::StoreChanges& changes);
-    bool nts_writeChanges(ZRManagedObjectContext& context);
-    bool nts_writePictures();
-    void nts_removeWrittenPictures();
+    void takeInChanges(const objectstore::StoreChanges& changes) ZR_NTS;
+    bool nts_writeChanges(ZRManagedObjectContext& context) ZR_NTS;
+    bool nts_writePictures() ZR_NTS;
+    void nts_removeWrittenPictures() ZR_NTS;
     std::string picturePath(const std::string& uniqueId, std::string_view kind) const;
     std::unique_ptr<State> _state;
 };
@@ -366,13 +369,17 @@ enum class ZRAccess { read, write };
 template <class Body>
 auto locked(ZRRoster& roster, ZRAccess access, Body&& body, ZRSourcePlace where = ZRSourcePlace::current())
 {
-    struct Guard {
+    struct ZR_SCOPED_CAPABILITY Guard {
+        Guard(ZRRoster& held, bool writing, ZRSourcePlace place) ZR_ACQUIRE(zrGlobalLock)
+            : roster(held), writes(writing), where(place)
+        {
+            roster.zrGlobalAPILock(writes, where);
+        }
+        ~Guard() ZR_RELEASE() { roster.zrGlobalAPIUnlock(writes, where); }
         ZRRoster& roster;
-        bool writes;
-        ZRSourcePlace where;
-        ~Guard() { roster.zrGlobalAPIUnlock(writes, where); }
+        const bool writes;
+        const ZRSourcePlace where;
     };
-    roster.zrGlobalAPILock(access == ZRAccess::write, where);
-    const Guard guard{roster, access == ZRAccess::write, where};
+    const Guard guard(roster, access == ZRAccess::write, where);
     return std::forward<Body>(body)();
 }

@@ -78,7 +78,7 @@ void readFacts(ZRRoster& roster, Versions& versions)
     }
 }
 
-Versions versionsOf(ZRRoster& roster)
+Versions versionsOf(ZRRoster& roster) ZR_NTS
 {
     Versions versions;
     readFacts(roster, versions);
@@ -136,7 +136,7 @@ platform::Result<FileLock> zrStandingOfFileLock(const std::string& lockFile)
 
 ZRRosterStanding zrStandingOfRoster(ZRRoster& roster)
 {
-    const auto versions = locked(roster, ZRAccess::read, [&] { return versionsOf(roster); });
+    const auto versions = locked(roster, ZRAccess::read, [&]() ZR_NTS { return versionsOf(roster); });
     return {.versions = versions,
         .holders = zrHoldersOfFile(roster.rosterDatabaseFile()),
         .notices = noticesNow(),

@@ -104,4 +104,4 @@ void nts_closeStore(const std::string& path);
 /// Adds one line to what `openingReport` tells.
 void noteOpeningProblem(const std::string& text);
 /// True once a process for each directory.
-bool nts_shouldImportInto(const std::string& directory);
+bool nts_shouldImportInto(const std::string& directory) ZR_NTS;

@@ -2,6 +2,8 @@
 // it.
 #pragma once
 
+#include "core/ZRGlobalLock.h"
+
 #include <string>
 #include <sys/types.h>
 
@@ -16,8 +18,8 @@ int _checkForReadWriteAccess(mode_t mode, uid_t owner, gid_t group);
 
 /// Gives a new roster its directory, which is made where it is missing, and finds out what opening will have
 /// to do. False when the store's path is a directory.
-bool nts_InitRosterWithDatabaseDirectory(ZRRoster& roster, const std::string& directory);
+bool nts_InitRosterWithDatabaseDirectory(ZRRoster& roster, const std::string& directory) ZR_NTS;
 
 /// Looks whether the store file can be written, and obeys the marker file that asks for a rebuild. The file
 /// lock is held.
-void nts_OpenContactManager(ZRRoster& roster);
+void nts_OpenContactManager(ZRRoster& roster) ZR_NTS;

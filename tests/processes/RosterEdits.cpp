@@ -91,7 +91,7 @@ void RosterEditor::save(const std::function<void(Edits&)>& change)
     const bool takesTurn = _saves % kSavesPerLock == 1;
     if (takesTurn)
         turn->lock();
-    locked(*_roster, ZRAccess::write, [&] {
+    locked(*_roster, ZRAccess::write, [&]() ZR_NTS {
         Edits edits;
         change(edits);
         noteNumber(edits);

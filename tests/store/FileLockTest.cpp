@@ -408,7 +408,7 @@ const Role asksForLock("count who asks for the file lock", [](const Words&) {
     std::string answer = "open" + times([&] { roster = openShared(); });
     const auto edit = [](const Ref<ZRRoster>& in) { person(in, {{kZRFirstNameProperty, "Ana"}}); };
     const auto nts_Save = [](ZRRoster& in) {
-        return locked(in, ZRAccess::write, [&] { return in.nts_Save(); });
+        return locked(in, ZRAccess::write, [&]() ZR_NTS { return in.nts_Save(); });
     };
     answer += ", nothing to save" + times([&] { nts_Save(*roster); });
     edit(roster);
@@ -457,7 +457,7 @@ const Role savesWithoutLock("save without the file lock", [](const Words&) {
     const auto roster = openShared();
     person(roster, {{kZRFirstNameProperty, "Ana"}});
     refuseKernelLocks(EIO);
-    const bool saved = locked(*roster, ZRAccess::write, [&] { return roster->nts_Save(); });
+    const bool saved = locked(*roster, ZRAccess::write, [&]() ZR_NTS { return roster->nts_Save(); });
     return std::string(saved ? "saved" : "not saved")
         + (roster->hasUnsavedChanges() ? ", kept, " : ", lost, ") + roster->lastSaveError().text;
 });

@@ -26,8 +26,8 @@ double residentMegabytes()
 
 std::size_t registeredObjects(const Ref<ZRRoster>& roster)
 {
-    return locked(
-        *roster, ZRAccess::read, [&] { return roster->managedObjectContext()->registeredObjects().size(); });
+    return locked(*roster, ZRAccess::read,
+        [&]() ZR_NTS { return roster->managedObjectContext()->registeredObjects().size(); });
 }
 
 /// Reads the name of every person, a thousand at a time, and drops it.

@@ -69,7 +69,7 @@ TEST_F(Pictures, MarkTheCardAsModified)
 
 TEST_F(Pictures, OfAnImportWaitForTheSave)
 {
-    locked(*roster, ZRAccess::write, [&] { roster->nts_SetKeepsPictures(true); });
+    locked(*roster, ZRAccess::write, [&]() ZR_NTS { roster->nts_SetKeepsPictures(true); });
     ASSERT_TRUE(one->setImageData(picture));
     EXPECT_FALSE(fs::exists(images));
     EXPECT_EQ(one->imageData(), picture);
@@ -84,7 +84,7 @@ TEST_F(Pictures, OfAnImportWaitForTheSave)
 // again.
 TEST_F(Pictures, OfAFailedSaveLeaveNoFile)
 {
-    locked(*roster, ZRAccess::write, [&] { roster->nts_SetKeepsPictures(true); });
+    locked(*roster, ZRAccess::write, [&]() ZR_NTS { roster->nts_SetKeepsPictures(true); });
     const auto two = person(roster, {{kZRFirstNameProperty, "Bea"}});
     one->setImageData(picture);
     two->setImageData(picture);
@@ -102,7 +102,7 @@ TEST_F(Pictures, OfAFailedSaveLeaveNoFile)
 
 TEST_F(Pictures, OfACardThatWentBeforeTheSaveAreNotWritten)
 {
-    locked(*roster, ZRAccess::write, [&] { roster->nts_SetKeepsPictures(true); });
+    locked(*roster, ZRAccess::write, [&]() ZR_NTS { roster->nts_SetKeepsPictures(true); });
     one->setImageData(picture);
     roster->removeRecord(one);
     ASSERT_TRUE(roster->save());

@@ -80,7 +80,7 @@ const Role isReverted("revert", [](const Words& words) {
     };
     tell(ZRRoster::emptyMemoryBackedRoster());
     const std::string before = firstNames(*roster);
-    locked(*roster, ZRAccess::write, [&] { tell(roster); });
+    locked(*roster, ZRAccess::write, [&]() ZR_NTS { tell(roster); });
     const std::string after = firstNames(*roster);
     person(roster, {{kZRFirstNameProperty, "After"}});
     return before + "| " + after + "| " + (roster->save() ? "saved" : "not saved");

@@ -40,7 +40,7 @@ struct Act {
 
 bool ntsSave(const Ref<ZRRoster>& roster)
 {
-    return locked(*roster, ZRAccess::write, [&] { return roster->nts_Save(); });
+    return locked(*roster, ZRAccess::write, [&]() ZR_NTS { return roster->nts_Save(); });
 }
 
 std::string dateOf(const Ref<ZRPerson>& card)
@@ -104,7 +104,8 @@ std::string locksOfSaves(NoticeWorld& world)
     const int byNtsSave = fileLocksIn([&] { ntsSave(world.roster); });
     edit(world.ana, "c");
     const int without = fileLocksIn([&] {
-        locked(*world.roster, ZRAccess::write, [&] { return world.roster->nts_SaveWithFileLock(false); });
+        locked(*world.roster, ZRAccess::write,
+            [&]() ZR_NTS { return world.roster->nts_SaveWithFileLock(false); });
     });
     return std::to_string(bySave) + std::to_string(byNtsSave) + std::to_string(without)
         + (world.roster->hasUnsavedChanges() ? " unsaved" : "");
@@ -139,7 +140,7 @@ std::string listsNoIdTwice(NoticeWorld& world)
     const objectstore::ObjectList both{Ref<objectstore::StoreObject>(bo->zrDatabaseImpl())};
     ZRRoster::UserInfo open, closed;
     ZRRoster::SaveEffects effects;
-    locked(*world.roster, ZRAccess::write, [&] {
+    locked(*world.roster, ZRAccess::write, [&]() ZR_NTS {
         world.roster->updatePublicUserInfo(open, closed, both, zr::kZRInsertedRecords, effects, Value(), {});
         world.roster->updatePublicUserInfo(
             open, closed, both, zr::kZRUpdatedRecords, effects, Value(), zr::kZRInsertedRecords);
@@ -153,7 +154,7 @@ std::string listsNoIdTwice(NoticeWorld& world)
 
 std::string savesIndexOnly(NoticeWorld& world)
 {
-    locked(*world.roster, ZRAccess::write, [&] {
+    locked(*world.roster, ZRAccess::write, [&]() ZR_NTS {
         const auto index = world.ana->zrDatabaseImpl()->related(contactSlots().contactIndex);
         index->setValueForKey("stringForIndexing", Value("other words"));
     });
@@ -167,7 +168,7 @@ std::string keepsDates(NoticeWorld& world)
     const platform::LogCapture log;
     const std::string before = dateOf(world.ana);
     locked(*world.roster, ZRAccess::write,
-        [&] { world.ana->nts_setContextInfo(Value(true), kZRPreserveModificationDate); });
+        [&]() ZR_NTS { world.ana->nts_setContextInfo(Value(true), kZRPreserveModificationDate); });
     edit(world.ana, "a");
     const bool saved = world.roster->saveAndTriggerSync(true, Value(Date{777}));
     return world.outcomeOf(saved) + (dateOf(world.ana) == before ? ", kept" : ", touched")
@@ -296,7 +297,7 @@ std::string savesSubscribed(NoticeWorld& world)
     text += ", launched " + std::to_string(launched);
     const std::string id = "00000000-0000-4000-8000-000000000000:ZRSubscribedPerson";
     world.name(id, "Sub");
-    locked(*world.roster, ZRAccess::write, [&] {
+    locked(*world.roster, ZRAccess::write, [&]() ZR_NTS {
         const auto made = world.roster->managedObjectContext()->insertObjectOfEntity("ZROSSubscribedContact");
         made->setValueForKey("uniqueId", Value(id));
     });
@@ -324,7 +325,7 @@ std::string clearsCaches(NoticeWorld& world)
     const std::string id = world.ana->uniqueId();
     const auto isCached = [&] {
         return locked(*world.roster, ZRAccess::read,
-            [&] { return bool(world.roster->nts_CachedRecordForUniqueId(id)); });
+            [&]() ZR_NTS { return bool(world.roster->nts_CachedRecordForUniqueId(id)); });
     };
     const auto typeHere = [&] { return world.roster->typeOfProperty("Colour", kZRPersonRecordType); };
     static_cast<void>(world.roster->recordForUniqueId(id));

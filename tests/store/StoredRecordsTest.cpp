@@ -265,7 +265,7 @@ TEST_F(StoredRecords, LetAToManyKeyBeChangedInPlace)
 TEST_F(StoredRecords, HaveOneLocalSourceInARoster)
 {
     EXPECT_FALSE(ZROSInfo::fetchedRosterSourceWithRoster(*roster));
-    const auto info = locked(*roster, ZRAccess::write, [&] { return roster->nts_Info(); });
+    const auto info = locked(*roster, ZRAccess::write, [&]() ZR_NTS { return roster->nts_Info(); });
     auto& impl = static_cast<ZROSInfo&>(*info->zrDatabaseImpl());
     const auto source = impl.rosterSource();
     EXPECT_EQ(ZROSInfo::fetchedRosterSourceWithRoster(*roster), source);

@@ -104,7 +104,7 @@ bool ZRvCardController::openRosters()
     }
     if (!state.roster)
         return fail({"ZRRosterErrorDomain", 1, "there is no roster to import into"});
-    state.roster->nts_SetKeepsPictures(true);
+    locked(*state.roster, ZRAccess::write, [&]() ZR_NTS { state.roster->nts_SetKeepsPictures(true); });
     state.surroundings.emplace(*state.roster);
     if (state.group && state.outcome == Outcome::saved) {
         state.groupHere =

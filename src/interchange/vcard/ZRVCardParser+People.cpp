@@ -40,7 +40,7 @@ Ref<ZRPerson> ZRVCardParser::nextPersonWithLength(std::size_t& length, ZRRoster&
     if (atEnd() && _state->lexer)
         return nullptr;
     // The values of one card under one hold of the lock; each takes it again, which is cheap then.
-    return locked(roster, ZRAccess::write, [&]() -> Ref<ZRPerson> {
+    return locked(roster, ZRAccess::write, [&]() ZR_NTS -> Ref<ZRPerson> {
         const std::size_t start = _state->lexer ? _state->lexer->cursor() : 0;
         auto person = ZRPerson::initWithRoster(Ref<ZRRoster>(&roster));
         if (!person)

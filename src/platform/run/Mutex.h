@@ -20,6 +20,7 @@
 #define ZR_ACQUIRE(...) ZR_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define ZR_RELEASE(...) ZR_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
 #define ZR_TRY_ACQUIRE(...) ZR_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
+#define ZR_ASSERT_CAPABILITY(...) ZR_THREAD_ATTRIBUTE(assert_capability(__VA_ARGS__))
 #define ZR_RETURN_CAPABILITY(mutex) ZR_THREAD_ATTRIBUTE(lock_returned(mutex))
 #define ZR_NO_THREAD_SAFETY_ANALYSIS ZR_THREAD_ATTRIBUTE(no_thread_safety_analysis)
 
