@@ -87,6 +87,8 @@ bool ZRRecord::nts_SetValue(const Value& value, std::string_view property, bool 
         return false;
     if (!_databaseImpl && !_roster->nts_AddRecord(*this))
         return false;
+    if (!_databaseImpl->context())
+        throw objectstore::InaccessibleObject(_uniqueId + " is gone and cannot be written");
     return _databaseImpl->nts_SetValue(value, property, recordCouldBeInDatabase, *this);
 }
 

@@ -52,12 +52,8 @@ public:
         for (PersistentStore* store : storesWithChanges()) {
             _parts.push_back(std::make_unique<Part>(*store));
             Part& part = *_parts.back();
-            takeInOthers(*store);
+            takeInOthers(part);
             part.write = std::make_unique<StoreWrite>(_context, *store);
-            if (_context.mergeBase >= 0)
-                part.merge = std::make_unique<UnitMerge>(_context, *part.write);
-            if (part.merge)
-                part.merge->plan();
             part.write->run();
             if (part.merge)
                 part.merge->finishWriting();
@@ -90,19 +86,24 @@ private:
         explicit Part(PersistentStore& chosen) : store(chosen), transaction(chosen.state()) { }
         PersistentStore& store;
         WriteTransaction transaction;
-        std::unique_ptr<StoreWrite> write;
+        std::unique_ptr<StoreWrite> draft;
         std::unique_ptr<UnitMerge> merge;
+        std::unique_ptr<StoreWrite> write;
     };
 
     /// What others saved is taken in before anything is written over it; what was derived of both is made
     /// anew.
-    void takeInOthers(PersistentStore& store)
+    void takeInOthers(Part& part)
     {
-        if (_context.seen(store).seen == store.state().commitNumber)
+        PersistentStore& store = part.store;
+        if (_context.seen(store).seen != store.state().commitNumber)
+            catchUp(_context, store, store.state());
+        if (_context.mergeBase < 0)
             return;
-        catchUp(_context, store, store.state());
-        if (_context.mergeBase >= 0)
-            askObjects();
+        part.draft = std::make_unique<StoreWrite>(_context, store);
+        part.merge = std::make_unique<UnitMerge>(_context, *part.draft);
+        part.merge->plan();
+        askObjects();
     }
 
     void postWillSave()
@@ -155,10 +156,7 @@ private:
         _context.seen(part.store).seen = write.version();
         changes.inserted.reserve(changes.inserted.size() + write.inserted().size());
         for (auto& written : write.inserted())
-            if (written.isDropped)
-                _context.abandon(*written.object);
-            else
-                becomePermanent(written, changes);
+            becomePermanent(written, changes);
         for (auto& written : write.updated()) {
             if (written.isLost) {
                 platform::log(fmt::format(
@@ -166,8 +164,6 @@ private:
                 _context.abandon(*written.object);
                 continue;
             }
-            if (written.key != written.object->key())
-                moveTo(written);
             replaceRow(written);
             changes.updated.push_back(written.object);
         }
@@ -190,14 +186,6 @@ private:
         replaceRow(written);
         ObjectAccess::add(object, ObjectAccess::kCreated);
         changes.inserted.push_back(written.object);
-    }
-
-    /// Another writer gave the entry a new row: the object is that row from now on.
-    void moveTo(const Written& written)
-    {
-        _context.unregister(*written.object);
-        ObjectAccess::key(*written.object) = written.key;
-        _context.tableOf(*written.object).put(*written.object);
     }
 
     static void replaceRow(Written& written)

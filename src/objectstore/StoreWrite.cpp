@@ -181,7 +181,7 @@ void StoreWrite::writeInserts()
         if (from->object->entity().textIndex())
             std::ranges::stable_sort(from, to, {}, ownerKey);
         for (; from != to; ++from)
-            if (!from->row && !from->isDropped)
+            if (!from->row)
                 writeInsert(*from);
     }
 }

@@ -8,7 +8,6 @@
 #include <map>
 #include <span>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 namespace objectstore {
@@ -22,8 +21,6 @@ struct Written {
     RowRef row;
     /// Nothing was written, because the row is gone.
     bool isLost = false;
-    /// Nothing is to be written: a merge left it out.
-    bool isDropped = false;
 };
 
 /// Writes the unsaved changes of a context to one store, within a write transaction, and changes nothing of
@@ -92,8 +89,6 @@ private:
     std::map<std::int64_t, const Slot*> _owners;
     std::map<const Entity*, TextIndex> _textIndexes;
     std::vector<FieldValue> _fields;
-    /// Deleted here, but the merge lets what others made of them stay.
-    std::unordered_set<const StoreObject*> _spared;
 };
 
 } // namespace objectstore

@@ -52,7 +52,7 @@ void StoreWrite::deleteRows(const Entity& entity, const ObjectList& objects)
     deleteLarge(entity, keys);
     if (entity.owner()) {
         for (const auto& object : objects)
-            if (const RowRef row = _spared.contains(object.get()) ? nullptr : rowOf(*object))
+            if (const RowRef row = rowOf(*object))
                 deleteEntry(entity, *row);
         return;
     }

@@ -47,6 +47,7 @@ void UnitMerge::plan()
         _owners.insert(unit.owner);
         choosePrimary(unit);
         decide(unit);
+        forgetParts(unit.owner);
     }
 }
 
@@ -173,8 +174,8 @@ void UnitMerge::decide(Unit& unit)
         else if (entry.inserted && entry.theirs)
             // Added on both sides: mine takes its place.
             _write.deleteEntry(*unit.entity, *entry.theirs);
-        else if (entry.updated && entry.theirs)
-            entry.updated->key = entry.theirs->key();
+        else if (entry.updated && entry.theirs && entry.theirs->key() != entry.updated->key)
+            becomeTheirs(*entry.updated->object, entry.theirs);
     }
 }
 
@@ -183,9 +184,29 @@ void UnitMerge::decideRewritten(Entry& entry)
     const bool isRemoved = !entry.theirs;
     if (!isRemoved && !isUnchanged(*entry.inserted->object, *entry.base))
         return;
-    entry.inserted->isDropped = true;
+    _context.abandon(*entry.inserted->object);
     if (!isRemoved)
-        _write._spared.insert(entry.deleted);
+        _context.abandon(*entry.deleted);
+}
+
+/// Another writer gave the entry a new row: the object is that row from now on.
+void UnitMerge::becomeTheirs(StoreObject& object, const RowRef& theirs)
+{
+    _context.unregister(object);
+    ObjectAccess::key(object) = theirs->key();
+    _context.tableOf(object).put(object);
+    _context.exchangeRow(object, theirs);
+}
+
+/// The parts of the owner are read again when somebody asks for them.
+void UnitMerge::forgetParts(std::int64_t owner)
+{
+    const ObjectRef object = _context.registered(&_write.store(), owner);
+    if (!object)
+        return;
+    if (auto& caches = ObjectAccess::caches(*object))
+        caches->unload();
+    object->didTurnIntoFault();
 }
 
 /// Whether an entry says what it said before; its place in the unit is not what it says.

@@ -12,7 +12,7 @@
 
 namespace objectstore {
 
-/// Settles, around the write of a save, what becomes of units that others changed too.
+/// Settles, before and after the write of a save, what becomes of units that others changed too.
 ///
 /// The entries of such a unit are theirs, plus those added here, less those removed here. An entry that both
 /// changed is written as it is here; one that was rewritten here with nothing changed stays as theirs; one
@@ -20,14 +20,16 @@ namespace objectstore {
 /// one chosen here, else the one chosen there. An object that its owner has once is an entry without an
 /// identifier.
 ///
-/// Ownership: borrows the context and the write.
+/// Ownership: borrows the context and a draft of the write, which only says what would be written: `plan`
+///            changes objects of the context, and what they are then is collected anew.
 /// Threads:   under both locks.
 /// Errors:    throws sqlite::Failure.
 class UnitMerge {
 public:
     UnitMerge(ContextState& context, StoreWrite& write) : _context(context), _write(write) { }
 
-    /// Before the write: takes out of it what is not to be written.
+    /// Before the write, and before anything is derived from the objects: brings those of the context to what
+    /// is to be written. Entries that were rewritten here and say nothing new leave it for theirs.
     void plan();
     /// After the write: brings order and primary of the merged units into line.
     void finishWriting();
@@ -63,6 +65,8 @@ private:
     void readTheirs(Unit& unit);
     void decide(Unit& unit);
     void decideRewritten(Entry& entry);
+    void becomeTheirs(StoreObject& object, const RowRef& theirs);
+    void forgetParts(std::int64_t owner);
     bool isUnchanged(StoreObject& object, const Row& base) const;
     void choosePrimary(Unit& unit);
     void arrange(const Unit& unit);

@@ -8,6 +8,7 @@
 #include "core/ZRRecord.h"
 #include "core/ZRStringAdditions.h"
 #include "objectstore/StoreContext.h"
+#include "objectstore/StoreErrors.h"
 #include "platform/value/PropertyList.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelSlots.h"
@@ -108,12 +109,20 @@ ObjectRef insertRow(const objectstore::Entity& entity, ZROSRecord& owner)
     return row;
 }
 
+/// The look at the old rows may have found that the record was deleted elsewhere.
+StoreContext& contextOf(const ZROSRecord& record)
+{
+    if (StoreContext* const context = record.context())
+        return *context;
+    throw objectstore::InaccessibleObject("the record of the entries is gone");
+}
+
 /// Replaces `old` by one row for each entry; `make` makes a row of `key`'s entity with its value.
 template <class Make>
 void rewriteRows(
     const ObjectList& old, const Slot& key, const ZRMultiValue* entries, ZROSRecord& record, Make&& make)
 {
-    StoreContext& context = *record.context();
+    StoreContext& context = contextOf(record);
     Wrapper::DistributionListConfigs choices;
     Wrapper::deletePropertyValues(old, key, choices, record, context);
     const auto& slots = rowSlots(*key.destination);
