@@ -44,6 +44,8 @@ void require(const StoreObject& object, const Slot& slot, const StoreObject* oth
 {
     if (!other)
         return;
+    if (!other->context() || !object.context())
+        throw InaccessibleObject(fmt::format("{}.{}: one end is gone", slot.entity->name(), slot.key));
     if (other->context() != object.context())
         throw InvalidKey(
             fmt::format("{}.{} cannot lead into another context", slot.entity->name(), slot.key));
