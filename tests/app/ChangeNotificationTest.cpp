@@ -2,6 +2,7 @@
 #include "MailWorld.h"
 
 #include "platform/notify/NotificationCenter.h"
+#include "platform/run/MainQueue.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -280,8 +281,8 @@ TEST_F(ChangeNotification, IsOneForTheSharedRoster)
     const auto watcher = ZRChangeNotification::sharedChangeNotification();
     watcher->setHost(host);
     ASSERT_TRUE(shared->save());
-    post(kZRDatabaseChangedNotification, kZRInsertedRecords, mine->uniqueId());
-    EXPECT_THAT(host->questions, SizeIs(1));
+    // What the save posted is heard on the main queue.
+    platform::MainQueue::shared().sync([&] { EXPECT_THAT(host->questions, SizeIs(1)); });
     host->answer(false);
     watcher->setHost(nullptr);
 }
