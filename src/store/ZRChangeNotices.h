@@ -1,7 +1,14 @@
 // The keys of a change notice that only the library's own processes read, and its bounds.
 #pragma once
 
+#include "core/ZRConstants.h"
+
 #include <cstddef>
+#include <string_view>
+
+/// The keys of the lists of unique ids.
+inline constexpr std::string_view kZRNoticeLists[] = {
+    zr::kZRInsertedRecords, zr::kZRUpdatedRecords, zr::kZRDeletedRecords};
 
 /// The effective user of the sender: a number.
 inline constexpr char kZRUserUIDKey[] = "kZRUserUID";

@@ -27,9 +27,6 @@ using platform::Value;
 
 namespace {
 
-constexpr std::string_view kListKeys[] = {
-    zr::kZRInsertedRecords, zr::kZRUpdatedRecords, zr::kZRDeletedRecords};
-
 /// A change notice, read.
 struct Notice {
     explicit Notice(const Value& info)
@@ -39,7 +36,7 @@ struct Notice {
         , restored(info[zr::kZRRestoreFromBackup].asBoolean() || info[zr::kZRRestoreFromMetadata].asBoolean())
         , hasRecords(info[kZRReloadRecords].asBoolean()
               || std::ranges::any_of(
-                  kListKeys, [&](std::string_view key) { return !info[key].asArray().empty(); }))
+                  kZRNoticeLists, [&](std::string_view key) { return !info[key].asArray().empty(); }))
     {
     }
 
@@ -179,7 +176,7 @@ void ZRRoster::resetRecordsWithUserInfo(const Value& userInfo)
         // The versions in the store are the truth: this finds all that changed, named or not.
         if (const auto caught = context->catchUp(); !caught)
             platform::log(fmt::format("Error refreshing records: {}", caught.error().text));
-        for (const std::string_view key : kListKeys)
+        for (const std::string_view key : kZRNoticeLists)
             resetRecordsWithUniqueIds(userInfo[key]);
         std::vector<std::string> deleted;
         for (const Value& id : userInfo[zr::kZRDeletedRecords].asArray())

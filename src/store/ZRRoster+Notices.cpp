@@ -27,9 +27,6 @@ using platform::Value;
 
 namespace {
 
-constexpr std::string_view kListKeys[] = {
-    zr::kZRInsertedRecords, zr::kZRUpdatedRecords, zr::kZRDeletedRecords};
-
 const Value& entryOf(const ZRRoster::UserInfo& info, std::string_view key)
 {
     static const Value absent;
@@ -39,7 +36,7 @@ const Value& entryOf(const ZRRoster::UserInfo& info, std::string_view key)
 
 bool hasRecords(const ZRRoster::UserInfo& info)
 {
-    return std::ranges::any_of(kListKeys, [&](std::string_view key) { return info.contains(key); });
+    return std::ranges::any_of(kZRNoticeLists, [&](std::string_view key) { return info.contains(key); });
 }
 
 /// Unique ids, each once, less those that another list of the same notice has.
@@ -176,12 +173,12 @@ Value dictionaryOf(const ZRRoster::UserInfo& info) { return Value::dictionary({i
 Value travelling(const ZRRoster::UserInfo& info)
 {
     std::size_t count = 0;
-    for (const std::string_view key : kListKeys)
+    for (const std::string_view key : kZRNoticeLists)
         count += entryOf(info, key).asArray().size();
     if (count <= kZRMostIdsInNotice)
         return dictionaryOf(info);
     ZRRoster::UserInfo shorter = info;
-    for (const std::string_view key : kListKeys)
+    for (const std::string_view key : kZRNoticeLists)
         shorter.erase(std::string(key));
     shorter.insert_or_assign(std::string(kZRReloadRecords), Value(true));
     return dictionaryOf(shorter);

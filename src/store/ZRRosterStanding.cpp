@@ -84,7 +84,7 @@ Versions versionsOf(ZRRoster& roster) ZR_NTS
     readFacts(roster, versions);
     if (const auto info = roster.nts_Info())
         versions.lastSaved = info->nts_ValueForProperty("LastSavedVersion").asText();
-    versions.library = ZRFrameworkBundle().version();
+    versions.roster = ZRFrameworkBundle().version();
     versions.sqlite = objectstore::sqliteVersion();
     versions.icu = icuVersion();
     return versions;

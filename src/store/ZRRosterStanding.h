@@ -49,7 +49,7 @@ struct ZRRosterStanding {
         bool isCollationOurs = false;
         /// Which version of the system wrote the store last; empty when none says so.
         std::string lastSaved;
-        std::string library, sqlite, icu;
+        std::string roster, sqlite, icu;
     };
 
     /// Processes, other than this one, that have the store file open.

@@ -62,7 +62,7 @@ Json versionsJson(const ZRRosterStanding::Versions& versions)
     return Json{{"commit", versions.commit}, {"store", versions.storeIdentifier},
         {"modelHash", versions.modelHash}, {"database", std::round(versions.database * 100) / 100},
         {"collation", versions.collation}, {"collationIsOurs", versions.isCollationOurs},
-        {"lastSavedBy", textOrNull(versions.lastSaved)}, {"library", versions.library},
+        {"lastSavedBy", textOrNull(versions.lastSaved)}, {"library", versions.roster},
         {"sqlite", versions.sqlite}, {"icu", versions.icu}};
 }
 
@@ -141,7 +141,7 @@ std::string standingText(const platform::Result<FileLock>& lock, const ZRRosterS
         {"Model", fmt::format("{}, database version {:.2f}", versions.modelHash, versions.database)},
         {"Sorting keys", collationText(versions)},
         {"Versions",
-            fmt::format("roster {}, SQLite {}, ICU {}", versions.library, versions.sqlite, versions.icu)},
+            fmt::format("roster {}, SQLite {}, ICU {}", versions.roster, versions.sqlite, versions.icu)},
         {"Notices", notices.problem.empty() ? notices.file : notices.file + ": " + notices.problem},
         {"Sync", syncText(sync)},
     };
