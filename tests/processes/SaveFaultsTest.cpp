@@ -2,6 +2,8 @@
 #include "processes/Crowd.h"
 
 #include "platform/notify/DistributedNotificationCenter.h"
+#include "store/ZRModelTable.h"
+#include "store/ZRRosterState.h"
 #include "store/ZRServices.h"
 #include "support/FaultyVfs.h"
 
@@ -64,6 +66,25 @@ void editEverything(ZRRoster& roster)
     roster.removeRecord(people.at(1));
 }
 
+/// The store of mail recents, beside the roster's.
+Ref<ZRManagedObjectContext> openRecents(ZRRoster& roster)
+{
+    constexpr float version = 0.02F;
+    return nts_managedObjectContextWithModel(mailRecentsModel(), roster.mailRecentsObjectStoreDatabaseFile(),
+        ZRStoreDataType::mailRecents, version)
+        .context;
+}
+
+std::size_t countRecents(ZRManagedObjectContext& recents)
+{
+    return recents.zrObjectsForPredicate(nullptr, kZRObjectStoreMailRecentEntityName).size();
+}
+
+const Role countsRecents("count recents", [](const Words&) {
+    const auto roster = openShared();
+    return Json(countRecents(*openRecents(*roster))).dump();
+});
+
 /// Edits, then saves with one fault. Words: the fault's index in the table, which call fails (0: none, but
 /// the store of mail recents cannot be written).
 const Role savesWithFault("save with a fault", [](const Words& words) {
@@ -74,12 +95,19 @@ const Role savesWithFault("save with a fault", [](const Words& words) {
     Json answer{{"before", fetchedLines(*roster)}};
     editEverything(*roster);
     answer["after"] = fetchedLines(*roster);
+    const auto recents = openRecents(*roster);
+    answer["recents"] = countRecents(*recents);
+    recents->insertObjectOfEntity(kZRObjectStoreMailRecentEntityName)
+        ->setValueForKey("email", Value("a@b.example"));
+    auto& services = ZRServices::registered();
+    services.hasUnsavedMailRecents = [&] { return recents->hasChanges(); };
+    services.saveMailRecents = [&] { return static_cast<bool>(recents->save()); };
 
     const Fault& fault = kFaults[std::stoul(words.at(0))];
     const int n = std::stoi(words.at(1));
     bool hasFailed = false;
     if (n == 0)
-        ZRServices::registered().saveMailRecents = [&] {
+        services.saveMailRecents = [&] {
             hasFailed = true;
             return false;
         };
@@ -114,8 +142,11 @@ protected:
         if (!isNew) {
             EXPECT_EQ(differences(told.at("before"), lines), "") << "neither the old state nor the new one";
         }
+        const std::size_t before = told.at("recents"), now = crowd.ask("count recents");
+        EXPECT_TRUE(now == before || (isNew && now == before + 1)) << "recents without the roster's changes";
+        middle += isNew && now == before;
         if (told.at("saved")) {
-            EXPECT_TRUE(isNew) << "a save that said true is lost";
+            EXPECT_TRUE(isNew && now == before + 1) << "a save that said true is lost";
             EXPECT_GT(told.at("posts"), 0);
         } else {
             refused += 1;
@@ -127,6 +158,8 @@ protected:
 
     Crowd crowd{6, 1};
     int refused = 0;
+    /// The roster is written, the recents are not.
+    int middle = 0;
 };
 
 class SaveFaults : public SavedWithFaults, public testing::WithParamInterface<std::size_t> { };
@@ -142,9 +175,11 @@ TEST_P(SaveFaults, LeaveTheOldStateOrTheNewOneAndTellNobodyOfAFailedSave)
         check(told);
         hasFailed = told.at("hasFailed");
     }
-    std::cout << "calls: fewer than " << n << ", saves refused: " << refused << "\n";
+    std::cout << "calls: fewer than " << n << ", saves refused: " << refused
+              << ", with the roster written: " << middle << "\n";
     if (!fault.mayPass) {
         EXPECT_GT(refused, 0);
+        EXPECT_GT(middle, 0) << "no fault met the store of mail recents";
     }
 }
 
