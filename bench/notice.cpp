@@ -1,11 +1,11 @@
 // How long it takes until the observers of other processes know what was saved.
 #include "core/ZRConstants.h"
 #include "core/ZRPerson.h"
-#include "platform/files/Preferences.h"
 #include "platform/notify/NotificationCenter.h"
 #include "store/ZRRoster.h"
 #include "support/Commands.h"
 #include "support/Measure.h"
+#include "support/OpenRoster.h"
 
 #include <fmt/format.h>
 
@@ -21,7 +21,6 @@
 
 namespace {
 
-using platform::Ref;
 using platform::Value;
 
 constexpr int kListeners = 8;
@@ -34,21 +33,10 @@ double monotonic()
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-Ref<ZRRoster> openRoster(const std::string& directory)
-{
-    platform::Preferences::shared().setArgument(
-        "ZRAlternateDataStoreDirectory", Value(std::filesystem::absolute(directory).string()));
-    ZRRoster::setShouldCreateEmptyDatabase(true);
-    auto roster = ZRRoster::sharedRoster();
-    if (!roster || !ZRRoster::openingReport().empty())
-        bench::fail(fmt::format("{}: {}", directory, ZRRoster::openingReport()));
-    return roster;
-}
-
 /// Hears of so many new cards, each of which says when its save began, and prints how old each news was.
 int listen(const std::string& directory, std::size_t saves)
 {
-    const auto roster = openRoster(directory);
+    const auto roster = bench::openRoster(directory);
     std::mutex mutex;
     std::condition_variable heardAll;
     std::vector<double> ages;
@@ -86,7 +74,7 @@ FILE* startListener(const std::string& directory, std::size_t saves)
 /// Saves so many new cards, one after the other, while eight processes listen.
 int notice(const std::string& directory, std::size_t saves)
 {
-    const auto roster = openRoster(directory);
+    const auto roster = bench::openRoster(directory);
     std::vector<FILE*> listeners;
     for (int i = 0; i < kListeners; ++i)
         listeners.push_back(startListener(directory, saves));

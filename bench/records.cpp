@@ -2,16 +2,15 @@
 #include "core/ZRConstants.h"
 #include "core/ZRMutableMultiValue.h"
 #include "core/ZRPerson.h"
-#include "platform/files/Preferences.h"
 #include "store/ZRRoster.h"
 #include "support/Commands.h"
 #include "support/Measure.h"
+#include "support/OpenRoster.h"
 
 #include <fmt/format.h>
 #include <sqlite3.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,17 +20,6 @@ namespace {
 using bench::Result;
 using platform::Ref;
 using platform::Value;
-
-Ref<ZRRoster> openRoster(const std::string& directory)
-{
-    platform::Preferences::shared().setArgument(
-        "ZRAlternateDataStoreDirectory", Value(std::filesystem::absolute(directory).string()));
-    ZRRoster::setShouldCreateEmptyDatabase(true);
-    auto roster = ZRRoster::sharedRoster();
-    if (!roster || !ZRRoster::openingReport().empty())
-        bench::fail(fmt::format("{}: {}", directory, ZRRoster::openingReport()));
-    return roster;
-}
 
 /// Reads what a list shows of each.
 std::size_t readNames(const ZRRecordList& people)
@@ -73,7 +61,7 @@ int countStatementsOf(sqlite3* connection, const char**, const struct sqlite3_ap
 int list(std::string_view job, const std::string& directory, std::size_t limit)
 {
     const bench::Stopwatch watch;
-    const auto roster = openRoster(directory);
+    const auto roster = bench::openRoster(directory);
     const double opened = watch.wall();
     const ZRRecordList people = roster->sortedPeople(ZRNameOrder::preferred, limit);
     const double listed = watch.wall();
@@ -127,7 +115,7 @@ void editCard(ZRRoster& roster, const std::string& id, const std::string& title,
 
 int edit(const std::string& directory, std::size_t edits)
 {
-    const auto roster = openRoster(directory);
+    const auto roster = bench::openRoster(directory);
     const auto ids = allIds(*roster);
     Result result("edit", "roster", directory, ids.size());
     std::uint64_t state = 1;
@@ -154,7 +142,7 @@ Value entry(std::string_view value, std::string_view label)
 
 int add(const std::string& directory, std::size_t cards)
 {
-    const auto roster = openRoster(directory);
+    const auto roster = bench::openRoster(directory);
     Result result("add", "roster", directory, allIds(*roster).size());
     for (std::size_t i = 0; i < cards; ++i)
         result.time([&] {

@@ -66,6 +66,13 @@ void whileOwned(ZRRoster& roster, Body body)
     body();
 }
 
+/// Whether another process announced a reset that has not come yet.
+bool isWaitingForReset(ZRRoster& roster)
+{
+    return locked(
+        roster, ZRAccess::read, [&]() ZR_NTS { return ZRRosterAccess::state(roster).flags.waitingForReset; });
+}
+
 /// What a notice without ids may be about: of these few, all are looked at.
 bool isAlwaysRefreshed(const StoreObject& object)
 {
@@ -116,10 +123,7 @@ void ZRRoster::databaseChangedExternally(const std::string& name, const Value& u
     if ((!notice.isOfDirectory(*this) && !notice.isOfSource()) || !notice.isOfOtherProcess()
         || (!notice.hasRecords && !notice.restored))
         return;
-    const auto isWaitingForReset = [this] {
-        return locked(*this, ZRAccess::read, [&]() ZR_NTS { return _state->flags.waitingForReset; });
-    };
-    const bool isWaiting = isWaitingForReset();
+    const bool isWaiting = isWaitingForReset(*this);
     if (notice.restored && (isWaiting || !notice.hasRecords)) {
         platform::log(fmt::format("Resetting database due to: {}", userInfo.description()));
         resetDatabase();
@@ -127,7 +131,7 @@ void ZRRoster::databaseChangedExternally(const std::string& name, const Value& u
         resetRecordsWithUserInfo(userInfo);
     }
     // On the main queue a reset is over by now, and whoever waited for it hears why.
-    if (!isWaitingForReset())
+    if (!isWaitingForReset(*this))
         tellOfExternalChange(name, userInfo);
 }
 
@@ -153,9 +157,9 @@ void ZRRoster::willRestoreFromMetadata(const std::string&, const Value& userInfo
 // Nobody knows what the lost notices said: everything that is held is looked at, and observers hear that.
 void ZRRoster::noticesMissed(const std::string&, const Value&)
 {
-    const Value all = Value::dictionary({{kZRReloadRecords, Value(true)}});
-    if (locked(*this, ZRAccess::read, [&]() ZR_NTS { return _state->flags.waitingForReset; }))
+    if (isWaitingForReset(*this))
         return;
+    const Value all = Value::dictionary({{kZRReloadRecords, Value(true)}});
     resetRecordsWithUserInfo(all);
     for (const char* name : {kZRDatabaseChangedNotification, kZRDatabaseChangedNotificationPriv})
         tellOfExternalChange(name, all);

@@ -10,15 +10,8 @@
 namespace {
 
 using namespace test;
+using Fault = FaultyVfs::Fault;
 using Operation = FaultyVfs::Operation;
-
-struct Fault {
-    const char* name;
-    Operation operation;
-    int code;
-    /// Whether the save has to be refused, or may get over it by trying again.
-    bool mayPass;
-};
 
 const Fault kFaults[]{
     {"WriteFails", Operation::write, SQLITE_IOERR_WRITE, false},

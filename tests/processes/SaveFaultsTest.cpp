@@ -14,15 +14,8 @@
 namespace {
 
 using namespace test;
+using Fault = FaultyVfs::Fault;
 using Operation = FaultyVfs::Operation;
-
-struct Fault {
-    const char* name;
-    Operation operation;
-    int code;
-    /// SQLite may get over it, or the save may not make such a call at all.
-    bool mayPass;
-};
 
 /// There are many writes, of which the usual run takes every so many; ROSTER_FAULT_STRIDE=1 takes each.
 #ifdef SLOW_BUILD

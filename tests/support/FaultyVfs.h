@@ -27,6 +27,15 @@ public:
     static constexpr std::array kOperations{
         Operation::write, Operation::sync, Operation::truncate, Operation::lock, Operation::shareMemory};
 
+    /// What a test lets go wrong.
+    struct Fault {
+        const char* name;
+        Operation operation;
+        int code;
+        /// SQLite may get over it, or what is tested may make no such call at all.
+        bool mayPass;
+    };
+
     /// Asked before each operation with the file's path ("-wal" and "-shm" belong to the database): SQLITE_OK
     /// lets it pass, anything else is its result. A failed write leaves the first half of its bytes behind.
     using Hook = std::function<int(Operation, std::string_view path)>;

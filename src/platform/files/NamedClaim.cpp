@@ -3,40 +3,15 @@
 
 #include "platform/files/Directories.h"
 #include "platform/files/Files.h"
+#include "platform/files/PlainFileName.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
 
-#include <fmt/format.h>
-
 namespace platform {
-
-namespace {
-
-/// Readable characters that stay as they are, so that people know the file; then a hash (FNV-1a) of the whole
-/// name, for those that a file cannot be called by.
-std::string fileNameFor(std::string_view name)
-{
-    constexpr std::size_t longestPart = 100;
-    std::uint64_t hash = 14695981039346656037U;
-    for (const char c : name)
-        hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
-    std::string part(name.substr(0, longestPart));
-    std::ranges::replace_if(
-        part,
-        [](char c) {
-            return !((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.');
-        },
-        '-');
-    return fmt::format("{}-{:016x}.claim", part, hash);
-}
-
-} // namespace
 
 Result<std::optional<NamedClaim>> NamedClaim::take(std::string_view name)
 {
@@ -44,7 +19,7 @@ Result<std::optional<NamedClaim>> NamedClaim::take(std::string_view name)
     const auto directory = Directories::current()->runtime();
     if (!directory)
         return directory.error();
-    const std::string path = *directory + "/" + fileNameFor(name);
+    const std::string path = *directory + "/" + plainFileName(name) + ".claim";
     FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, privateFile));
     if (!file)
         return fileError(path, "cannot be opened", errno);

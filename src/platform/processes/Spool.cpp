@@ -3,7 +3,7 @@
 
 #include "platform/files/Directories.h"
 #include "platform/files/Files.h"
-#include "platform/processes/PortAddress.h"
+#include "platform/files/PlainFileName.h"
 #include "platform/run/Log.h"
 #include "platform/value/PropertyList.h"
 

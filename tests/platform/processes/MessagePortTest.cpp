@@ -1,5 +1,6 @@
 // Who gets a name, who is heard under it, and what callers of all kinds are answered.
 #include "platform/processes/MessagePort.h"
+#include "platform/files/PlainFileName.h"
 #include "platform/processes/PortAddress.h"
 #include "platform/processes/PortFrame.h"
 #include "platform/processes/PortPeer.h"
