@@ -8,6 +8,7 @@
 #include "platform/run/Log.h"
 #include "platform/text/Compare.h"
 #include "platform/text/Fold.h"
+#include "search/ZRSmartGroup.h"
 #include "store/ZRCustomProperties.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"

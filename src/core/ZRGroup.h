@@ -50,19 +50,6 @@ private:
     friend struct ZRRecordClasses;
 };
 
-/// A group whose members are whatever matches its search element.
-class ZR_EXPORT ZRSmartGroup : public ZRGroup {
-public:
-    static const ZRRecordClass recordClassDescription;
-    const ZRRecordClass& recordClass() const override { return recordClassDescription; }
-
-protected:
-    ZRSmartGroup() = default;
-
-private:
-    friend struct ZRRecordClasses;
-};
-
 /// A group that came with a subscription.
 class ZR_EXPORT ZRSubscribedGroup : public ZRGroup {
 public:

@@ -11,6 +11,7 @@
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/run/Log.h"
 #include "platform/text/Utf.h"
+#include "search/ZRSmartGroup.h"
 #include "store/ZRCustomProperties.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRoster.h"

@@ -6,6 +6,7 @@
 #include "core/ZRInfo.h"
 #include "core/ZRPerson.h"
 #include "core/ZRPrivateRecords.h"
+#include "search/ZRSmartGroup.h"
 
 #include <algorithm>
 

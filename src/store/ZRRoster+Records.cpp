@@ -9,6 +9,7 @@
 #include "objectstore/StoreContext.h"
 #include "platform/run/Log.h"
 #include "platform/text/Fold.h"
+#include "search/ZRSmartGroup.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"

@@ -3,6 +3,7 @@
 
 #include "platform/notify/NotificationCenter.h"
 #include "platform/run/MainQueue.h"
+#include "search/ZRSmartGroup.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -6,6 +6,7 @@
 #include "objectstore/StoreContext.h"
 #include "objectstore/StoreCoordinator.h"
 #include "objectstore/StoreErrors.h"
+#include "search/ZRSmartGroup.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelTable.h"
 #include "store/ZRMultiValueObjectStoreWrapper.h"
