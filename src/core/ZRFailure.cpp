@@ -1,4 +1,4 @@
-// The invalid-argument failure.
+// The failures of callers.
 #include "core/ZRFailure.h"
 
 #include <fmt/format.h>
@@ -9,5 +9,12 @@ ZRInvalidArgument::ZRInvalidArgument(std::string_view condition)
 }
 
 ZRInvalidArgument::~ZRInvalidArgument() = default;
+
+ZRUnimplementedOperation::ZRUnimplementedOperation(std::string_view className, std::string_view operation)
+    : _text(fmt::format("{} does not implement {}", className, operation))
+{
+}
+
+ZRUnimplementedOperation::~ZRUnimplementedOperation() = default;
 
 void zrRefuse(std::string_view condition) { throw ZRInvalidArgument(condition); }

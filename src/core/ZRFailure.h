@@ -28,6 +28,23 @@ private:
     std::string _text;
 };
 
+/// Raised by an operation that a class has by its base but does not implement: the caller's mistake.
+///
+/// Ownership: owns its text.
+/// Threads:   like any plain value.
+/// Errors:    none.
+class ZR_EXPORT ZRUnimplementedOperation : public std::exception {
+public:
+    /// "<class> does not implement <operation>".
+    ZRUnimplementedOperation(std::string_view className, std::string_view operation);
+    ~ZRUnimplementedOperation() override;
+
+    const char* what() const noexcept override { return _text.c_str(); }
+
+private:
+    std::string _text;
+};
+
 /// Raises ZRInvalidArgument for `condition`.
 [[noreturn]] ZR_EXPORT void zrRefuse(std::string_view condition);
 

@@ -43,6 +43,13 @@ public:
         const platform::Value& typesByName, ZRRoster* roster, bool acquireLock, bool save);
     static std::int64_t removeProperties(const platform::Value& names);
 
+    // ---- searching                                                     (search/ZRRecord+Search.cpp)
+
+    /// A search for groups by one property; an absent property is the name. See ZRSearchElementMatch.
+    static platform::Ref<ZRSearchElement> searchElementForProperty(std::optional<std::string_view> property,
+        std::optional<std::string_view> label, std::optional<std::string_view> key,
+        const platform::Value& value, ZRSearchComparison comparison);
+
 protected:
     ZRGroup() = default;
 
@@ -55,6 +62,9 @@ class ZR_EXPORT ZRSubscribedGroup : public ZRGroup {
 public:
     static const ZRRecordClass recordClassDescription;
     const ZRRecordClass& recordClass() const override { return recordClassDescription; }
+    static platform::Ref<ZRSearchElement> searchElementForProperty(std::optional<std::string_view> property,
+        std::optional<std::string_view> label, std::optional<std::string_view> key,
+        const platform::Value& value, ZRSearchComparison comparison);
 
 protected:
     ZRSubscribedGroup() = default;

@@ -88,6 +88,13 @@ public:
     /// Forgets which fields of Me vCards leave out.
     static void clearPrivateFields();
 
+    // ---- searching                                                     (search/ZRRecord+Search.cpp)
+
+    /// A search for people by one property; absent texts are null. See ZRSearchElementMatch.
+    static platform::Ref<ZRSearchElement> searchElementForProperty(std::optional<std::string_view> property,
+        std::optional<std::string_view> label, std::optional<std::string_view> key,
+        const platform::Value& value, ZRSearchComparison comparison);
+
     // ---- pictures, in the images directory beside the store
 
     platform::Value imageData() const;
@@ -119,6 +126,9 @@ public:
     static const ZRRecordClass recordClassDescription;
     const ZRRecordClass& recordClass() const override { return recordClassDescription; }
 
+    static platform::Ref<ZRSearchElement> searchElementForProperty(std::optional<std::string_view> property,
+        std::optional<std::string_view> label, std::optional<std::string_view> key,
+        const platform::Value& value, ZRSearchComparison comparison);
     /// True when a group that it came with is read-only, or nobody may write to the subscription.
     bool isReadOnly() const override;
 

@@ -21,6 +21,7 @@ class ZROSRecord;
 class ZRMutableSet;
 class ZRRecord;
 class ZRRoster;
+class ZRSearchElement;
 
 namespace platform {
 class Pasteboard;
@@ -149,6 +150,14 @@ public:
         const ZRRecordClass& recordClass, std::string_view property, ZRRoster* roster);
     static ZRPropertyType nts_TypeOfProperty(
         const ZRRecordClass& recordClass, std::string_view property, ZRRoster& roster) ZR_NTS;
+
+    // ---- searching                                                     (search/ZRRecord+Search.cpp)
+
+    /// Everything of the people that contains all `terms`, in any case; absent without terms.
+    static platform::Ref<ZRSearchElement> searchElementForTerms(const std::vector<std::string>& terms);
+    /// The same of another class; absent for one that is not searched.
+    static platform::Ref<ZRSearchElement> searchElementForTerms(
+        const ZRRecordClass& recordClass, const std::vector<std::string>& terms);
 
     // ---- place
 

@@ -1,4 +1,4 @@
-// The plain types that C and C++ callers share: indexes and the codes of value types.
+// The plain types that C and C++ callers share: indexes, the codes of value types and of searches.
 #pragma once
 
 #include <stdint.h>
@@ -22,3 +22,39 @@ enum {
     kZRPropertyTypeData,
     kZRPropertyTypeMulti = 0x100
 };
+
+/// How a search compares a property with a value. Searches are kept in files, so the codes never change.
+typedef int32_t ZRSearchComparison;
+enum {
+    kZREqual,
+    kZRNotEqual,
+    kZRLessThan,
+    kZRLessThanOrEqual,
+    kZRGreaterThan,
+    kZRGreaterThanOrEqual,
+    kZREqualCaseInsensitive,
+    kZRContainsSubString,
+    kZRContainsSubStringCaseInsensitive,
+    kZRPrefixMatch,
+    kZRPrefixMatchCaseInsensitive,
+    kZRBitsInBitFieldMatch,
+    kZRDoesNotContainSubString,
+    kZRDoesNotContainSubStringCaseInsensitive,
+    kZRNotEqualCaseInsensitive,
+    kZRSuffixMatch,
+    kZRSuffixMatchCaseInsensitive,
+    kZRWithinIntervalAroundToday,
+    kZRWithinIntervalAroundTodayYearless,
+    kZRNotWithinIntervalAroundToday,
+    kZRNotWithinIntervalAroundTodayYearless,
+    kZRWithinIntervalFromToday,
+    kZRWithinIntervalFromTodayYearless,
+    kZRNotWithinIntervalFromToday,
+    kZRNotWithinIntervalFromTodayYearless,
+    kZRMemberOfGroup,
+    kZRNotMemberOfGroup
+};
+
+/// How the parts of a search go together.
+typedef int32_t ZRSearchConjunction;
+enum { kZRSearchAnd, kZRSearchOr };

@@ -16,6 +16,7 @@ class ZRInfo;
 class ZRManagedObjectContext;
 class ZRPerson;
 class ZRRecordConstraint;
+class ZRSearchElement;
 struct ZRFileLock;
 
 /// How a list of people is sorted; `preferred` is the user's choice.
@@ -191,6 +192,20 @@ public:
     void clearTemporaryCaches() ZR_NTS;
     ZRRecord* nonRetainedCachedRecordForKey(std::string_view key);
     void setNonRetainedCachedRecord(ZRRecord* record, std::string_view key);
+
+    // ---- searching                                                    (search/ZRRoster+Search.cpp)
+
+    /// The records that match, class by class: by one fetch a class where the store can be asked for the
+    /// element, else as `recordsMatchingSearchElementNoHinting`. An absent element raises.
+    ZRRecordList recordsMatchingSearchElement(const platform::Ref<ZRSearchElement>& search);
+    /// Without taking the lock the caller holds it.
+    ZRRecordList recordsMatchingSearchElement(const platform::Ref<ZRSearchElement>& search, bool takeLock);
+    /// The same by looking at every record in memory, people before groups. Nothing without a shared roster.
+    ZRRecordList recordsMatchingSearchElementNoHinting(const platform::Ref<ZRSearchElement>& search);
+    ZRRecordList recordsMatchingSearchElementNoHinting(
+        const platform::Ref<ZRSearchElement>& search, bool takeLock);
+    /// Whether the store can be asked at all: it is open.
+    bool isPredicateSearchingEnabled();
 
     // ---- pictures of people that are not saved yet                    (ZRRoster+Pictures.cpp)
 

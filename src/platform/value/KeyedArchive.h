@@ -45,7 +45,7 @@ enum class KeyedArchiveFault : long {
 inline constexpr char kKeyedArchiveErrorDomain[] = "KeyedArchive";
 
 /// What an Object also is when it can be archived.
-class Archivable {
+class PLATFORM_EXPORT Archivable {
 public:
     /// The name by which the unarchiver finds the factory. It lasts as long as the archives do.
     virtual std::string archiveClassName() const = 0;

@@ -1,0 +1,37 @@
+// The groups that searches name: how a smart group's own search is reached without going in circles.
+#pragma once
+
+#include "core/ZRGlobalLock.h"
+#include "platform/value/Value.h"
+#include "search/ZRSearchElement.h"
+
+#include <optional>
+#include <string>
+
+class ZRGroup;
+class ZRSmartGroup;
+
+/// Whether the value is the marker that stands for "in any group".
+bool isAnyGroupMarker(const platform::Value& value);
+
+/// The search of a smart group; absent when it has none, or one that cannot be read.
+platform::Ref<ZRSearchElement> nts_searchOfSmartGroup(const ZRGroup& group) ZR_NTS;
+
+/// Keeps a smart group marked as being looked into by this thread, so that groups that name each other end.
+///
+/// Ownership: a scope on the stack.
+/// Threads:   each thread has marks of its own, so that searches on different threads do not interfere.
+/// Errors:    none; `isEntered` is false when the thread is in that group already.
+class SmartGroupVisit {
+public:
+    explicit SmartGroupVisit(std::string uniqueId);
+    ~SmartGroupVisit();
+    SmartGroupVisit(const SmartGroupVisit&) = delete;
+    SmartGroupVisit& operator=(const SmartGroupVisit&) = delete;
+
+    bool isEntered() const { return _isEntered; }
+
+private:
+    const std::string _uniqueId;
+    const bool _isEntered;
+};

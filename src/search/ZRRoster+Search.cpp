@@ -1,0 +1,169 @@
+// How a roster finds the records that match a search element: in the store where it can, else one by one.
+#include "core/ZRFailure.h"
+#include "core/ZRGroup.h"
+#include "core/ZRPerson.h"
+#include "objectstore/Model.h"
+#include "objectstore/StorePredicate.h"
+#include "platform/files/UserDefaults.h"
+#include "platform/run/Clock.h"
+#include "platform/run/Log.h"
+#include "search/ZRSearchElement.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRRecordObjectStoreFactoryImpl.h"
+#include "store/ZRRoster.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+
+using platform::Ref;
+using Factory = ZRRecordObjectStoreFactoryImpl;
+
+namespace {
+
+/// A class of records with what the store is asked for it.
+struct ClassSearch {
+    const ZRRecordClass* recordClass;
+    const objectstore::Entity* entity;
+    ZRSearchElement::Predicate predicate;
+};
+
+/// Logs what a search was, which way it went and how long it took, where "ZRSearchDebug" asks for it.
+class SearchLog {
+public:
+    explicit SearchLog(const ZRSearchElement& search) : _search(search) { }
+
+    void matched(const ZRRecordList& records, const std::vector<ClassSearch>& plan = {}) const
+    {
+        if (!_isOn)
+            return;
+        std::string predicates;
+        for (const auto& part : plan)
+            predicates += (predicates.empty() ? "" : ", ") + part.predicate->description();
+        platform::log(
+            fmt::format("Search element:\n  ---> SE[ {} ]\n{}  ---> Matched {} records in {:4.4f} sec",
+                _search.description(), plan.empty() ? "" : fmt::format("  ===>  P[ {} ]\n", predicates),
+                records.size(), platform::Clock::current().monotonic() - _start));
+    }
+
+private:
+    const ZRSearchElement& _search;
+    const bool _isOn = platform::UserDefaults::standard().boolForKey("ZRSearchDebug");
+    const double _start = platform::Clock::current().monotonic();
+};
+
+/// What to ask the store, class by class; empty when it cannot be asked for one of them.
+std::vector<ClassSearch> nts_plan(const ZRSearchElement& search, ZRRoster& roster) ZR_NTS
+{
+    std::vector<ClassSearch> plan;
+    for (const ZRRecordClass* recordClass : search.searchRecordClasses()) {
+        const auto* entity = Factory::implClassForPublicRecordClass(*recordClass);
+        auto predicate = entity ? search._predicateForImplClass(*entity, roster) : nullptr;
+        if (!predicate)
+            return {};
+        plan.push_back({recordClass, entity, std::move(predicate)});
+    }
+    return plan;
+}
+
+void append(ZRRecordList& records, ZRRecordList more)
+{
+    std::ranges::move(more, std::back_inserter(records));
+}
+
+/// People before groups; what is looked for otherwise keeps its order.
+std::vector<const ZRRecordClass*> classesToWalk(const ZRSearchElement& search)
+{
+    auto classes = search.searchRecordClasses();
+    std::ranges::stable_partition(classes,
+        [](const auto* recordClass) { return recordClass->isKindOf(ZRPerson::recordClassDescription); });
+    return classes;
+}
+
+/// Whatever evaluating the element on a live record reads.
+std::vector<std::string> nts_pathsRead(
+    const ZRSearchElement& search, const objectstore::Entity& entity, ZRRoster& roster) ZR_NTS
+{
+    auto paths = search.prefetchingRelationshipKeyPathsForImplClass(entity, roster);
+    for (const char* path : {"contactIndex", "parentGroups"})
+        if (entity.slot(path) && std::ranges::find(paths, path) == paths.end())
+            paths.emplace_back(path);
+    return paths;
+}
+
+ZRRecordList nts_walk(const ZRSearchElement& search, ZRRoster& roster) ZR_NTS
+{
+    ZRRecordList matching;
+    for (const ZRRecordClass* recordClass : classesToWalk(search)) {
+        const auto* entity = Factory::implClassForPublicRecordClass(*recordClass);
+        ZRRecordList all =
+            roster.recordsForClass(*recordClass, nullptr, nts_pathsRead(search, *entity, roster), false);
+        std::erase_if(all, [&](const auto& record) ZR_NTS { return !search.nts_MatchesRecord(*record); });
+        append(matching, std::move(all));
+    }
+    return matching;
+}
+
+ZRRecordList nts_search(const Ref<ZRSearchElement>& search, ZRRoster& roster) ZR_NTS
+{
+    const SearchLog log(*search);
+    const auto plan =
+        roster.isPredicateSearchingEnabled() ? nts_plan(*search, roster) : std::vector<ClassSearch>();
+    if (plan.empty())
+        return roster.recordsMatchingSearchElementNoHinting(search, false);
+    ZRRecordList matching;
+    for (const auto& [recordClass, entity, predicate] : plan)
+        append(matching,
+            roster.recordsForClass(*recordClass, predicate,
+                search->prefetchingRelationshipKeyPathsForImplClass(*entity, roster), false));
+    log.matched(matching, plan);
+    return matching;
+}
+
+void requireElement(const Ref<ZRSearchElement>& search)
+{
+    zrRequire(bool(search), "search != nil && [search isKindOfClass:[ZRSearchElement class]]");
+}
+
+} // namespace
+
+bool ZRRoster::isPredicateSearchingEnabled() { return bool(managedObjectContext()); }
+
+ZRRecordList ZRRoster::recordsMatchingSearchElement(const Ref<ZRSearchElement>& search)
+{
+    return recordsMatchingSearchElement(search, true);
+}
+
+ZRRecordList ZRRoster::recordsMatchingSearchElement(const Ref<ZRSearchElement>& search, bool takeLock)
+{
+    requireElement(search);
+    if (takeLock)
+        return locked(*this, ZRAccess::read, [&]() ZR_NTS { return nts_search(search, *this); });
+    zrGlobalLockIsHeld();
+    return nts_search(search, *this);
+}
+
+ZRRecordList ZRRoster::recordsMatchingSearchElementNoHinting(const Ref<ZRSearchElement>& search)
+{
+    return recordsMatchingSearchElementNoHinting(search, true);
+}
+
+ZRRecordList ZRRoster::recordsMatchingSearchElementNoHinting(
+    const Ref<ZRSearchElement>& search, bool takeLock)
+{
+    requireElement(search);
+    if (!nts_hasSharedInstance())
+        return {};
+    const SearchLog log(*search);
+    const auto walk = [&]() ZR_NTS { return nts_walk(*search, *this); };
+    ZRRecordList matching;
+    if (takeLock) {
+        matching = locked(*this, ZRAccess::read, walk);
+    } else {
+        zrGlobalLockIsHeld();
+        matching = walk();
+    }
+    log.matched(matching);
+    return matching;
+}
