@@ -1,31 +1,84 @@
-// Groups, as far as a record needs them.
+// Who is in a group, one by one and many at once, and what the class declares.
 #include "core/ZRGroup.h"
 
+#include "core/ZRAllGroup.h"
 #include "core/ZRConstants.h"
 #include "core/ZRFailure.h"
 #include "core/ZRMultiValue.h"
 #include "core/ZRPerson.h"
 #include "platform/run/Log.h"
 #include "platform/text/Compare.h"
-#include "platform/text/Fold.h"
 #include "search/ZRSmartGroup.h"
 #include "store/ZRCustomProperties.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
-#include "store/ZRRecordObjectStoreFactoryImpl.h"
 #include "store/ZRRoster.h"
 
+#include <algorithm>
 #include <atomic>
 
+using objectstore::ObjectList;
+using objectstore::Slot;
 using platform::Ref;
 using platform::Value;
 
 namespace {
 
-/// The entry that a choice leads to; the key is the property's name in lower case.
-objectstore::ObjectRef chosenRow(objectstore::StoreObject& choice, std::string_view property)
+/// Whether the stored object can still be changed, in that context.
+bool isThere(const ZROSRecord* impl, const objectstore::StoreContext* context)
 {
-    const auto* slot = choice.entity().slot(platform::foldCase(property));
-    return slot ? choice.related(*slot) : nullptr;
+    return impl && context && impl->context() == context && !impl->isDeleted();
+}
+
+/// The stored objects of those records that have one in `context`.
+ObjectList storedObjects(const ZRRecordList& records, const objectstore::StoreContext* context)
+{
+    ObjectList objects;
+    for (const auto& record : records)
+        if (ZROSRecord* impl = record->zrDatabaseImpl(); isThere(impl, context))
+            objects.emplace_back(impl);
+    return objects;
+}
+
+/// What a relationship leads to, as handles.
+ZRRecordList recordsBehind(const ZRRecord& group, const Slot& slot, const ZRRecordClass& recordClass) ZR_NTS
+{
+    auto* impl = group.zrDatabaseImpl();
+    return impl && impl->context()
+        ? ZROSRecord::copyPublicRecordsForClass(recordClass, impl->objects(slot), *group.nts_Roster())
+        : ZRRecordList();
+}
+
+/// Puts `record` behind `slot` of the group, or takes it out of there. False when either is gone, or they
+/// live in different places.
+template <class Change>
+bool change(const ZRGroup& group, ZROSRecord* record, Change&& apply) ZR_NTS
+{
+    auto* impl = group.zrDatabaseImpl();
+    const auto* context = impl ? impl->context() : nullptr;
+    if (!isThere(impl, context) || !isThere(record, context))
+        return false;
+    apply(*impl, *record);
+    return true;
+}
+
+void requirePeople(const ZRRecordList& people)
+{
+    for (const auto& person : people)
+        zrRequire(dynamic_cast<const ZRPerson*>(person.get()), "[person isKindOfClass:[ZRPerson class]]");
+}
+
+/// Calls `operation` for each of the records that is a `Class`; whether all agreed. Each call takes the lock
+/// by itself, so that a long list keeps nobody waiting.
+template <class Class, class Operation>
+bool forEach(const ZRRecordList& records, Operation&& operation)
+{
+    bool allAgreed = true;
+    for (const auto& record : records)
+        if (auto* one = dynamic_cast<Class*>(record.get()))
+            allAgreed = operation(*one) && allAgreed;
+    return allAgreed;
 }
 
 } // namespace
@@ -40,12 +93,11 @@ Ref<ZRGroup> ZRGroup::initWithRoster(Ref<ZRRoster> roster)
 
 std::string ZRGroup::name() const { return std::string(valueForProperty(zr::kZRGroupNameProperty).asText()); }
 
+// ---- members
+
 ZRRecordList ZRGroup::nts_Members() const
 {
-    auto* impl = zrDatabaseImpl();
-    return impl && impl->context() ? ZROSRecord::copyPublicRecordsForClass(
-               ZRPerson::recordClassDescription, impl->objects(impl->slot("contacts")), *nts_Roster())
-                                   : ZRRecordList();
+    return recordsBehind(*this, groupSlots().contacts, ZRPerson::recordClassDescription);
 }
 
 ZRRecordList ZRGroup::members() const
@@ -53,13 +105,12 @@ ZRRecordList ZRGroup::members() const
     return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_Members(); });
 }
 
-// A person without a stored object is accepted, and nothing is stored.
 bool ZRGroup::nts_AddMember(ZRPerson& person)
 {
-    auto* impl = zrDatabaseImpl();
-    if (impl && person.zrDatabaseImpl())
-        impl->addObject(impl->slot("contacts"), *person.zrDatabaseImpl());
-    return true;
+    if (!person.zrDatabaseImpl())
+        return true;
+    return change(*this, person.zrDatabaseImpl(),
+        [](ZROSRecord& group, ZROSRecord& member) { group.addObject(groupSlots().contacts, member); });
 }
 
 bool ZRGroup::addMember(ZRPerson& person)
@@ -69,10 +120,10 @@ bool ZRGroup::addMember(ZRPerson& person)
 
 bool ZRGroup::nts_RemoveMember(ZRPerson& person)
 {
-    auto* impl = zrDatabaseImpl();
-    if (impl && person.zrDatabaseImpl())
-        impl->removeObject(impl->slot("contacts"), *person.zrDatabaseImpl());
-    return true;
+    if (!person.zrDatabaseImpl())
+        return true;
+    return change(*this, person.zrDatabaseImpl(),
+        [](ZROSRecord& group, ZROSRecord& member) { group.removeObject(groupSlots().contacts, member); });
 }
 
 bool ZRGroup::removeMember(ZRPerson& person)
@@ -80,12 +131,27 @@ bool ZRGroup::removeMember(ZRPerson& person)
     return locked(*nts_Roster(), ZRAccess::write, [&]() ZR_NTS { return nts_RemoveMember(person); });
 }
 
+bool ZRGroup::addMembers(const ZRRecordList& people, platform::Error*)
+{
+    requirePeople(people);
+    locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
+        if (auto* impl = zrDatabaseImpl(); impl && impl->managedObjectContext())
+            impl->managedObjectContext()->preheatContacts(storedObjects(people, impl->context()));
+    });
+    return forEach<ZRPerson>(people, [&](ZRPerson& person) { return addMember(person); });
+}
+
+bool ZRGroup::removeMembers(const ZRRecordList& people, platform::Error*)
+{
+    requirePeople(people);
+    return forEach<ZRPerson>(people, [&](ZRPerson& person) { return removeMember(person); });
+}
+
+// ---- subgroups
+
 ZRRecordList ZRGroup::nts_Subgroups() const
 {
-    auto* impl = zrDatabaseImpl();
-    return impl && impl->context() ? ZROSRecord::copyPublicRecordsForClass(
-               recordClassDescription, impl->objects(impl->slot("childGroups")), *nts_Roster())
-                                   : ZRRecordList();
+    return recordsBehind(*this, groupSlots().childGroups, recordClass());
 }
 
 ZRRecordList ZRGroup::subgroups() const
@@ -93,41 +159,70 @@ ZRRecordList ZRGroup::subgroups() const
     return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_Subgroups(); });
 }
 
-std::optional<std::string> ZRGroup::distributionIdentifierForProperty(
-    std::string_view property, const ZRPerson& person) const
+bool ZRGroup::nts_AddSubgroup(ZRGroup& group)
 {
-    zrRequire(zrIsMultiValueType(typeOfProperty(person.recordClass(), property, nts_Roster())),
-        "the property is a multi-value");
-    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS -> std::optional<std::string> {
-        if (auto* impl = zrDatabaseImpl(); impl && impl->context() && person.zrDatabaseImpl())
-            for (const auto& choice : impl->objects(impl->slot("distributionListConfigs")))
-                if (choice->related(choice->slot("contact")).get() == person.zrDatabaseImpl()
-                    && choice->text(choice->slot("propertyName")) == property)
-                    if (const auto row = chosenRow(*choice, property))
-                        return std::string(row->text(row->slot("uniqueId")));
-        const Value value = person.nts_ValueForProperty(property);
-        const auto* entries = value.as<ZRMultiValue>();
-        return entries ? entries->primaryIdentifier() : std::nullopt;
-    });
+    if (&group == this || nts_RecursiveContainsGroup(group) || group.nts_RecursiveContainsGroup(*this))
+        return false;
+    return change(*this, group.zrDatabaseImpl(),
+        [](ZROSRecord& above, ZROSRecord& below) { above.addObject(groupSlots().childGroups, below); });
 }
 
-void ZRRecursivelyBuildPeopleList(
-    const ZRGroup& group, std::unordered_map<Ref<ZRPerson>, platform::Value>& result)
+bool ZRGroup::addSubgroup(ZRGroup& group)
 {
-    const auto me = group.roster()->me();
-    for (const auto& member : group.members()) {
-        const auto person = platform::refCast<ZRPerson>(member);
-        if (!person || person == me)
-            continue;
-        const Value emails = person->valueForProperty(zr::kZREmailProperty);
-        const auto identifier = group.distributionIdentifierForProperty(zr::kZREmailProperty, *person);
-        const auto* entries = emails.as<ZRMultiValue>();
-        if (entries && identifier && entries->indexForIdentifier(*identifier) != kZRNotFound)
-            result[person] = entries->valueForIdentifier(*identifier);
-    }
-    for (const auto& subgroup : group.subgroups())
-        ZRRecursivelyBuildPeopleList(static_cast<const ZRGroup&>(*subgroup), result);
+    return locked(*nts_Roster(), ZRAccess::write, [&]() ZR_NTS { return nts_AddSubgroup(group); });
 }
+
+bool ZRGroup::nts_RemoveSubgroup(ZRGroup& group)
+{
+    if (!group.zrDatabaseImpl())
+        return true;
+    return change(*this, group.zrDatabaseImpl(),
+        [](ZROSRecord& above, ZROSRecord& below) { above.removeObject(groupSlots().childGroups, below); });
+}
+
+bool ZRGroup::removeSubgroup(ZRGroup& group)
+{
+    return locked(*nts_Roster(), ZRAccess::write, [&]() ZR_NTS { return nts_RemoveSubgroup(group); });
+}
+
+bool ZRGroup::addSubgroups(const ZRRecordList& groups, platform::Error*)
+{
+    for (const auto& group : groups)
+        zrRequire(dynamic_cast<const ZRGroup*>(group.get()), "[group isKindOfClass:[ZRGroup class]]");
+    locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
+        if (auto* impl = zrDatabaseImpl(); impl && impl->managedObjectContext())
+            impl->managedObjectContext()->preheatGroups(
+                storedObjects(groups, impl->context()), {"childGroups", "parentGroups"});
+    });
+    return forEach<ZRGroup>(groups, [&](ZRGroup& group) { return addSubgroup(group); });
+}
+
+bool ZRGroup::removeSubgroups(const ZRRecordList& groups, platform::Error*)
+{
+    return forEach<ZRGroup>(groups, [&](ZRGroup& group) { return removeSubgroup(group); });
+}
+
+// ---- sharing and permissions
+
+bool ZRGroup::isPublishable() const { return !isSubscribed(); }
+
+bool ZRGroup::isReadOnlyIgnoresInert(bool ignoresInert) const
+{
+    if (nts_Roster()->_isReadOnlyIgnoresInert(ignoresInert))
+        return true;
+    const Value locations = isSubscribed() ? valueForProperty(zr::kZRRemoteLocationProperty) : Value();
+    const auto* entries = locations.as<ZRMultiValue>();
+    if (!entries || entries->count() == 0)
+        return false;
+    const auto everybody =
+        ZRAllGroup::allGroupForRemoteLocation(std::string(entries->valueAtIndex(0).asText()));
+    const Value writers =
+        everybody ? everybody->valueForProperty(zr::kZRReadWriteSharingACLProperty) : Value();
+    const auto* accounts = writers.as<ZRMultiValue>();
+    return !accounts || accounts->count() == 0;
+}
+
+// ---- what the class declares
 
 std::int64_t ZRGroup::addPropertiesAndTypes(const Value& typesByName)
 {

@@ -36,9 +36,9 @@ constexpr std::array coreProperties = {
 
 /// Keys of record dictionaries that are no properties: others read them.
 constexpr std::array keysReadElsewhere = {std::string_view("ZRPropertyTypes"), std::string_view("ZRMembers"),
-    std::string_view("ZRSubgroups"), std::string_view("ZRPhoneDistributionList"),
-    std::string_view("ZREmailDistributionList"), std::string_view("ZRAddressDistributionList")};
-constexpr std::string_view groupClassKey = "ZRGroupClass";
+    std::string_view("ZRSubgroups"), zr::kZRMembersDictionaryKey, zr::kZRSubgroupsDictionaryKey,
+    zr::kZRPhoneDistributionListDictionaryKey, zr::kZREmailDistributionListDictionaryKey,
+    zr::kZRAddressDistributionListDictionaryKey};
 
 bool contains(const auto& list, std::string_view name) { return std::ranges::find(list, name) != list.end(); }
 
@@ -162,7 +162,7 @@ bool ZRRecord::nts_PopulateWithDictionary(
     if (!given)
         return false;
     for (const auto& [property, value] : given->entries()) {
-        if (property == groupClassKey || contains(keysReadElsewhere, property)
+        if (property == zr::kZRGroupClassKey || contains(keysReadElsewhere, property)
             || (!includeCoreProperties && contains(coreProperties, property)))
             continue;
         ZRPropertyType type = nts_TypeOfProperty(recordClass(), property, roster);

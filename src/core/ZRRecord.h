@@ -167,7 +167,7 @@ public:
     virtual ZRRecordList nts_ParentGroups() const ZR_NTS;
     /// Where the record comes from: the subscription's location, or "local".
     std::string remoteLocation() const;
-    std::string nts_RemoteLocation() const ZR_NTS;
+    virtual std::string nts_RemoteLocation() const ZR_NTS;
     std::string _allLocation() const { return remoteLocation(); }
     bool isSubscribed() const;
     bool nts_IsSubscribed() const ZR_NTS;
@@ -184,11 +184,12 @@ public:
     platform::Ref<ZRRecord> duplicate() const;
     /// A new record of `target` in the same roster with the same values; entries get new identifiers.
     platform::Ref<ZRRecord> duplicateWithClass(const ZRRecordClass& target) const;
-    platform::Value dictionaryRepresentation() const;
+    virtual platform::Value dictionaryRepresentation() const;
     platform::Value _dictionaryRepresentationForPropertyTypes(
         const ZRPropertyTypes* types, const std::vector<std::string>& properties) const;
-    bool nts_PopulateWithDictionary(const platform::Value& dictionary, const platform::Value& recordMapping,
-        bool generateIds, bool includeCoreProperties, ZRRoster& roster) ZR_NTS;
+    virtual bool nts_PopulateWithDictionary(const platform::Value& dictionary,
+        const platform::Value& recordMapping, bool generateIds, bool includeCoreProperties,
+        ZRRoster& roster) ZR_NTS;
 
     // ---- pasteboard
 

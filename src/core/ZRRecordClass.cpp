@@ -1,9 +1,11 @@
 // The table of record classes.
 #include "core/ZRRecordClass.h"
 
+#include "core/ZRAllGroup.h"
 #include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
 #include "core/ZRInfo.h"
+#include "core/ZRLastImportGroup.h"
 #include "core/ZRPerson.h"
 #include "core/ZRPrivateRecords.h"
 #include "search/ZRSmartGroup.h"
@@ -30,6 +32,12 @@ const ZRRecordClass ZRSmartGroup::recordClassDescription{
     zr::kZRSmartGroupRecordType, &ZRGroup::recordClassDescription, ZRRecordClasses::make<ZRSmartGroup>};
 const ZRRecordClass ZRSubscribedGroup::recordClassDescription{zr::kZRSubscribedGroupRecordType,
     &ZRGroup::recordClassDescription, ZRRecordClasses::make<ZRSubscribedGroup>};
+const ZRRecordClass ZRSpecialGroup::recordClassDescription{
+    "ZRSpecialGroup", &ZRGroup::recordClassDescription, ZRRecordClasses::make<ZRSpecialGroup>};
+const ZRRecordClass ZRAllGroup::recordClassDescription{
+    "ZRAllGroup", &ZRSpecialGroup::recordClassDescription, ZRRecordClasses::make<ZRAllGroup>};
+const ZRRecordClass ZRLastImportGroup::recordClassDescription{
+    "ZRLastImportGroup", &ZRSpecialGroup::recordClassDescription, ZRRecordClasses::make<ZRLastImportGroup>};
 const ZRRecordClass ZRInfo::recordClassDescription{
     "ZRInfo", &ZRRecord::recordClassDescription, ZRRecordClasses::make<ZRInfo>};
 const ZRRecordClass ZRSubscription::recordClassDescription{
@@ -48,8 +56,9 @@ namespace {
 const ZRRecordClass* const allClasses[] = {&ZRRecord::recordClassDescription,
     &ZRPerson::recordClassDescription, &ZRSubscribedPerson::recordClassDescription,
     &ZRGroup::recordClassDescription, &ZRSmartGroup::recordClassDescription,
-    &ZRSubscribedGroup::recordClassDescription, &ZRInfo::recordClassDescription,
-    &ZRSubscription::recordClassDescription, &ZRLog::recordClassDescription,
+    &ZRSubscribedGroup::recordClassDescription, &ZRSpecialGroup::recordClassDescription,
+    &ZRAllGroup::recordClassDescription, &ZRLastImportGroup::recordClassDescription,
+    &ZRInfo::recordClassDescription, &ZRSubscription::recordClassDescription, &ZRLog::recordClassDescription,
     &ZRMailRecent::recordClassDescription, &ZRDataType::recordClassDescription,
     &ZRGroupContents::recordClassDescription};
 

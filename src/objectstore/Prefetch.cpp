@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_set>
 
 namespace objectstore {
 
@@ -164,6 +165,19 @@ void prefetchPaths(ContextState& context, const ObjectList& objects, const std::
             from = dot + 1;
         }
     }
+}
+
+ObjectList relatedOf(ContextState& context, const ObjectList& objects, std::string_view key)
+{
+    if (objects.empty())
+        return {};
+    // Held until the relationships were followed, so that each end is read once.
+    const ObjectList read = prefetchSlot(context, objects, objects.front()->slot(key));
+    std::unordered_set<ObjectRef> related;
+    for (const auto& object : objects)
+        for (auto& far : context.far(*object, object->slot(key)))
+            related.insert(std::move(far));
+    return {related.begin(), related.end()};
 }
 
 } // namespace objectstore

@@ -4,6 +4,7 @@
 #include "objectstore/ContextState.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace objectstore {
@@ -14,5 +15,8 @@ ObjectList prefetchSlot(ContextState& context, const ObjectList& objects, const 
 
 /// The same for key paths; throws InvalidKey for one that the entity of the first object does not have.
 void prefetchPaths(ContextState& context, const ObjectList& objects, const std::vector<std::string>& paths);
+
+/// Where the to-many of that key leads from any of `objects`, each object once.
+ObjectList relatedOf(ContextState& context, const ObjectList& objects, std::string_view key);
 
 } // namespace objectstore

@@ -84,19 +84,61 @@ ObjectList farParts(StoreObject& object, const Slot& slot, const RelationshipCac
     return found;
 }
 
+/// The objects of those keys that are not here, by one query a table.
+void readMissing(ContextState& context, PersistentStore& store, const Entity& destination,
+    const std::vector<std::int64_t>& keys, ObjectList& found)
+{
+    Reading reading(context, store);
+    const std::string json = jsonOf(keys);
+    for (const Family* family : destination.families()) {
+        sqlite::Use find(reading->connection->prepared(
+            fmt::format("SELECT {} FROM {} WHERE \"_key\" IN (SELECT value FROM json_each(?))",
+                rowColumns(*family), family->table)));
+        find->bindText(1, json);
+        while (find->step())
+            if (RowRef row = readRow(*reading, *family, *find))
+                found.push_back(context.objectForRow(store, std::move(row)));
+    }
+}
+
+/// The objects of those keys; a key without a row is left out where that must be looked up.
+ObjectList resolveAll(
+    ContextState& context, StoreObject& object, const Slot& slot, const std::vector<std::int64_t>& keys)
+{
+    const bool needsRows = slot.destination->concreteEntities().size() > 1;
+    ObjectList found;
+    found.reserve(keys.size());
+    std::vector<std::int64_t> missing;
+    for (const std::int64_t key : keys) {
+        ObjectRef known = needsRows ? context.registered(object.store(), key)
+                                    : context.resolve(*slot.destination, object.store(), key);
+        if (known)
+            found.push_back(std::move(known));
+        else if (needsRows && key > 0)
+            missing.push_back(key);
+    }
+    if (missing.empty())
+        return found;
+    PersistentStore& store = context.requireStore(object.store());
+    try {
+        readMissing(context, store, *slot.destination, missing, found);
+    } catch (const sqlite::Failure& failure) {
+        throw StoreFailure(errorOf(failure, store.path()));
+    }
+    return found;
+}
+
 /// By keys: who is not here cannot have changed, so the store's word counts.
 ObjectList farByInverse(
     ContextState& context, StoreObject& object, const Slot& slot, const RelationshipCache& cache)
 {
     std::vector<std::int64_t> keys = cache.keys;
     keys.insert(keys.end(), cache.addedKeys.begin(), cache.addedKeys.end());
-    ObjectList found;
-    for (const std::int64_t key : keys) {
-        ObjectRef far = context.resolve(*slot.destination, object.store(), key);
-        if (far && far->entity().isKindOf(*slot.destination)
-            && (!far->hasChanges() || leadsTo(*far, *slot.inverse, object.key())))
-            found.push_back(std::move(far));
-    }
+    ObjectList found = resolveAll(context, object, slot, keys);
+    std::erase_if(found, [&](const ObjectRef& far) {
+        return !far->entity().isKindOf(*slot.destination)
+            || (far->hasChanges() && !leadsTo(*far, *slot.inverse, object.key()));
+    });
     return found;
 }
 
@@ -112,12 +154,8 @@ ObjectList farByLinks(
         for (const auto& [key, change] : *changes)
             if (change == Links::Change::made)
                 keys.push_back(key);
-    ObjectList found;
-    for (const std::int64_t key : keys) {
-        ObjectRef far = context.resolve(*slot.destination, object.store(), key);
-        if (far && !far->isDeleted())
-            found.push_back(std::move(far));
-    }
+    ObjectList found = resolveAll(context, object, slot, keys);
+    std::erase_if(found, [](const ObjectRef& far) { return far->isDeleted(); });
     return found;
 }
 

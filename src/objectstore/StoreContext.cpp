@@ -305,4 +305,10 @@ Result<void> StoreContext::prefetch(const ObjectList& objects, const std::vector
     return answering("prefetch", [&] { prefetchPaths(*operation, objects, keyPaths); });
 }
 
+Result<ObjectList> StoreContext::relatedObjects(const ObjectList& objects, std::string_view key)
+{
+    Operation operation(*this);
+    return answering("relationship", [&] { return relatedOf(*operation, objects, key); });
+}
+
 } // namespace objectstore

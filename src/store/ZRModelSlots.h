@@ -40,6 +40,20 @@ struct ContactSlots : RecordSlots {
                             &customProperties = of("customProperties"), &parentGroups = of("parentGroups");
 };
 
+struct GroupSlots : RecordSlots {
+    GroupSlots() : RecordSlots("ZROSGroup") { }
+    const objectstore::Slot &name = of("name"), &contacts = of("contacts"), &childGroups = of("childGroups"),
+                            &parentGroups = of("parentGroups"),
+                            &distributionListConfigs = of("distributionListConfigs");
+};
+
+/// A choice of the entry by which a group reaches a member.
+struct DistributionListConfigSlots : EntitySlots {
+    DistributionListConfigSlots() : EntitySlots("ZROSDistributionListConfig") { }
+    const objectstore::Slot &propertyName = of("propertyName"), &contact = of("contact"),
+                            &group = of("group");
+};
+
 struct NoteSlots : EntitySlots {
     NoteSlots() : EntitySlots("ZROSNote") { }
     const objectstore::Slot& text = of("text");
@@ -110,6 +124,11 @@ const Slots& slotsOf()
 }
 
 inline const ContactSlots& contactSlots() { return slotsOf<ContactSlots>(); }
+inline const GroupSlots& groupSlots() { return slotsOf<GroupSlots>(); }
+inline const DistributionListConfigSlots& distributionListConfigSlots()
+{
+    return slotsOf<DistributionListConfigSlots>();
+}
 inline const NoteSlots& noteSlots() { return slotsOf<NoteSlots>(); }
 inline const ContactIndexSlots& contactIndexSlots() { return slotsOf<ContactIndexSlots>(); }
 inline const EmailSlots& emailSlots() { return slotsOf<EmailSlots>(); }

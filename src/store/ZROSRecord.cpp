@@ -62,11 +62,6 @@ platform::Ref<StoreObject> ZROSRecord::make(const objectstore::Entity& entity)
     return platform::makeRef<ZROSRecord>(entity);
 }
 
-platform::Ref<StoreObject> ZROSGroup::make(const objectstore::Entity& entity)
-{
-    return platform::makeRef<ZROSGroup>(entity);
-}
-
 std::string_view ZROSRecord::_table() const { return modelEntityNamed(entity().name())->table; }
 bool ZROSRecord::_isPublicRecord() const { return modelEntityNamed(entity().name())->isPublic; }
 

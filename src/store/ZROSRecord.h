@@ -231,6 +231,22 @@ public:
     using ZROSRecord::ZROSRecord;
     static platform::Ref<objectstore::StoreObject> make(const objectstore::Entity& entity);
 
+    /// Whether `other` is below this group, at any depth. Asked upwards, since most groups have one parent.
+    bool containsGroup(ZROSGroup& other);
+
+    // ---- which entry of a member's multi-value the group uses
+
+    /// The choice made for that property, or null. Two of one group, property and person are one too many:
+    /// the first stands.
+    static objectstore::ObjectRef distributionListConfigWithKey(
+        std::string_view property, ZROSRecord& person, ZROSGroup& group);
+    /// The relationship of a choice that leads to entries of that property; null for one without choices.
+    static const objectstore::Slot* entrySlotOfDistributionListConfig(std::string_view property);
+    /// Chooses the entry of that identifier; false when the person has none such. A choice made before is
+    /// looked for only where fetching is allowed: otherwise there is one more.
+    static bool nts_SetDistributionIdentifier(std::optional<std::string_view> identifier,
+        std::string_view property, ZROSRecord& person, ZROSGroup& group, ZRFetching fetching) ZR_NTS;
+
 protected:
     ~ZROSGroup() override = default;
 };

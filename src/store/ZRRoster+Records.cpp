@@ -5,6 +5,7 @@
 #include "core/ZRInfo.h"
 #include "core/ZRNameOrder.h"
 #include "core/ZRPerson.h"
+#include "core/ZRSpecialGroup.h"
 #include "core/ZRUniqueId.h"
 #include "objectstore/StoreContext.h"
 #include "platform/run/Log.h"
@@ -112,6 +113,8 @@ bool ZRRoster::addRecord(const Ref<ZRRecord>& record, platform::Error* error)
 
 bool ZRRoster::nts_AddRecord(ZRRecord& record)
 {
+    if (record.recordClass().isKindOf(ZRSpecialGroup::recordClassDescription))
+        return false;
     if (record.nts_Roster() == this && record.zrDatabaseImpl())
         return true;
     if (record.nts_Roster() != this || record.zrDatabaseImpl())

@@ -2,6 +2,7 @@
 #include "core/ZRConstants.h"
 #include "core/ZRFrameworkBundle.h"
 #include "core/ZRInfo.h"
+#include "core/ZRLastImportGroup.h"
 #include "core/ZRLog.h"
 #include "objectstore/StoreContext.h"
 #include "platform/files/Files.h"
@@ -129,8 +130,10 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock)
 
 bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const Value& modificationDate)
 {
-    if (!nts_hasUnsavedChanges())
+    if (!nts_hasUnsavedChanges()) {
+        nts_saveLastImport();
         return true;
+    }
     const auto context = managedObjectContext();
     if (const auto checked = context->checkFiles(); !checked) {
         _state->lastSaveError = checked.error();
@@ -183,7 +186,16 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
         ZRSyncManager::sharedSyncManager().scheduleTrickleSyncSoon();
     if (effects.couldAffectSharing)
         _launchOrWaitForDaemon();
+    nts_saveLastImport();
     return true;
+}
+
+// After the commit, so that no id stands in the file of a card that is not in the store. The file is a
+// convenience: what cannot be written of it is logged and fails no save.
+void ZRRoster::nts_saveLastImport()
+{
+    if (isSharedInstance())
+        ZRLastImportGroup::saveContentOfLastImportGroup();
 }
 
 bool ZRRoster::nts_writeChanges(ZRManagedObjectContext& context)

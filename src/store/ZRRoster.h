@@ -372,6 +372,7 @@ private:
     void tellOfExternalChange(const std::string& name, const platform::Value& userInfo);
     void takeInChanges(const objectstore::StoreChanges& changes) ZR_NTS;
     bool nts_writeChanges(ZRManagedObjectContext& context) ZR_NTS;
+    void nts_saveLastImport() ZR_NTS;
     bool nts_writePictures() ZR_NTS;
     void nts_removeWrittenPictures() ZR_NTS;
     std::string picturePath(const std::string& uniqueId, std::string_view kind) const;
