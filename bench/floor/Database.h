@@ -33,6 +33,7 @@ public:
     /// Steps to the end and can be bound again.
     void run();
 
+    int parameters() const { return sqlite3_bind_parameter_count(_statement); }
     int columns() const { return sqlite3_column_count(_statement); }
     int type(int column) const { return sqlite3_column_type(_statement, column); }
     std::int64_t integer(int column) const { return sqlite3_column_int64(_statement, column); }

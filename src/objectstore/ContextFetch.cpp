@@ -5,8 +5,10 @@
 #include "objectstore/PendingMatches.h"
 #include "objectstore/PredicateMatch.h"
 #include "objectstore/PredicateSQL.h"
+#include "objectstore/PredicateText.h"
 #include "objectstore/Prefetch.h"
 #include "objectstore/RowReader.h"
+#include "objectstore/TextIndex.h"
 
 #include <fmt/format.h>
 
@@ -38,7 +40,19 @@ public:
     {
         if (!fetch.predicate || _pending.needsMemory())
             return;
-        _condition = translate(*fetch.predicate, *fetch.entity, {store.number(), true});
+        SQLScope scope{.store = store.number()};
+        std::optional<bool> known;
+        scope.hasEveryEntry = [&] {
+            if (!known)
+                known = hasEveryEntry(*_reading, *fetch.entity->model().textEntry());
+            return *known;
+        };
+        const auto driver =
+            isStreamed() ? textDriver(*fetch.predicate, *fetch.entity, scope.hasEveryEntry) : std::nullopt;
+        if (driver)
+            _driver = driverQuery(*driver);
+        scope.driver = driver ? &*driver : nullptr;
+        _condition = translate(*fetch.predicate, *fetch.entity, scope);
     }
 
     /// In order; at least as many as offset and limit can use.
@@ -55,6 +69,22 @@ public:
         const auto middle = static_cast<std::ptrdiff_t>(found.size());
         found.insert(found.end(), unsaved.begin(), unsaved.end());
         std::inplace_merge(found.begin(), found.begin() + middle, found.end(), _order);
+        return found;
+    }
+
+    /// The column's values, when SQL alone can answer in order.
+    std::optional<std::vector<platform::Value>> values(const Slot& slot)
+    {
+        const auto& families = _fetch.entity->families();
+        if (isByMemory() || !_pending.isEmpty() || families.size() != 1)
+            return std::nullopt;
+        const Family& family = *families.front();
+        sqlite::Use query(_reading->connection->prepared(fmt::format(
+            "SELECT {} FROM {}{}{}", slot.column, source(family), conditions(family), orderAndLimit())));
+        bind(*query);
+        std::vector<platform::Value> found;
+        while (query->step())
+            found.push_back(valueOf(slot, readField(*query, 0)));
         return found;
     }
 
@@ -76,6 +106,10 @@ public:
 private:
     /// No SQL form, or unsaved changes elsewhere decide: then each row is asked.
     bool isByMemory() const { return _fetch.predicate && !_condition; }
+    bool isDriven() const { return _driver && _condition; }
+
+    /// Whether only the first few are wanted, in the order in which candidates can be had one by one.
+    bool isStreamed() const { return _fetch.limit != kNoLimit && _order.keys().empty(); }
 
     bool wantsRows() const
     {
@@ -88,7 +122,7 @@ private:
         const bool withRows = wantsRows();
         const std::string columns = withRows ? rowColumns(family) : "\"_key\", \"_version\", \"_entity\"";
         sqlite::Use query(_reading->connection->prepared(fmt::format(
-            "SELECT {} FROM {}{}{}", columns, family.table, conditions(family), orderAndLimit())));
+            "SELECT {} FROM {}{}{}", columns, source(family), conditions(family), orderAndLimit())));
         bind(*query);
         const std::size_t first = found.size();
         while (query->step())
@@ -122,6 +156,13 @@ private:
             : nullptr;
     }
 
+    std::string source(const Family& family) const
+    {
+        return isDriven() ? fmt::format(
+                   "({}) CROSS JOIN {} ON {}.\"_key\" = \"_hit\"", _driver->sql, family.table, family.table)
+                          : family.table;
+    }
+
     std::string conditions(const Family& family) const
     {
         std::string sql;
@@ -150,6 +191,9 @@ private:
     void bind(sqlite::Statement& query)
     {
         int parameter = 0;
+        if (isDriven())
+            for (const auto& argument : _driver->arguments)
+                bindValue(query, ++parameter, argument);
         if (_condition)
             for (const auto& argument : _condition->arguments)
                 bindValue(query, ++parameter, argument);
@@ -164,7 +208,7 @@ private:
         std::string sql = " ORDER BY ";
         for (const auto& [slot, ascending] : _order.keys())
             sql += fmt::format("{}{}, ", slot->column, ascending ? "" : " DESC");
-        sql += "\"_key\"";
+        sql += isDriven() ? "\"_hit\"" : "\"_key\"";
         if (_fetch.limit == kNoLimit || isByMemory() || _pending.isPointQuery())
             return sql;
         // The number is ours, and preparing each limit once would cost more than its text.
@@ -180,6 +224,7 @@ private:
     Reading _reading;
     PendingMatches _pending;
     std::optional<SQLCondition> _condition;
+    std::optional<SQLCondition> _driver;
 };
 
 std::vector<PersistentStore*> storesOf(ContextState& context, const StoreFetch& fetch)
@@ -196,12 +241,22 @@ std::vector<PersistentStore*> storesOf(ContextState& context, const StoreFetch& 
     return fetch.affectedStores;
 }
 
-void cut(ObjectList& objects, const StoreFetch& fetch)
+template <class List>
+void cut(List& found, const StoreFetch& fetch)
 {
-    const std::size_t from = std::min(fetch.offset, objects.size());
-    objects.erase(objects.begin(), objects.begin() + static_cast<std::ptrdiff_t>(from));
-    if (objects.size() > fetch.limit)
-        objects.resize(fetch.limit);
+    const std::size_t from = std::min(fetch.offset, found.size());
+    found.erase(found.begin(), found.begin() + static_cast<std::ptrdiff_t>(from));
+    if (found.size() > fetch.limit)
+        found.resize(fetch.limit);
+}
+
+/// The slot of a key whose column says what the object says.
+const Slot& columnSlot(const Entity& entity, std::string_view key)
+{
+    const Slot* slot = entity.slot(key);
+    if (!slot || slot->kind != SlotKind::attribute || !slot->hasColumn() || slot->lazy)
+        throw InvalidKey(fmt::format("{} has no attribute {} that is always stored", entity.name(), key));
+    return *slot;
 }
 
 } // namespace
@@ -223,6 +278,25 @@ ObjectList fetchObjects(ContextState& context, const StoreFetch& fetch)
     }
     cut(found, fetch);
     prefetchPaths(context, found, fetch.prefetchKeyPaths);
+    return found;
+}
+
+std::vector<platform::Value> fetchAttribute(
+    ContextState& context, const StoreFetch& fetch, std::string_view key)
+{
+    const auto stores = storesOf(context, fetch);
+    const Slot& slot = columnSlot(*fetch.entity, key);
+    const FieldOrder order(fetch);
+    std::optional<std::vector<platform::Value>> stored;
+    if (stores.size() == 1)
+        stored = StoreQuery(context, *stores.front(), fetch, order).values(slot);
+    if (stored) {
+        cut(*stored, fetch);
+        return *std::move(stored);
+    }
+    std::vector<platform::Value> found;
+    for (const auto& object : fetchObjects(context, fetch))
+        found.push_back(object->value(slot));
     return found;
 }
 

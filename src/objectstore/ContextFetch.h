@@ -5,12 +5,17 @@
 #include "objectstore/StoreFetch.h"
 
 #include <cstddef>
+#include <string_view>
+#include <vector>
 
 namespace objectstore {
 
 /// The objects, in order. Throws sqlite::Failure or StoreFailure, and for a key that the entity lacks or a
 /// variable without a value std::invalid_argument.
 ObjectList fetchObjects(ContextState& context, const StoreFetch& fetch);
+/// One attribute of each. Throws InvalidKey also for a key without a column of its own.
+std::vector<platform::Value> fetchAttribute(
+    ContextState& context, const StoreFetch& fetch, std::string_view key);
 std::size_t countObjects(ContextState& context, const StoreFetch& fetch);
 
 } // namespace objectstore

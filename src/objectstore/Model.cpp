@@ -16,6 +16,12 @@ platform::Ref<StoreObject> Entity::makeObject() const
     return _make ? _make(*this) : platform::makeRef<StoreObject>(*this);
 }
 
+const Entity* Entity::textEntry() const
+{
+    const Entity* entry = _model->textEntry();
+    return entry && isKindOf(*entry->owner()->destination) ? entry : nullptr;
+}
+
 const Entity* Model::entity(std::string_view name) const
 {
     const auto found = _byName.find(name);

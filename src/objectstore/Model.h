@@ -64,6 +64,9 @@ enum SlotFlag : std::uint8_t {
     kTextIndex = 4,
     /// Kept with the object in memory, never stored; setting it does not mark the object changed.
     kTransient = 8,
+    /// The text, folded for case and diacritics, stands in the text-index entry of the root that it belongs
+    /// to, once that is written: the trigram index then narrows every positive test of the text.
+    kFeedsTextIndex = 16,
 };
 
 using LazyHook = platform::Value (*)(StoreObject&);
@@ -260,6 +263,8 @@ public:
     const Slot* textIndex() const { return _textIndex; }
     /// The full-text table behind `textIndex`, quoted; its row id is the owner's key.
     const std::string& textTable() const { return _textTable; }
+    /// For roots: the entity with the text-index entry that objects of this one own, or null.
+    const Entity* textEntry() const;
     /// Position among the entities of the model.
     std::size_t index() const { return _index; }
 
@@ -307,6 +312,9 @@ public:
     const std::vector<const Entity*>& entities() const { return _entities; }
     const std::vector<const Family*>& families() const { return _families; }
 
+    /// The entity whose text is indexed, or null: a model has one at most.
+    const Entity* textEntry() const { return _textEntry; }
+
     /// One line a table, column, index and entity, sorted: what a store that fits this model must have.
     const std::string& schemaText() const { return _schemaText; }
     /// Stands for `schemaText` in a store's metadata.
@@ -325,6 +333,7 @@ private:
     std::vector<const Entity*> _entities;
     std::vector<const Family*> _families;
     std::unordered_map<std::string_view, const Entity*> _byName;
+    const Entity* _textEntry = nullptr;
     std::string _schemaText;
     std::string _schemaHash;
 };

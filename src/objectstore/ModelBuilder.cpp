@@ -120,6 +120,8 @@ private:
         }
         if ((slot.flags & kTextIndex) != 0)
             entity._textIndex = &slot;
+        if ((slot.flags & kFeedsTextIndex) != 0 && !(slot.hasColumn() && slot.type == AttributeType::string))
+            refuse(entity._name, slot.key, "only a stored text can feed a text index");
         entity._slots.push_back(&slot);
         if (!entity._byKey.emplace(slot.key, &slot).second)
             refuse(entity._name, slot.key, "described twice");
@@ -234,6 +236,8 @@ private:
             refuse(entity._name, entity._owner->key, "an owner must be a stored to-one");
         if ((entity._unit || entity._textIndex) && !entity._owner)
             refuse(entity._name, "", "a multi-value or text index needs an owner");
+        if (entity._textIndex && !entity._isAbstract && std::exchange(_model->_textEntry, &entity))
+            refuse(entity._name, entity._textIndex->key, "another text is indexed already");
         if (entity._textIndex && entity._family)
             entity._textTable = quoted(entity._family->name + "_text");
         if (entity._isAbstract)

@@ -22,6 +22,9 @@ public:
     /// Whether an unsaved change elsewhere may alter the answer for any object.
     bool needsMemory() const { return _needsMemory; }
 
+    /// Whether the store alone answers: nothing is left out of the SQL, or comes to it.
+    bool isEmpty() const { return !_needsMemory && !hasKeys() && !hasDeletedOwners() && _candidates.empty(); }
+
     /// Keys to leave out, as a JSON array.
     bool hasKeys() const { return _keys.size() > 2; }
     const std::string& keys() const { return _keys; }

@@ -14,6 +14,10 @@ namespace objectstore {
 /// A trigram index finds nothing shorter, in characters.
 inline constexpr std::size_t kTrigram = 3;
 
+/// What stands for NUL in the index: its tokenizer would stop there, and what stands behind it would never be
+/// found.
+inline constexpr char kIndexedForNul = '\1';
+
 std::size_t characterCount(std::string_view text);
 bool holdsNul(std::string_view text);
 

@@ -3,6 +3,7 @@
 
 #include "objectstore/PredicateKeys.h"
 #include "objectstore/PredicateLiterals.h"
+#include "objectstore/PredicateText.h"
 #include "objectstore/ValueComparison.h"
 
 #include <algorithm>
@@ -98,9 +99,13 @@ class Translation {
 public:
     explicit Translation(const SQLScope& scope) : _scope(scope) { }
 
-    void predicate(const StorePredicate& predicate, const Entity& entity)
+    void ask(const StorePredicate& asked, const Entity& entity)
     {
-        std::visit([&](const auto& form) { translate(form, entity); }, predicate.form());
+        _entry = entryOf(entity, "_key");
+        _isDriven = _scope.driver != nullptr;
+        if (_isDriven)
+            _root = entity.families().front()->table + "._key";
+        predicate(asked, entity);
     }
 
     std::optional<SQLCondition> finished() &&
@@ -115,6 +120,11 @@ private:
     using Write = std::function<void()>;
     /// Writes the test of what a key path ends at: a slot, or the object itself without one.
     using WriteLeaf = std::function<void(const Entity&, const Slot*)>;
+
+    void predicate(const StorePredicate& predicate, const Entity& entity)
+    {
+        std::visit([&](const auto& form) { translate(form, entity); }, predicate.form());
+    }
 
     void write(std::string_view sql) { _condition.sql += sql; }
     void bind(const Value& value) { _condition.arguments.push_back(storable(value)); }
@@ -169,13 +179,28 @@ private:
     void translate(const StorePredicate::Negation& negation, const Entity& entity)
     {
         const bool before = std::exchange(_isNegated, true);
-        bracketed("NOT ", [&] { predicate(*negation.part, entity); });
+        bracketed("NOT ", [&] { undriven([&] { predicate(*negation.part, entity); }); });
         _isNegated = before;
+    }
+
+    /// Whether the rows that are wanted are those of one candidate of the driver.
+    bool isAskedOfRoot() const { return _isDriven && _entry.key == "_key"; }
+
+    /// What is not asked of every candidate of the driver says nothing of them.
+    void undriven(const Write& inner)
+    {
+        const bool before = std::exchange(_isDriven, false);
+        inner();
+        _isDriven = before;
     }
 
     void translate(const StorePredicate::Compound& compound, const Entity& entity)
     {
-        chain(compound, 0, compound.parts.size(), entity);
+        const auto all = [&] { chain(compound, 0, compound.parts.size(), entity); };
+        if (compound.isAll || compound.parts.size() == 1)
+            all();
+        else
+            undriven(all);
     }
 
     void chain(
@@ -235,7 +260,7 @@ private:
             separator = " AND ";
         };
         if (column != "_key")
-            where(column + " IS NOT NULL");
+            where(isAskedOfRoot() ? column + " = " + _root : column + " IS NOT NULL");
         if (const auto names = namesOfKinds(entity, family)) {
             where("_entity IN (SELECT number FROM store_entity WHERE name IN"
                   " (SELECT value FROM json_each(?)))");
@@ -274,28 +299,33 @@ private:
         }
     }
 
-    /// Writes a condition on what the slot leads to, knowing whether that was found by its owner's key.
+    /// Writes a condition on what the slot leads to, knowing whether that was found by its owner's key, and
+    /// whose text-index entry says something about it.
     void across(const Slot& slot, const Write& inner)
     {
-        const bool isByOwner = slot.kind == SlotKind::toOneInverse || slot.kind == SlotKind::toMany;
-        const bool before = std::exchange(
-            _isBehindOwner, isByOwner && slot.inverse->column == ownerColumn(*slot.destination));
+        const bool isBehindOwner = leadsToParts(slot);
+        Entry entry = entryOf(*slot.destination, "_key");
+        if (isBehindOwner && _entry.entity && _entry.key == "_key")
+            entry = {_entry.entity, slot.inverse->column};
+        const bool ownerBefore = std::exchange(_isBehindOwner, isBehindOwner);
+        const bool drivenBefore = std::exchange(_isDriven, isAskedOfRoot() && isBehindOwner);
+        std::swap(_entry, entry);
         inner();
-        _isBehindOwner = before;
-    }
-
-    static std::string ownerColumn(const Entity& entity)
-    {
-        return entity.owner() ? entity.owner()->column : std::string();
+        std::swap(_entry, entry);
+        _isDriven = drivenBefore;
+        _isBehindOwner = ownerBefore;
     }
 
     void translate(const StorePredicate::Comparison& test, const Entity& entity)
     {
+        if (_isDriven && _scope.driver->walked == &test)
+            return write("1");
         const Value& right = constant(test.operand);
         const bool asksAbsence = right.isNothing() && test.comparator == Comparator::equal;
         if (asksAbsence && test.keyPath.find('.') != std::string::npos) {
             const bool before = std::exchange(_isNegated, true);
-            bracketed("NOT ", [&] { follow(entity, test.keyPath, leafOf(test, Comparator::notEqual)); });
+            bracketed("NOT ",
+                [&] { undriven([&] { follow(entity, test.keyPath, leafOf(test, Comparator::notEqual)); }); });
             _isNegated = before;
             return;
         }
@@ -400,9 +430,10 @@ private:
         if (slot.kind != SlotKind::attribute || !slot.hasColumn())
             return cannot();
         const Column column{slot.column, slot.type};
-        if (&slot == entity.textIndex() && isIndexable(test, comparator))
-            return indexedText(test, comparator, entity, column);
-        value(test, comparator, column);
+        const auto plain = [&] { value(test, comparator, column); };
+        if (const Entry entry = filterOf(test, comparator, entity, slot); entry.entity)
+            return filtered(entry, *necessaryTrigrams(test, comparator, slot), plain);
+        plain();
     }
 
     void largeAttribute(const StorePredicate::Comparison& test, Comparator comparator, const Slot& slot)
@@ -416,23 +447,41 @@ private:
         });
     }
 
-    /// A positive test for a text that is long enough, on a part that was reached by its owner's key.
-    bool isIndexable(const StorePredicate::Comparison& test, Comparator comparator) const
+    // Texts: the trigram index names the few rows that a test can be true for.
+
+    /// The entity whose entries hold the texts of the rows at hand, and the column with the entries' row ids.
+    struct Entry {
+        const Entity* entity = nullptr;
+        std::string key;
+    };
+
+    static Entry entryOf(const Entity& entity, std::string_view key)
     {
-        const auto text = test.operand.value.asText();
-        const bool isPositive = comparator == Comparator::equal || comparator >= Comparator::beginsWith;
-        return _scope.usesTextIndex && _isBehindOwner && isPositive && test.option == TextOption::exact
-            && !test.mask && !holdsNul(text) && characterCount(text) >= kTrigram;
+        return entity.textEntry() ? Entry{entity.textEntry(), std::string(key)} : Entry();
     }
 
-    void indexedText(const StorePredicate::Comparison& test, Comparator comparator, const Entity& entity,
-        const Column& column)
+    /// Which entries narrow the test; none when they cannot, or would not help.
+    Entry filterOf(const StorePredicate::Comparison& test, Comparator comparator, const Entity& entity,
+        const Slot& slot) const
+    {
+        const bool isOwnEntry = &slot == entity.textIndex();
+        const bool isByIndex = (slot.flags & (kIndexed | kUnique)) != 0 && test.option == TextOption::exact
+            && (comparator == Comparator::equal || comparator == Comparator::beginsWith);
+        const bool mayFilter = _scope.usesTextIndex && !_isNegated && !_isDriven && !isByIndex
+            && (isOwnEntry ? _isBehindOwner : _entry.entity != nullptr);
+        if (!mayFilter || !necessaryTrigrams(test, comparator, slot)
+            || !(isOwnEntry || (_scope.hasEveryEntry && _scope.hasEveryEntry())))
+            return {};
+        return isOwnEntry ? Entry{&entity, entity.owner()->column} : _entry;
+    }
+
+    void filtered(const Entry& entry, const std::string& trigrams, const Write& test)
     {
         bracketed("", [&] {
-            write(fmt::format("{} IN (SELECT rowid FROM {} WHERE {} MATCH ?) AND ", entity.owner()->column,
-                entity.textTable(), entity.textTable()));
-            bind(Value(trigramQuery(test.operand.value.asText())));
-            plainValue(test, comparator, column);
+            write(fmt::format("{} IN (SELECT rowid FROM {} WHERE {} MATCH ?) AND ", entry.key,
+                entry.entity->textTable(), entry.entity->textTable()));
+            bind(Value(trigrams));
+            test();
         });
     }
 
@@ -478,7 +527,7 @@ private:
             return sameAs(column, kOperators[static_cast<std::size_t>(comparator)], Value(wanted));
         present(column, [&] {
             if (comparator == Comparator::contains) {
-                write("instr(" + column.name + ", ?) > 0");
+                write("store_holds(" + column.name + ", ?)");
                 bind(Value(wanted));
             } else {
                 write(column.name + " >= ? AND " + column.name + " < ?");
@@ -574,6 +623,10 @@ private:
     bool _isNegated = false;
     /// The rows at hand were found by their owner's key, so they have one.
     bool _isBehindOwner = false;
+    /// The driver names the roots to ask, and each is asked by itself: its parts are those with this owner.
+    bool _isDriven = false;
+    std::string _root;
+    Entry _entry;
     int _nesting = 0;
     SQLScope _scope;
     SQLCondition _condition;
@@ -581,11 +634,23 @@ private:
 
 } // namespace
 
+SQLCondition driverQuery(const TextDriver& driver)
+{
+    const Entity& entry = *driver.entry;
+    if (!driver.walked)
+        return {fmt::format(
+                    "SELECT rowid AS \"_hit\" FROM {0} WHERE {0} MATCH ? ORDER BY rowid", entry.textTable()),
+            {Value(driver.query)}};
+    return {fmt::format("SELECT {0} AS \"_hit\" FROM {1} WHERE {0} > 0 AND store_holds({2}, ?) ORDER BY {0}",
+                entry.owner()->column, entry.family()->table, entry.textIndex()->column),
+        {driver.walked->operand.value}};
+}
+
 std::optional<SQLCondition> translate(
     const StorePredicate& predicate, const Entity& entity, const SQLScope& scope)
 {
     Translation translation(scope);
-    translation.predicate(predicate, entity);
+    translation.ask(predicate, entity);
     return std::move(translation).finished();
 }
 

@@ -5,6 +5,7 @@
 #include "objectstore/StorePredicate.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,6 +13,8 @@
 struct sqlite3;
 
 namespace objectstore {
+
+struct TextDriver;
 
 /// An SQL expression over the columns of one family's table, true for the rows that fulfil a predicate.
 ///
@@ -29,6 +32,11 @@ struct SQLScope {
     std::uint32_t store = 0;
     /// Whether the text tables may be used as a filter.
     bool usesTextIndex = true;
+    /// Whether each root has its entry there, asked when it matters: else only tests of the indexed text
+    /// itself are filtered.
+    std::function<bool()> hasEveryEntry = {};
+    /// The statement takes its rows from it, joined as "_hit" to the keys of the family's table.
+    const TextDriver* driver = nullptr;
 };
 
 /// The predicate as an expression over rows of `entity`, whatever family of it the statement reads. Which of
@@ -39,6 +47,9 @@ struct SQLScope {
 /// Throws std::invalid_argument for an unknown key or a variable without a value.
 std::optional<SQLCondition> translate(
     const StorePredicate& predicate, const Entity& entity, const SQLScope& scope);
+
+/// The driver as a query that answers keys as "_hit", ascending.
+SQLCondition driverQuery(const TextDriver& driver);
 
 /// Makes the functions that translated conditions call known to a connection. Answers SQLite's result code.
 int registerPredicateFunctions(sqlite3* connection);

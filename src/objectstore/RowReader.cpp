@@ -13,7 +13,9 @@ namespace {
 
 constexpr int kFirstColumn = 3;
 
-FieldValue fieldAt(const sqlite::Statement& statement, int column)
+} // namespace
+
+FieldValue readField(const sqlite::Statement& statement, int column)
 {
     FieldValue value;
     switch (statement.type(column)) {
@@ -39,8 +41,6 @@ FieldValue fieldAt(const sqlite::Statement& statement, int column)
     return value;
 }
 
-} // namespace
-
 std::string rowColumns(const Family& family)
 {
     std::string columns = "\"_key\", \"_version\", \"_entity\"";
@@ -60,7 +60,7 @@ RowRef readRow(StoreState& store, const Family&, const sqlite::Statement& statem
     auto& fields = store.scratch;
     const auto& columns = entity->familyColumns();
     for (std::size_t i = 0; i < columns.size(); ++i)
-        fields[i] = fieldAt(statement, kFirstColumn + columns[i]);
+        fields[i] = readField(statement, kFirstColumn + columns[i]);
     return RowBuilder::build(*entity, key, version, std::span(fields.data(), columns.size()), store.rows);
 }
 

@@ -14,6 +14,9 @@ namespace objectstore {
 /// give.
 std::string rowColumns(const Family& family);
 
+/// What stands in a column, its text and bytes alive until the statement's next step.
+FieldValue readField(const sqlite::Statement& statement, int column);
+
 /// The row that the statement stands on; shared with whoever holds it already. Null for an entity that the
 /// model does not know.
 RowRef readRow(StoreState& store, const Family& family, const sqlite::Statement& statement);

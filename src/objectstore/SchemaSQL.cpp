@@ -124,7 +124,8 @@ private:
                 fmt::format("{}, {}{}", entity.owner()->column,
                     unit.discriminator ? fmt::format("ifnull({}, 0), ", unit.discriminator->column) : "",
                     unit.identifier->column));
-        if (const Slot* text = entity.textIndex())
+        if (const Slot* text = entity.textIndex()) {
+            addMissing(entity, *text);
             addOnce({fmt::format("text {} of {}", entity.textTable(), text->column),
                 fmt::format(
                     "CREATE VIRTUAL TABLE {} USING fts5({}, content={}, content_rowid={}, tokenize='trigram"
@@ -135,6 +136,16 @@ private:
                             "WHERE {1} IS NOT NULL AND {2} IS"
                             " NOT NULL ORDER BY {2}",
                     entity.textTable(), text->column, entity.owner()->column, family.table)});
+        }
+    }
+
+    /// The entries without a text, most times none: whoever relies on the text index asks for them.
+    void addMissing(const Entity& entity, const Slot& text)
+    {
+        const Family& family = *entity.family();
+        const std::string sql = fmt::format("CREATE INDEX {} ON {}({}) WHERE {} IS NULL",
+            quoted(family.name + "_missing"), family.table, entity.owner()->column, text.column);
+        addOnce({sql, sql, "", ""});
     }
 
     void addOnce(SchemaPart part)

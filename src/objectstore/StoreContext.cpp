@@ -109,6 +109,12 @@ Result<ObjectList> StoreContext::runFetch(const StoreFetch& fetch)
     return answering("fetch", [&] { return fetchObjects(*operation, fetch); });
 }
 
+Result<std::vector<platform::Value>> StoreContext::fetchValues(const StoreFetch& fetch, std::string_view key)
+{
+    Operation operation(*this);
+    return answering("fetch", [&] { return fetchAttribute(*operation, fetch, key); });
+}
+
 Result<std::size_t> StoreContext::countFetch(const StoreFetch& fetch)
 {
     Operation operation(*this);

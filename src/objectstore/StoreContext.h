@@ -106,6 +106,11 @@ public:
 
     /// The objects that the fetch asks for, unsaved changes included.
     platform::Result<ObjectList> runFetch(const StoreFetch& fetch);
+    /// What one attribute says for each object that `runFetch` would find, in the same order; absent where it
+    /// is absent. No object is made, no other column read: with `uniqueId` this is the answer to a search.
+    /// The key must be an attribute with a column that is never computed late, else it answers InvalidKey's
+    /// Error.
+    platform::Result<std::vector<platform::Value>> fetchValues(const StoreFetch& fetch, std::string_view key);
     /// How many `runFetch` would find.
     platform::Result<std::size_t> countFetch(const StoreFetch& fetch);
 

@@ -1,6 +1,8 @@
 // How the trigram table is written.
 #include "objectstore/TextIndex.h"
 
+#include "objectstore/PredicateLiterals.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -12,14 +14,13 @@ namespace objectstore {
 
 namespace {
 
-/// Runs a statement on an entry. The tokenizer would stop at a NUL, and what stands behind it would never be
-/// found: it gets another control character, on the way in and on the way out.
+/// Runs a statement on an entry. A NUL gets its stand-in on the way in and on the way out.
 void runOn(sqlite::Statement& statement, std::int64_t owner, std::string_view text)
 {
     if (text.find('\0') == std::string_view::npos)
         return statement.bind(1, owner).bindText(2, text).run();
     std::string whole(text);
-    std::ranges::replace(whole, '\0', '\1');
+    std::ranges::replace(whole, '\0', kIndexedForNul);
     statement.bind(1, owner).bindText(2, whole).run();
 }
 
@@ -34,6 +35,17 @@ void configureTextIndex(sqlite::Connection& connection, const Entity& entity)
     };
     set("automerge", 8);
     set("crisismerge", 32);
+}
+
+bool hasEveryEntry(StoreState& store, const Entity& entity)
+{
+    const std::string &entries = entity.family()->table, &owner = entity.owner()->column;
+    sqlite::Use query(store.connection->prepared(fmt::format(
+        "SELECT (SELECT count(*) FROM {0}) = (SELECT count(*) FROM {1})"
+        " AND NOT EXISTS(SELECT 1 FROM {1} WHERE {2} IS NULL)"
+        " AND NOT EXISTS(SELECT 1 FROM {1} WHERE {3} IS NULL)",
+        entity.owner()->destination->families().front()->table, entries, owner, entity.textIndex()->column)));
+    return query->step() && query->integer(0) != 0;
 }
 
 TextIndex::TextIndex(StoreState& store, const Entity& entity) : _store(store)

@@ -13,6 +13,10 @@ namespace objectstore {
 /// one pays for many.
 void configureTextIndex(sqlite::Connection& connection, const Entity& entity);
 
+/// Whether each root that can own an entry of that entity has one, with a text: counted, not looked for, so
+/// that asking costs next to nothing.
+bool hasEveryEntry(StoreState& store, const Entity& entity);
+
 /// Brings the text table of an entity to what a save writes, within its transaction. The text to take out is
 /// read back from the table itself, never from memory.
 ///

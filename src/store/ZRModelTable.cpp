@@ -79,6 +79,8 @@ constexpr SlotDescription linked(std::string_view key, std::string_view destinat
 constexpr std::uint8_t kIndexed = objectstore::kIndexed;
 constexpr std::uint8_t kUnique = objectstore::kUnique;
 constexpr std::uint8_t kTransient = objectstore::kTransient;
+/// What `ZROSContact::_newStringForIndexing` writes down.
+constexpr std::uint8_t kFeeds = objectstore::kFeedsTextIndex;
 
 constexpr ModelKey recordKeys[] = {
     {attribute("uniqueId", string, kUnique), zr::kZRUIDProperty},
@@ -94,20 +96,20 @@ constexpr ModelKey recordKeys[] = {
 };
 
 constexpr ModelKey contactKeys[] = {
-    {attribute("title", string, 0, hooks::indexedTextDidChange), zr::kZRTitleProperty},
-    {attribute("firstName", string, 0, hooks::nameDidChange), zr::kZRFirstNameProperty},
-    {attribute("middleName", string, 0, hooks::indexedTextDidChange), zr::kZRMiddleNameProperty},
-    {attribute("lastName", string, 0, hooks::nameDidChange), zr::kZRLastNameProperty},
-    {attribute("suffix", string, 0, hooks::indexedTextDidChange), zr::kZRSuffixProperty},
-    {attribute("nickname", string, 0, hooks::indexedTextDidChange), zr::kZRNicknameProperty},
-    {attribute("maidenName", string, 0, hooks::indexedTextDidChange), zr::kZRMaidenNameProperty},
-    {attribute("phoneticFirstName", string, 0, hooks::nameDidChange), zr::kZRFirstNamePhoneticProperty},
-    {attribute("phoneticMiddleName", string, 0, hooks::indexedTextDidChange),
+    {attribute("title", string, kFeeds, hooks::indexedTextDidChange), zr::kZRTitleProperty},
+    {attribute("firstName", string, kFeeds, hooks::nameDidChange), zr::kZRFirstNameProperty},
+    {attribute("middleName", string, kFeeds, hooks::indexedTextDidChange), zr::kZRMiddleNameProperty},
+    {attribute("lastName", string, kFeeds, hooks::nameDidChange), zr::kZRLastNameProperty},
+    {attribute("suffix", string, kFeeds, hooks::indexedTextDidChange), zr::kZRSuffixProperty},
+    {attribute("nickname", string, kFeeds, hooks::indexedTextDidChange), zr::kZRNicknameProperty},
+    {attribute("maidenName", string, kFeeds, hooks::indexedTextDidChange), zr::kZRMaidenNameProperty},
+    {attribute("phoneticFirstName", string, kFeeds, hooks::nameDidChange), zr::kZRFirstNamePhoneticProperty},
+    {attribute("phoneticMiddleName", string, kFeeds, hooks::indexedTextDidChange),
         zr::kZRMiddleNamePhoneticProperty},
-    {attribute("phoneticLastName", string, 0, hooks::nameDidChange), zr::kZRLastNamePhoneticProperty},
-    {attribute("organization", string, 0, hooks::nameDidChange), zr::kZROrganizationProperty},
-    {attribute("department", string, 0, hooks::indexedTextDidChange), zr::kZRDepartmentProperty},
-    {attribute("jobTitle", string, 0, hooks::indexedTextDidChange), zr::kZRJobTitleProperty},
+    {attribute("phoneticLastName", string, kFeeds, hooks::nameDidChange), zr::kZRLastNamePhoneticProperty},
+    {attribute("organization", string, kFeeds, hooks::nameDidChange), zr::kZROrganizationProperty},
+    {attribute("department", string, kFeeds, hooks::indexedTextDidChange), zr::kZRDepartmentProperty},
+    {attribute("jobTitle", string, kFeeds, hooks::indexedTextDidChange), zr::kZRJobTitleProperty},
     {attribute("displayFlags", integer, 0, hooks::displayFlagsDidChange), zr::kZRPersonFlags},
     {attribute("birthday", date, 0, hooks::birthdayDidChange), zr::kZRBirthdayProperty},
     {derived("birthdayYear", integer, hooks::birthdayYear)},
@@ -217,26 +219,29 @@ constexpr SlotDescription distributionListConfigs(std::string_view inverse)
 }
 
 constexpr ModelKey emailKeys[] = {
-    {attribute("address", string, 0, hooks::emailAddressDidChange)},
-    {attribute("addressNormalized", string, kIndexed)},
+    {attribute("address", string, kFeeds, hooks::emailAddressDidChange)},
+    {attribute("addressNormalized", string, kIndexed | kFeeds)},
     {distributionListConfigs("email")},
 };
-constexpr ModelKey phoneKeys[] = {{attribute("fullNumber", string)}, {distributionListConfigs("phone")}};
+constexpr ModelKey phoneKeys[] = {
+    {attribute("fullNumber", string, kFeeds)}, {distributionListConfigs("phone")}};
 constexpr ModelKey postalAddressKeys[] = {
-    {attribute("street", string), zr::kZRAddressStreetKey},
-    {attribute("city", string), zr::kZRAddressCityKey},
-    {attribute("state", string), zr::kZRAddressStateKey},
-    {attribute("zipCode", string), zr::kZRAddressZIPKey},
-    {attribute("countryName", string), zr::kZRAddressCountryKey},
+    {attribute("street", string, kFeeds), zr::kZRAddressStreetKey},
+    {attribute("city", string, kFeeds), zr::kZRAddressCityKey},
+    {attribute("state", string, kFeeds), zr::kZRAddressStateKey},
+    {attribute("zipCode", string, kFeeds), zr::kZRAddressZIPKey},
+    {attribute("countryName", string, kFeeds), zr::kZRAddressCountryKey},
     {attribute("countryCode", string), zr::kZRAddressCountryCodeKey},
-    {attribute("region", string), "Region"},
-    {attribute("sama", string), "Sama"},
+    {attribute("region", string, kFeeds), "Region"},
+    {attribute("sama", string, kFeeds), "Sama"},
     {attribute("customValuesDictionary", data)},
     {distributionListConfigs("address")},
 };
-constexpr ModelKey urlKeys[] = {{attribute("url", string)}};
-constexpr ModelKey messagingKeys[] = {{attribute("address", string)}, {toOne("service", "ZROSService")}};
-constexpr ModelKey relatedNameKeys[] = {{attribute("name", string)}};
+constexpr ModelKey urlKeys[] = {{attribute("url", string, kFeeds)}};
+constexpr ModelKey otherURLKeys[] = {{attribute("url", string)}};
+constexpr ModelKey messagingKeys[] = {
+    {attribute("address", string, kFeeds)}, {toOne("service", "ZROSService")}};
+constexpr ModelKey relatedNameKeys[] = {{attribute("name", string, kFeeds)}};
 constexpr ModelKey dateKeys[] = {
     {attribute("date", date, 0, hooks::dateDidChange)},
     {derived("dateYear", integer, hooks::dateYear)},
@@ -249,12 +254,12 @@ constexpr ModelKey accessEntryKeys[] = {
 };
 
 constexpr ModelKey noteKeys[] = {
-    {attribute("text", string)},
+    {attribute("text", string, kFeeds)},
     {toOne("contact", "ZROSContact", "note")},
 };
 constexpr ModelKey contactIndexKeys[] = {
     {toOne("contact", "ZROSContact", "contactIndex")},
-    {derived("stringForIndexing", string, hooks::stringForIndexing, objectstore::kTextIndex)},
+    {derived("stringForIndexing", string, hooks::stringForIndexing, objectstore::kTextIndex | kFeeds)},
 };
 constexpr ModelKey serviceKeys[] = {{attribute("serviceName", string)}};
 constexpr ModelKey customPropertyKeys[] = {
@@ -337,11 +342,11 @@ constexpr ModelEntity rosterEntities[] = {
     valueEntity("ZROSPhoneNumber", "phone_number", phoneKeys, "fullNumber"),
     valueEntity("ZROSPostalAddress", "postal_address", postalAddressKeys, {}),
     valueEntity("ZROSURLAddress", "url_address", urlKeys, "url"),
-    valueEntity("ZROSCalendarURI", "calendar_uri", urlKeys, "url"),
+    valueEntity("ZROSCalendarURI", "calendar_uri", otherURLKeys, "url"),
     valueEntity("ZROSMessagingAddress", "messaging_address", messagingKeys, "address", entriesBy("service")),
     valueEntity("ZROSRelatedName", "related_name", relatedNameKeys, "name"),
     valueEntity("ZROSContactDate", "contact_date", dateKeys, "date"),
-    valueEntity("ZROSRemoteLocation", "remote_location", urlKeys, "url"),
+    valueEntity("ZROSRemoteLocation", "remote_location", otherURLKeys, "url"),
     valueEntity("ZROSSharingAccessControlEntry", "access_entry", accessEntryKeys, "accountName",
         entriesBy("readACLSource")),
     {{.name = "ZROSNote", .table = "note", .make = ZROSOwnedObject::make, .owner = "contact"}, noteKeys,
