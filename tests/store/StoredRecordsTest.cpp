@@ -13,6 +13,7 @@
 #include "store/ZRMutableSet.h"
 #include "store/ZROSRecord.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 namespace test {
@@ -291,6 +292,37 @@ TEST_F(StoredRecords, ListTheRelationshipsOfTheIndexString)
         EXPECT_FALSE(slot.isToMany() ? rows.asArray().empty() : rows.isNothing()) << path;
     }
     EXPECT_THAT(paths, testing::SizeIs(8));
+}
+
+// A search asks the index before it asks such a key: a card whose text it lacks would not be found.
+TEST_F(StoredRecords, HaveInTheIndexStringWhatTheModelSaysFeedsIt)
+{
+    const auto one = person(roster, {});
+    objectstore::StoreObject& card = *one->zrDatabaseImpl();
+    int marks = 0;
+    const auto check = [&](objectstore::StoreObject& object) {
+        for (const objectstore::Slot* slot : object.entity().slots()) {
+            // The normalised address follows from the address, which is asked.
+            if (slot->type != objectstore::AttributeType::string || !slot->hasColumn() || slot->lazy
+                || slot->key == "addressNormalized" || (&object == &card && slot->key == "uniqueId"))
+                continue;
+            const std::string mark = fmt::format("Marqu\u00e9{}X", ++marks);
+            object.setValueForKey(slot->key, Value(mark));
+            const std::string text(card.valueForKeyPath("contactIndex.stringForIndexing").asText());
+            EXPECT_EQ(text.find(ZROSRecord::newNormalizedSearchString(mark)) != text.npos,
+                (slot->flags & objectstore::kFeedsTextIndex) != 0)
+                << object.entity().name() << "." << slot->key;
+        }
+    };
+    check(card);
+    for (const objectstore::Slot* slot : card.entity().slots()) {
+        if (!slot->holdsParts || slot->key == "contactIndex" || slot->destination->isAbstract())
+            continue;
+        const auto part = card.context()->insertObjectOfEntity(*slot->destination);
+        part->setRelated(*slot->inverse, &card);
+        check(*part);
+    }
+    EXPECT_GT(marks, 40);
 }
 
 TEST_F(StoredRecords, SayWhichValuesAreWorthKeeping)
