@@ -1,7 +1,9 @@
-// What records cost on a store that is there: the first names, all names, one edit and save, one new card.
+// What records cost on a store that is there: the first names, all names, the sorted list and its edits, one
+// edit and save, one new card.
 #include "core/ZRConstants.h"
 #include "core/ZRMutableMultiValue.h"
 #include "core/ZRPerson.h"
+#include "store/ZRDBCache.h"
 #include "store/ZRRoster.h"
 #include "support/Commands.h"
 #include "support/Measure.h"
@@ -85,6 +87,31 @@ int listFirst(const std::string& directory, std::size_t limit)
 
 int listAll(const std::string& directory, std::size_t) { return list("list", directory, 0); }
 
+/// The list of a cache, once, and then one changed name after the other told to it. The roster is not saved.
+int sortedList(const std::string& directory, std::size_t changes)
+{
+    const auto roster = bench::openRoster(directory);
+    const bench::Stopwatch watch;
+    const auto cache = ZRDBCache::sharedDBCache();
+    const ZRRecordList people = cache->allPeople()->records();
+    Result list("sorted list", "roster", directory, people.size());
+    list.add(watch.wall(), watch.processor());
+    list.print();
+    Result change("changed member", "roster", directory, people.size());
+    std::uint64_t state = 1;
+    for (std::size_t i = 0; i < changes; ++i) {
+        state = state * 6364136223846793005u + 1442695040888963407u;
+        const auto& person = people[(state >> 33) % people.size()];
+        const auto& other = people[(state >> 13) % people.size()];
+        person->setValue(other->valueForProperty(zr::kZRLastNameProperty), zr::kZRLastNameProperty);
+        change.time([&] { cache->changedMember(person); });
+    }
+    if (cache->allPeople()->records().size() != people.size())
+        bench::fail("the list has lost people");
+    change.print();
+    return 0;
+}
+
 std::vector<std::string> allIds(ZRRoster& roster)
 {
     std::vector<std::string> ids;
@@ -159,13 +186,14 @@ int add(const std::string& directory, std::size_t cards)
     return 0;
 }
 
-constexpr bench::Command kCommands[] = {{"open", listFirst}, {"list", listAll}, {"edit", edit}, {"add", add}};
+constexpr bench::Command kCommands[] = {
+    {"open", listFirst}, {"list", listAll}, {"sorted", sortedList}, {"edit", edit}, {"add", add}};
 
 } // namespace
 
 int main(int count, char** arguments)
 {
     return bench::runCommand(kCommands, {arguments, static_cast<std::size_t>(count)},
-        "open ROSTER LIMIT | list ROSTER 1 | edit ROSTER EDITS | add ROSTER CARDS\n"
+        "open ROSTER LIMIT | list ROSTER 1 | sorted ROSTER CHANGES | edit ROSTER EDITS | add ROSTER CARDS\n"
         "edit and add change the roster: give them a copy.");
 }

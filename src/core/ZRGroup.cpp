@@ -255,13 +255,20 @@ std::int64_t ZRGroup::removeProperties(const Value&)
     return 0;
 }
 
+/// By its class, whatever location it names.
+static bool isSubscribedGroup(const ZRGroup& group)
+{
+    return dynamic_cast<const ZRSubscribedGroup*>(&group) || group.isSubscribed();
+}
+
 int ZRCompareGroupName(const ZRGroup& a, const ZRGroup& b)
 {
     const auto sign = [](auto ordering) { return ordering < 0 ? -1 : ordering > 0 ? 1 : 0; };
     if (&a == &b)
         return 0;
-    if (a.isSubscribed() != b.isSubscribed())
-        return a.isSubscribed() ? 1 : -1;
+    const bool isSubscribedA = isSubscribedGroup(a), isSubscribedB = isSubscribedGroup(b);
+    if (isSubscribedA != isSubscribedB)
+        return isSubscribedA ? 1 : -1;
     const bool isSmartA = dynamic_cast<const ZRSmartGroup*>(&a),
                isSmartB = dynamic_cast<const ZRSmartGroup*>(&b);
     if (isSmartA != isSmartB)

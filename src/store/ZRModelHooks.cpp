@@ -137,6 +137,12 @@ Value sortingLastName(StoreObject& object) { return Value(contact(object)._newSo
 Value sortingFirstKey(StoreObject& object) { return collationKeyOf(object, "sortingFirstName"); }
 Value sortingLastKey(StoreObject& object) { return collationKeyOf(object, "sortingLastName"); }
 
+// In a list of members groups stand before all people.
+Value groupSortingName(StoreObject& object)
+{
+    return Value("\n" + std::string(object.text(object.slot("name"))));
+}
+
 Value stringForIndexing(StoreObject& object)
 {
     const auto owner = object.related(object.slot("contact"));

@@ -47,6 +47,7 @@ Value sortingLastName(StoreObject&);
 /// The collation keys of the sort names in the locale of the store.
 Value sortingFirstKey(StoreObject&);
 Value sortingLastKey(StoreObject&);
+Value groupSortingName(StoreObject&);
 Value stringForIndexing(StoreObject&);
 
 // ---- keys that other objects hold

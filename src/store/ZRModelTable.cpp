@@ -149,6 +149,8 @@ constexpr ModelKey abstractGroupKeys[] = {
 constexpr ModelKey groupKeys[] = {
     {attribute("name", string, 0, hooks::groupNameDidChange), zr::kZRGroupNameProperty},
     {attribute("nameNormalized", string, kIndexed)},
+    {computed("sortingFirstName", hooks::groupSortingName)},
+    {computed("sortingLastName", hooks::groupSortingName)},
     {linked("childGroups", "ZROSGroup", "parentGroups", "group_child", true)},
     {linked("parentGroups", "ZROSGroup", "childGroups", "group_child", false)},
     {parts("customProperties", "ZROSCustomPropertyValue")},

@@ -175,10 +175,8 @@ ZRRecordList ZRRoster::sortedPeople(ZRNameOrder order, std::size_t limit)
         ZRRecordList people =
             ZROSRecord::copyPublicRecordsForClass(ZRPerson::recordClassDescription, *found, *this);
         if (!sortsInStore) {
-            std::ranges::stable_sort(people, [&](const auto& a, const auto& b) {
-                return ZRComparePeopleName(static_cast<ZRPerson&>(*a), static_cast<ZRPerson&>(*b), comparison)
-                    < 0;
-            });
+            std::ranges::stable_sort(people,
+                [&](const auto& a, const auto& b) { return ZRComparePeopleName(*a, *b, comparison) < 0; });
             if (limit != 0 && people.size() > limit)
                 people.resize(limit);
         }

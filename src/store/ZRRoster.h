@@ -12,6 +12,7 @@
 #include <functional>
 #include <map>
 
+class ZRDBCache;
 class ZRInfo;
 class ZRManagedObjectContext;
 class ZRPerson;
@@ -217,6 +218,13 @@ public:
         const std::string& uniqueId, std::string_view kind, const platform::Value& data) ZR_NTS;
     /// Absent when none waits.
     platform::Value nts_PendingPicture(const std::string& uniqueId, std::string_view kind) const ZR_NTS;
+
+    // ---- sorted lists                                                 (ZRDBCache.cpp)
+
+    /// The sorted lists of this roster: the shared one's for good, those of another as long as somebody holds
+    /// them.
+    platform::Ref<ZRDBCache> dbCache();
+    platform::Ref<ZRDBCache> nts_dbCache() ZR_NTS;
 
     // ---- properties and constraints                                   (ZRRoster+Properties.cpp)
 

@@ -5,6 +5,7 @@
 #include "platform/run/Mutex.h"
 #include "platform/value/Error.h"
 #include "store/ZRCustomProperties.h"
+#include "store/ZRDBCache.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelTable.h"
 #include "store/ZRRoster.h"
@@ -39,7 +40,7 @@ struct ZRRoster::State {
     Kind kind = Kind::onDirectory;
     ZRRosterFlags flags;
 
-    /// The monitor of the private dictionary: what follows, up to the constraints.
+    /// The monitor of the private dictionary: what follows, up to the lists.
     platform::RecursiveMutex monitor;
     std::string directory;
     std::string imagesDirectory;
@@ -53,6 +54,8 @@ struct ZRRoster::State {
     bool holdsSharedStore = false;
     std::map<std::string, ZRCustomProperties::Definitions, std::less<>> customProperties;
     std::vector<platform::Ref<ZRRecordConstraint>> constraints;
+    /// The sorted lists, while somebody holds them.
+    ZRDBCache* dbCache = nullptr;
 
     // Under the global lock.
     /// The contexts that the holders of the lock locked, innermost last: the context may change meanwhile.

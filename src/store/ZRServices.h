@@ -4,11 +4,27 @@
 #include "core/ZRRecord.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+class ZRGroup;
 class ZRManagedObjectContext;
+class ZRPerson;
+
+namespace objectstore {
+class UndoManager;
+} // namespace objectstore
+
+/// What a user must be told at once, in the user's language.
+struct ZRAlert {
+    /// The key of the message in the table "ZRStrings".
+    std::string messageKey;
+    std::string title;
+    std::string message;
+    std::string button;
+};
 
 /// The services that the store calls and does not have itself. An empty function is an absent service: the
 /// store then does what is said here.
@@ -44,6 +60,23 @@ struct ZRServices {
     // ---- sharing
     /// The subscription to that location, or absent. Absent: nobody subscribes to anything.
     std::function<platform::Ref<ZRRecord>(ZRRoster&, const std::string& remoteLocation)> findSubscription;
+
+    /// The cards that came with it. Absent: none.
+    std::function<std::vector<platform::Ref<ZRRecord>>(ZRRoster&, const std::string& remoteLocation)>
+        peopleAtRemoteLocation;
+    /// Marks a record as one that came with that subscribed group. Absent: it stays one of this roster.
+    std::function<void(ZRGroup&, ZRRecord&)> markRecordWithGroupSubscription;
+
+    // ---- the user of the lists (ZRDBCache); called without the lock
+    /// What records the steps of one list. Absent: none is recorded.
+    std::function<std::shared_ptr<objectstore::UndoManager>()> newUndoManager;
+    /// Notes, as a step that can be undone under that name, that `person` was made in `group` (absent: in
+    /// none). Absent: it cannot be undone.
+    std::function<void(const platform::Ref<ZRPerson>& person, const platform::Ref<ZRGroup>& group,
+        std::string_view actionName)>
+        performNewPerson;
+    /// Shows an alert and waits for the user. A host sets it before its first save; absent: the log tells.
+    std::function<void(const ZRAlert&)> runAlert;
 
     // ---- mail
     /// The vCard of a card as others get it; empty when none can be made. Absent: nobody is told by mail that
