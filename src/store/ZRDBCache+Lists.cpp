@@ -1,6 +1,7 @@
 // The lists of a member cache: how each is found, sorted once and kept.
 #include "store/ZRDBCacheState.h"
 
+#include "core/ZRAllGroup.h"
 #include "core/ZRNameOrder.h"
 #include "platform/run/Log.h"
 #include "search/ZRSmartGroup.h"
@@ -38,14 +39,6 @@ ZRRecordList peopleAtRemoteLocation(ZRRoster& roster, const std::string& locatio
 {
     const auto& service = ZRServices::registered().peopleAtRemoteLocation;
     return service ? service(roster, location) : ZRRecordList();
-}
-
-ZRRecordList membersAndSubgroups(const ZRGroup& group)
-{
-    ZRRecordList all = group.members();
-    for (auto& subgroup : group.subgroups())
-        all.push_back(std::move(subgroup));
-    return all;
 }
 
 void appendOnce(const Ref<ZRPerson>& person, ZRRecordList& list)
@@ -95,11 +88,13 @@ Ref<const ZRMemberList> ZRDBCache::membersOfGroup(const Ref<ZRGroup>& group)
 {
     if (!group)
         return makeRef<const ZRMemberList>(ZRRecordList());
+    if (dynamic_cast<const ZRAllGroup*>(group.get()))
+        return allPeopleForRemoteLocation(group->remoteLocation());
     return locked(*_state->roster, ZRAccess::read, [&]() ZR_NTS {
         auto& lists = _state->groupsPeople;
         if (const auto known = lists.find(group->nts_UniqueId()); known != lists.end() && !isSmart(group))
             return Ref<const ZRMemberList>(known->second);
-        ZRRecordList members = membersAndSubgroups(*group);
+        ZRRecordList members = group->membersAndSubgroups();
         if (_state->newPerson && _state->newPersonParentGroup == group)
             appendOnce(_state->newPerson, members);
         sortMembers(members);

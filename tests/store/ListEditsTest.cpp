@@ -1,10 +1,9 @@
 // Lists that are edited in place: after any edits they are as if sorted from nothing.
 #include "store/ListWorld.h"
 
+#include "core/ZRAllGroup.h"
 #include "objectstore/StorePredicate.h"
 #include "search/ZRSmartGroup.h"
-#include "store/ZRMutableSet.h"
-#include "store/ZROSRecord.h"
 #include "store/ZRServices.h"
 
 #include <gmock/gmock.h>
@@ -220,7 +219,7 @@ TEST_F(ListEdits, OfMembersGoToTheirGroupsToo)
     const auto club = group(roster, "club"), inner = group(roster, "inner");
     const auto ana = named(roster, "Ana"), bo = named(roster, "Bo");
     club->addMember(*bo);
-    club->zrosMutableSetValueForKey("childGroups").addObject(*inner->zrDatabaseImpl());
+    club->addSubgroup(*inner);
     EXPECT_THAT(members(club), ElementsAre("inner", "Bo"));
     club->addMember(*ana);
     cache->addedMembers({ana}, club);
@@ -228,6 +227,17 @@ TEST_F(ListEdits, OfMembersGoToTheirGroupsToo)
     cache->changedMember(bo);
     EXPECT_THAT(members(club), ElementsAre("inner", "Abe", "Ana"));
     EXPECT_EQ(members(nullptr), Names{});
+}
+
+TEST_F(ListEdits, OfTheGroupOfAllAreThoseOfAllPeople)
+{
+    const auto everybody = ZRAllGroup::specialGroupForRoster(roster);
+    named(roster, "Bo");
+    const auto list = cache->membersOfGroup(everybody);
+    EXPECT_EQ(list, cache->allPeople());
+    cache->addedMembers({named(roster, "Ana")});
+    cache->addedMembers({named(roster, "Cy")}, everybody);
+    EXPECT_THAT(namesOf(list->records()), ElementsAre("Ana", "Bo")) << "one list, told of once";
 }
 
 TEST_F(ListEdits, OfGroupsKeepThemInOrder)
@@ -292,7 +302,7 @@ TEST_F(ListEdits, AreForgottenWithTheirLists)
     EXPECT_NE(cache->allPeople(), all);
 }
 
-// Lists own records, and records own their roster.
+// Lists own records, and records own their roster: were lists owned by it too, the leak check would tell.
 TEST_F(ListEdits, KeepNoRosterAlive)
 {
     auto other = ZRRoster::emptyMemoryBackedRoster();
@@ -300,10 +310,11 @@ TEST_F(ListEdits, KeepNoRosterAlive)
     EXPECT_EQ(other->dbCache(), lists) << "one for all who ask";
     named(other, "Ana");
     EXPECT_EQ(lists->allPeople()->records().size(), 1);
-    const auto* const gone = lists.get();
+    const auto* const kept = other.get();
+    const auto one = other->recordForUniqueId(lists->allPeople()->records()[0]->uniqueId());
+    other = nullptr;
     lists = nullptr;
-    EXPECT_EQ(other->dbCache()->roster(), other);
-    static_cast<void>(gone);
+    EXPECT_EQ(one->roster().get(), kept) << "kept by its record alone";
 }
 
 } // namespace test

@@ -251,6 +251,7 @@ TEST(ListSaving, WritesWhatSeveralThreadsSave)
 {
     const Home home;
     const auto outcome = home.play("save by two threads");
+    EXPECT_EQ(outcome.status, 0) << outcome.log;
     EXPECT_EQ(outcome.answer, "") << outcome.log;
     EXPECT_EQ(home.play("count people").answer, "100");
 }
@@ -262,6 +263,7 @@ TEST(ListSaving, TellsTheUserWhyItFailed)
              {"gone", "not saved DB_CORRUPT; then "}}) {
         const Home home;
         const auto outcome = home.play("fail to save", {what});
+        EXPECT_EQ(outcome.status, 0) << what << "\n" << outcome.log;
         EXPECT_EQ(outcome.answer, told) << what << "\n" << outcome.log;
     }
 }
