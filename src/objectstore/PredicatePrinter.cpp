@@ -63,6 +63,9 @@ public:
         std::string left = key(test.keyPath);
         if (test.mask)
             left = fmt::format("bitwiseAnd:with:({}, {})", left, *test.mask);
+        if (test.isConstantFirst)
+            return fmt::format("{} {} {}", written(test.operand),
+                kOperators[static_cast<std::size_t>(turnedAround(test.comparator))], left);
         return fmt::format("{} {}{} {}", left, kOperators[static_cast<std::size_t>(test.comparator)],
             kOptions[static_cast<std::size_t>(test.option)], written(test.operand));
     }

@@ -590,14 +590,17 @@ private:
 
     // Groups of groups.
 
-    void translate(const StorePredicate::Membership& membership, const Entity&)
+    void translate(const StorePredicate::Membership& membership, const Entity& asked)
     {
         const Value& group = constant(membership.group);
         const Value key = keyInStore(group);
         if (key.isAbsent())
             return write("0");
         const Entity& entity = group.as<const StoreObject>()->entity();
-        const auto members = linkOf(twoWaySlot(entity, membership.members));
+        const Slot& memberSlot = twoWaySlot(entity, membership.members);
+        if (!asked.isKindOf(*memberSlot.destination))
+            return write("0");
+        const auto members = linkOf(memberSlot);
         const auto children = linkOf(twoWaySlot(entity, membership.children));
         write("_key IN ");
         bracketed("", [&] {

@@ -85,6 +85,18 @@ PredicateRef StorePredicate::compare(
         0);
 }
 
+PredicateRef StorePredicate::compareConstant(
+    PredicateOperand operand, Comparator comparator, std::string_view keyPath)
+{
+    return make(Comparison{.keyPath = std::string(keyPath),
+                    .comparator = turnedAround(comparator),
+                    .option = TextOption::exact,
+                    .operand = checked(std::move(operand), false),
+                    .mask = std::nullopt,
+                    .isConstantFirst = true},
+        0);
+}
+
 PredicateRef StorePredicate::isAbsent(std::string_view keyPath)
 {
     return compare(keyPath, Comparator::equal, Value());
@@ -170,6 +182,9 @@ struct Substitution {
         if (test.mask)
             return StorePredicate::compareBits(
                 test.keyPath, *test.mask, test.comparator, std::move(*operand));
+        if (test.isConstantFirst)
+            return StorePredicate::compareConstant(
+                std::move(*operand), turnedAround(test.comparator), test.keyPath);
         return StorePredicate::compare(test.keyPath, test.comparator, std::move(*operand), test.option);
     }
 

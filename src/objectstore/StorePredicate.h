@@ -39,6 +39,23 @@ enum class Comparator : std::uint8_t {
     endsWith
 };
 
+/// The comparator with its sides exchanged; one that is no ordering stays.
+constexpr Comparator turnedAround(Comparator comparator)
+{
+    switch (comparator) {
+    case Comparator::less:
+        return Comparator::greater;
+    case Comparator::lessOrEqual:
+        return Comparator::greaterOrEqual;
+    case Comparator::greater:
+        return Comparator::less;
+    case Comparator::greaterOrEqual:
+        return Comparator::lessOrEqual;
+    default:
+        return comparator;
+    }
+}
+
 /// Whether a test on the rows of a to-many relationship wants some of them or none.
 enum class Rows : std::uint8_t { some, none };
 
@@ -100,6 +117,8 @@ public:
         std::optional<std::int64_t> mask;
         /// The texts of a long list that is compared exactly, so that thousands of ids are found at once.
         std::shared_ptr<const std::unordered_set<std::string_view>> texts = nullptr;
+        /// Written `operand OP key`, with the comparator turned around.
+        bool isConstantFirst = false;
     };
     struct Compound {
         bool isAll;
@@ -128,6 +147,9 @@ public:
     /// `keyPath OP operand`. With Comparator::in the operand is an array; of absent elements none is found.
     static PredicateRef compare(std::string_view keyPath, Comparator comparator, PredicateOperand operand,
         TextOption option = TextOption::exact);
+    /// `operand OP keyPath` of an ordering: the same test as the other way around, as ranges are written.
+    static PredicateRef compareConstant(
+        PredicateOperand operand, Comparator comparator, std::string_view keyPath);
     static PredicateRef isAbsent(std::string_view keyPath);
     static PredicateRef isPresent(std::string_view keyPath);
     /// `self == object` and `self IN objects`.

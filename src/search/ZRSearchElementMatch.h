@@ -6,6 +6,10 @@
 
 struct ZRPropertyPlace;
 
+namespace objectstore {
+class StoreObject;
+} // namespace objectstore
+
 /// `property comparison value`, of the entries of a label where one is given. Without a property it looks
 /// through the whole card.
 ///
@@ -98,9 +102,24 @@ private:
     explicit ZRSearchElementMatch(Definition definition) : _definition(std::move(definition)) { }
     ~ZRSearchElementMatch() override = default;
 
+    /// A comparison as the store is asked it, once its special values are settled.
+    struct Question;
+
     static std::int64_t baseVersion();
     bool isWholeCard() const;
     std::string _propertyOrEmpty() const { return _definition.property.value_or(""); }
+
+    Predicate converted(const objectstore::Entity& implClass, ZRManagedObjectContext& context) const ZR_NTS;
+    Predicate ofKnownKey(const ZRPropertyPlace& place, Question question) const;
+    Predicate ofAddresses(const ZRPropertyPlace& place, const Question& question) const;
+    Predicate _predicateForKeyPath(const std::string& keyPath, const Question& question) const;
+    Predicate _predicateForToManyRelationshipName(
+        const std::string& relationship, const std::string& relativeKeyPath, const Question& question) const;
+    Predicate _predicateForMessagingAddressService(std::string_view service, const Question& question) const;
+    Predicate _predicateForCustomProperty(
+        objectstore::StoreObject& definition, const Question& question) const;
+    Predicate nts_predicateForMembership(
+        const objectstore::Entity& implClass, ZRManagedObjectContext& context) const ZR_NTS;
 
     Definition _definition;
 };

@@ -21,25 +21,6 @@ namespace {
 
 using platform::Date;
 
-struct YearAndRest {
-    Value year;
-    Value yearless;
-};
-
-/// The year of a date, and the seconds since that year began. This year is taken to begin in GMT, so that all
-/// programs of a day agree; any other in the zone that the date is read in.
-YearAndRest extractYear(const Value& date)
-{
-    const auto time = date.isDate() ? platform::calendarTimeOf(date.asDate()) : std::nullopt;
-    if (!time)
-        return {};
-    const int year = time->day.year;
-    const auto thisYear = platform::yearOf(Date{platform::Clock::current().now()});
-    const Date start =
-        thisYear == year ? platform::startOfYear(year) : *platform::dateOf({.day = {year, 1, 1}});
-    return {Value(year), Value(date.asDate().seconds - start.seconds)};
-}
-
 Value yearOf(StoreObject& object, std::string_view key)
 {
     return extractYear(object.primitiveValue(object.slot(key))).year;
@@ -75,6 +56,18 @@ Value collationKeyOf(StoreObject& object, std::string_view key)
 }
 
 } // namespace
+
+YearAndRest extractYear(const Value& date)
+{
+    const auto time = date.isDate() ? platform::calendarTimeOf(date.asDate()) : std::nullopt;
+    if (!time)
+        return {};
+    const int year = time->day.year;
+    const auto thisYear = platform::yearOf(Date{platform::Clock::current().now()});
+    const Date start =
+        thisYear == year ? platform::startOfYear(year) : *platform::dateOf({.day = {year, 1, 1}});
+    return {Value(year), Value(date.asDate().seconds - start.seconds)};
+}
 
 Value creationDateYear(StoreObject& object) { return yearOf(object, "creationDate"); }
 Value creationDateYearless(StoreObject& object) { return restOf(object, "creationDate"); }

@@ -12,6 +12,14 @@ using platform::Value;
 
 // ---- years, and dates without their year
 
+struct YearAndRest {
+    Value year;
+    Value yearless;
+};
+/// The year of a date, and the seconds since that year began; absent for what is no date. This year is taken
+/// to begin in GMT, so that all programs of a day agree; any other in the zone that the date is read in.
+YearAndRest extractYear(const Value& date);
+
 Value creationDateYear(StoreObject&);
 Value creationDateYearless(StoreObject&);
 Value modificationDateYear(StoreObject&);

@@ -30,3 +30,9 @@ PredicateRef ZROSRecord::compoundPredicateForKey(
         return StorePredicate::all({StorePredicate::isPresent(key), std::move(subPredicate)});
     return StorePredicate::any({StorePredicate::isAbsent(key), std::move(subPredicate)});
 }
+
+PredicateRef ZROSGroup::contactMembershipRecursivePredicate()
+{
+    return StorePredicate::memberOfGroupOrBelow(
+        platform::Value(objectstore::ObjectRef(this)), "contacts", "childGroups");
+}

@@ -247,6 +247,9 @@ public:
     static bool nts_SetDistributionIdentifier(std::optional<std::string_view> identifier,
         std::string_view property, ZROSRecord& person, ZROSGroup& group, ZRFetching fetching) ZR_NTS;
 
+    /// True of the cards in this group and in the groups below it.
+    objectstore::PredicateRef contactMembershipRecursivePredicate();
+
 protected:
     ~ZROSGroup() override = default;
 };
