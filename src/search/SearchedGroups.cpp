@@ -3,12 +3,19 @@
 
 #include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
+#include "core/ZRPerson.h"
 #include "platform/run/Log.h"
+#include "search/ZRSmartGroup.h"
+#include "store/ZROSRecord.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
 #include <set>
 
+using objectstore::ObjectList;
+using objectstore::StoreObject;
 using platform::Ref;
 
 namespace {
@@ -18,6 +25,30 @@ std::set<std::string>& visited()
 {
     thread_local std::set<std::string> groups;
     return groups;
+}
+
+ObjectList nts_groupsAbove(StoreObject* object) ZR_NTS
+{
+    const auto* key = object && object->context() ? object->entity().slot("parentGroups") : nullptr;
+    return key ? object->objects(*key) : ObjectList();
+}
+
+/// Goes up from the card: a card is in few groups, and a group may have all cards.
+bool nts_isBelow(const ZRRecord& record, std::string_view groupId) ZR_NTS
+{
+    auto waiting = record.recordClass().isKindOf(ZRPerson::recordClassDescription)
+        ? nts_groupsAbove(record.zrDatabaseImpl())
+        : ObjectList();
+    std::set<StoreObject*> seen;
+    while (!waiting.empty()) {
+        const auto group = std::move(waiting.back());
+        waiting.pop_back();
+        if (group->text(group->slot("uniqueId")) == groupId)
+            return true;
+        if (seen.insert(group.get()).second)
+            std::ranges::move(nts_groupsAbove(group.get()), std::back_inserter(waiting));
+    }
+    return false;
 }
 
 } // namespace
@@ -46,6 +77,20 @@ Ref<ZRSearchElement> nts_searchOfSmartGroup(const ZRGroup& group)
         platform::log(fmt::format("Search of group {}: {}", group.nts_UniqueId(), failure.what()));
     }
     return nullptr;
+}
+
+bool nts_isMemberOfGroup(const ZRRecord& record, const ZRGroup& group)
+{
+    if (!group.recordClass().isKindOf(ZRSmartGroup::recordClassDescription))
+        return nts_isBelow(record, group.nts_UniqueId());
+    const SmartGroupVisit visit(group.nts_UniqueId());
+    const auto search = visit.isEntered() ? nts_searchOfSmartGroup(group) : nullptr;
+    return search && search->nts_MatchesRecord(record);
+}
+
+bool nts_isMemberOfAnyGroup(const ZRRecord& record)
+{
+    return !nts_groupsAbove(record.zrDatabaseImpl()).empty();
 }
 
 SmartGroupVisit::SmartGroupVisit(std::string uniqueId)

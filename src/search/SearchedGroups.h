@@ -9,13 +9,18 @@
 #include <string>
 
 class ZRGroup;
-class ZRSmartGroup;
+class ZRRecord;
 
 /// Whether the value is the marker that stands for "in any group".
 bool isAnyGroupMarker(const platform::Value& value);
 
 /// The search of a smart group; absent when it has none, or one that cannot be read.
 platform::Ref<ZRSearchElement> nts_searchOfSmartGroup(const ZRGroup& group) ZR_NTS;
+
+/// Whether a live card is in the group or in one below it; in a smart group: whether it matches its search.
+bool nts_isMemberOfGroup(const ZRRecord& record, const ZRGroup& group) ZR_NTS;
+/// Whether it stands in some group, smart groups aside.
+bool nts_isMemberOfAnyGroup(const ZRRecord& record) ZR_NTS;
 
 /// Keeps a smart group marked as being looked into by this thread, so that groups that name each other end.
 ///

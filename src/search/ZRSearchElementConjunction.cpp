@@ -3,6 +3,7 @@
 
 #include "core/ZRGroup.h"
 #include "objectstore/StorePredicate.h"
+#include "search/SearchValues.h"
 
 #include <algorithm>
 
@@ -26,6 +27,7 @@ void unite(List& list, const List& more)
 
 bool ZRSearchElementConjunction::nts_MatchesRecord(const ZRRecord& record) const
 {
+    const SearchValues readOnce(record);
     const bool isAnd = _conjunction == kZRSearchAnd;
     for (const auto& child : _elements)
         if (child->nts_MatchesRecord(record) != isAnd)

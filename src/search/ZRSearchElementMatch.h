@@ -72,6 +72,9 @@ public:
     // ---- asked of one record                            (ZRSearchElementMatch+Memory.cpp)
 
     bool nts_MatchesRecord(const ZRRecord& record) const override ZR_NTS;
+    /// The comparison itself, of one value: texts with texts, numbers with numbers, dates with dates or
+    /// intervals, records with records; anything else answers false.
+    bool compareWithRecordValue(const platform::Value& recordValue) const;
 
     // ---- archives                                       (SearchElementArchive.cpp)
 
@@ -102,6 +105,29 @@ private:
     explicit ZRSearchElementMatch(Definition definition) : _definition(std::move(definition)) { }
     ~ZRSearchElementMatch() override = default;
 
+    /// By what the property holds, and what of it was given: which form compares it.
+    enum class TestCase : std::int8_t {
+        unknown = -1,
+        singleScalar,
+        singleArray,
+        singleDictionaryKey,
+        singleDictionaryNoKey,
+        multiLabelScalar,
+        multiLabelArray,
+        multiLabelDictionaryKey,
+        multiLabelDictionaryNoKey,
+        multiNoLabelScalar,
+        multiNoLabelArray,
+        multiNoLabelDictionaryKey,
+        multiNoLabelDictionaryNoKey
+    };
+    /// Found out at the first record, under the global lock.
+    struct Cache {
+        ZRPropertyType propertyType = kZRPropertyTypeUnknown;
+        TestCase testCase = TestCase::unknown;
+    };
+    using SingleForm = bool (ZRSearchElementMatch::*)(const platform::Value&) const;
+
     /// A comparison as the store is asked it, once its special values are settled.
     struct Question;
 
@@ -121,5 +147,27 @@ private:
     Predicate nts_predicateForMembership(
         const objectstore::Entity& implClass, ZRManagedObjectContext& context) const ZR_NTS;
 
+    bool nts_wholeCardMatches(const ZRRecord& record) const ZR_NTS;
+    bool nts_membershipMatches(const ZRRecord& record) const ZR_NTS;
+    void _nts_CalculatePropertyTypeForRecord(const ZRRecord& record) const ZR_NTS;
+    bool passesTest(const platform::Value& value) const;
+    bool _compareSingleScalarWithRecordValue(const platform::Value& value) const;
+    bool _compareSingleArrayWithRecordValue(const platform::Value& value) const;
+    bool _compareSingleDictionaryKeyWithRecordValue(const platform::Value& value) const;
+    bool _compareSingleDictionaryNoKeyWithRecordValue(const platform::Value& value) const;
+    bool _compareMultiLabelScalarWithRecordValue(const platform::Value& value) const;
+    bool _compareMultiLabelArrayWithRecordValue(const platform::Value& value) const;
+    bool _compareMultiLabelDictionaryKeyWithRecordValue(const platform::Value& value) const;
+    bool _compareMultiLabelDictionaryNoKeyWithRecordValue(const platform::Value& value) const;
+    bool _compareMultiNoLabelScalarWithRecordValue(const platform::Value& value) const;
+    bool _compareMultiNoLabelArrayWithRecordValue(const platform::Value& value) const;
+    bool _compareMultiNoLabelDictionaryKeyWithRecordValue(const platform::Value& value) const;
+    bool _compareMultiNoLabelDictionaryNoKeyWithRecordValue(const platform::Value& value) const;
+    bool compareEntries(const platform::Value& value, SingleForm form) const;
+    std::uint32_t textOptions() const;
+    bool bitsMatch(const platform::Value& value) const;
+    bool textMatches(const platform::Value& value) const;
+
     Definition _definition;
+    mutable Cache _cache;
 };
