@@ -1,11 +1,12 @@
 // How search elements are put away, and what becomes of an archive that is newer, damaged or hostile.
 #include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
-#include "platform/files/Files.h"
 #include "search/SearchedGroups.h"
 #include "search/ZRSearchElementConjunction.h"
 #include "search/ZRSearchElementMatch.h"
 #include "store/ZRRoster.h"
+
+#include <fmt/format.h>
 
 #include <atomic>
 #include <filesystem>
@@ -47,6 +48,16 @@ void encodeText(KeyedArchiver& coder, std::string_view key, const ZRSearchElemen
 {
     if (text)
         coder.encodeString(key, *text);
+}
+
+/// A comparison's code; a number that is none is a failure.
+ZRSearchComparison decodedComparison(KeyedUnarchiver& coder)
+{
+    const std::int64_t code = coder.decodeInteger("ZRSearchComparison");
+    if (code >= kZREqual && code <= kZRNotMemberOfGroup)
+        return static_cast<ZRSearchComparison>(code);
+    coder.fail({"ZRSearchElement", 4, fmt::format("ZRSearchComparison is {}, which is no comparison", code)});
+    return kZREqual;
 }
 
 /// The roster of an archived group: that of its directory while there is one, else the shared one. A
@@ -135,7 +146,7 @@ Ref<ZRSearchElementMatch> ZRSearchElementMatch::initWithCoder(KeyedUnarchiver& c
         .key = textOrNull(coder, "ZRSearchKey"),
         .searchPeople = coder.decodeBool("ZRSearchPeople"),
         .diacriticInsensitive = coder.decodeBool("ZRDiacriticInsensitive"),
-        .comparison = static_cast<ZRSearchComparison>(coder.decodeInteger("ZRSearchComparison"))};
+        .comparison = decodedComparison(coder)};
     const bool isMembership = definition.property == zr::kZRParentGroupsProperty;
     definition.value = isMembership ? nts_membershipValue(coder) : coder.decodeValue("ZRSearchValue");
     return platform::makeRef<ZRSearchElementMatch>(std::move(definition));
@@ -164,7 +175,7 @@ Ref<ZRSearchElementConjunction> ZRSearchElementConjunction::initWithCoder(KeyedU
         return nullptr;
     }
     auto element = platform::makeRef<ZRSearchElementConjunction>(
-        static_cast<ZRSearchConjunction>(coder.decodeInteger("ZRSearchConjunction")), std::move(children));
+        coder.decodeInteger("ZRSearchConjunction") == 0 ? kZRSearchAnd : kZRSearchOr, std::move(children));
     element->setIsRuleGrouping(coder.decodeBool("ZRRuleGrouping"));
     return element;
 }
