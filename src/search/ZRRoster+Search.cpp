@@ -76,7 +76,7 @@ void append(ZRRecordList& records, ZRRecordList more)
 std::vector<const ZRRecordClass*> classesToWalk(const ZRSearchElement& search)
 {
     auto classes = search.searchRecordClasses();
-    std::ranges::stable_partition(classes,
+    std::stable_partition(classes.begin(), classes.end(),
         [](const auto* recordClass) { return recordClass->isKindOf(ZRPerson::recordClassDescription); });
     return classes;
 }

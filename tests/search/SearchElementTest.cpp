@@ -2,6 +2,9 @@
 #include "search/SearchWorld.h"
 
 #include "core/ZRFailure.h"
+#include "core/ZRGroup.h"
+#include "search/ZRSmartGroup.h"
+#include "store/ZRModelSlots.h"
 
 namespace test {
 
@@ -30,6 +33,56 @@ TEST_F(SearchElements, FindRecords)
     EXPECT_EQ(found(ZRRecord::searchElementForTerms({"emile", "cous"})), Names{"Ana"});
     EXPECT_EQ(foundInMemory(ana), Names{"Ana"});
     EXPECT_THROW(roster->recordsMatchingSearchElement(nullptr), ZRInvalidArgument);
+}
+
+TEST_F(SearchElements, AreEqualWhateverTheirValue)
+{
+    const auto search = where(kZRPhoneProperty, kZREqual, "1", "home");
+    EXPECT_TRUE(search->isEqual(*where(kZRPhoneProperty, kZREqual, "2", "home")));
+    EXPECT_FALSE(search->isEqual(*where(kZRPhoneProperty, kZREqual, "1", "work")));
+    EXPECT_FALSE(search->isEqual(*where(kZRPhoneProperty, kZREqual, "1")));
+    EXPECT_FALSE(
+        where(kZRPhoneProperty, kZREqual, "1")->isEqual(*where(kZRPhoneProperty, kZREqual, "1", "")));
+    EXPECT_FALSE(search->isEqual(*where(kZRPhoneProperty, kZRPrefixMatch, "1", "home")));
+}
+
+TEST_F(SearchElements, TellWhatTheyLookFor)
+{
+    const auto people = where(kZRFirstNameProperty, kZREqual, "x");
+    const auto groups = ZRGroup::searchElementForProperty({}, {}, {}, "x", kZREqual);
+    const auto both = ZRSearchElement::searchElementForConjunction(kZRSearchOr, {groups, people, groups});
+    EXPECT_EQ(both->searchRecordClasses(),
+        (std::vector<const ZRRecordClass*>{&ZRGroup::recordClassDescription,
+            &ZRSmartGroup::recordClassDescription, &ZRPerson::recordClassDescription}));
+    EXPECT_TRUE(both->searchPeople() && both->searchGroups());
+    EXPECT_FALSE(both->searchSubscribed());
+    EXPECT_EQ(both->description(), "(GroupName == x) OR (First == x) OR (GroupName == x)");
+    EXPECT_EQ(where(kZRNoteProperty, kZRNotMemberOfGroup, "x", "L", "K")->description(),
+        "Note [L] {K} not member x");
+}
+
+TEST_F(SearchElements, PassAValueOnToTheirChildren)
+{
+    const auto first = where(kZRFirstNameProperty, kZREqual, "x");
+    const auto both = ZRSearchElement::searchElementForConjunction(kZRSearchOr, {first, first});
+    both->setSearchValue("y");
+    EXPECT_EQ(dynamic_cast<ZRSearchElementMatch&>(*first)._value(), Value("y"));
+    EXPECT_THROW(both->setDiacriticInsensitiveOption(true), ZRUnimplementedOperation);
+    EXPECT_FALSE(both->diacriticInsensitiveOption());
+}
+
+TEST_F(SearchElements, NameTheRelationshipsThatTheyRead)
+{
+    const auto paths = [&](const Ref<ZRSearchElement>& search) {
+        return locked(*roster, ZRAccess::read, [&]() ZR_NTS {
+            return search->prefetchingRelationshipKeyPathsForImplClass(contactSlots().entity, *roster);
+        });
+    };
+    const auto phone = where(kZRPhoneProperty, kZREqual, "x"), note = where(kZRNoteProperty, kZREqual, "x");
+    EXPECT_EQ(paths(phone), Names{"phoneNumbers"});
+    EXPECT_EQ(paths(where(kZRFirstNameProperty, kZREqual, "x")), Names());
+    EXPECT_EQ(paths(ZRSearchElement::searchElementForConjunction(kZRSearchAnd, {phone, note, phone})),
+        (Names{"phoneNumbers", "note"}));
 }
 
 } // namespace test
