@@ -1,6 +1,4 @@
 // What a search costs, kind by kind, beside plain SQLite that finds the same in the same store.
-#include "core/ZRConstants.h"
-#include "core/ZRGroup.h"
 #include "core/ZRPerson.h"
 #include "floor/Database.h"
 #include "objectstore/StorePredicate.h"
@@ -47,7 +45,7 @@ struct Kind {
 };
 
 constexpr std::size_t kFirst = 20;
-constexpr int kRounds = 5;
+constexpr int kRounds = 3;
 
 /// Terms cut out of the cards' own texts, the same ones every time.
 class Terms {
@@ -55,7 +53,7 @@ public:
     explicit Terms(Database& store) : _store(store) { }
 
     std::vector<std::string> of(const char* column, const char* table, std::size_t shortest,
-        std::size_t longest, std::size_t count = 60)
+        std::size_t longest, std::size_t count = 30)
     {
         bench::Statement row = _store.prepare(
             fmt::format("SELECT {0} FROM {1} WHERE _key >= ? AND length({0}) > 12 LIMIT 1", column, table));
@@ -79,10 +77,9 @@ public:
 
     std::vector<std::string> beginnings(const char* column, const char* table)
     {
-        auto terms = _store.texts(fmt::format(
-            "SELECT DISTINCT substr({0}, 1, 5) FROM {1} WHERE length({0}) > 5 ORDER BY _key % 997 LIMIT 60",
+        return _store.texts(fmt::format(
+            "SELECT DISTINCT substr({0}, 1, 5) FROM {1} WHERE length({0}) > 5 ORDER BY _key % 997 LIMIT 30",
             column, table));
-        return terms;
     }
 
 private:
@@ -154,7 +151,7 @@ std::vector<Kind> kinds(Database& store)
     kinds.push_back({"note contains, ids", Answer::ids, terms.of("text", "note", 5, 9),
         [](const std::string& term) { return contains("note.text", term); },
         "SELECT uniqueId FROM contact WHERE _key IN (SELECT contact FROM note WHERE instr(text, ?1) > 0)"});
-    kinds.push_back({"address contains, ids", Answer::ids, terms.of("street", "postal_address", 4, 8),
+    kinds.push_back({"address contains, ids", Answer::ids, terms.of("street", "postal_address", 4, 8, 5),
         inAddress,
         "SELECT uniqueId FROM contact WHERE _key IN (SELECT owner FROM postal_address WHERE street LIKE "
         "'%'||?1||'%' OR city LIKE '%'||?1||'%' OR state LIKE '%'||?1||'%' OR zipCode LIKE '%'||?1||'%' OR "
@@ -260,10 +257,7 @@ void run(ZRRoster& roster, Database& store, const std::string& path, std::size_t
     ours.print();
 }
 
-std::string storeIn(const std::string& directory)
-{
-    return directory + "/" + std::string("Roster-v22.zrosdb");
-}
+std::string storeIn(const std::string& directory) { return directory + "/Roster-v22.zrosdb"; }
 
 int all(const std::string& directory, std::size_t)
 {
