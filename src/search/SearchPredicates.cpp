@@ -44,10 +44,10 @@ double lengthOfThisYear()
     return length;
 }
 
+/// Today as days are stored: the day here, as noon of it in GMT.
 double noonGMTOfToday()
 {
-    const auto gmt = platform::TimeZone::gmt();
-    return platform::noonOfSameDay(Date{platform::Clock::current().now()}, gmt, gmt).seconds;
+    return platform::noonInGMTOfLocalDay(Date{platform::Clock::current().now()}).seconds;
 }
 
 Value yearless(double moment) { return hooks::extractYear(Value(Date{moment})).yearless; }

@@ -66,7 +66,8 @@ bool ZRSearchElementMatch::nts_MatchesRecord(const ZRRecord& record) const
     const std::string property = _propertyOrEmpty();
     if (property == zr::kZRParentGroupsProperty)
         return nts_membershipMatches(record);
-    if (_cache.testCase == TestCase::unknown)
+    // A class without the property says nothing of the type that another class gives it.
+    if (_cache.testCase == TestCase::unknown || _cache.propertyType == kZRPropertyTypeUnknown)
         _nts_CalculatePropertyTypeForRecord(record);
     return passesTest(SearchValues::nts_read(record, property));
 }
@@ -228,6 +229,8 @@ std::uint32_t ZRSearchElementMatch::textOptions() const
 
 bool ZRSearchElementMatch::bitsMatch(const Value& value) const
 {
+    if (!value.isNumber())
+        return false;
     const std::int64_t wanted = _definition.value.asInteger(), bits = value.asInteger();
     if (_propertyOrEmpty() == zr::kZRPersonFlags)
         return (bits & (wanted > 1 ? orderingBits : showAsBits)) == wanted;

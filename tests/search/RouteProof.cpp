@@ -1,0 +1,159 @@
+// How the routes are run and compared.
+#include "search/RouteProof.h"
+
+#include "store/ZRRecordObjectStoreFactoryImpl.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iostream>
+#include <iterator>
+#include <ranges>
+
+namespace test {
+
+namespace {
+
+using Ids = std::set<std::string>;
+
+Ids without(const Ids& all, const Ids& some)
+{
+    Ids rest;
+    std::ranges::set_difference(all, some, std::inserter(rest, rest.end()));
+    return rest;
+}
+
+std::string textOf(const NaiveRecord& record)
+{
+    std::string text = fmt::format("{} in [{}]", record.id, fmt::join(record.parents, ", "));
+    for (const auto& [property, value] : record.values)
+        text += fmt::format(" | {}={}", property, test::textOf(value));
+    for (const auto& [property, entries] : record.entries)
+        for (const auto& [label, value] : entries)
+            text += fmt::format(" | {}[{}]={}", property, label, test::textOf(value));
+    return text;
+}
+
+std::string textOf(const Condition& search)
+{
+    if (search.children.empty())
+        return fmt::format("{}{} searching {} for {}{}", elementOf(search)->description(),
+            search.ignoresDiacritics ? " without diacritics" : "", search.ofPeople ? "people" : "groups",
+            test::textOf(search.value), fmt::format(" (code {})", search.comparison));
+    std::string text;
+    for (const auto& child : search.children)
+        text += (text.empty()                                ? "("
+                        : search.conjunction == kZRSearchAnd ? " AND ("
+                                                             : " OR (")
+            + textOf(child) + ")";
+    return text;
+}
+
+} // namespace
+
+void RouteProof::check(const Condition& search)
+{
+    ++_searches;
+    const NaiveSearch naive(_twin.plain(), {platform::Clock::current().now()});
+    const auto element = elementOf(search);
+    const auto unasked = naive.whyUnasked(search);
+    if (unasked)
+        ++_unasked.at(static_cast<std::size_t>(*unasked));
+    if (hasPredicate(*element) == unasked.has_value()) {
+        ++_failures;
+        ADD_FAILURE() << (unasked ? "asked of the store, though it cannot be: "
+                                  : "not asked of the store, though it can be: ")
+                      << textOf(search);
+    }
+    const Ids inMemory = naive.inMemory(search);
+    const Ids inStore = unasked ? inMemory : naive.inStore(search);
+    _found += static_cast<int>(inStore.size());
+    compare("store", idsOf(_twin.roster()->recordsMatchingSearchElement(element)), inStore, search);
+    compare(
+        "memory", idsOf(_twin.roster()->recordsMatchingSearchElementNoHinting(element)), inMemory, search);
+    noteDifferences(naive, search, inStore, inMemory);
+}
+
+void RouteProof::checkEachRecord(const Condition& search)
+{
+    const NaiveSearch naive(_twin.plain(), {platform::Clock::current().now()});
+    const auto element = elementOf(search);
+    Ids byMemory, byPredicate, inMemory, inStore;
+    const auto note = [](Ids& ids, const std::string& id, bool matches) {
+        if (matches)
+            ids.insert(id);
+    };
+    for (const auto& [id, plain] : _twin.plain().records) {
+        note(byMemory, id, element->matchesRecord(*_twin.record(id)));
+        note(inMemory, id, naive.matchesInMemory(plain, search));
+        note(byPredicate, id, element->predicateMatchesRecord(*_twin.record(id)));
+        note(inStore, id, naive.matchesInStore(plain, search));
+    }
+    compare("each record", byMemory, inMemory, search);
+    compare("each stored object", byPredicate, inStore, search);
+}
+
+void RouteProof::compare(const char* route, const Ids& found, const Ids& expected, const Condition& search)
+{
+    if (found == expected)
+        return;
+    constexpr int told = 10;
+    if (++_failures > told)
+        return;
+    const auto list = [&](const char* what, const Ids& ids) {
+        constexpr std::size_t shown = 2;
+        std::string text = ids.empty() ? "" : fmt::format("\n  {} {}", ids.size(), what);
+        for (const auto& id : ids | std::views::take(shown))
+            text +=
+                "\n    " + (_twin.plain().records.contains(id) ? textOf(_twin.plain().records.at(id)) : id);
+        return text;
+    };
+    const std::string text =
+        list("missing", without(expected, found)) + list("not wanted", without(found, expected));
+    ADD_FAILURE() << route << ": " << textOf(search) << text;
+}
+
+void RouteProof::noteDifferences(
+    const NaiveSearch& naive, const Condition& search, const Ids& inStore, const Ids& inMemory)
+{
+    Ids differing = without(inStore, inMemory);
+    differing.merge(without(inMemory, inStore));
+    for (const auto& id : differing) {
+        const auto causes = naive.causes(_twin.plain().records.at(id), search);
+        for (std::size_t i = 0; i < causes.size(); ++i)
+            _seen.at(i) += causes.test(i);
+    }
+}
+
+bool RouteProof::hasPredicate(const ZRSearchElement& element) const
+{
+    using Factory = ZRRecordObjectStoreFactoryImpl;
+    ZRRoster& roster = *_twin.roster();
+    return locked(roster, ZRAccess::read, [&]() ZR_NTS {
+        for (const auto* recordClass : element.searchRecordClasses())
+            if (!element._predicateForImplClass(
+                    *Factory::implClassForPublicRecordClass(*recordClass), roster))
+                return false;
+        return true;
+    });
+}
+
+void RouteProof::expectEveryDifference() const
+{
+    for (const auto& line : kDifferences)
+        EXPECT_GT(_seen.at(static_cast<std::size_t>(line.difference)), 0)
+            << "no longer differs: " << line.name;
+    for (const auto& line : kUnasked)
+        EXPECT_GT(_unasked.at(static_cast<std::size_t>(line.reason)), 0) << "always asked: " << line.name;
+}
+
+void RouteProof::tell() const
+{
+    std::cout << fmt::format("{} searches, {} found by the store\n", _searches, _found);
+    for (const auto& line : kDifferences)
+        std::cout << fmt::format("{:8} {}\n", _seen.at(static_cast<std::size_t>(line.difference)), line.name);
+}
+
+} // namespace test

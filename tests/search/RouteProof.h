@@ -1,0 +1,41 @@
+// Do both routes of a search find what the rules say, and is what they differ in explained?
+#pragma once
+
+#include "search/NaiveSearch.h"
+#include "search/TwinRoster.h"
+
+namespace test {
+
+/// Runs searches of a roster by the store and through memory, and compares both with the naive answer.
+///
+/// Ownership: borrows the twins.
+/// Threads:   one.
+/// Errors:    each search that finds something else fails the test, with what it was; the first few are told.
+class RouteProof {
+public:
+    explicit RouteProof(TwinRoster& twin) : _twin(twin) { }
+
+    void check(const Condition& search);
+    /// Also record by record, which takes as long as there are records.
+    void checkEachRecord(const Condition& search);
+
+    /// Fails for each difference that was never seen, and each reason not to ask the store.
+    void expectEveryDifference() const;
+    /// How much was searched, for whoever runs it.
+    void tell() const;
+    int failures() const { return _failures; }
+
+private:
+    void compare(const char* route, const std::set<std::string>& found, const std::set<std::string>& expected,
+        const Condition& search);
+    void noteDifferences(const NaiveSearch& naive, const Condition& search,
+        const std::set<std::string>& inStore, const std::set<std::string>& inMemory);
+    bool hasPredicate(const ZRSearchElement& element) const;
+
+    TwinRoster& _twin;
+    std::array<int, kDifferences.size()> _seen{};
+    std::array<int, kUnasked.size()> _unasked{};
+    int _searches = 0, _found = 0, _failures = 0;
+};
+
+} // namespace test

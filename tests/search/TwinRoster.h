@@ -1,0 +1,83 @@
+// A roster with a plain twin, a language for cards, and a place and time to search in.
+#pragma once
+
+#include "platform/run/Clock.h"
+#include "platform/text/Dates.h"
+#include "search/NaiveRoster.h"
+#include "search/ZRSearchElement.h"
+#include "store/RosterWorld.h"
+
+#include <optional>
+#include <set>
+
+namespace test {
+
+Ref<ZRSearchElement> elementOf(const Condition& search);
+std::set<std::string> idsOf(const ZRRecordList& records);
+
+/// Where and when somebody searches, for a scope.
+///
+/// Ownership: installs the clock and the zone of the process, and takes both back.
+/// Threads:   one at a time.
+/// Errors:    none.
+class PlaceAndTime {
+public:
+    /// The time as clocks there show it.
+    PlaceAndTime(const char* zone, platform::CalendarTime time);
+    ~PlaceAndTime();
+    PlaceAndTime(const PlaceAndTime&) = delete;
+    PlaceAndTime& operator=(const PlaceAndTime&) = delete;
+
+    Date now() const { return {_clock.now()}; }
+
+private:
+    const std::optional<std::string> _zoneBefore;
+    platform::ManualClock _clock;
+    std::optional<platform::ClockScope> _scope;
+};
+
+/// A roster and its plain twin, changed together.
+///
+/// Ownership: shares ownership of the roster and of every record in it.
+/// Threads:   one.
+/// Errors:    what the roster refuses fails the test.
+class TwinRoster {
+public:
+    /// Declares properties of every type.
+    explicit TwinRoster(Ref<ZRRoster> roster);
+
+    const Ref<ZRRoster>& roster() const { return _roster; }
+    /// Creation and modification dates are those that the records have now.
+    const NaiveRoster& plain();
+    const Ref<ZRRecord>& record(const std::string& id) const { return _records.at(id); }
+    bool isPerson(const std::string& id) const { return _plain.records.at(id).isPerson(); }
+    std::vector<std::string> idsOfKind(NaiveRecord::Kind kind) const;
+
+    /// A card as one line: "First=Ana | Birthday=1980-02-29 | Email[home]=ana@example.org |
+    /// Address[work]={City:Porto, ZIP:4000}". A date is a day, "today-3", or "now+3600" in seconds.
+    std::string add(NaiveRecord::Kind kind, std::string_view line);
+    std::string addSmartGroup(const std::string& name, const Condition& search);
+    /// Gives a property other content in the same language: labels with texts, for a single value without
+    /// label.
+    void fill(const std::string& id, const std::string& property,
+        const std::vector<std::pair<std::string, std::string>>& content);
+    void set(const std::string& id, std::string_view property, const Value& value);
+    void setEntries(const std::string& id, std::string_view property, const std::vector<NaiveEntry>& entries);
+    void markAsImported(const std::string& id);
+    void join(const std::string& id, const std::string& group);
+    void leave(const std::string& id, const std::string& group);
+    void remove(const std::string& id);
+    void save();
+
+private:
+    Value valueOf(std::string_view text, ZRPropertyType type) const;
+    void hold(const Ref<ZRRecord>& record, NaiveRecord::Kind kind);
+    void changeMembership(const std::string& id, const std::string& group, bool joins);
+
+    const Ref<ZRRoster> _roster;
+    NaiveRoster _plain;
+    bool _hasChanged = true;
+    std::map<std::string, Ref<ZRRecord>> _records;
+};
+
+} // namespace test
