@@ -93,8 +93,13 @@ bool ZRSearchElementMatch::nts_membershipMatches(const ZRRecord& record) const
 
 void ZRSearchElementMatch::_nts_CalculatePropertyTypeForRecord(const ZRRecord& record) const
 {
-    _cache.propertyType =
-        ZRRecord::nts_TypeOfProperty(record.recordClass(), _propertyOrEmpty(), *record.nts_Roster());
+    // All groups go by the table of groups; smart ones have a few properties more.
+    const auto typeIn = [&](const ZRRecordClass& table) ZR_NTS {
+        return ZRRecord::nts_TypeOfProperty(table, _propertyOrEmpty(), *record.nts_Roster());
+    };
+    _cache.propertyType = typeIn(*searchRecordClasses().front());
+    if (_cache.propertyType == kZRPropertyTypeUnknown)
+        _cache.propertyType = typeIn(record.recordClass());
     const auto base = zrBaseType(_cache.propertyType);
     const bool isDictionary = base == kZRPropertyTypeDictionary;
     int testCase = base == kZRPropertyTypeArray ? 1 : !isDictionary ? 0 : hasText(_definition.key) ? 2 : 3;

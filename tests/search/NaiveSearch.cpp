@@ -372,8 +372,9 @@ bool NaiveSearch::isInAnyGroupOfStore(
 
 bool NaiveSearch::ofProperty(const NaiveRecord& record, const Asked& asked) const
 {
-    const ZRPropertyType type = typeOf(_roster, asked.property, record.kind);
-    if (zrIsMultiValueType(type))
+    const bool isPlainGroup = typeOf(_roster, asked.property, Kind::group) != kZRPropertyTypeUnknown;
+    const Kind table = record.isPerson() || !isPlainGroup ? record.kind : Kind::group;
+    if (zrIsMultiValueType(typeOf(_roster, asked.property, table)))
         return ofEntries(entriesOf(record, asked.property), asked);
 
     Value value = valueOf(record, asked.property);
