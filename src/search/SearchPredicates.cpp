@@ -2,10 +2,12 @@
 #include "search/SearchPredicates.h"
 
 #include "platform/run/Clock.h"
+#include "platform/run/Log.h"
 #include "platform/text/Dates.h"
+#include "search/ZRSearchElement.h"
 #include "store/ZRModelHooks.h"
 
-#include <cmath>
+#include <fmt/format.h>
 
 using objectstore::Comparator;
 using objectstore::PredicateRef;
@@ -53,6 +55,13 @@ double noonGMTOfToday()
 Value yearless(double moment) { return hooks::extractYear(Value(Date{moment})).yearless; }
 
 } // namespace
+
+void logFailedConversion(const ZRSearchElement& element, const std::exception& failure)
+{
+    platform::log(fmt::format("Exception in search element predicate conversion:\n\t<searchelement>{}"
+                              "</searchelement>\n\t<exception>{}</exception>, conversion failed.",
+        element.description(), failure.what()));
+}
 
 bool isInterval(ZRSearchComparison comparison)
 {

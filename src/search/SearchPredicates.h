@@ -5,10 +5,16 @@
 #include "objectstore/StorePredicate.h"
 #include "platform/value/Value.h"
 
+#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+class ZRSearchElement;
+
+/// What the conversion of `element` failed with goes to the log; its search goes through memory then.
+void logFailedConversion(const ZRSearchElement& element, const std::exception& failure);
 
 /// A comparison with its value, ready for the store: no value is absent, never an empty text.
 struct SearchQuestion {

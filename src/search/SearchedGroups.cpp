@@ -94,7 +94,8 @@ bool nts_isMemberOfAnyGroup(const ZRRecord& record)
 }
 
 SmartGroupVisit::SmartGroupVisit(std::string uniqueId)
-    : _uniqueId(std::move(uniqueId)), _isEntered(visited().insert(_uniqueId).second)
+    : _uniqueId(std::move(uniqueId))
+    , _isEntered(visited().size() < kDeepestSmartGroups && visited().insert(_uniqueId).second)
 {
 }
 

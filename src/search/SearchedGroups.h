@@ -5,7 +5,7 @@
 #include "platform/value/Value.h"
 #include "search/ZRSearchElement.h"
 
-#include <optional>
+#include <cstddef>
 #include <string>
 
 class ZRGroup;
@@ -22,11 +22,14 @@ bool nts_isMemberOfGroup(const ZRRecord& record, const ZRGroup& group) ZR_NTS;
 /// Whether it stands in some group, smart groups aside.
 bool nts_isMemberOfAnyGroup(const ZRRecord& record) ZR_NTS;
 
+/// How long a chain of smart groups may be that name one another; what is beyond has no members.
+inline constexpr std::size_t kDeepestSmartGroups = 100;
+
 /// Keeps a smart group marked as being looked into by this thread, so that groups that name each other end.
 ///
 /// Ownership: a scope on the stack.
 /// Threads:   each thread has marks of its own, so that searches on different threads do not interfere.
-/// Errors:    none; `isEntered` is false when the thread is in that group already.
+/// Errors:    none; `isEntered` is false when the thread is in that group already, or in too many.
 class SmartGroupVisit {
 public:
     explicit SmartGroupVisit(std::string uniqueId);

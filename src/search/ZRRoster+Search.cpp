@@ -1,4 +1,5 @@
 // How a roster finds the records that match a search element: in the store where it can, else one by one.
+#include "core/ZRConstants.h"
 #include "core/ZRFailure.h"
 #include "core/ZRGroup.h"
 #include "core/ZRPerson.h"
@@ -7,8 +8,12 @@
 #include "platform/files/UserDefaults.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
-#include "search/ZRSearchElement.h"
+#include "search/SearchedGroups.h"
+#include "search/ZRSearchElementConjunction.h"
+#include "search/ZRSearchElementMatch.h"
+#include "search/ZRSmartGroup.h"
 #include "store/ZRManagedObjectContext.h"
+#include "store/ZROSRecord.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"
 #include "store/ZRRoster.h"
 
@@ -81,24 +86,59 @@ std::vector<const ZRRecordClass*> classesToWalk(const ZRSearchElement& search)
     return classes;
 }
 
-/// Whatever evaluating the element on a live record reads.
-std::vector<std::string> nts_pathsRead(
-    const ZRSearchElement& search, const objectstore::Entity& entity, ZRRoster& roster) ZR_NTS
-{
-    auto paths = search.prefetchingRelationshipKeyPathsForImplClass(entity, roster);
-    for (const char* path : {"contactIndex", "parentGroups"})
+/// Collects the relationships that evaluating an element on live records reads, so that each is one query.
+struct PathsRead {
+    const objectstore::Entity& entity;
+    ZRRoster& roster;
+    std::vector<std::string> paths = {};
+
+    void add(const std::string& path)
+    {
         if (entity.slot(path) && std::ranges::find(paths, path) == paths.end())
-            paths.emplace_back(path);
-    return paths;
-}
+            paths.push_back(path);
+    }
+
+    void nts_addElement(const ZRSearchElement& element) ZR_NTS
+    {
+        if (const auto* conjunction = dynamic_cast<const ZRSearchElementConjunction*>(&element))
+            for (const auto& child : conjunction->_children())
+                nts_addElement(*child);
+        else if (const auto* match = dynamic_cast<const ZRSearchElementMatch*>(&element))
+            nts_addMatch(*match);
+    }
+
+    void nts_addMatch(const ZRSearchElementMatch& match) ZR_NTS
+    {
+        for (const auto& path : match.prefetchingRelationshipKeyPathsForImplClass(entity, roster))
+            add(path);
+        const std::string property = match._searchProperty().value_or("");
+        if (property.empty())
+            add("contactIndex");
+        else if (property == zr::kZRParentGroupsProperty)
+            nts_addMembership(match._value().as<ZRGroup>());
+        else if (!ZROSRecord::keyForProperty(property, entity))
+            add("customProperties");
+    }
+
+    void nts_addMembership(const ZRGroup* group) ZR_NTS
+    {
+        add("parentGroups");
+        if (!group || !group->recordClass().isKindOf(ZRSmartGroup::recordClassDescription))
+            return;
+        const SmartGroupVisit visit(group->nts_UniqueId());
+        if (const auto search = visit.isEntered() ? nts_searchOfSmartGroup(*group) : nullptr)
+            nts_addElement(*search);
+    }
+};
 
 ZRRecordList nts_walk(const ZRSearchElement& search, ZRRoster& roster) ZR_NTS
 {
     ZRRecordList matching;
     for (const ZRRecordClass* recordClass : classesToWalk(search)) {
         const auto* entity = Factory::implClassForPublicRecordClass(*recordClass);
-        ZRRecordList all =
-            roster.recordsForClass(*recordClass, nullptr, nts_pathsRead(search, *entity, roster), false);
+        PathsRead read{*entity, roster};
+        read.nts_addElement(search);
+        ZRRecordList all = roster.recordsForClass(*recordClass, nullptr, read.paths, false);
         std::erase_if(all, [&](const auto& record) ZR_NTS { return !search.nts_MatchesRecord(*record); });
         append(matching, std::move(all));
     }

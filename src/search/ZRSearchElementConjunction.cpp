@@ -3,6 +3,7 @@
 
 #include "core/ZRGroup.h"
 #include "objectstore/StorePredicate.h"
+#include "search/SearchPredicates.h"
 #include "search/SearchValues.h"
 
 #include <algorithm>
@@ -44,8 +45,13 @@ ZRSearchElement::Predicate ZRSearchElementConjunction::_predicateForImplClass(
         if (!parts.back())
             return nullptr;
     }
-    return _conjunction == kZRSearchAnd ? StorePredicate::all(std::move(parts))
-                                        : StorePredicate::any(std::move(parts));
+    try {
+        return _conjunction == kZRSearchAnd ? StorePredicate::all(std::move(parts))
+                                            : StorePredicate::any(std::move(parts));
+    } catch (const std::exception& failure) {
+        logFailedConversion(*this, failure);
+        return nullptr;
+    }
 }
 
 std::vector<std::string> ZRSearchElementConjunction::prefetchingRelationshipKeyPathsForImplClass(

@@ -3,7 +3,6 @@
 #include "core/ZRLog.h"
 #include "core/ZRRecord.h"
 #include "core/ZRStringAdditions.h"
-#include "platform/run/Log.h"
 #include "search/SearchPredicates.h"
 #include "search/ZRSearchElementMatch.h"
 #include "store/ZRCustomProperties.h"
@@ -12,8 +11,6 @@
 #include "store/ZROSRecord.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"
 #include "store/ZRRoster.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
@@ -91,10 +88,7 @@ ZRSearchElement::Predicate ZRSearchElementMatch::_predicateForImplClass(
     try {
         return converted(implClass, context);
     } catch (const std::exception& failure) {
-        platform::log(fmt::format(
-            "Exception in search element predicate conversion:\n\t<searchelement>{}</searchelement>\n\t"
-            "<exception>{}</exception>, conversion failed.",
-            description(), failure.what()));
+        logFailedConversion(*this, failure);
         return nullptr;
     }
 }

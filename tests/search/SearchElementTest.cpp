@@ -71,6 +71,17 @@ TEST_F(SearchElements, PassAValueOnToTheirChildren)
     EXPECT_FALSE(both->diacriticInsensitiveOption());
 }
 
+// The store refuses conditions past its depth: such a search goes through memory.
+TEST_F(SearchElements, OfAnyDepthAreAnswered)
+{
+    const auto ana = person(roster, {{kZRFirstNameProperty, "Ana"}});
+    auto search = where(kZRFirstNameProperty, kZREqual, "Ana");
+    for (int i = 0; i < 1200; ++i)
+        search = ZRSearchElement::searchElementForConjunction(
+            kZRSearchOr, {where(kZRFirstNameProperty, kZREqual, "Bo"), search});
+    EXPECT_EQ(found(search), Names{"Ana"});
+}
+
 TEST_F(SearchElements, NameTheRelationshipsThatTheyRead)
 {
     const auto paths = [&](const Ref<ZRSearchElement>& search) {
@@ -83,6 +94,18 @@ TEST_F(SearchElements, NameTheRelationshipsThatTheyRead)
     EXPECT_EQ(paths(where(kZRFirstNameProperty, kZREqual, "x")), Names());
     EXPECT_EQ(paths(ZRSearchElement::searchElementForConjunction(kZRSearchAnd, {phone, note, phone})),
         (Names{"phoneNumbers", "note"}));
+}
+
+// What no predicate asks for is read in memory, with what groups and cards have behind them.
+TEST_F(SearchElements, GoThroughMemoryWhereOnePartMust)
+{
+    person(roster, {{kZRFirstNameProperty, "Ana"}, {kZRPersonFlags, Value(1)}, {kZRNoteProperty, "tall"}});
+    person(roster, {{kZRFirstNameProperty, "Bo"}, {kZRPersonFlags, Value(1)}});
+    const auto company = where(kZRPersonFlags, kZRBitsInBitFieldMatch, Value(1));
+    const auto both = ZRSearchElement::searchElementForConjunction(
+        kZRSearchAnd, {company, wholeCard("tall", kZRContainsSubStringCaseInsensitive)});
+    EXPECT_EQ(found(company), (Names{"Ana", "Bo"}));
+    EXPECT_EQ(found(both), Names{"Ana"});
 }
 
 } // namespace test

@@ -82,6 +82,10 @@ TEST_F(SearchedGroups, HaveTheirMembersAndThoseBelow)
     expectBoth(in(Value(lower), kZRNotMemberOfGroup), {"Ana", "Cy"});
     expectBoth(in(kZRSmartGroupAnyGroupMembershipProperty), {"Ana", "Bo"});
     expectBoth(in(kZRSmartGroupAnyGroupMembershipProperty, kZRNotMemberOfGroup), {"Cy"});
+    // A group is no member, though its number in the store may be that of one.
+    expectBoth(
+        ZRGroup::searchElementForProperty(kZRParentGroupsProperty, {}, {}, Value(upper), kZRMemberOfGroup),
+        {});
 }
 
 TEST_F(SearchedGroups, ThatAreSmartHaveWhoeverMatches)
