@@ -240,6 +240,15 @@ TEST_F(ListEdits, OfTheGroupOfAllAreThoseOfAllPeople)
     EXPECT_THAT(namesOf(list->records()), ElementsAre("Ana", "Bo")) << "one list, told of once";
 }
 
+// Who is in a smart group changes without an edit of it.
+TEST_F(ListEdits, AreNotWaitedForBySmartGroups)
+{
+    const auto smart = groupOf(ZRSmartGroup::recordClassDescription, roster, "Bee"),
+               plain = group(roster, "club");
+    EXPECT_NE(cache->membersOfGroup(smart), cache->membersOfGroup(smart));
+    EXPECT_EQ(cache->membersOfGroup(plain), cache->membersOfGroup(plain));
+}
+
 TEST_F(ListEdits, OfGroupsKeepThemInOrder)
 {
     const auto zoo = group(roster, "zoo"), ark = group(roster, "Ark");
