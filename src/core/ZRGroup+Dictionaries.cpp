@@ -2,8 +2,8 @@
 #include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
 #include "core/ZRPerson.h"
+#include "objectstore/StoreErrors.h"
 #include "platform/run/Log.h"
-#include "platform/text/Fold.h"
 #include "search/ZRSmartGroup.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelSlots.h"
@@ -11,6 +11,8 @@
 #include "store/ZRRoster.h"
 
 #include <fmt/format.h>
+
+#include <map>
 
 using objectstore::ObjectList;
 using objectstore::StoreObject;
@@ -40,30 +42,44 @@ Value idsOf(const ObjectList& records)
     return Value::array(std::move(ids));
 }
 
-/// The choices of a group for one property: the id of each member with the identifier of its entry.
-Value choicesOf(ZROSRecord& group, std::string_view property)
+/// The choices among `all` for one property: the id of each member with the identifier of its entry.
+Value choicesOf(const ObjectList& all, std::string_view property)
 {
     const auto& slots = distributionListConfigSlots();
     const auto& entrySlot = *ZROSGroup::entrySlotOfDistributionListConfig(property);
-    Entries choices;
-    for (const auto& choice : group.objects(groupSlots().distributionListConfigs)) {
+    std::map<std::string, Value> choices;
+    for (const auto& choice : all) {
+        if (choice->text(slots.propertyName) != property)
+            continue;
         const auto person = choice->related(slots.contact), entry = choice->related(entrySlot);
-        if (person && entry && choice->text(slots.propertyName) == property)
-            choices.emplace_back(
-                person->text(person->slot("uniqueId")), Value(entry->text(entry->slot("uniqueId"))));
+        try {
+            if (person && entry)
+                choices.emplace(person->text(person->slot("uniqueId")), entry->text(entry->slot("uniqueId")));
+        } catch (const objectstore::InaccessibleObject&) {
+            // Another process deleted the entry: the choice says nothing any more.
+            continue;
+        }
     }
-    return Value::dictionary(std::move(choices));
+    return Value::dictionary({choices.begin(), choices.end()});
+}
+
+void addChoices(ZROSRecord& group, Entries& entries)
+{
+    const ObjectList choices = group.objects(groupSlots().distributionListConfigs);
+    std::vector<platform::Result<ObjectList>> held;
+    for (const std::string_view key : {"contact", "phone", "email", "address"})
+        held.push_back(group.context()->relatedObjects(choices, key));
+    for (const auto& list : distributionLists)
+        entries.emplace_back(list.key, choicesOf(choices, list.property));
 }
 
 /// Everything about the members and subgroups that are stored.
 void addContents(ZROSRecord& group, Entries& entries)
 {
     const auto& slots = groupSlots();
-    group.managedObjectContext()->preheatGroups({objectstore::ObjectRef(&group)});
     if (const ObjectList members = group.objects(slots.contacts); !members.empty()) {
         entries.emplace_back(zr::kZRMembersDictionaryKey, idsOf(members));
-        for (const auto& list : distributionLists)
-            entries.emplace_back(list.key, choicesOf(group, list.property));
+        addChoices(group, entries);
     }
     if (const ObjectList subgroups = group.objects(slots.childGroups); !subgroups.empty())
         entries.emplace_back(zr::kZRSubgroupsDictionaryKey, idsOf(subgroups));

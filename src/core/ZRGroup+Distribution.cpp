@@ -44,28 +44,41 @@ std::optional<std::string> primaryIdentifier(const ZRPerson& person, std::string
     return entries ? entries->primaryIdentifier() : std::nullopt;
 }
 
-/// What a person is written to as, or empty.
-std::string distributionString(const ZRGroup& group, const ZRPerson& person)
+/// Reads the values of people, and the choices that groups made among them, in a few queries.
+void readMembers(const ZRRecordList& members, ZRRoster& roster)
 {
-    const Value address = group.distributionValueForProperty(zr::kZREmailProperty, person);
-    if (address.asText().empty())
-        return {};
-    const std::string name = person._realCompositeName();
-    return name.empty() ? std::string(address.asText()) : fmt::format("{} <{}>", name, address.asText());
+    roster.prefetchDataForRecords(members);
+    locked(roster, ZRAccess::read, [&]() ZR_NTS {
+        objectstore::ObjectList contacts;
+        for (const auto& member : members)
+            if (auto* impl = dynamic_cast<ZROSContact*>(member->zrDatabaseImpl()); impl && impl->context())
+                contacts.emplace_back(impl);
+        if (const auto context = roster.managedObjectContext(); context && !contacts.empty())
+            context->preheatContacts(contacts, {"distributionListConfigs"});
+    });
 }
 
-void addStrings(const ZRGroup& group, ZRRecordSet& seen, std::vector<std::string>& strings)
+/// Calls `visit(person, address)` for each member with an e-mail address, of `top` and of each group below
+/// it.
+template <class Visit>
+void forEachAddress(const ZRGroup& top, Visit&& visit)
 {
-    const ZRRecordList records = group.membersAndSubgroups();
-    group.nts_Roster()->prefetchDataForRecords(records);
-    for (const auto& record : records)
-        if (const auto* subgroup = dynamic_cast<const ZRGroup*>(record.get())) {
-            if (seen.insert(record).second)
-                addStrings(*subgroup, seen, strings);
-        } else if (std::string text = distributionString(group, static_cast<const ZRPerson&>(*record));
-                   !text.empty()) {
-            strings.push_back(std::move(text));
-        }
+    std::vector<Ref<const ZRGroup>> groups{Ref<const ZRGroup>(&top)};
+    std::unordered_set<Ref<const ZRGroup>> seen{groups.front()};
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const auto group = groups[i];
+        const ZRRecordList records = group->membersAndSubgroups();
+        readMembers(records, *group->nts_Roster());
+        for (const auto& record : records)
+            if (const auto person = platform::refCast<ZRPerson>(record)) {
+                Value address = group->distributionValueForProperty(zr::kZREmailProperty, *person);
+                if (!address.asText().empty())
+                    visit(person, std::move(address));
+            } else if (auto below = platform::refCast<const ZRGroup>(record);
+                       below && seen.insert(below).second) {
+                groups.push_back(std::move(below));
+            }
+    }
 }
 
 } // namespace
@@ -134,7 +147,19 @@ Value ZRGroup::distributionValueForProperty(std::string_view property, const ZRP
 std::vector<std::string> ZRGroup::distributionStringsForMembers() const
 {
     std::vector<std::string> strings;
-    ZRRecordSet seen{Ref<ZRRecord>(const_cast<ZRGroup*>(this))};
-    addStrings(*this, seen, strings);
+    forEachAddress(*this, [&](const Ref<ZRPerson>& person, const Value& address) {
+        const std::string name = person->_realCompositeName();
+        strings.push_back(
+            name.empty() ? std::string(address.asText()) : fmt::format("{} <{}>", name, address.asText()));
+    });
     return strings;
+}
+
+void ZRRecursivelyBuildPeopleList(const ZRGroup& group, std::unordered_map<Ref<ZRPerson>, Value>& result)
+{
+    const auto me = group.roster()->me();
+    forEachAddress(group, [&](const Ref<ZRPerson>& person, Value address) {
+        if (person != me)
+            result[person] = std::move(address);
+    });
 }

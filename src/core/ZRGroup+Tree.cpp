@@ -1,9 +1,6 @@
 // What is below a group at any depth, and what is above it.
 #include "core/ZRGroup.h"
 
-#include "core/ZRConstants.h"
-#include "core/ZRMultiValue.h"
-#include "core/ZRPerson.h"
 #include "objectstore/StoreContext.h"
 #include "platform/run/Log.h"
 #include "store/ZRManagedObjectContext.h"
@@ -14,16 +11,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 using objectstore::ObjectList;
 using platform::Ref;
 
 namespace {
 
-enum class WithMembers { no, yes };
-
 /// Reads what is in all these groups, so that asking each of them costs no query while the answer is held.
-ObjectList readContents(const std::vector<Ref<ZRGroup>>& groups, WithMembers withMembers) ZR_NTS
+ObjectList readContents(const std::vector<Ref<const ZRGroup>>& groups) ZR_NTS
 {
     const auto context = groups.front()->nts_Roster()->managedObjectContext();
     ObjectList stored, contents;
@@ -31,9 +27,9 @@ ObjectList readContents(const std::vector<Ref<ZRGroup>>& groups, WithMembers wit
         if (auto* impl = group->zrDatabaseImpl(); impl && context && impl->context() == context.get())
             stored.emplace_back(impl);
     for (const std::string_view key : {"childGroups", "contacts"}) {
-        if (stored.empty() || (key == "contacts" && withMembers == WithMembers::no))
+        if (stored.empty())
             continue;
-        auto read = context->relatedObjects(stored, key);
+        const auto read = context->relatedObjects(stored, key);
         if (read)
             contents.insert(contents.end(), read->begin(), read->end());
         else
@@ -44,22 +40,21 @@ ObjectList readContents(const std::vector<Ref<ZRGroup>>& groups, WithMembers wit
 
 /// Calls `visit(group, subgroups)` for `top` and each group below it once, level by level.
 template <class Visit>
-void walk(const ZRGroup& top, WithMembers withMembers, Visit&& visit) ZR_NTS
+void walk(const ZRGroup& top, Visit&& visit) ZR_NTS
 {
-    std::unordered_set<Ref<ZRRecord>> seen;
+    std::unordered_set<Ref<const ZRGroup>> seen{Ref<const ZRGroup>(&top)};
     std::vector<ObjectList> held;
-    std::vector<Ref<ZRGroup>> level{Ref<ZRGroup>(const_cast<ZRGroup*>(&top))};
-    while (!level.empty()) {
-        held.push_back(readContents(level, withMembers));
-        std::vector<Ref<ZRGroup>> below;
+    for (std::vector<Ref<const ZRGroup>> level{Ref<const ZRGroup>(&top)}, below; !level.empty();
+         level = std::exchange(below, {})) {
+        held.push_back(readContents(level));
         for (const auto& group : level) {
             const ZRRecordList subgroups = group->nts_Subgroups();
             visit(*group, subgroups);
             for (const auto& subgroup : subgroups)
-                if (subgroup.get() != &top && seen.insert(subgroup).second)
-                    below.push_back(platform::refCast<ZRGroup>(subgroup));
+                if (Ref<const ZRGroup> one = platform::refCast<const ZRGroup>(subgroup);
+                    seen.insert(one).second)
+                    below.push_back(std::move(one));
         }
-        level = std::move(below);
     }
 }
 
@@ -101,7 +96,7 @@ ZRRecordSet ZRGroup::allAssociatedMembersAndSubgroups(bool) const
 {
     return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
         ZRRecordSet all;
-        walk(*this, WithMembers::yes, [&](const ZRGroup& group, const ZRRecordList& subgroups) ZR_NTS {
+        walk(*this, [&](const ZRGroup& group, const ZRRecordList& subgroups) ZR_NTS {
             const ZRRecordList members = group.nts_Members();
             all.insert(members.begin(), members.end());
             all.insert(subgroups.begin(), subgroups.end());
@@ -113,7 +108,7 @@ ZRRecordSet ZRGroup::allAssociatedMembersAndSubgroups(bool) const
 ZRRecordSet ZRGroup::nts_MembersRecursive() const
 {
     ZRRecordSet all;
-    walk(*this, WithMembers::yes, [&](const ZRGroup& group, const ZRRecordList&) ZR_NTS {
+    walk(*this, [&](const ZRGroup& group, const ZRRecordList&) ZR_NTS {
         const ZRRecordList members = group.nts_Members();
         all.insert(members.begin(), members.end());
     });
@@ -129,23 +124,4 @@ void ZRGroup::nts_CascadeRemove()
     const auto& slots = groupSlots();
     for (const auto* slot : {&slots.contacts, &slots.childGroups, &slots.parentGroups})
         impl->setObjects(*slot, {});
-}
-
-void ZRRecursivelyBuildPeopleList(
-    const ZRGroup& group, std::unordered_map<Ref<ZRPerson>, platform::Value>& result)
-{
-    std::vector<Ref<ZRGroup>> groups;
-    locked(*group.nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
-        walk(group, WithMembers::no, [&](ZRGroup& one, const ZRRecordList&) { groups.emplace_back(&one); });
-    });
-    const auto me = group.roster()->me();
-    for (const auto& one : groups)
-        for (const auto& member : one->members()) {
-            const auto person = platform::refCast<ZRPerson>(member);
-            if (!person || person == me)
-                continue;
-            const platform::Value address = one->distributionValueForProperty(zr::kZREmailProperty, *person);
-            if (!address.isNothing())
-                result[person] = address;
-        }
 }

@@ -172,11 +172,15 @@ ObjectList relatedOf(ContextState& context, const ObjectList& objects, std::stri
     if (objects.empty())
         return {};
     // Held until the relationships were followed, so that each end is read once.
-    const ObjectList read = prefetchSlot(context, objects, objects.front()->slot(key));
+    const Slot& first = objects.front()->slot(key);
+    const ObjectList read = prefetchSlot(context, objects, first);
     std::unordered_set<ObjectRef> related;
-    for (const auto& object : objects)
-        for (auto& far : context.far(*object, object->slot(key)))
-            related.insert(std::move(far));
+    if (first.kind == SlotKind::toOne)
+        related.insert(read.begin(), read.end());
+    else
+        for (const auto& object : objects)
+            for (auto& far : context.far(*object, object->slot(key)))
+                related.insert(std::move(far));
     return {related.begin(), related.end()};
 }
 

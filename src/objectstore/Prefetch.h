@@ -16,7 +16,7 @@ ObjectList prefetchSlot(ContextState& context, const ObjectList& objects, const 
 /// The same for key paths; throws InvalidKey for one that the entity of the first object does not have.
 void prefetchPaths(ContextState& context, const ObjectList& objects, const std::vector<std::string>& paths);
 
-/// Where the to-many of that key leads from any of `objects`, each object once.
+/// Where the relationship of that key leads from any of `objects`, each object once.
 ObjectList relatedOf(ContextState& context, const ObjectList& objects, std::string_view key);
 
 } // namespace objectstore

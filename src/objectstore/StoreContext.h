@@ -157,8 +157,8 @@ public:
 
     /// Reads those relationships of all these objects along, one query a path. Paths as in StoreFetch.
     platform::Result<void> prefetch(const ObjectList& objects, const std::vector<std::string>& keyPaths);
-    /// The objects that a to-many of any of these leads to, each once, by a few queries for all together.
-    /// While they are held, `StoreObject::objects` of that key reads nothing.
+    /// The objects that a relationship of any of these leads to, each once and with its row, by a few queries
+    /// for all together. While they are held, following it reads nothing.
     platform::Result<ObjectList> relatedObjects(const ObjectList& objects, std::string_view key);
 
 protected:

@@ -212,12 +212,14 @@ constexpr ModelKey propertyValueKeys[] = {
     {attribute("property", string, kTransient)},
 };
 
+/// The choices of an entry: they go with it, however it goes.
 constexpr SlotDescription distributionListConfigs(std::string_view inverse)
 {
     return {.key = "distributionListConfigs",
         .kind = SlotKind::toMany,
         .destination = "ZROSDistributionListConfig",
-        .inverse = inverse};
+        .inverse = inverse,
+        .deleteRule = cascade};
 }
 
 constexpr ModelKey emailKeys[] = {
@@ -368,7 +370,10 @@ constexpr ModelEntity rosterEntities[] = {
          .owner = "owner",
          .unit = entriesBy("customProperty")},
         customPropertyValueKeys},
-    {{.name = "ZROSDistributionListConfig", .table = "distribution_list_config", .owner = "group"},
+    {{.name = "ZROSDistributionListConfig",
+         .table = "distribution_list_config",
+         .make = ZROSDistributionListConfig::make,
+         .owner = "group"},
         distributionListConfigKeys},
 };
 

@@ -77,3 +77,40 @@ bool ZROSGroup::nts_SetDistributionIdentifier(std::optional<std::string_view> id
     choice->setRelated(*entrySlot, entry.get());
     return true;
 }
+
+platform::Ref<StoreObject> ZROSDistributionListConfig::make(const objectstore::Entity& entity)
+{
+    return platform::makeRef<ZROSDistributionListConfig>(entity);
+}
+
+void ZROSDistributionListConfig::didChange(const Slot& slot)
+{
+    if (!slot.destination || !slot.destination->slot("orderingIndex"))
+        return;
+    if (const ObjectRef entry = related(slot)) {
+        _identifier = entry->text(entry->slot("uniqueId"));
+        _entrySlot = &slot;
+    }
+}
+
+// Others have saved: the row that was chosen may have made way for another one of the same entry, or the
+// entry may be gone, and the choice with it.
+void ZROSDistributionListConfig::willMerge()
+{
+    const ObjectRef person = _entrySlot ? related(distributionListConfigSlots().contact) : nullptr;
+    if (!person)
+        return;
+    ObjectRef successor;
+    for (const Slot* slot : person->entity().slots())
+        if (slot->holdsParts && slot->isToMany() && slot->destination == _entrySlot->destination)
+            for (const auto& entry : person->objects(*slot)) {
+                if (entry->key() == relatedKey(*_entrySlot))
+                    return;
+                if (entry->text(entry->slot("uniqueId")) == _identifier)
+                    successor = entry;
+            }
+    if (successor)
+        setRelated(*_entrySlot, successor.get());
+    else
+        context()->deleteObject(*this);
+}

@@ -1,13 +1,16 @@
 // How a property of a record is read from and written to its stored object.
 #include "store/ZROSRecord.h"
 
+#include "core/RecordDictionaries.h"
 #include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
 #include "core/ZRLog.h"
+#include "core/ZRMultiValue.h"
 #include "core/ZRRecord.h"
 #include "core/ZRUniqueId.h"
 #include "objectstore/StoreContext.h"
 #include "platform/run/Clock.h"
+#include "platform/run/Log.h"
 #include "platform/value/PropertyList.h"
 #include "store/ZRCustomProperties.h"
 #include "store/ZRManagedObjectContext.h"
@@ -16,6 +19,8 @@
 #include "store/ZRMultiValueObjectStoreWrapper.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"
 #include "store/ZRRoster.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 
@@ -53,6 +58,25 @@ Value valueToStore(const Value& value, std::string_view property, const Value& s
         return flags == 0 ? Value() : Value(flags);
     }
     return value;
+}
+
+/// A multi-value in one column, and back. What cannot be read is absent.
+Value archived(const ZRMultiValue& values)
+{
+    const auto bytes =
+        platform::encodePropertyList(multiValueDictionary(values), platform::PropertyListFormat::binary);
+    if (bytes)
+        return Value::data(*bytes);
+    platform::log(fmt::format("Cannot store a multi-value: {}", bytes.error().text));
+    return {};
+}
+
+Value unarchived(std::string_view bytes)
+{
+    const auto dictionary = platform::decodePropertyList(bytes);
+    return dictionary && dictionary->isDictionary()
+        ? valueFromDictionary(*dictionary, kZRPropertyTypeMulti | kZRPropertyTypeString, false)
+        : Value();
 }
 
 } // namespace
@@ -131,6 +155,8 @@ Value ZROSRecord::nts_ValueForProperty(std::string_view property, std::size_t, c
         const auto holder = holderOf(*place);
         if (place->isMultiValue)
             return ZRMultiValueObjectStoreWrapper::initWithRecord(*holder, *place);
+        if (place->isArchived)
+            return unarchived(holder->bytes(*place->key));
         if (!place->entity)
             return publicValue(holder->value(*place->key), property);
         const ObjectRef part = holder->related(*place->key);
@@ -172,6 +198,13 @@ bool ZROSRecord::nts_SetValue(const Value& given, std::string_view property, boo
         const auto holder = holderOf(*place);
         if (place->isMultiValue)
             return ZRMultiValueObjectStoreWrapper::applyMultiValue(value, *place, *holder);
+        if (place->isArchived) {
+            const auto* entries = value.as<ZRMultiValue>();
+            if (!value.isAbsent() && !entries)
+                return false;
+            holder->setValue(*place->key, entries ? archived(*entries) : Value());
+            return true;
+        }
         if (!place->entity) {
             const Value stored = property == zr::kZRPersonFlags ? holder->value(*place->key) : Value();
             holder->setValue(*place->key, valueToStore(value, property, stored));

@@ -290,3 +290,23 @@ public:
 protected:
     ~ZROSOwnedObject() override = default;
 };
+
+/// The choice of the entry by which a group reaches a member.
+///
+/// It belongs to the entry's identifier, not to its row: an edit of the card anywhere makes new rows.
+class ZROSDistributionListConfig : public objectstore::StoreObject {
+public:
+    explicit ZROSDistributionListConfig(const objectstore::Entity& entity) : StoreObject(entity) { }
+    static platform::Ref<objectstore::StoreObject> make(const objectstore::Entity& entity);
+
+    void didChange(const objectstore::Slot& slot) override;
+    void willMerge() override;
+
+protected:
+    ~ZROSDistributionListConfig() override = default;
+
+private:
+    /// Of the entry that was chosen here and perhaps not saved yet, and the key that leads to it.
+    std::string _identifier;
+    const objectstore::Slot* _entrySlot = nullptr;
+};

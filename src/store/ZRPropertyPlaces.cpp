@@ -21,8 +21,11 @@ ZRPropertyPlace placeOf(const Entity& entity, const ModelKey& key)
 {
     ZRPropertyPlace place{.key = entity.slot(key.slot.key)};
     const Entity* destination = place.key->destination;
-    if (!destination)
+    if (!destination) {
+        const auto type = builtInTypeOfProperty(modelEntityNamed(entity.name())->publicClass, key.property);
+        place.isArchived = key.slot.type == objectstore::AttributeType::data && zrIsMultiValueType(type);
         return place;
+    }
     place.entity = destination;
     place.isMultiValue = place.key->kind == SlotKind::toMany;
     const auto& mainKey = modelEntityNamed(destination->name())->mainKey;

@@ -17,6 +17,8 @@ struct ZRPropertyPlace {
     /// For a messaging property: the service of its rows.
     std::string_view service = {};
     bool isMultiValue = false;
+    /// A multi-value that the key holds itself, as the property list of its dictionary.
+    bool isArchived = false;
     /// Kept by the record's source: what is shared of the info record.
     bool ofSource = false;
 };
