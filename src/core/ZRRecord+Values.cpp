@@ -193,7 +193,7 @@ std::vector<std::string> ZRRecord::nts_ChangedProperties() const
     return _databaseImpl ? _databaseImpl->nts_ChangedProperties() : std::vector<std::string>();
 }
 
-bool ZRRecord::nts_AffectsSmartGroupsIsNew(bool isNew) const { return isNew || nts_HasChangedProperties(); }
+ZRRecordList ZRRecord::nts_AffectsSmartGroupsIsNew(bool) const { return {}; }
 
 ZRPropertyTypes ZRRecord::propertyTypesWithRoster(const ZRRecordClass& recordClass, ZRRoster* roster)
 {

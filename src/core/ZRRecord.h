@@ -138,7 +138,9 @@ public:
     void setAllProperties(const platform::Value& dictionary);
     std::vector<std::string> nts_ChangedProperties() const ZR_NTS;
     bool nts_HasChangedProperties() const ZR_NTS;
-    bool nts_AffectsSmartGroupsIsNew(bool isNew) const ZR_NTS;
+    /// The smart groups that would have to be written with this record. None keeps a list of its members, so
+    /// there are none.
+    ZRRecordList nts_AffectsSmartGroupsIsNew(bool isNew) const ZR_NTS;
 
     // ---- class-level queries (the class is `recordClass`)
 

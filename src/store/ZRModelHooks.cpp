@@ -174,8 +174,8 @@ void setModifiedUniqueIds(StoreObject& object, const Value& ids)
         return object.setValue(slot, Value());
     const auto bytes = platform::encodePropertyList(ids, platform::PropertyListFormat::binary);
     if (!bytes)
-        return platform::log(fmt::format("Error setting modified UIDs: {}", bytes.error().text));
-    object.setValue(slot, Value::data(*bytes));
+        platform::log(fmt::format("Error setting modified UIDs: {}", bytes.error().text));
+    object.setValue(slot, bytes ? Value::data(*bytes) : Value());
 }
 
 Value lastEmailDates(StoreObject& object)

@@ -161,6 +161,7 @@ ZRRoster::ZRRoster() : _state(std::make_unique<State>()) { }
 
 ZRRoster::~ZRRoster()
 {
+    forgetMidnightTimer(*this);
     _state->observers.clear();
     _state->didSave.cancel();
     _state->didCatchUp.cancel();

@@ -95,8 +95,19 @@ ZRRecordList ZRRoster::recordsForClass(const ZRRecordClass& recordClass, Ref<con
 
 std::int64_t ZRRoster::countOfRecordsForClass(const ZRRecordClass& recordClass)
 {
-    return locked(*this, ZRAccess::read,
-        [&]() ZR_NTS { return Factory::countOfPublicRecordsForClass(recordClass, nullptr, *this); });
+    return countOfRecordsForClass(recordClass, nullptr, true);
+}
+
+std::int64_t ZRRoster::countOfRecordsForClass(
+    const ZRRecordClass& recordClass, Ref<const StorePredicate> predicate, bool takeLock)
+{
+    const auto count = [&]() ZR_NTS {
+        return Factory::countOfPublicRecordsForClass(recordClass, predicate, *this);
+    };
+    if (takeLock)
+        return locked(*this, ZRAccess::read, count);
+    zrGlobalLockIsHeld();
+    return count();
 }
 
 bool ZRRoster::addRecord(const Ref<ZRRecord>& record) { return addRecord(record, nullptr); }

@@ -156,6 +156,8 @@ public:
         platform::Ref<const objectstore::StorePredicate> predicate,
         const std::vector<std::string>& prefetching, bool takeLock);
     std::int64_t countOfRecordsForClass(const ZRRecordClass& recordClass);
+    std::int64_t countOfRecordsForClass(const ZRRecordClass& recordClass,
+        platform::Ref<const objectstore::StorePredicate> predicate, bool takeLock);
     /// Puts a record of any roster into this one. True also when it is already here; false when refused.
     bool addRecord(const platform::Ref<ZRRecord>& record);
     bool addRecord(const platform::Ref<ZRRecord>& record, platform::Error* error);
@@ -207,6 +209,25 @@ public:
         const platform::Ref<ZRSearchElement>& search, bool takeLock);
     /// Whether the store can be asked at all: it is open.
     bool isPredicateSearchingEnabled();
+
+    // ---- smart groups that depend on the date                         (search/ZRRoster+SmartGroups.cpp)
+
+    /// Marks each smart group as modified that looks for a time around today, has a card in it now, and was
+    /// not changed since that time began. A group whose search cannot be read is logged and passed over. The
+    /// first call of a process sets the midnight timer.
+    void updateDateRelatedSmartGroups();
+    void nts_UpdateDateRelatedSmartGroups() ZR_NTS;
+    /// Until the first update of the process, by whichever roster.
+    bool nts_shouldUpdateDateRelatedSmartGroups() const;
+    /// Has `_midnightPassed` called once on the main queue, five seconds past the next midnight of the local
+    /// zone, in place of whatever was set before: there is one timer a process. It does not keep the roster
+    /// alive, and goes with it.
+    void _setupMidnightTimer();
+    /// When the timer fires or has fired; absent while no timer was set.
+    static platform::Value _midnightFireDate();
+    void _midnightPassed();
+    /// The user has set the clock or the zone: forgets the zone, and sets the timer anew.
+    void _systemTimeChanged();
 
     // ---- pictures of people that are not saved yet                    (ZRRoster+Pictures.cpp)
 

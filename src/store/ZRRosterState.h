@@ -106,5 +106,8 @@ void nts_closeStore(const std::string& path);
 
 /// Adds one line to what `openingReport` tells.
 void noteOpeningProblem(const std::string& text);
+/// Ends the midnight timer where it is that of this roster, which is going. See
+/// search/ZRRoster+SmartGroups.cpp.
+void forgetMidnightTimer(const ZRRoster& roster);
 /// True once a process for each directory.
 bool nts_shouldImportInto(const std::string& directory) ZR_NTS;

@@ -43,6 +43,8 @@ public:
     static TimeZone gmt();
     /// The user's zone: TZ, else the system's. A changed TZ counts from the next call on.
     static TimeZone local();
+    /// The system's zone may have changed: every thread looks it up anew.
+    static void forgetLocal();
     /// The zone of an Olson name ("Europe/Paris"), "GMT+01:00" or "Zulu"; absent when there is none.
     static std::optional<TimeZone> named(std::string_view name);
 

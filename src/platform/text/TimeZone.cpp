@@ -4,6 +4,7 @@
 #include <unicode/basictz.h>
 #include <unicode/timezone.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
@@ -19,6 +20,9 @@ struct TimeZone::Rules {
 namespace {
 
 constexpr std::string_view kZoneFolder = "/usr/share/zoneinfo/";
+
+/// Counts how often the local zone was to be forgotten.
+std::atomic<unsigned> generation = 0;
 
 // All zones of ICU are of this class; a null answer stands for a name that it does not know.
 std::unique_ptr<const icu::BasicTimeZone> basic(std::unique_ptr<icu::TimeZone> zone)
@@ -90,20 +94,26 @@ std::optional<TimeZone> TimeZone::named(std::string_view name)
     return TimeZone(rules);
 }
 
-// Every name leads to rules that stay, so a thread remembers only which ones TZ last meant.
+// Every name leads to rules that stay, so a thread remembers only which ones TZ last meant, and since when.
 TimeZone TimeZone::local()
 {
     thread_local std::optional<std::string> variable;
     thread_local const Rules* rules = nullptr;
+    thread_local unsigned seen = 0;
     const char* now = std::getenv("TZ");
-    const bool isSame = rules && variable.has_value() == (now != nullptr) && (!now || *variable == now);
+    const unsigned current = generation.load(std::memory_order_relaxed);
+    const bool isSame =
+        rules && seen == current && variable.has_value() == (now != nullptr) && (!now || *variable == now);
     if (!isSame) {
+        seen = current;
         const auto zone = named(nameOfVariable(now));
         rules = (zone ? *zone : gmt())._rules;
         variable = now ? std::optional<std::string>(now) : std::nullopt;
     }
     return TimeZone(rules);
 }
+
+void TimeZone::forgetLocal() { generation.fetch_add(1, std::memory_order_relaxed); }
 
 std::string TimeZone::name() const
 {
