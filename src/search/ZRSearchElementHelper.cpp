@@ -25,6 +25,8 @@ constexpr double oneDay = 86400;
 constexpr std::array units{Unit{ZRDateUnit::years, 365 * oneDay + 1, 0.085},
     Unit{ZRDateUnit::months, 31 * oneDay + 1, 0.05}, Unit{ZRDateUnit::weeks, 7 * oneDay + 1, 0.15}};
 
+Strings strings(std::initializer_list<std::string_view> texts) { return {texts.begin(), texts.end()}; }
+
 const ZRSearchElementMatch* asMatch(const Ref<ZRSearchElement>& element)
 {
     return dynamic_cast<const ZRSearchElementMatch*>(element.get());
@@ -92,24 +94,26 @@ std::optional<ZRSearchRule> ruleOfNames(const ZRSearchElementConjunction& conjun
 
 const Strings& ZRSearchElementHelper::nameProperties()
 {
-    static const auto* const names = new Strings{zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
-        zr::kZRLastNameProperty, zr::kZRNicknameProperty, zr::kZRMaidenNameProperty,
-        zr::kZRFirstNamePhoneticProperty, zr::kZRMiddleNamePhoneticProperty, zr::kZRLastNamePhoneticProperty};
-    return *names;
+    static const Strings names =
+        strings({zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty, zr::kZRLastNameProperty,
+            zr::kZRNicknameProperty, zr::kZRMaidenNameProperty, zr::kZRFirstNamePhoneticProperty,
+            zr::kZRMiddleNamePhoneticProperty, zr::kZRLastNamePhoneticProperty});
+    return names;
 }
 
 const Strings& ZRSearchElementHelper::AddressKeys()
 {
-    static const auto* const keys = new Strings{zr::kZRAddressStreetKey, zr::kZRAddressCityKey,
-        zr::kZRAddressStateKey, zr::kZRAddressZIPKey, zr::kZRAddressCountryKey, zr::kZRAddressCountryCodeKey};
-    return *keys;
+    static const Strings keys =
+        strings({zr::kZRAddressStreetKey, zr::kZRAddressCityKey, zr::kZRAddressStateKey, zr::kZRAddressZIPKey,
+            zr::kZRAddressCountryKey, zr::kZRAddressCountryCodeKey});
+    return keys;
 }
 
 const Strings& ZRSearchElementHelper::IMProperties()
 {
-    static const auto* const services = new Strings{zr::kZRAIMInstantProperty, zr::kZRICQInstantProperty,
-        zr::kZRYahooInstantProperty, zr::kZRMSNInstantProperty, zr::kZRJabberInstantProperty};
-    return *services;
+    static const Strings services = strings({zr::kZRAIMInstantProperty, zr::kZRICQInstantProperty,
+        zr::kZRYahooInstantProperty, zr::kZRMSNInstantProperty, zr::kZRJabberInstantProperty});
+    return services;
 }
 
 Strings ZRSearchElementHelper::propertiesOfSearchElements(const std::vector<Ref<ZRSearchElement>>& elements)
