@@ -5,6 +5,8 @@
 #include "platform/run/Log.h"
 #include "platform/value/PropertyList.h"
 
+#include <algorithm>
+
 namespace test {
 
 namespace {
@@ -158,7 +160,7 @@ TEST_F(SmartGroups, StoreIdsAsABinaryPropertyList)
     const Value stored = group->zrosValueForKey("modifiedUniqueIdsData");
     ASSERT_TRUE(stored.isData());
     EXPECT_EQ(platform::propertyListFormatOf(stored.asBytes()), platform::PropertyListFormat::binary);
-    EXPECT_EQ(platform::decodePropertyList(stored.asBytes()), Value::array({Value(ana->uniqueId())}));
+    EXPECT_EQ(*platform::decodePropertyList(stored.asBytes()), Value::array({Value(ana->uniqueId())}));
 }
 
 TEST_F(SmartGroups, WriteNoIdsWhereTheyCannotBeWritten)

@@ -1,6 +1,8 @@
 // A world for smart groups: searches by groups, and what a group tells of its members in a line.
 #include "search/SmartGroupWorld.h"
 
+#include <algorithm>
+
 namespace test {
 
 Ref<ZRSmartGroup> smartGroup(
