@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <utility>
 
 using platform::KeyedArchiver;
 using platform::KeyedUnarchiver;
@@ -60,20 +61,39 @@ ZRSearchComparison decodedComparison(KeyedUnarchiver& coder)
     return kZREqual;
 }
 
-/// The roster of an archived group: that of its directory while there is one, else the shared one. A
-/// directory without a store is never made into a roster.
+/// The roster whose archive this thread is reading; null for one that no roster keeps. Factories of the
+/// unarchiver get nothing but the coder.
+thread_local ZRRoster* archiveOwner = nullptr;
+
+/// Names the owner for a scope.
+class OwnerScope {
+public:
+    explicit OwnerScope(ZRRoster* owner) : _before(std::exchange(archiveOwner, owner)) { }
+    ~OwnerScope() { archiveOwner = _before; }
+    OwnerScope(const OwnerScope&) = delete;
+    OwnerScope& operator=(const OwnerScope&) = delete;
+
+private:
+    ZRRoster* const _before;
+};
+
+/// The roster of an archived group: that of its directory while there is one, else the one that keeps the
+/// archive. A directory without a store is never made into a roster.
 Ref<ZRRoster> nts_rosterOfGroup(const std::string& directory) ZR_NTS
 {
-    auto shared = ZRRoster::nts_SharedRoster();
-    if (!shared || directory.empty() || directory == shared->databaseDirectory())
+    const auto shared = ZRRoster::nts_SharedRoster();
+    const auto owner = archiveOwner ? Ref<ZRRoster>(archiveOwner) : shared;
+    if (!shared || directory.empty() || directory == owner->databaseDirectory())
+        return owner;
+    if (directory == shared->databaseDirectory())
         return shared;
     const auto store = std::filesystem::path(directory)
         / std::filesystem::path(shared->rosterObjectStoreDatabaseFile()).filename();
     std::error_code unreadable;
     if (!std::filesystem::is_regular_file(store, unreadable))
-        return shared;
+        return owner;
     auto other = ZRRoster::nts_RosterWithDatabaseDirectory(directory, false);
-    return other ? other : shared;
+    return other ? other : owner;
 }
 
 /// What a membership is compared with: the marker, or the group of an archived id while it exists.
@@ -102,8 +122,9 @@ Result<std::string> ZRSearchElement::archivedData() const
     return coder.finish();
 }
 
-Result<Ref<ZRSearchElement>> ZRSearchElement::nts_unarchivedElement(std::string_view data)
+Result<Ref<ZRSearchElement>> ZRSearchElement::nts_unarchivedElement(std::string_view data, ZRRoster* owner)
 {
+    const OwnerScope scope(owner);
     KeyedUnarchiver coder(data, elementClasses(), archiveLimits);
     auto element = coder.decodeObject<ZRSearchElement>("root");
     if (coder.failure())

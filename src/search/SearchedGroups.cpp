@@ -27,6 +27,9 @@ std::set<std::string>& visited()
     return groups;
 }
 
+/// What the search keeps that this thread runs.
+thread_local SmartGroupSearches* searchesOfThread = nullptr;
+
 ObjectList nts_groupsAbove(StoreObject* object) ZR_NTS
 {
     const auto* key = object && object->context() ? object->entity().slot("parentGroups") : nullptr;
@@ -60,23 +63,18 @@ bool isAnyGroupMarker(const platform::Value& value)
 
 Ref<ZRSearchElement> nts_searchOfSmartGroup(const ZRGroup& group)
 {
-    constexpr std::string_view cacheKey = "ZRActualSearchElement";
-    if (auto* known = group.nts_ValueInTemporaryCacheForProperty(cacheKey).as<ZRSearchElement>())
-        return Ref<ZRSearchElement>(known);
-    const platform::Value data = group.nts_ValueForProperty(zr::kZRSearchElementProperty);
-    if (!data.isData())
-        return nullptr;
+    auto* kept = SmartGroupSearches::ofThisThread();
+    if (const auto* known = kept ? kept->find(group.nts_UniqueId()) : nullptr)
+        return *known;
+    Ref<ZRSearchElement> search;
     try {
-        auto element = ZRSearchElement::nts_unarchivedElement(data.asBytes());
-        if (element) {
-            group.nts_SetValueInTemporaryCache(platform::Value(*element), cacheKey);
-            return *element;
-        }
-        platform::log(fmt::format("Search of group {}: {}", group.nts_UniqueId(), element.error().text));
-    } catch (const ZRIncompatibleSearchElementVersionException& failure) {
-        platform::log(fmt::format("Search of group {}: {}", group.nts_UniqueId(), failure.what()));
+        search = static_cast<const ZRSmartGroup&>(group).nts_SearchElement();
+    } catch (const std::exception& failure) {
+        platform::log(failure.what());
     }
-    return nullptr;
+    if (kept)
+        kept->keep(group.nts_UniqueId(), search);
+    return search;
 }
 
 bool nts_isMemberOfGroup(const ZRRecord& record, const ZRGroup& group)
@@ -103,4 +101,29 @@ SmartGroupVisit::~SmartGroupVisit()
 {
     if (_isEntered)
         visited().erase(_uniqueId);
+}
+
+SmartGroupSearches::SmartGroupSearches() : _isOutermost(!searchesOfThread)
+{
+    if (_isOutermost)
+        searchesOfThread = this;
+}
+
+SmartGroupSearches::~SmartGroupSearches()
+{
+    if (_isOutermost)
+        searchesOfThread = nullptr;
+}
+
+SmartGroupSearches* SmartGroupSearches::ofThisThread() { return searchesOfThread; }
+
+const Ref<ZRSearchElement>* SmartGroupSearches::find(const std::string& groupId) const
+{
+    const auto at = _searches.find(groupId);
+    return at == _searches.end() ? nullptr : &at->second;
+}
+
+void SmartGroupSearches::keep(const std::string& groupId, Ref<ZRSearchElement> search)
+{
+    _searches.emplace(groupId, std::move(search));
 }

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <string>
+#include <unordered_map>
 
 class ZRGroup;
 class ZRRecord;
@@ -42,4 +43,28 @@ public:
 private:
     const std::string _uniqueId;
     const bool _isEntered;
+};
+
+/// Keeps what was read of the searches of smart groups while one search runs, which may ask for them once a
+/// record. The groups themselves do not keep searches that name records.
+///
+/// Ownership: a scope on the stack; the outermost one of a thread keeps, those within do nothing.
+/// Threads:   one.
+/// Errors:    none; a search that cannot be read is kept as absent, so that it is logged once.
+class SmartGroupSearches {
+public:
+    SmartGroupSearches();
+    ~SmartGroupSearches();
+    SmartGroupSearches(const SmartGroupSearches&) = delete;
+    SmartGroupSearches& operator=(const SmartGroupSearches&) = delete;
+
+    /// Null while no search runs.
+    static SmartGroupSearches* ofThisThread();
+    /// Null for a group that was not asked for yet.
+    const platform::Ref<ZRSearchElement>* find(const std::string& groupId) const;
+    void keep(const std::string& groupId, platform::Ref<ZRSearchElement> search);
+
+private:
+    const bool _isOutermost;
+    std::unordered_map<std::string, platform::Ref<ZRSearchElement>> _searches;
 };

@@ -133,6 +133,7 @@ struct PathsRead {
 
 ZRRecordList nts_walk(const ZRSearchElement& search, ZRRoster& roster) ZR_NTS
 {
+    const SmartGroupSearches kept;
     ZRRecordList matching;
     for (const ZRRecordClass* recordClass : classesToWalk(search)) {
         const auto* entity = Factory::implClassForPublicRecordClass(*recordClass);
@@ -147,6 +148,7 @@ ZRRecordList nts_walk(const ZRSearchElement& search, ZRRoster& roster) ZR_NTS
 
 ZRRecordList nts_search(const Ref<ZRSearchElement>& search, ZRRoster& roster) ZR_NTS
 {
+    const SmartGroupSearches kept;
     const SearchLog log(*search);
     const auto plan =
         roster.isPredicateSearchingEnabled() ? nts_plan(*search, roster) : std::vector<ClassSearch>();

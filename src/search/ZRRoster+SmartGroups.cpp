@@ -3,10 +3,10 @@
 #include "core/ZRPerson.h"
 #include "platform/notify/DistributedNotificationCenter.h"
 #include "platform/run/Clock.h"
-#include "platform/run/Log.h"
 #include "platform/run/MainQueue.h"
 #include "platform/run/NeverDestroyed.h"
 #include "platform/text/Dates.h"
+#include "search/SearchedGroups.h"
 #include "search/ZRSearchElement.h"
 #include "search/ZRSmartGroup.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"
@@ -64,17 +64,6 @@ std::optional<Date> nextFireDate(Date now)
     return begin ? std::optional(Date{begin->seconds + grace}) : std::nullopt;
 }
 
-/// The search of a group; absent when there is none, or none that can be read: the others go on.
-Ref<ZRSearchElement> nts_readableSearch(const ZRSmartGroup& group) ZR_NTS
-{
-    try {
-        return group.nts_SearchElement();
-    } catch (const std::exception& failure) {
-        platform::log(failure.what());
-        return nullptr;
-    }
-}
-
 /// Whether some card matches, by the store where it can be asked. Where it cannot, looking is expensive, and
 /// done only for groups whose user wants to be told.
 bool nts_hasMatch(const ZRSmartGroup& group, const ZRSearchElement& search, ZRRoster& roster) ZR_NTS
@@ -94,7 +83,7 @@ bool nts_hasMatch(const ZRSmartGroup& group, const ZRSearchElement& search, ZRRo
 /// Some card is in the window now, and the group was not changed since the far edge of the window passed.
 bool nts_isOutdated(const ZRSmartGroup& group, ZRRoster& roster) ZR_NTS
 {
-    const auto search = nts_readableSearch(group);
+    const auto search = nts_searchOfSmartGroup(group);
     const Value edge = search ? search->_withinDate() : Value();
     const Value modified = group.nts_ValueForProperty(zr::kZRModificationDateProperty);
     return edge.isDate() && modified.isDate() && modified.asDate() < edge.asDate()
@@ -129,6 +118,7 @@ void ZRRoster::nts_UpdateDateRelatedSmartGroups()
     __checkedSmartGroups = true;
     if (!_midnightFireDate().isDate())
         _setupMidnightTimer();
+    const SmartGroupSearches kept;
     for (const auto& record : nts_AllRecordsForClass(ZRSmartGroup::recordClassDescription)) {
         auto& group = static_cast<ZRSmartGroup&>(*record);
         if (nts_isOutdated(group, *this))

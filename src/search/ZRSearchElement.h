@@ -130,8 +130,10 @@ public:
     /// The element as bytes, and back. Bytes that are no archive of an element are answered with an error; a
     /// newer version raises. Reading needs the lock, since an element may name a group.
     platform::Result<std::string> archivedData() const;
+    /// Groups are those of `owner`, the roster that keeps the archive, where the archive names its directory
+    /// or one that is not there any more; absent, the shared roster.
     static platform::Result<platform::Ref<ZRSearchElement>> nts_unarchivedElement(
-        std::string_view data) ZR_NTS;
+        std::string_view data, ZRRoster* owner = nullptr) ZR_NTS;
 
     /// Same class, and asking for the same but for the value, which takes no part.
     bool isEqual(const platform::Object& other) const override;

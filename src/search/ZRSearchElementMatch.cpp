@@ -131,6 +131,7 @@ bool ZRSearchElementMatch::isReferencingGroup(const ZRGroup& group) const
         return true;
     if (!named->recordClass().isKindOf(ZRSmartGroup::recordClassDescription))
         return false;
+    const SmartGroupSearches kept;
     const SmartGroupVisit visit(named->uniqueId());
     if (!visit.isEntered())
         return false;

@@ -110,7 +110,7 @@ Ref<ZRSearchElement> ZRSmartGroup::nts_SearchElement() const
     if (auto* known = nts_ValueInTemporaryCacheForProperty(elementKey).as<ZRSearchElement>();
         known && nts_ValueInTemporaryCacheForProperty(archiveKey) == archive)
         return Ref<ZRSearchElement>(known);
-    auto element = ZRSearchElement::nts_unarchivedElement(archive.asBytes());
+    auto element = ZRSearchElement::nts_unarchivedElement(archive.asBytes(), nts_Roster());
     if (!element)
         throw ZRUnreadableSearchElement(nts_UniqueId(), element.error());
     const bool canKeep = !holdsRecords(**element);
