@@ -38,22 +38,42 @@ std::string textOf(const NaiveRecord& record)
 
 std::string textOf(const Condition& search)
 {
-    if (search.children.empty())
-        return fmt::format("{}{} searching {} for {}{}", elementOf(search)->description(),
-            search.ignoresDiacritics ? " without diacritics" : "", search.ofPeople ? "people" : "groups",
-            test::textOf(search.value), fmt::format(" (code {})", search.comparison));
-    std::string text;
+    if (search.children.empty()) {
+        const auto* group = search.value.as<ZRRecord>();
+        return fmt::format("{} of {}{}{}: comparison {}{} with {}", search.property.value_or("card"),
+            search.ofPeople ? "people" : "groups", search.label ? " [" + *search.label + "]" : "",
+            search.key ? " {" + *search.key + "}" : "", search.comparison,
+            search.ignoresDiacritics ? " without diacritics" : "",
+            group ? group->uniqueId() : test::textOf(search.value));
+    }
+    std::vector<std::string> children;
     for (const auto& child : search.children)
-        text += (text.empty()                                ? "("
-                        : search.conjunction == kZRSearchAnd ? " AND ("
-                                                             : " OR (")
-            + textOf(child) + ")";
-    return text;
+        children.push_back("(" + textOf(child) + ")");
+    return fmt::to_string(fmt::join(children, search.conjunction == kZRSearchAnd ? " AND " : " OR "));
 }
 
 } // namespace
 
-void RouteProof::check(const Condition& search)
+void RouteProof::check(const Condition& search) { tellOf(search, &RouteProof::compareRosters); }
+void RouteProof::checkEachRecord(const Condition& search) { tellOf(search, &RouteProof::compareRecords); }
+
+// Of a tree that fails the smallest part that fails too is told.
+void RouteProof::tellOf(const Condition& search, void (RouteProof::*compareIn)(const Condition&))
+{
+    _complaints.clear();
+    (this->*compareIn)(search);
+    if (_complaints.empty())
+        return;
+    const int failures = ++_failures;
+    const std::string complaints = fmt::to_string(fmt::join(_complaints, "\n"));
+    for (const auto& child : search.children)
+        tellOf(child, compareIn);
+    constexpr int told = 10;
+    if (_failures == failures && _failures <= told)
+        ADD_FAILURE() << textOf(search) << "\n" << complaints;
+}
+
+void RouteProof::compareRosters(const Condition& search)
 {
     ++_searches;
     const NaiveSearch naive(_twin.plain(), {platform::Clock::current().now()});
@@ -61,22 +81,21 @@ void RouteProof::check(const Condition& search)
     const auto unasked = naive.whyUnasked(search);
     if (unasked)
         ++_unasked.at(static_cast<std::size_t>(*unasked));
-    if (hasPredicate(*element) == unasked.has_value()) {
-        ++_failures;
-        ADD_FAILURE() << (unasked ? "asked of the store, though it cannot be: "
-                                  : "not asked of the store, though it can be: ")
-                      << textOf(search);
-    }
+    if (hasPredicate(*element) == unasked.has_value())
+        _complaints.emplace_back(unasked ? "The store is asked, though it cannot be."
+                                         : "The store is not asked, though it can be.");
     const Ids inMemory = naive.inMemory(search);
     const Ids inStore = unasked ? inMemory : naive.inStore(search);
-    _found += static_cast<int>(inStore.size());
-    compare("store", idsOf(_twin.roster()->recordsMatchingSearchElement(element)), inStore, search);
-    compare(
-        "memory", idsOf(_twin.roster()->recordsMatchingSearchElementNoHinting(element)), inMemory, search);
+    if (!unasked) {
+        ++_asked;
+        _found += static_cast<int>(inStore.size());
+    }
+    compare("store", idsOf(_twin.roster()->recordsMatchingSearchElement(element)), inStore);
+    compare("memory", idsOf(_twin.roster()->recordsMatchingSearchElementNoHinting(element)), inMemory);
     noteDifferences(naive, search, inStore, inMemory);
 }
 
-void RouteProof::checkEachRecord(const Condition& search)
+void RouteProof::compareRecords(const Condition& search)
 {
     const NaiveSearch naive(_twin.plain(), {platform::Clock::current().now()});
     const auto element = elementOf(search);
@@ -91,16 +110,13 @@ void RouteProof::checkEachRecord(const Condition& search)
         note(byPredicate, id, element->predicateMatchesRecord(*_twin.record(id)));
         note(inStore, id, naive.matchesInStore(plain, search));
     }
-    compare("each record", byMemory, inMemory, search);
-    compare("each stored object", byPredicate, inStore, search);
+    compare("each record", byMemory, inMemory);
+    compare("each stored object", byPredicate, inStore);
 }
 
-void RouteProof::compare(const char* route, const Ids& found, const Ids& expected, const Condition& search)
+void RouteProof::compare(const std::string& route, const Ids& found, const Ids& expected)
 {
     if (found == expected)
-        return;
-    constexpr int told = 10;
-    if (++_failures > told)
         return;
     const auto list = [&](const char* what, const Ids& ids) {
         constexpr std::size_t shown = 2;
@@ -110,9 +126,8 @@ void RouteProof::compare(const char* route, const Ids& found, const Ids& expecte
                 "\n    " + (_twin.plain().records.contains(id) ? textOf(_twin.plain().records.at(id)) : id);
         return text;
     };
-    const std::string text =
-        list("missing", without(expected, found)) + list("not wanted", without(found, expected));
-    ADD_FAILURE() << route << ": " << textOf(search) << text;
+    _complaints.push_back(
+        route + list("missing", without(expected, found)) + list("not wanted", without(found, expected)));
 }
 
 void RouteProof::noteDifferences(

@@ -24,18 +24,25 @@ public:
     /// How much was searched, for whoever runs it.
     void tell() const;
     int failures() const { return _failures; }
+    /// Searches that the store was asked, and how many records it found.
+    int asked() const { return _asked; }
+    int found() const { return _found; }
 
 private:
-    void compare(const char* route, const std::set<std::string>& found, const std::set<std::string>& expected,
-        const Condition& search);
+    void tellOf(const Condition& search, void (RouteProof::*compareIn)(const Condition&));
+    void compareRosters(const Condition& search);
+    void compareRecords(const Condition& search);
+    void compare(
+        const std::string& route, const std::set<std::string>& found, const std::set<std::string>& expected);
     void noteDifferences(const NaiveSearch& naive, const Condition& search,
         const std::set<std::string>& inStore, const std::set<std::string>& inMemory);
     bool hasPredicate(const ZRSearchElement& element) const;
 
     TwinRoster& _twin;
+    std::vector<std::string> _complaints;
     std::array<int, kDifferences.size()> _seen{};
     std::array<int, kUnasked.size()> _unasked{};
-    int _searches = 0, _found = 0, _failures = 0;
+    int _searches = 0, _asked = 0, _found = 0, _failures = 0;
 };
 
 } // namespace test
