@@ -301,7 +301,12 @@ void addNestedSmartGroups(TwinRoster& twin)
     };
     const auto groups = twin.idsOfKind(Kind::group), smart = twin.idsOfKind(Kind::smartGroup);
     twin.addSmartGroup("Of a group", memberOf(groups.front(), kZRMemberOfGroup));
-    twin.addSmartGroup("Not of a smart one", memberOf(smart.front(), kZRNotMemberOfGroup));
+    const auto notOfSmart =
+        twin.addSmartGroup("Not of a smart one", memberOf(smart.front(), kZRNotMemberOfGroup));
+    const auto circle = twin.addSmartGroup("In a circle", memberOf(notOfSmart, kZRMemberOfGroup));
+    Condition round{.conjunction = kZRSearchOr,
+        .children = {memberOf(circle, kZRMemberOfGroup), memberOf(groups.back(), kZRNotMemberOfGroup)}};
+    twin.setSearch(circle, memberOf(twin.addSmartGroup("Back in it", round), kZRMemberOfGroup));
 }
 
 } // namespace

@@ -223,12 +223,20 @@ std::string TwinRoster::addSmartGroup(const std::string& name, const Condition& 
     const auto group =
         ZRRecord::initWithUniqueId(ZRSmartGroup::recordClassDescription, std::nullopt, _roster);
     hold(group, NaiveRecord::Kind::smartGroup);
-    const auto archive = elementOf(search)->archivedData();
-    EXPECT_TRUE(archive);
-    EXPECT_TRUE(group->setValue(Value::data(*archive), zr::kZRSearchElementProperty));
-    _plain.smartGroups[group->uniqueId()] = search;
+    setSearch(group->uniqueId(), search);
     set(group->uniqueId(), zr::kZRGroupNameProperty, Value(name));
     return group->uniqueId();
+}
+
+void TwinRoster::setSearch(const std::string& smartGroup, const Condition& search)
+{
+    const auto archive = elementOf(search)->archivedData();
+    ASSERT_TRUE(archive);
+    const auto& group = _records.at(smartGroup);
+    EXPECT_TRUE(group->setValue(Value::data(*archive), zr::kZRSearchElementProperty));
+    group->clearTemporaryCache();
+    _plain.smartGroups[smartGroup] = search;
+    _hasChanged = true;
 }
 
 void TwinRoster::set(const std::string& id, std::string_view property, const Value& value)

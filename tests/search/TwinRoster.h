@@ -57,6 +57,7 @@ public:
     /// Address[work]={City:Porto, ZIP:4000}". A date is a day, "today-3", or "now+3600" in seconds.
     std::string add(NaiveRecord::Kind kind, std::string_view line);
     std::string addSmartGroup(const std::string& name, const Condition& search);
+    void setSearch(const std::string& smartGroup, const Condition& search);
     /// Gives a property other content in the same language: labels with texts, for a single value without
     /// label.
     void fill(const std::string& id, const std::string& property,

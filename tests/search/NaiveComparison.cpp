@@ -1,0 +1,265 @@
+// How one value compares with what is sought: texts, numbers, and days from today.
+#include "search/NaiveQuestion.h"
+
+#include "platform/text/Compare.h"
+#include "platform/text/Dates.h"
+#include "platform/text/Fold.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace test {
+
+namespace {
+
+bool isYearless(ZRSearchComparison comparison)
+{
+    return comparison == kZRWithinIntervalAroundTodayYearless
+        || comparison == kZRNotWithinIntervalAroundTodayYearless
+        || comparison == kZRWithinIntervalFromTodayYearless
+        || comparison == kZRNotWithinIntervalFromTodayYearless;
+}
+
+bool isFromToday(ZRSearchComparison comparison) { return comparison >= kZRWithinIntervalFromToday; }
+
+bool isOneKind(const Value& a, const Value& b)
+{
+    return (a.isString() && b.isString()) || (a.isNumber() && b.isNumber()) || (a.isDate() && b.isDate())
+        || (a.isData() && b.isData());
+}
+
+std::weak_ordering orderOf(const Value& a, const Value& b)
+{
+    const auto order = [](const auto& left, const auto& right) {
+        return left < right ? std::weak_ordering::less
+            : right < left  ? std::weak_ordering::greater
+                            : std::weak_ordering::equivalent;
+    };
+    if (a.isDate())
+        return order(a.asDate(), b.asDate());
+    return a.isData() ? order(a.asBytes(), b.asBytes()) : order(a.asReal(), b.asReal());
+}
+
+bool isOrdered(std::weak_ordering order, ZRSearchComparison comparison)
+{
+    switch (comparison) {
+    case kZREqual:
+    case kZREqualCaseInsensitive:
+        return order == 0;
+    case kZRLessThan:
+        return order < 0;
+    case kZRLessThanOrEqual:
+        return order <= 0;
+    case kZRGreaterThan:
+        return order > 0;
+    case kZRGreaterThanOrEqual:
+        return order >= 0;
+    default:
+        return false;
+    }
+}
+
+/// The comparison that a negative one inverts.
+ZRSearchComparison positiveOf(ZRSearchComparison comparison)
+{
+    switch (comparison) {
+    case kZRNotEqual:
+        return kZREqual;
+    case kZRNotEqualCaseInsensitive:
+        return kZREqualCaseInsensitive;
+    case kZRDoesNotContainSubString:
+        return kZRContainsSubString;
+    case kZRDoesNotContainSubStringCaseInsensitive:
+        return kZRContainsSubStringCaseInsensitive;
+    default:
+        return comparison;
+    }
+}
+
+/// Whether a part of the text is there: anywhere, at its beginning, at its end.
+bool containsText(std::string_view text, std::string_view part, ZRSearchComparison comparison)
+{
+    switch (comparison) {
+    case kZRPrefixMatch:
+    case kZRPrefixMatchCaseInsensitive:
+        return text.starts_with(part);
+    case kZRSuffixMatch:
+    case kZRSuffixMatchCaseInsensitive:
+        return text.ends_with(part);
+    default:
+        return text.find(part) != std::string_view::npos;
+    }
+}
+
+bool ignoresCase(ZRSearchComparison comparison)
+{
+    return comparison == kZREqualCaseInsensitive || comparison == kZRContainsSubStringCaseInsensitive
+        || comparison == kZRPrefixMatchCaseInsensitive || comparison == kZRSuffixMatchCaseInsensitive;
+}
+
+platform::FoldOptions foldOf(ZRSearchComparison comparison, const Condition& condition)
+{
+    if (!ignoresCase(comparison))
+        return platform::kFoldNothing;
+    return condition.ignoresDiacritics ? platform::kFoldCaseAndDiacritics : platform::kFoldCase;
+}
+
+unsigned optionsOf(platform::FoldOptions fold)
+{
+    return (fold & platform::kFoldCase ? platform::kCompareCaseInsensitive : 0U)
+        | (fold & platform::kFoldDiacritics ? platform::kCompareDiacriticInsensitive : 0U);
+}
+
+constexpr double kDay = 86400;
+
+/// How many days the day of 1976 (a leap year) is behind 1 January; of other years, before or after it.
+double dayIn1976(platform::CalendarDay day, int year)
+{
+    const bool isSkipped = day.month == 2 && day.day == 29 && year != 1976;
+    const platform::CalendarDay there =
+        isSkipped ? platform::CalendarDay{year, 3, 1} : platform::CalendarDay{year, day.month, day.day};
+    return (platform::noonOf(there, platform::TimeZone::gmt())->seconds - platform::startOfYear(1976).seconds)
+        / kDay;
+}
+
+} // namespace
+
+/// One value, or none.
+bool NaiveSearch::ofEntry(const Value& value, const Asked& asked) const
+{
+    if (asked.comparison == kZRBitsInBitFieldMatch) {
+        const std::int64_t bits = value.asInteger(), sought = asked.value.asInteger();
+        constexpr std::int64_t showAs = 7, nameOrder = 56;
+        if (!asked.value.isNumber() || !(value.isNothing() || value.isNumber()))
+            return false;
+        if (asked.property == zr::kZRPersonFlags)
+            return (bits & (sought > 1 ? nameOrder : showAs)) == sought;
+        return (bits & sought) == sought;
+    }
+    if (value.isNothing() && !asked.hasValue())
+        return asked.isEquality();
+    if (value.isNothing() || !asked.hasValue())
+        return asked.isTextNegation();
+    return holds(value, asked);
+}
+
+bool NaiveSearch::holds(const Value& value, const Asked& asked) const
+{
+    if (isIntervalComparison(asked.comparison))
+        return isWithin(value, asked);
+    if (value.isData() && !asked.differs(Difference::data))
+        return false;
+    if (!isOneKind(value, asked.value))
+        return asked.isTextNegation() && asked.differs(Difference::otherKinds);
+    const auto comparison = positiveOf(asked.comparison);
+    if (isMembership(comparison))
+        return false;
+    const bool inverts = asked.isTextNegation();
+    if (!value.isString())
+        return isOrdered(orderOf(value, asked.value), comparison) != inverts;
+    const bool isOfWholes = comparison <= kZREqualCaseInsensitive;
+    const auto holdsFor = isOfWholes ? holdsText : holdsPart;
+    return holdsFor(value.asText(), asked.value.asText(), comparison, asked) != inverts;
+}
+
+/// Equality and order.
+bool NaiveSearch::holdsText(
+    std::string_view text, std::string_view sought, ZRSearchComparison comparison, const Asked& asked)
+{
+    const auto fold = foldOf(comparison, asked.condition);
+    if (asked.property == zr::kZREmailProperty && comparison == kZREqualCaseInsensitive) {
+        if (asked.differs(Difference::emailEquality))
+            return platform::foldCaseAndDiacritics(text) == platform::foldCaseAndDiacritics(sought);
+    } else if (asked.differs(Difference::localizedComparison)) {
+        return isOrdered(
+            platform::transformed(text, fold) <=> platform::transformed(sought, fold), comparison);
+    }
+    return isOrdered(
+        platform::compare(text, sought, optionsOf(fold) | platform::kCompareLocalized), comparison);
+}
+
+// Memory takes a part that is found in a text for there only if it is as long as what was sought.
+bool NaiveSearch::holdsPart(
+    std::string_view text, std::string_view sought, ZRSearchComparison comparison, const Asked& asked)
+{
+    const auto fold = foldOf(comparison, asked.condition);
+    const bool isContained =
+        comparison == kZRContainsSubString || comparison == kZRContainsSubStringCaseInsensitive;
+    const std::string folded = platform::transformed(sought, fold);
+    if (sought.empty())
+        return isContained;
+    if (folded.empty() && !asked.differs(Difference::foldedToNothing))
+        return false;
+    if (isContained && !folded.empty() && !asked.differs(Difference::foundLength)) {
+        const auto found = platform::rangeOf(sought, text, optionsOf(fold));
+        return found && platform::utf16Length(found->of(text)) == platform::utf16Length(sought);
+    }
+    return containsText(platform::transformed(text, fold), folded, comparison);
+}
+
+// ---- days from today
+
+bool NaiveSearch::isWithin(const Value& value, const Asked& asked) const
+{
+    if (!value.isDate() || !asked.value.isNumber())
+        return false;
+    const Date date = value.asDate();
+    const Date stored = asked.isDay() ? platform::noonInGMTOfLocalDay(date) : date;
+    const double interval = asked.value.asReal();
+    bool isIn = false;
+    if (isYearless(asked.comparison)) {
+        isIn = asked.differs(Difference::yearCompanion) ? isWithinYearlessInStore(stored, asked)
+                                                        : isWithinYearless(date, asked);
+    } else {
+        const Date compared = asked.differs(Difference::daysAtNoonGMT) ? stored : date;
+        const double distance = compared.seconds - _now.seconds;
+        const double measured = isFromToday(asked.comparison) ? distance : std::abs(distance);
+        isIn = measured >= 0
+            && (asked.differs(Difference::intervalEnds) ? measured <= interval : measured < interval);
+    }
+    return isIn != asked.isNegation();
+}
+
+/// Both days are taken to 1976; the nearer of the years around counts.
+bool NaiveSearch::isWithinYearless(Date date, const Asked& asked) const
+{
+    const auto day = platform::calendarDayOf(date), today = platform::calendarDayOf(_now);
+    if (!day || !today)
+        return false;
+    const double interval = asked.value.asReal();
+    const double from = dayIn1976(*today, 1976), there = dayIn1976(*day, 1976);
+    const double other = dayIn1976(*day, there < from ? 1977 : 1975);
+    if (isFromToday(asked.comparison)) {
+        const double ahead = ((there < from ? other : there) - from) * kDay;
+        return ahead >= 0 && ahead < interval;
+    }
+    return std::min(std::abs(there - from), std::abs(other - from)) * kDay < interval;
+}
+
+/// The store keeps how long after the beginning of its year a date is; those of this year since New Year in
+/// GMT, all others since New Year here.
+double NaiveSearch::sinceNewYear(Date date) const
+{
+    const auto day = platform::calendarDayOf(date);
+    const int year = day ? day->year : 1970;
+    if (year == platform::yearOf(_now))
+        return date.seconds - platform::startOfYear(year).seconds;
+    return date.seconds - platform::dateOf({.day = {year, 1, 1}})->seconds;
+}
+
+bool NaiveSearch::isWithinYearlessInStore(Date stored, const Asked& asked) const
+{
+    const int year = platform::yearOf(_now).value_or(1970);
+    const double length = platform::startOfYear(year + 1).seconds - platform::startOfYear(year).seconds;
+    const bool isAhead = isFromToday(asked.comparison);
+    const double interval = asked.value.asReal();
+    if (interval >= length || (!isAhead && interval >= length / 2))
+        return true;
+    const Date base = asked.isDay() ? platform::noonInGMTOfLocalDay(_now) : _now;
+    const double start = sinceNewYear({isAhead ? base.seconds : base.seconds - interval});
+    const double end = sinceNewYear({base.seconds + interval});
+    const double place = sinceNewYear(stored);
+    return end > start ? start <= place && place <= end : start <= place || place <= end;
+}
+
+} // namespace test
