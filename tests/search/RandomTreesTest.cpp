@@ -142,7 +142,7 @@ private:
         const bool isMember = _twin.plain().records.at(id).parents.contains(group);
         if (isMember)
             _twin.leave(id, group);
-        else if (_twin.isPerson(id) || id < group)
+        else if (_twin.isPerson(id) || std::ranges::find(groups, id) < std::ranges::find(groups, group))
             _twin.join(id, group);
     }
 

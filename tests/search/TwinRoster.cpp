@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <utility>
 
 namespace test {
@@ -144,9 +145,8 @@ const NaiveRoster& TwinRoster::plain()
 std::vector<std::string> TwinRoster::idsOfKind(NaiveRecord::Kind kind) const
 {
     std::vector<std::string> ids;
-    for (const auto& [id, record] : _plain.records)
-        if (record.kind == kind)
-            ids.push_back(id);
+    std::ranges::copy_if(_ids, std::back_inserter(ids),
+        [&](const std::string& id) { return _plain.records.at(id).kind == kind; });
     return ids;
 }
 
@@ -180,6 +180,7 @@ void TwinRoster::hold(const Ref<ZRRecord>& record, NaiveRecord::Kind kind)
     _hasChanged = true;
     const std::string id = record->uniqueId();
     _records[id] = record;
+    _ids.push_back(id);
     _plain.records[id] = {.id = id, .kind = kind};
     _plain.records[id].values[std::string(zr::kZRUIDProperty)] = Value(id);
 }
@@ -311,6 +312,7 @@ void TwinRoster::remove(const std::string& id)
     _hasChanged = true;
     EXPECT_TRUE(_roster->removeRecord(_records.at(id)));
     _records.erase(id);
+    std::erase(_ids, id);
     _plain.records.erase(id);
     _plain.smartGroups.erase(id);
     for (auto& [other, record] : _plain.records)

@@ -51,6 +51,7 @@ public:
     const NaiveRoster& plain();
     const Ref<ZRRecord>& record(const std::string& id) const { return _records.at(id); }
     bool isPerson(const std::string& id) const { return _plain.records.at(id).isPerson(); }
+    /// In the order that they were added in: ids are random, and a seed must bring a failure back.
     std::vector<std::string> idsOfKind(NaiveRecord::Kind kind) const;
 
     /// A card as one line: "First=Ana | Birthday=1980-02-29 | Email[home]=ana@example.org |
@@ -79,6 +80,7 @@ private:
     NaiveRoster _plain;
     bool _hasChanged = true;
     std::map<std::string, Ref<ZRRecord>> _records;
+    std::vector<std::string> _ids;
 };
 
 } // namespace test
