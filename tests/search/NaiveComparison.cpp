@@ -236,15 +236,17 @@ bool NaiveSearch::isWithinYearless(Date date, const Asked& asked) const
     return std::min(std::abs(there - from), std::abs(other - from)) * kDay < interval;
 }
 
-/// The store keeps how long after the beginning of its year a date is; those of this year since New Year in
-/// GMT, all others since New Year here.
-double NaiveSearch::sinceNewYear(Date date) const
+/// The store keeps how long after the beginning of its year a date is, in the zone that it is read in: those
+/// of this year since New Year in GMT, all others since New Year there. Days are read in GMT.
+double NaiveSearch::sinceNewYear(Date date, const Asked& asked) const
 {
-    const auto day = platform::calendarDayOf(date);
+    const auto zone = asked.isDay() ? platform::TimeZone::gmt() : platform::TimeZone::local();
+    const auto day = platform::calendarDayOf(date, zone);
     const int year = day ? day->year : 1970;
-    if (year == platform::yearOf(_now))
-        return date.seconds - platform::startOfYear(year).seconds;
-    return date.seconds - platform::dateOf({.day = {year, 1, 1}})->seconds;
+    const bool isOfThisYear = year == platform::yearOf(_now);
+    const Date newYear =
+        isOfThisYear ? platform::startOfYear(year) : *platform::dateOf({.day = {year, 1, 1}}, zone);
+    return date.seconds - newYear.seconds;
 }
 
 bool NaiveSearch::isWithinYearlessInStore(Date stored, const Asked& asked) const
@@ -256,9 +258,9 @@ bool NaiveSearch::isWithinYearlessInStore(Date stored, const Asked& asked) const
     if (interval >= length || (!isAhead && interval >= length / 2))
         return true;
     const Date base = asked.isDay() ? platform::noonInGMTOfLocalDay(_now) : _now;
-    const double start = sinceNewYear({isAhead ? base.seconds : base.seconds - interval});
-    const double end = sinceNewYear({base.seconds + interval});
-    const double place = sinceNewYear(stored);
+    const double start = sinceNewYear({isAhead ? base.seconds : base.seconds - interval}, asked);
+    const double end = sinceNewYear({base.seconds + interval}, asked);
+    const double place = sinceNewYear(stored, asked);
     return end > start ? start <= place && place <= end : start <= place || place <= end;
 }
 

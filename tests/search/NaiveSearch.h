@@ -66,7 +66,7 @@ private:
     bool isWithin(const Value& value, const Asked&) const;
     bool isWithinYearless(Date date, const Asked&) const;
     bool isWithinYearlessInStore(Date stored, const Asked&) const;
-    double sinceNewYear(Date date) const;
+    double sinceNewYear(Date date, const Asked&) const;
 
     std::optional<Unasked> whyUnasked(const Condition&, Kind, const Visited&) const;
     std::optional<Unasked> whyLeafUnasked(const Condition&, Kind, const Visited&) const;

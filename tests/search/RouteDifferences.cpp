@@ -10,8 +10,8 @@ const std::array<DifferenceLine, 23> kDifferences{{
         "Birthdays and other dates are noon GMT in the store and noon here in memory, so that near the ends "
         "of an interval they are in for one and out for the other."},
     {Difference::yearCompanion, "Dates without their year",
-        "The store compares seconds since New Year, which are a day more behind 29 February of a leap year "
-        "and count this year from New Year in GMT; memory takes both days to 1976."},
+        "The store compares seconds since New Year, which are a day more behind 29 February of a leap year, "
+        "and counts moments of this year from New Year in GMT; memory takes both days to 1976."},
     {Difference::wholeCardText, "Whole cards",
         "The store looks for the folded text; memory for the text as typed in the folded card, so that a "
         "text "
