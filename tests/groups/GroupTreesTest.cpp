@@ -70,8 +70,8 @@ TEST_F(GroupTrees, MayMeetAgainBelow)
     EXPECT_FALSE(top->addSubgroup(*shared));
 }
 
-// 2,000 groups, 50 deep and 40 wide, a member in each, read by another process's eyes.
-TEST_F(GroupTrees, OfTwoThousandGroupsAreWalkedWithFewQueries)
+// 2,000 groups, 50 deep and 40 wide, with a member in each.
+TEST_F(GroupTrees, OfTwoThousandGroupsAreWalkedWhole)
 {
     constexpr int depth = 50, width = 40;
     const auto root = group(roster, "root");
