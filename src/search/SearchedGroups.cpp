@@ -27,7 +27,10 @@ std::set<std::string>& visited()
     return groups;
 }
 
-/// What the search keeps that this thread runs.
+/// How often it was not let in.
+thread_local std::size_t refused = 0;
+
+/// What the question keeps that this thread is at.
 thread_local SmartGroupSearches* searchesOfThread = nullptr;
 
 ObjectList nts_groupsAbove(StoreObject* object) ZR_NTS
@@ -81,9 +84,16 @@ bool nts_isMemberOfGroup(const ZRRecord& record, const ZRGroup& group)
 {
     if (!group.recordClass().isKindOf(ZRSmartGroup::recordClassDescription))
         return nts_isBelow(record, group.nts_UniqueId());
+    auto* kept = SmartGroupSearches::ofThisThread();
+    if (const auto known = kept ? kept->answer(record.nts_UniqueId(), group.nts_UniqueId()) : std::nullopt)
+        return *known;
+    const std::size_t refusals = SmartGroupVisit::refusals();
     const SmartGroupVisit visit(group.nts_UniqueId());
     const auto search = visit.isEntered() ? nts_searchOfSmartGroup(group) : nullptr;
-    return search && search->nts_MatchesRecord(record);
+    const bool isMember = search && search->nts_MatchesRecord(record);
+    if (kept && SmartGroupVisit::refusals() == refusals)
+        kept->keepAnswer(record.nts_UniqueId(), group.nts_UniqueId(), isMember);
+    return isMember;
 }
 
 bool nts_isMemberOfAnyGroup(const ZRRecord& record)
@@ -95,7 +105,11 @@ SmartGroupVisit::SmartGroupVisit(std::string uniqueId)
     : _uniqueId(std::move(uniqueId))
     , _isEntered(visited().size() < kDeepestSmartGroups && visited().insert(_uniqueId).second)
 {
+    if (!_isEntered)
+        ++refused;
 }
+
+std::size_t SmartGroupVisit::refusals() { return refused; }
 
 SmartGroupVisit::~SmartGroupVisit()
 {
@@ -126,4 +140,29 @@ const Ref<ZRSearchElement>* SmartGroupSearches::find(const std::string& groupId)
 void SmartGroupSearches::keep(const std::string& groupId, Ref<ZRSearchElement> search)
 {
     _searches.emplace(groupId, std::move(search));
+}
+
+bool SmartGroupSearches::mayConvert(const std::string& groupId, const objectstore::Entity& entity)
+{
+    return _converted.emplace(&entity, groupId).second || ++_repeats <= kMostRepeatedConditions;
+}
+
+std::optional<bool> SmartGroupSearches::answer(const std::string& recordId, const std::string& groupId) const
+{
+    const auto at = recordId == _recordId ? _answers.find(groupId) : _answers.end();
+    return at == _answers.end() ? std::nullopt : std::optional(at->second);
+}
+
+void SmartGroupSearches::keepAnswer(const std::string& recordId, const std::string& groupId, bool isMember)
+{
+    if (recordId != _recordId) {
+        _recordId = recordId;
+        _answers.clear();
+    }
+    _answers.emplace(groupId, isMember);
+}
+
+bool SmartGroupSearches::isFirstLook(const std::string& groupId, const std::string& targetId)
+{
+    return _looked.emplace(groupId, targetId).second;
 }

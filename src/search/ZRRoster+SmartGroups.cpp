@@ -83,6 +83,7 @@ bool nts_hasMatch(const ZRSmartGroup& group, const ZRSearchElement& search, ZRRo
 /// Some card is in the window now, and the group was not changed since the far edge of the window passed.
 bool nts_isOutdated(const ZRSmartGroup& group, ZRRoster& roster) ZR_NTS
 {
+    const SmartGroupSearches kept;
     const auto search = nts_searchOfSmartGroup(group);
     const Value edge = search ? search->_withinDate() : Value();
     const Value modified = group.nts_ValueForProperty(zr::kZRModificationDateProperty);
@@ -118,7 +119,6 @@ void ZRRoster::nts_UpdateDateRelatedSmartGroups()
     __checkedSmartGroups = true;
     if (!_midnightFireDate().isDate())
         _setupMidnightTimer();
-    const SmartGroupSearches kept;
     for (const auto& record : nts_AllRecordsForClass(ZRSmartGroup::recordClassDescription)) {
         auto& group = static_cast<ZRSmartGroup&>(*record);
         if (nts_isOutdated(group, *this))

@@ -5,6 +5,7 @@
 #include "core/ZRGroup.h"
 #include "objectstore/PredicateMatch.h"
 #include "objectstore/StoreContext.h"
+#include "search/SearchedGroups.h"
 #include "search/ZRSearchElementConjunction.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZROSRecord.h"
@@ -70,6 +71,7 @@ bool ZRSearchElement::predicateMatchesRecord(const ZRRecord& record) const
 
 bool ZRSearchElement::nts_PredicateMatchesRecord(const ZRRecord& record) const
 {
+    const SmartGroupSearches kept;
     ZROSRecord* object = record.zrDatabaseImpl();
     ZRManagedObjectContext* context = object ? object->managedObjectContext() : nullptr;
     const Predicate predicate = context ? _predicateForImplClass(object->entity(), *context) : nullptr;
@@ -90,6 +92,7 @@ ZRSearchElement::Predicate ZRSearchElement::_predicateForImplClass(
 ZRSearchElement::Predicate ZRSearchElement::_predicateForImplClass(
     const objectstore::Entity& implClass, ZRRoster& roster) const
 {
+    const SmartGroupSearches kept;
     const auto context = ZROSRecord::managedObjectContextForRoster(roster, implClass);
     return context ? _predicateForImplClass(implClass, *context) : nullptr;
 }

@@ -16,10 +16,13 @@ using platform::Ref;
 namespace {
 
 /// The members of a smart group; of one without a search there are none, nor of one that is being looked
-/// into already. Absent when its search cannot be asked of the store.
+/// into already. Absent when its search cannot be asked of the store, or only by too many conditions.
 PredicateRef nts_ofSmartGroup(
     const ZRGroup& group, const objectstore::Entity& implClass, ZRManagedObjectContext& context) ZR_NTS
 {
+    auto* kept = SmartGroupSearches::ofThisThread();
+    if (kept && !kept->mayConvert(group.nts_UniqueId(), implClass))
+        return nullptr;
     const SmartGroupVisit visit(group.nts_UniqueId());
     const auto search = visit.isEntered() ? nts_searchOfSmartGroup(group) : nullptr;
     return search ? search->_predicateForImplClass(implClass, context) : StorePredicate::never();

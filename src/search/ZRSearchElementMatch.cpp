@@ -132,6 +132,8 @@ bool ZRSearchElementMatch::isReferencingGroup(const ZRGroup& group) const
     if (!named->recordClass().isKindOf(ZRSmartGroup::recordClassDescription))
         return false;
     const SmartGroupSearches kept;
+    if (!SmartGroupSearches::ofThisThread()->isFirstLook(named->uniqueId(), group.uniqueId()))
+        return false;
     const SmartGroupVisit visit(named->uniqueId());
     if (!visit.isEntered())
         return false;

@@ -92,6 +92,23 @@ TEST_F(GroupReferences, ThatMeetAgainAndAgainAreAnswered)
     EXPECT_EQ(namesOf(groups[9]->members()), Names(names.begin(), names.begin() + 10));
     EXPECT_EQ(namesOf(groups[19]->members()), names);
     EXPECT_TRUE(groups[19]->searchElement()->isReferencingGroup(*groups[0]));
+    EXPECT_FALSE(groups[19]->searchElement()->isReferencingGroup(*group("a stranger")));
+}
+
+// Where each asks for any group among other things, every order of the groups is a way through them.
+TEST_F(GroupReferences, ToAnyGroupFromManyAreAnswered)
+{
+    const auto friends = ZRGroup::initWithRoster(roster);
+    friends->addMember(*card("Ana"));
+    card("Bo");
+    const Value marker(kZRSmartGroupAnyGroupMembershipProperty);
+    std::vector<Ref<ZRSmartGroup>> groups;
+    for (const char* name : {"Ana", "Bo", "Ana", "Bo", "Ana", "Bo", "Ana", "Bo", "Ana", "Bo", "Ana", "Bo"})
+        groups.push_back(
+            group(name, all({named(name), where(kZRParentGroupsProperty, kZRMemberOfGroup, marker)})));
+    ASSERT_TRUE(roster->save());
+    EXPECT_EQ(namesOf(groups[0]->members()), Names{"Ana"});
+    EXPECT_EQ(namesOf(groups[1]->members()), Names{});
 }
 
 TEST_F(GroupReferences, JoinTwelveHundredGroupsInOneRule)
