@@ -117,11 +117,13 @@ void dropEmptyEntries(NaiveRecord& record)
 {
     constexpr std::string_view kept[]{zr::kZRRemoteLocationProperty, zr::kZRCalendarURIsProperty};
     record.hasEmptyNote = false;
-    for (auto& [property, entries] : record.entries)
+    for (auto& [name, entries] : record.entries) {
+        const std::string_view property = name;
         if (builtInTypeOfProperty(className(record.kind), property)
             && std::ranges::find(kept, property) == std::end(kept))
             std::erase_if(
                 entries, [&](const NaiveEntry& entry) { return !isContent(property, entry.value); });
+    }
 }
 
 } // namespace test

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <iostream>
 #include <iterator>
-#include <ranges>
 
 namespace test {
 
@@ -119,11 +118,12 @@ void RouteProof::compare(const std::string& route, const Ids& found, const Ids& 
     if (found == expected)
         return;
     const auto list = [&](const char* what, const Ids& ids) {
-        constexpr std::size_t shown = 2;
+        int shown = 2;
         std::string text = ids.empty() ? "" : fmt::format("\n  {} {}", ids.size(), what);
-        for (const auto& id : ids | std::views::take(shown))
-            text +=
-                "\n    " + (_twin.plain().records.contains(id) ? textOf(_twin.plain().records.at(id)) : id);
+        for (auto id = ids.begin(); id != ids.end() && shown-- > 0; ++id) {
+            const auto record = _twin.plain().records.find(*id);
+            text += "\n    " + (record == _twin.plain().records.end() ? *id : textOf(record->second));
+        }
         return text;
     };
     _complaints.push_back(
