@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 namespace objectstore {
@@ -103,6 +104,14 @@ public:
         return total;
     }
 
+    std::vector<FetchPlan> plans()
+    {
+        std::vector<FetchPlan> plans;
+        for (const Family* family : _fetch.entity->families())
+            plans.push_back(isByMemory() ? FetchPlan() : planOf(select(*family)));
+        return plans;
+    }
+
 private:
     /// No SQL form, or unsaved changes elsewhere decide: then each row is asked.
     bool isByMemory() const { return _fetch.predicate && !_condition; }
@@ -117,12 +126,31 @@ private:
         return !asFaults || isByMemory() || _order.needsRows();
     }
 
+    std::string select(const Family& family) const
+    {
+        const std::string columns = wantsRows() ? rowColumns(family) : "\"_key\", \"_version\", \"_entity\"";
+        return fmt::format(
+            "SELECT {} FROM {}{}{}", columns, source(family), conditions(family), orderAndLimit());
+    }
+
+    FetchPlan planOf(const std::string& sql)
+    {
+        FetchPlan plan;
+        sqlite::Use query(_reading->connection->prepared(sql));
+        bind(*query);
+        plan.sql = query->expandedText();
+        sqlite::Use steps(_reading->connection->prepared("EXPLAIN QUERY PLAN " + sql));
+        bind(*steps);
+        constexpr int detail = 3;
+        while (steps->step())
+            plan.steps.emplace_back(steps->text(detail));
+        return plan;
+    }
+
     void readFamily(const Family& family, ObjectList& found)
     {
         const bool withRows = wantsRows();
-        const std::string columns = withRows ? rowColumns(family) : "\"_key\", \"_version\", \"_entity\"";
-        sqlite::Use query(_reading->connection->prepared(fmt::format(
-            "SELECT {} FROM {}{}{}", columns, source(family), conditions(family), orderAndLimit())));
+        sqlite::Use query(_reading->connection->prepared(select(family)));
         bind(*query);
         const std::size_t first = found.size();
         while (query->step())
@@ -312,6 +340,16 @@ std::size_t countObjects(ContextState& context, const StoreFetch& fetch)
         total += StoreQuery(context, *store, unlimited, order).count();
     }
     return std::min(total - std::min(fetch.offset, total), fetch.limit);
+}
+
+std::vector<FetchPlan> explainObjects(ContextState& context, const StoreFetch& fetch)
+{
+    const auto stores = storesOf(context, fetch);
+    const FieldOrder order(fetch);
+    std::vector<FetchPlan> plans;
+    for (PersistentStore* store : stores)
+        std::ranges::move(StoreQuery(context, *store, fetch, order).plans(), std::back_inserter(plans));
+    return plans;
 }
 
 } // namespace objectstore

@@ -17,5 +17,7 @@ ObjectList fetchObjects(ContextState& context, const StoreFetch& fetch);
 std::vector<platform::Value> fetchAttribute(
     ContextState& context, const StoreFetch& fetch, std::string_view key);
 std::size_t countObjects(ContextState& context, const StoreFetch& fetch);
+/// See StoreContext::explainFetch.
+std::vector<FetchPlan> explainObjects(ContextState& context, const StoreFetch& fetch);
 
 } // namespace objectstore

@@ -58,6 +58,10 @@ public:
             if (part.merge)
                 part.merge->finishWriting();
         }
+    }
+
+    void commit()
+    {
         for (auto& part : _parts)
             part->transaction.commit();
     }
@@ -282,7 +286,7 @@ private:
 
 } // namespace
 
-platform::Result<void> saveContext(ContextState& context)
+platform::Result<void> saveContext(ContextState& context, const StoreContext::BeforeCommit& beforeCommit)
 {
     if (auto flushed = answering("save", [&] { context.propagateDeletes(); }); !flushed)
         return flushed;
@@ -294,7 +298,11 @@ platform::Result<void> saveContext(ContextState& context)
     if (auto prepared = answering("save", [&] { save.prepare(); }); !prepared)
         return prepared;
     platform::Lock lock(context.coordinator->mutex());
-    const auto written = answering("save", [&] { save.write(); });
+    auto written = answering("save", [&] { save.write(); });
+    if (written && beforeCommit)
+        written = beforeCommit();
+    if (written)
+        written = answering("save", [&] { save.commit(); });
     if (written) {
         context.saved = save.finish();
     } else {

@@ -6,6 +6,6 @@
 namespace objectstore {
 
 /// See StoreContext::save.
-platform::Result<void> saveContext(ContextState& context);
+platform::Result<void> saveContext(ContextState& context, const StoreContext::BeforeCommit& beforeCommit);
 
 } // namespace objectstore

@@ -121,6 +121,12 @@ Result<std::size_t> StoreContext::countFetch(const StoreFetch& fetch)
     return answering("count", [&] { return countObjects(*operation, fetch); });
 }
 
+Result<std::vector<FetchPlan>> StoreContext::explainFetch(const StoreFetch& fetch)
+{
+    Operation operation(*this);
+    return answering("explain", [&] { return explainObjects(*operation, fetch); });
+}
+
 void StoreContext::refreshObject(StoreObject& object, bool keepingChanges)
 {
     Operation operation(*this);
@@ -261,10 +267,10 @@ Result<void> StoreContext::checkFiles()
     return checked;
 }
 
-Result<void> StoreContext::save()
+Result<void> StoreContext::save(const BeforeCommit& beforeCommit)
 {
     Operation operation(*this);
-    return saveContext(*operation);
+    return saveContext(*operation, beforeCommit);
 }
 
 void StoreContext::reset()

@@ -113,6 +113,9 @@ public:
     platform::Result<std::vector<platform::Value>> fetchValues(const StoreFetch& fetch, std::string_view key);
     /// How many `runFetch` would find.
     platform::Result<std::size_t> countFetch(const StoreFetch& fetch);
+    /// How `runFetch` would go about it, a plan a table that is read. For people who ask why; it runs
+    /// nothing.
+    platform::Result<std::vector<FetchPlan>> explainFetch(const StoreFetch& fetch);
 
     /// Brings the object up to date with the store. Keeping changes: they stay over the new row. Otherwise
     /// they are dropped, and the object becomes a fault.
@@ -143,7 +146,11 @@ public:
     /// and posts nothing. Rows that others changed meanwhile are merged: see MergePolicy and UnitDescription;
     /// what others deleted stays deleted, and is logged. With changes in several stores all are written
     /// before the first commit, but a crash between two commits leaves the first.
-    platform::Result<void> save();
+    ///
+    /// `beforeCommit` is called once all is written and before anything is committed, with all locks held; its
+    /// error undoes the writing and is the answer. Without changes it is not called.
+    using BeforeCommit = std::function<platform::Result<void>()>;
+    platform::Result<void> save(const BeforeCommit& beforeCommit = {});
     /// Forgets every object and every unsaved change. Objects that are still owned read as absent.
     void reset();
 

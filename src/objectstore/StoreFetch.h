@@ -53,4 +53,12 @@ struct StoreFetch {
     std::vector<PersistentStore*> affectedStores;
 };
 
+/// How a fetch would be answered.
+struct FetchPlan {
+    /// The statement with its values in their places; empty when every object is asked in memory.
+    std::string sql;
+    /// What SQLite says of the way it goes, a line a step.
+    std::vector<std::string> steps;
+};
+
 } // namespace objectstore

@@ -163,6 +163,19 @@ ZRRecordList nts_search(const Ref<ZRSearchElement>& search, ZRRoster& roster) ZR
     return matching;
 }
 
+ZRSearchRoute nts_routeOf(const ClassSearch& part, ZRRoster& roster) ZR_NTS
+{
+    ZRSearchRoute route{std::string(part.recordClass->name), part.predicate->description(), {}, {}};
+    objectstore::StoreFetch fetch(*part.entity, part.predicate);
+    fetch.includesSubentities = false;
+    const auto plans = roster.managedObjectContext()->explainFetch(fetch);
+    for (const auto& plan : plans ? *plans : std::vector<objectstore::FetchPlan>()) {
+        route.sql += (route.sql.empty() ? "" : "; ") + plan.sql;
+        route.plan.insert(route.plan.end(), plan.steps.begin(), plan.steps.end());
+    }
+    return route;
+}
+
 void requireElement(const Ref<ZRSearchElement>& search)
 {
     zrRequire(bool(search), "search != nil && [search isKindOfClass:[ZRSearchElement class]]");
@@ -208,4 +221,20 @@ ZRRecordList ZRRoster::recordsMatchingSearchElementNoHinting(
     }
     log.matched(matching);
     return matching;
+}
+
+std::vector<ZRSearchRoute> ZRRoster::explainSearch(const Ref<ZRSearchElement>& search)
+{
+    requireElement(search);
+    return locked(*this, ZRAccess::read, [&]() ZR_NTS {
+        std::vector<ZRSearchRoute> routes;
+        const auto plan =
+            isPredicateSearchingEnabled() ? nts_plan(*search, *this) : std::vector<ClassSearch>();
+        for (const auto& part : plan)
+            routes.push_back(nts_routeOf(part, *this));
+        if (plan.empty())
+            for (const auto* recordClass : classesToWalk(*search))
+                routes.push_back({std::string(recordClass->name), {}, {}, {}});
+        return routes;
+    });
 }

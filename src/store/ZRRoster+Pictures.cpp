@@ -2,10 +2,8 @@
 #include "core/ZRConstants.h"
 #include "core/ZRUniqueId.h"
 #include "platform/files/Files.h"
-#include "platform/run/Log.h"
+#include "store/PictureWriting.h"
 #include "store/ZRRosterState.h"
-
-#include <fmt/format.h>
 
 using platform::Value;
 
@@ -29,25 +27,15 @@ std::string ZRRoster::picturePath(const std::string& uniqueId, std::string_view 
     return kind == zr::kZRLargeImageProperty ? path + ".jpeg" : path;
 }
 
-// Before the commit: a crash in between leaves a file that no card has, never a card whose picture is
-// missing.
-bool ZRRoster::nts_writePictures()
+PictureWriting ZRRoster::nts_writePictures() const
 {
     if (_state->pictures.empty())
-        return true;
-    auto written = platform::makePrivateDirectory(rosterImagesDirectory());
+        return {};
     std::vector<platform::FileContents> files;
     for (const auto& [of, data] : _state->pictures)
         if (data.isData())
             files.push_back({picturePath(of.first, of.second), data.asBytes()});
-    if (written)
-        written = platform::writeFilesAtomically(files);
-    if (written)
-        return true;
-    _state->lastSaveError = written.error();
-    platform::log(fmt::format("Caught exception setting image data: {}", written.error().text));
-    nts_removeWrittenPictures();
-    return false;
+    return PictureWriting(rosterImagesDirectory(), std::move(files));
 }
 
 void ZRRoster::nts_removeWrittenPictures()

@@ -12,6 +12,7 @@
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"
+#include "store/PictureWriting.h"
 #include "store/ZRRosterState.h"
 #include "store/ZRServices.h"
 #include "store/ZRSyncManager.h"
@@ -168,8 +169,7 @@ bool ZRRoster::nts_SaveWithFileLock(bool withFileLock, bool triggerSync, const V
         ZRRecordObjectStoreFactoryImpl::doRemoveRecordsAndCreateLogsWithRoster(*this);
         return preparePublicChangeNotification(publicInfo, privateInfo, effects, modificationDate);
     };
-    if (!unlessUnreadable(_state->lastSaveError, prepare) || !nts_writePictures()
-        || !nts_writeChanges(*context)) {
+    if (!unlessUnreadable(_state->lastSaveError, prepare) || !nts_writeChanges(*context)) {
         dropLogOfDeletions(*context);
         return false;
     }
@@ -198,22 +198,29 @@ void ZRRoster::nts_saveLastImport()
         ZRLastImportGroup::saveContentOfLastImportGroup();
 }
 
+// The pictures are on the disk before the commit: a crash in between leaves a file that no card has, never a
+// card whose picture is missing.
 bool ZRRoster::nts_writeChanges(ZRManagedObjectContext& context)
 {
-    try {
-        const auto saved = context.save();
-        if (!saved) {
-            _state->lastSaveError = saved.error();
-            platform::log(
-                fmt::format("Roster failed to save: {} ({})", saved.error().text, saved.error().code));
-            nts_removeWrittenPictures();
-            return false;
-        }
-    } catch (const std::exception& failure) {
-        _state->lastSaveError = {"ZRRosterErrorDomain", 1, failure.what()};
-        platform::log(fmt::format("Caught ObjectStore exception when saving MOC: {}", failure.what()));
+    auto pictures = nts_writePictures();
+    const auto refuse = [&](const platform::Error& error) ZR_NTS {
+        _state->lastSaveError = error;
+        static_cast<void>(pictures.finish());
         nts_removeWrittenPictures();
         return false;
+    };
+    try {
+        auto saved = context.save([&] { return pictures.finish(); });
+        if (saved)
+            saved = pictures.finish();
+        if (!saved) {
+            const auto& error = saved.error();
+            platform::log(fmt::format("Roster failed to save: {} ({})", error.text, error.code));
+            return refuse(error);
+        }
+    } catch (const std::exception& failure) {
+        platform::log(fmt::format("Caught ObjectStore exception when saving MOC: {}", failure.what()));
+        return refuse({"ZRRosterErrorDomain", 1, failure.what()});
     }
     _state->pictures.clear();
     const auto& saveRecents = ZRServices::registered().saveMailRecents;

@@ -12,6 +12,7 @@
 #include <functional>
 #include <map>
 
+class PictureWriting;
 class ZRDBCache;
 class ZRInfo;
 class ZRManagedObjectContext;
@@ -26,6 +27,16 @@ enum class ZRNameOrder { preferred, firstName, lastName };
 /// What a host adds to the labels in use: its own for that property. Empty: none.
 struct ZRLabelsDelegate {
     std::function<std::vector<std::string>(std::string_view property)> additionalActiveLabelsForProperty = {};
+};
+
+/// How one class of records is searched, for people who ask why a search is slow or finds nothing.
+struct ZRSearchRoute {
+    std::string recordClass;
+    /// What the store is asked; empty when it cannot be asked, and every record is looked at in memory.
+    std::string predicate;
+    /// The statement, and what the database says of the way it goes; empty likewise.
+    std::string sql;
+    std::vector<std::string> plan;
 };
 
 namespace objectstore {
@@ -207,6 +218,8 @@ public:
     ZRRecordList recordsMatchingSearchElementNoHinting(const platform::Ref<ZRSearchElement>& search);
     ZRRecordList recordsMatchingSearchElementNoHinting(
         const platform::Ref<ZRSearchElement>& search, bool takeLock);
+    /// How `recordsMatchingSearchElement` goes about it, class by class.
+    std::vector<ZRSearchRoute> explainSearch(const platform::Ref<ZRSearchElement>& search);
     /// Whether the store can be asked at all: it is open.
     bool isPredicateSearchingEnabled();
 
@@ -402,7 +415,7 @@ private:
     void takeInChanges(const objectstore::StoreChanges& changes) ZR_NTS;
     bool nts_writeChanges(ZRManagedObjectContext& context) ZR_NTS;
     void nts_saveLastImport() ZR_NTS;
-    bool nts_writePictures() ZR_NTS;
+    PictureWriting nts_writePictures() const ZR_NTS;
     void nts_removeWrittenPictures() ZR_NTS;
     std::string picturePath(const std::string& uniqueId, std::string_view kind) const;
     std::unique_ptr<State> _state;

@@ -424,6 +424,34 @@ TEST_F(StoreContextTest, AFailedSaveLeavesEveryChangeInPlace)
     EXPECT_EQ(fetchAll(*makeContext(), "Book").size(), 2u);
 }
 
+TEST_F(StoreContextTest, NothingIsCommittedThatTheCallerHoldsBack)
+{
+    const ObjectRef ana = addAuthor(*context, "Ana");
+    const auto saved = context->save([] { return platform::Error{"test", 7, "not yet"}; });
+    ASSERT_FALSE(saved);
+    EXPECT_EQ(saved.error().code, 7);
+    EXPECT_TRUE(ana->storeId().isTemporary());
+    EXPECT_TRUE(fetchAll(*makeContext(), "Author").empty());
+    int asked = 0;
+    const auto letGo = [&] { return ++asked, platform::Result<void>(); };
+    must(context->save(letGo));
+    must(context->save(letGo));
+    EXPECT_EQ(asked, 1) << "without changes nobody is asked";
+    EXPECT_EQ(fetchAll(*makeContext(), "Author").size(), 1u);
+}
+
+TEST_F(StoreContextTest, AFetchTellsHowItGoesAboutIt)
+{
+    addAuthor(*context, "Ana");
+    must(context->save());
+    StoreFetch fetch(
+        entityNamed("Author"), StorePredicate::compare("name", os::Comparator::equal, Value("Ana")));
+    const auto plans = must(context->explainFetch(fetch));
+    ASSERT_EQ(plans.size(), 1u);
+    EXPECT_THAT(plans[0].sql, testing::HasSubstr("'Ana'"));
+    EXPECT_FALSE(plans[0].steps.empty());
+}
+
 TEST_F(StoreContextTest, StoresAreFetchedTogetherOrOneByOne)
 {
     os::PersistentStore* second = must(coordinator->addStore(os::StoreType::inMemory, "second"));

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -15,11 +16,24 @@ struct Options {
     std::vector<std::string> defaults;
     bool json = false;
 
+    /// A group, by name or id.
+    std::string group;
     std::vector<std::string> words;
     std::string format;
     std::string prepare = "full";
     std::string sort;
     std::size_t limit = 0;
+    /// Of a search: the rules, whether one of them is enough, and how the first name begins.
+    std::vector<std::string> rules;
+    bool any = false;
+    std::string first;
+    /// Of groups: the words name groups; those below count, too; only smart groups are meant.
+    bool asGroups = false;
+    bool deep = false;
+    bool smart = false;
+    /// Of a smart group: whether it notes that its members change; that its changes were seen.
+    std::optional<bool> tracks;
+    bool seen = false;
     bool withSamples = false;
     bool plan = false;
     bool explain = false;
@@ -46,6 +60,9 @@ void applyPreferences(const Options& options);
 /// The roster that the options name, open; raises a Failure with status 3 when it cannot be used.
 platform::Ref<ZRRoster> openRoster(const Options& options, bool withSamples = false);
 
+/// Writes the roster's changes to the disk; raises a Failure with status 3 when that is refused.
+void save(ZRRoster& roster);
+
 /// Writes one JSON document with a line end to standard output.
 void printJson(const Json& json);
 /// Writes text for people; what would control their terminal is replaced.
@@ -63,6 +80,21 @@ int runImport(const Options&);
 int runList(const Options&);
 int runShow(const Options&);
 int runMe(const Options&);
+int runSearch(const Options&);
+int runQuery(const Options&);
+int runGroupList(const Options&);
+int runGroupShow(const Options&);
+int runGroupMembers(const Options&);
+int runGroupSubgroups(const Options&);
+int runGroupMake(const Options&);
+int runGroupRename(const Options&);
+int runGroupDelete(const Options&);
+int runGroupAdd(const Options&);
+int runGroupRemove(const Options&);
+int runGroupReach(const Options&);
+int runSmartGroupMake(const Options&);
+int runSmartGroupEdit(const Options&);
+int runSmartGroupShow(const Options&);
 int runStats(const Options&);
 int runCheck(const Options&);
 int runWatch(const Options&);

@@ -1,8 +1,42 @@
 // `roster import`: cards from files into the roster, or what would become of them.
 #include "Command.h"
 #include "ImportOutput.h"
+#include "Lookup.h"
+
+#include "core/ZRConstants.h"
+#include "core/ZRGroup.h"
 
 namespace {
+
+/// The group that imported people go into, as --group names it. One that is missing is made, and goes again
+/// when nobody came.
+class TargetGroup {
+public:
+    TargetGroup(ZRRoster& roster, const std::string& name) : _roster(roster)
+    {
+        if (name.empty() || (_group = groupIfNamed(roster, name, GroupKind::ordinary)))
+            return;
+        _group = ZRGroup::initWithRoster(platform::Ref<ZRRoster>(&roster));
+        _group->setValue(platform::Value(name), zr::kZRGroupNameProperty);
+        save(roster);
+        _isNew = true;
+    }
+
+    const platform::Ref<ZRGroup>& group() const { return _group; }
+
+    void finish(const ZRvCardImport& result)
+    {
+        if (!_isNew || result.added > 0)
+            return;
+        _roster.removeRecord(_group);
+        save(_roster);
+    }
+
+private:
+    ZRRoster& _roster;
+    platform::Ref<ZRGroup> _group;
+    bool _isNew = false;
+};
 
 void complainOfRefusals(const ZRvCardImport& result)
 {
@@ -32,7 +66,8 @@ int runImport(const Options& options)
     if (options.explain && !options.plan)
         throw Failure(exitStatus::usage, "--explain goes with --plan");
     applyPreferences(options);
-    ZRvCardController controller(options.plan ? nullptr : openRoster(options));
+    const auto roster = options.plan ? nullptr : openRoster(options);
+    ZRvCardController controller(roster);
     controller.setPreparation(options.prepare == "none" ? ZRvCardController::Preparation::none
                                                         : ZRvCardController::Preparation::full);
     if (options.plan) {
@@ -42,10 +77,12 @@ int runImport(const Options& options)
         plan.finish(controller.result());
         return statusOf(controller.result());
     }
+    TargetGroup target(*roster, options.group);
     {
         const ProgressBar progress(controller);
-        controller.importVCardFiles(options.words);
+        controller.importVCardFiles(options.words, target.group());
     }
+    target.finish(controller.result());
     complainOfRefusals(controller.result());
     if (options.json)
         printJson(resultJson(controller.result()));

@@ -1,27 +1,20 @@
-// `roster list`: the people in the order of their names.
-#include "CardJson.h"
+// `roster list`: the people, or those of a group, in the order of their names.
 #include "Command.h"
+#include "Listing.h"
+#include "Lookup.h"
 
-#include <fmt/format.h>
+#include "core/ZRGroup.h"
 
 int runList(const Options& options)
 {
     const auto roster = openRoster(options);
-    const auto order = options.sort == "first" ? ZRNameOrder::firstName
-        : options.sort == "last"               ? ZRNameOrder::lastName
-                                               : ZRNameOrder::preferred;
-    const auto people = roster->sortedPeople(order, options.limit);
-    if (options.json) {
-        roster->prefetchDataForRecords(people);
-        Json cards = Json::array();
-        for (const auto& person : people)
-            cards.push_back(cardJson(*person));
-        printJson(cards);
-        return exitStatus::done;
+    ZRRecordList people;
+    if (options.group.empty()) {
+        people = roster->sortedPeople(orderOf(options), options.limit);
+    } else {
+        people = groupNamed(*roster, options.group)->members();
+        arrange(options, *roster, people);
     }
-    std::string text;
-    for (const auto& person : people)
-        text += fmt::format("{}  {}\n", person->uniqueId().substr(0, 8), displayName(*person));
-    print(text);
+    printRecords(options, *roster, people);
     return exitStatus::done;
 }

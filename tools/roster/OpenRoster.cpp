@@ -47,3 +47,9 @@ platform::Ref<ZRRoster> openRoster(const Options& options, bool withSamples)
         complain(report);
     return roster;
 }
+
+void save(ZRRoster& roster)
+{
+    if (!roster.save())
+        throw Failure(exitStatus::noStore, "not saved: " + roster.lastSaveError().text);
+}

@@ -1,39 +1,11 @@
 // `roster show` and `roster me`: one card, found by its id or by text in it.
 #include "CardJson.h"
 #include "Command.h"
+#include "Lookup.h"
 
 #include "core/ZRPerson.h"
 
-#include <fmt/format.h>
-
 namespace {
-
-std::string joined(const std::vector<std::string>& words)
-{
-    std::string text;
-    for (const auto& word : words)
-        text += (text.empty() ? "" : " ") + word;
-    return text;
-}
-
-/// The one record that `text` means: its id, the start of its id, or text found in one card only.
-platform::Ref<ZRRecord> recordNamed(ZRRoster& roster, const std::string& text)
-{
-    if (auto record = text.size() > 37 ? roster.recordForUniqueId(text) : nullptr)
-        return record;
-    const auto found = roster.peopleMatchingText(text);
-    if (found.empty())
-        throw Failure(exitStatus::refused, fmt::format("no card has '{}'", text));
-    if (found.size() == 1)
-        return found.front();
-    std::string candidates;
-    constexpr std::size_t named = 5;
-    for (std::size_t i = 0; i < found.size() && i < named; ++i)
-        candidates += fmt::format("\n  {}  {}", found[i]->uniqueId(), displayName(*found[i]));
-    throw Failure(exitStatus::refused,
-        fmt::format("{} cards have '{}'; say which by its id:{}{}", found.size(), text, candidates,
-            found.size() > named ? "\n  …" : ""));
-}
 
 void printCard(const Options& options, ZRRecord& record)
 {
@@ -56,12 +28,11 @@ int runMe(const Options& options)
 {
     const auto roster = openRoster(options);
     if (!options.words.empty()) {
-        const auto person = recordNamed(*roster, joined(options.words));
-        if (!dynamic_cast<ZRPerson*>(person.get()))
+        const auto person = platform::refCast<ZRPerson>(recordNamed(*roster, joined(options.words)));
+        if (!person)
             throw Failure(exitStatus::refused, "only a person can be Me");
         roster->setMe(person);
-        if (!roster->save())
-            throw Failure(exitStatus::noStore, "not saved: " + roster->lastSaveError().text);
+        save(*roster);
     }
     const auto me = roster->me();
     if (!me)

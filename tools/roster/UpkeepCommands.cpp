@@ -6,8 +6,7 @@
 int runInit(const Options& options)
 {
     const auto roster = openRoster(options, options.withSamples);
-    if (!roster->save())
-        throw Failure(exitStatus::noStore, "not saved: " + roster->lastSaveError().text);
+    save(*roster);
     if (options.json)
         printJson(Json{{"directory", roster->databaseDirectory()}});
     else

@@ -1,5 +1,6 @@
 // The command line: which command, with which options.
 #include "Command.h"
+#include "Rules.h"
 
 #include "core/ZRFailure.h"
 
@@ -7,6 +8,7 @@
 
 #include <csignal>
 #include <exception>
+#include <tuple>
 
 namespace {
 
@@ -20,6 +22,14 @@ process may be null. Equal saves in a row may be told once.
 
 Standard error says "watching" when changes are heard from then on. SIGINT, SIGTERM and a reader that leaves
 end it with status 0.)";
+
+constexpr char ruleHelp[] =
+    R"(A rule is PROPERTY OPERATOR VALUE. Property is a name as "roster show --json" prints it, in any case, with a
+part of an address ("Address.City") and a label ("Email;work") where wanted; "Card" is the whole card and
+"Group" the groups that a card is in. Value is text, a number, a day (1970-05-01), an interval ("7 days",
+"2 weeks", "1 month", "1 year", or seconds) or a group by name or id ("any" for any group), in double quotes
+where it begins or ends with a blank. Operators:
+)";
 
 struct CommandLine {
     CLI::App app{"Keeps people: a contact store for the desktop", "roster"};
@@ -42,14 +52,44 @@ struct CommandLine {
             "be used.");
         addWriting();
         addReading();
+        addSearching();
+        addGroups();
+        addSmartGroups();
         addUpkeep();
     }
 
     CLI::App* add(const std::string& name, const std::string& what, Run command)
     {
-        CLI::App* sub = app.add_subcommand(name, what);
+        return add(app, name, what, command);
+    }
+
+    CLI::App* add(CLI::App& to, const std::string& name, const std::string& what, Run command)
+    {
+        CLI::App* sub = to.add_subcommand(name, what);
         sub->callback([this, command] { run = command; });
         return sub;
+    }
+
+    void addGroup(CLI::App* to)
+    {
+        to->add_option("GROUP", options.group, "A group, by name or unique id")->required();
+    }
+
+    void addOrder(CLI::App* to)
+    {
+        to->add_option("--sort", options.sort, "first or last name first")
+            ->check(CLI::IsMember({"first", "last"}));
+        to->add_option("--limit", options.limit, "At most this many");
+    }
+
+    void addRules(CLI::App* to)
+    {
+        to->add_option("--where", options.rules, "A rule, as below; may be repeated")
+            ->type_name("RULE")
+            ->allow_extra_args(false);
+        to->add_flag("--any", options.any, "One of the rules is enough");
+        to->add_option("--first", options.first, "The first name begins so")->type_name("PREFIX");
+        to->footer(ruleHelp + ruleOperators());
     }
 
     void addWriting()
@@ -64,6 +104,9 @@ struct CommandLine {
         import->add_option("--prepare", options.prepare, "full: mend what the world writes; none: read raw")
             ->check(CLI::IsMember({"full", "none"}))
             ->capture_default_str();
+        import
+            ->add_option("--group", options.group, "Put the people into this group; made where it is missing")
+            ->type_name("NAME");
         import->add_flag("--plan", options.plan, "Write nothing; print what would happen");
         import->add_flag("--explain", options.explain, "With --plan: print the cards as prepared");
 
@@ -74,12 +117,97 @@ struct CommandLine {
     void addReading()
     {
         CLI::App* list = add("list", "List the people", runList);
-        list->add_option("--sort", options.sort, "first or last name first")
-            ->check(CLI::IsMember({"first", "last"}));
-        list->add_option("--limit", options.limit, "At most this many");
+        list->add_option("--group", options.group, "Those of this group, smart or not")->type_name("NAME");
+        addOrder(list);
 
         CLI::App* show = add("show", "Show one card, complete", runShow);
         show->add_option("ID|TEXT", options.words, "A unique id, or text in the card")->required();
+    }
+
+    void addSearching()
+    {
+        CLI::App* search = add("search", "Find people by text in their cards and by rules", runSearch);
+        search->add_option("TERM", options.words, "Text somewhere in the card; all terms must be there");
+        addRules(search);
+        search->add_flag("--explain", options.explain, "Print how the store is asked instead of asking it");
+        addOrder(search);
+
+        CLI::App* query = add("query", "Complete mail addresses, the best first", runQuery);
+        query->add_option("TEXT", options.words, "Words of a name or of an address, or a phone number")
+            ->required();
+        query->add_option("--format", options.format, "mutt: a status line first; aerc: none; json")
+            ->check(CLI::IsMember({"mutt", "aerc", "json"}))
+            ->default_str("mutt");
+        query->add_option("--limit", options.limit, "At most this many");
+        query->footer(
+            "Prints ADDRESS<TAB>NAME<TAB>LABEL. Best are names of which a word begins so, then addresses "
+            "that do, then whatever else has the text.");
+    }
+
+    void addGroups()
+    {
+        CLI::App* group = app.add_subcommand("group", "Groups of people and of groups");
+        group->require_subcommand(1);
+        add(*group, "list", "List the groups", runGroupList);
+        addShared(*group);
+        CLI::App* make = add(*group, "make", "Make a group", runGroupMake);
+        make->add_option("NAME", options.words, "Its name")->required();
+        make->add_option("--in", options.group, "The group that it goes into")->type_name("GROUP");
+        for (const auto& [name, what, command] :
+            {std::tuple{"add", "Put people into a group", Run(runGroupAdd)},
+                std::tuple{"remove", "Take people out of a group; their cards stay", Run(runGroupRemove)}}) {
+            CLI::App* change = add(*group, name, what, command);
+            addGroup(change);
+            change->add_option("WHO", options.words, "People, by unique id or text in their card")
+                ->required();
+            change->add_flag("--groups", options.asGroups, "WHO are groups");
+        }
+        addGroup(add(*group, "subgroups", "List the groups in a group", runGroupSubgroups));
+        CLI::App* reach =
+            add(*group, "reach", "Show or choose the entry by which a group reaches a person", runGroupReach);
+        addGroup(reach);
+        reach
+            ->add_option("PERSON PROPERTY ENTRY", options.words,
+                "The person; then, to choose, Email, Phone or Address, and an entry by value, label or id")
+            ->required()
+            ->expected(1, 3);
+        addGroup(add(*group, "show", "Show a group, complete", runGroupShow));
+    }
+
+    void addSmartGroups()
+    {
+        CLI::App* group = app.add_subcommand("smart-group", "Groups whose members are found by rules");
+        group->require_subcommand(1);
+        group->preparse_callback([this](std::size_t) { options.smart = true; });
+        add(*group, "list", "List the smart groups", runGroupList);
+        addShared(*group);
+        CLI::App* make = add(*group, "make", "Make a smart group", runSmartGroupMake);
+        make->add_option("NAME", options.words, "Its name")->required();
+        CLI::App* edit = add(*group, "edit", "Give a smart group other rules", runSmartGroupEdit);
+        addGroup(edit);
+        for (CLI::App* rules : {make, edit}) {
+            addRules(rules);
+            rules->add_flag_callback(
+                "--track", [this] { options.tracks = true; }, "It notes that its members change");
+            rules->add_flag_callback(
+                "--no-track", [this] { options.tracks = false; }, "It does not");
+        }
+        edit->add_flag("--seen", options.seen, "Its changes were seen");
+        addGroup(add(*group, "show", "Show a smart group, its rules and members", runSmartGroupShow));
+    }
+
+    /// What groups of both kinds can do.
+    void addShared(CLI::App& group)
+    {
+        CLI::App* members = add(group, "members", "List the people in a group", runGroupMembers);
+        addGroup(members);
+        addOrder(members);
+        members->add_flag("--deep", options.deep, "Those of the groups in it, too");
+        CLI::App* rename = add(group, "rename", "Give a group another name", runGroupRename);
+        addGroup(rename);
+        rename->add_option("NAME", options.words, "The new name")->required();
+        CLI::App* remove = add(group, "delete", "Delete groups; the people in them stay", runGroupDelete);
+        remove->add_option("GROUP", options.words, "Groups, by name or unique id")->required();
     }
 
     void addUpkeep()

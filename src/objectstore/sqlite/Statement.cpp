@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
+#include <memory>
+
 namespace objectstore::sqlite {
 
 void raise(sqlite3* connection, int code, std::string_view during)
@@ -110,5 +112,11 @@ std::string_view Statement::bytes(int column) const
 
 int Statement::type(int column) const { return sqlite3_column_type(_statement, column); }
 bool Statement::isNull(int column) const { return type(column) == SQLITE_NULL; }
+
+std::string Statement::expandedText() const
+{
+    const std::unique_ptr<char, decltype(&sqlite3_free)> text(sqlite3_expanded_sql(_statement), sqlite3_free);
+    return text ? text.get() : "";
+}
 
 } // namespace objectstore::sqlite

@@ -83,6 +83,9 @@ public:
     int type(int column) const;
     bool isNull(int column) const;
 
+    /// The statement with what is bound in the places of its parameters.
+    std::string expandedText() const;
+
 private:
     sqlite3* _connection = nullptr;
     sqlite3_stmt* _statement = nullptr;

@@ -1,9 +1,11 @@
 // How threads exclude each other: mutexes the compiler can check, with an order that debug builds check.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
 #if defined(__clang__)
 #define ZR_THREAD_ATTRIBUTE(x) __attribute__((x))
@@ -50,6 +52,54 @@ void willLock(const void* mutex, LockRank rank) noexcept;
 void didLock(const void* mutex, LockRank rank) noexcept;
 void willUnlock(const void* mutex, LockRank rank) noexcept;
 } // namespace lockorder
+
+/// A recursive mutex that its holder takes again without a call: operations on records nest four deep, and
+/// the standard one pays for each level as for the first.
+///
+/// Ownership: neither copied nor moved.
+/// Threads:   any. Whoever locked unlocks.
+/// Errors:    none.
+class ReentrantMutex {
+public:
+    void lock()
+    {
+        if (!isMine()) {
+            _mutex.lock();
+            _holder.store(std::this_thread::get_id(), std::memory_order_relaxed);
+        }
+        ++_depth;
+    }
+
+    bool try_lock()
+    {
+        if (!isMine()) {
+            if (!_mutex.try_lock())
+                return false;
+            _holder.store(std::this_thread::get_id(), std::memory_order_relaxed);
+        }
+        ++_depth;
+        return true;
+    }
+
+    void unlock()
+    {
+        if (--_depth > 0)
+            return;
+        _holder.store(std::thread::id(), std::memory_order_relaxed);
+        _mutex.unlock();
+    }
+
+private:
+    /// Another thread's id is never ours, so a stale one is as good as the present one.
+    bool isMine() const
+    {
+        return _holder.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    }
+
+    std::mutex _mutex;
+    std::atomic<std::thread::id> _holder;
+    int _depth = 0;
+};
 
 /// A mutex of either kind, with a rank.
 ///
@@ -104,7 +154,7 @@ private:
 /// Locked once by one thread.
 using Mutex = RankedMutex<std::mutex>;
 /// Locked any number of times by one thread: a "monitor".
-using RecursiveMutex = RankedMutex<std::recursive_mutex>;
+using RecursiveMutex = RankedMutex<ReentrantMutex>;
 
 /// Holds a mutex for a scope.
 ///

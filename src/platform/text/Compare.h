@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/text/Utf.h"
+#include "platform/value/Export.h"
 
 #include <compare>
 #include <cstdint>
@@ -44,7 +45,7 @@ bool contains(std::string_view haystack, std::string_view needle, std::uint32_t 
 
 /// Bytes whose order (memcmp, SQLite's order of blobs) is that of `compare` with kCompareLocalized. They
 /// may be stored only beside `collationVersion`.
-std::string collationKey(std::string_view text);
+PLATFORM_EXPORT std::string collationKey(std::string_view text);
 
 /// Names what `collationKey` depends on: locale, ICU version and version of the locale's rules. Keys of
 /// different versions must not be compared.

@@ -75,7 +75,7 @@ std::optional<CalendarTime> calendarTimeOf(Date date, TimeZone zone = TimeZone::
 PLATFORM_EXPORT std::optional<CalendarDay> calendarDayOf(Date date, TimeZone zone = TimeZone::local());
 
 /// 12:00:00 of a day; absent unless the day is valid. Noon stays on its day in nearly every other zone.
-std::optional<Date> noonOf(CalendarDay day, TimeZone zone = TimeZone::local());
+PLATFORM_EXPORT std::optional<Date> noonOf(CalendarDay day, TimeZone zone = TimeZone::local());
 
 /// Noon in `to` of the calendar day that `date` is in `from`. A date outside the years 1 to 9999 stays.
 Date noonOfSameDay(Date date, TimeZone from, TimeZone to);
@@ -103,7 +103,7 @@ enum class DayOrder { monthFirst, dayFirst };
 /// matter; full stops ("4.3.1998") and a first number above 12 mean that the day comes first. Of a year in
 /// two digits the latest is meant that is not above `latestYear`. Absent for anything else, and for a day
 /// that does not exist: 31/31/1998 is no day at all.
-std::optional<CalendarDay> readDay(
+PLATFORM_EXPORT std::optional<CalendarDay> readDay(
     std::string_view text, DayOrder order = DayOrder::monthFirst, int latestYear = 2068);
 
 } // namespace platform

@@ -1,6 +1,8 @@
 // What digits a text holds, however they are written.
 #pragma once
 
+#include "platform/value/Export.h"
+
 #include <string>
 #include <string_view>
 
@@ -12,6 +14,6 @@ std::string compatibilityComposed(std::string_view text);
 
 /// The decimal digits of the text's compatibility composition, in order and as ASCII, whatever script they
 /// are in; nothing else.
-std::string digitsOnly(std::string_view text);
+PLATFORM_EXPORT std::string digitsOnly(std::string_view text);
 
 } // namespace platform

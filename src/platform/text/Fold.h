@@ -1,6 +1,8 @@
 // What makes two spellings the same for search: folds of case and of diacritics.
 #pragma once
 
+#include "platform/value/Export.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -28,10 +30,10 @@ enum FoldOptions : std::uint32_t {
 std::string transformed(std::string_view text, std::uint32_t foldOptions);
 
 /// `transformed` with case alone: what sort columns and case-insensitive tests compare.
-std::string foldCase(std::string_view text);
+PLATFORM_EXPORT std::string foldCase(std::string_view text);
 
 /// `transformed` with case and diacritics: what search columns and the index string hold.
-std::string foldCaseAndDiacritics(std::string_view text);
+PLATFORM_EXPORT std::string foldCaseAndDiacritics(std::string_view text);
 
 /// An upper bound for a range over prefixes: every text that starts with `text` lies in [text, incremented).
 ///
