@@ -169,24 +169,26 @@ void UnitMerge::choosePrimary(Unit& unit)
 void UnitMerge::decide(Unit& unit)
 {
     for (auto& [identifier, entry] : unit.entries) {
-        if (entry.deleted && entry.inserted)
-            decideRewritten(entry);
-        else if (entry.inserted && entry.theirs)
-            // Added on both sides: mine takes its place.
+        const bool isMine = !(entry.deleted && entry.inserted) || !yieldsRewritten(entry);
+        const bool isTakenOut = entry.deleted && unit.entity->unit();
+        if (isMine && entry.theirs && (entry.inserted || isTakenOut))
+            // Theirs may be a row that nobody here knows: it goes now, so that what is derived of the entries
+            // is not derived of it too.
             _write.deleteEntry(*unit.entity, *entry.theirs);
         else if (entry.updated && entry.theirs && entry.theirs->key() != entry.updated->key)
             becomeTheirs(*entry.updated->object, entry.theirs);
     }
 }
 
-void UnitMerge::decideRewritten(Entry& entry)
+bool UnitMerge::yieldsRewritten(Entry& entry)
 {
     const bool isRemoved = !entry.theirs;
     if (!isRemoved && !isUnchanged(*entry.inserted->object, *entry.base))
-        return;
+        return false;
     _context.abandon(*entry.inserted->object);
     if (!isRemoved)
         _context.abandon(*entry.deleted);
+    return true;
 }
 
 /// Another writer gave the entry a new row: the object is that row from now on.

@@ -64,7 +64,7 @@ private:
     Entry* entryOfInserted(StoreObject& object);
     void readTheirs(Unit& unit);
     void decide(Unit& unit);
-    void decideRewritten(Entry& entry);
+    bool yieldsRewritten(Entry& entry);
     void becomeTheirs(StoreObject& object, const RowRef& theirs);
     void forgetParts(std::int64_t owner);
     bool isUnchanged(StoreObject& object, const Row& base) const;
