@@ -11,6 +11,7 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <functional>
+#include <map>
 
 namespace objectstore {
 
@@ -196,27 +197,48 @@ private:
 
     void translate(const StorePredicate::Compound& compound, const Entity& entity)
     {
-        const auto all = [&] { chain(compound, 0, compound.parts.size(), entity); };
+        const auto parts = withRowTestsJoined(compound);
+        const auto all = [&] { chain(parts, compound.isAll, 0, parts.size(), entity); };
         if (compound.isAll || compound.parts.size() == 1)
             all();
         else
             undriven(all);
     }
 
-    void chain(
-        const StorePredicate::Compound& compound, std::size_t from, std::size_t to, const Entity& entity)
+    /// "Some row has a, or some row has b" is "some row has a or b", and "no row has a, and none b" is "no
+    /// row has a or b": so the rows are read once.
+    static std::vector<PredicateRef> withRowTestsJoined(const StorePredicate::Compound& compound)
+    {
+        const Rows joinable = compound.isAll ? Rows::none : Rows::some;
+        std::vector<PredicateRef> parts;
+        std::map<std::string_view, std::vector<PredicateRef>> conditions;
+        for (const auto& part : compound.parts) {
+            const auto* test = std::get_if<StorePredicate::RowTest>(&part->form());
+            if (test && test->condition && test->wanted == joinable)
+                conditions[test->relationship].push_back(test->condition);
+            else
+                parts.push_back(part);
+        }
+        for (auto& [relationship, any] : conditions)
+            parts.push_back(
+                StorePredicate::rows(relationship, joinable, StorePredicate::any(std::move(any))));
+        return parts;
+    }
+
+    void chain(const std::vector<PredicateRef>& parts, bool isAll, std::size_t from, std::size_t to,
+        const Entity& entity)
     {
         std::size_t step = 1;
         while ((to - from) / step > kLongestChain)
             step *= kLongestChain;
         for (std::size_t at = from; at < to && _possible; at += step) {
             if (at != from)
-                write(compound.isAll ? " AND " : " OR ");
+                write(isAll ? " AND " : " OR ");
             bracketed("", [&] {
                 if (step == 1)
-                    predicate(*compound.parts[at], entity);
+                    predicate(*parts[at], entity);
                 else
-                    chain(compound, at, std::min(to, at + step), entity);
+                    chain(parts, isAll, at, std::min(to, at + step), entity);
             });
         }
     }

@@ -6,11 +6,17 @@
 #include "platform/text/Fold.h"
 #include "platform/text/Utf.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <vector>
 
 namespace objectstore {
 
 namespace {
+
+/// Of an OR with more different parts than this, a scan is as good.
+constexpr std::size_t kMostAlternatives = 8;
 
 bool isPositive(Comparator comparator)
 {
@@ -41,10 +47,32 @@ private:
 
     void add(const StorePredicate::Compound& compound, const Entity& entity)
     {
-        if (compound.isAll || compound.parts.size() == 1)
-            for (const auto& part : compound.parts)
-                add(*part, entity);
+        if (!compound.isAll && compound.parts.size() > 1)
+            return addAny(compound, entity);
+        for (const auto& part : compound.parts)
+            add(*part, entity);
     }
+
+    /// What fulfils one of the parts has what that part asks for: so each must ask for something.
+    void addAny(const StorePredicate::Compound& compound, const Entity& entity)
+    {
+        std::vector<std::string> queries;
+        for (const auto& part : compound.parts) {
+            DriverSearch search(_entry, _hasEveryEntry);
+            search._isInPart = _isInPart;
+            search.add(*part, entity);
+            if (search.found.query.empty() || queries.size() == kMostAlternatives)
+                return;
+            if (std::ranges::find(queries, search.found.query) == queries.end())
+                queries.push_back(std::move(search.found.query));
+        }
+        std::string any;
+        for (const auto& query : queries)
+            any += fmt::format("{}({})", any.empty() ? "" : " OR ", query);
+        addQuery("(" + any + ")");
+    }
+
+    void addQuery(const std::string& query) { found.query += (found.query.empty() ? "" : " AND ") + query; }
 
     void add(const StorePredicate::RowTest& test, const Entity& entity)
     {
@@ -73,7 +101,7 @@ private:
         const bool isEntry = isInPart && slot.entity == &_entry && isTextIndex(slot);
         const auto trigrams = necessaryTrigrams(test, test.comparator, slot);
         if (trigrams && (isEntry || _hasEveryEntry()))
-            found.query += (found.query.empty() ? "" : " AND ") + *trigrams;
+            addQuery(*trigrams);
         else if (!trigrams && isEntry && !_isInPart && isWalkable(test))
             found.walked = &test;
     }
