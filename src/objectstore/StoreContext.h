@@ -147,8 +147,8 @@ public:
     /// what others deleted stays deleted, and is logged. With changes in several stores all are written
     /// before the first commit, but a crash between two commits leaves the first.
     ///
-    /// `beforeCommit` is called once all is written and before anything is committed, with all locks held; its
-    /// error undoes the writing and is the answer. Without changes it is not called.
+    /// `beforeCommit` is called once all is written and before anything is committed, with all locks held;
+    /// its error undoes the writing and is the answer. Without changes it is not called.
     using BeforeCommit = std::function<platform::Result<void>()>;
     platform::Result<void> save(const BeforeCommit& beforeCommit = {});
     /// Forgets every object and every unsaved change. Objects that are still owned read as absent.

@@ -91,10 +91,7 @@ public:
 
 private:
     /// Another thread's id is never ours, so a stale one is as good as the present one.
-    bool isMine() const
-    {
-        return _holder.load(std::memory_order_relaxed) == std::this_thread::get_id();
-    }
+    bool isMine() const { return _holder.load(std::memory_order_relaxed) == std::this_thread::get_id(); }
 
     std::mutex _mutex;
     std::atomic<std::thread::id> _holder;
