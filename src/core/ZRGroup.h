@@ -5,6 +5,8 @@
 #include "core/ZRTypes.h"
 
 #include <map>
+#include <optional>
+#include <string>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -140,6 +142,16 @@ public:
     /// they stand there to those that took their place; records are looked for in `recordsByUniqueId` first.
     void nts_AddMembersAndSubgroupsFromDictionaryRepresentation(const platform::Value& dictionary,
         const platform::Value& recordMapping, const ZRRecordsById& recordsByUniqueId) ZR_NTS;
+
+    // ---- as vCards                                                (interchange/vcard/ZRGroup+VCard.cpp)
+    // The cards of the members, then of the subgroups, one behind the other. Somebody who is in several of
+    // these groups comes once for each; groups in a circle end where it closes.
+
+    /// vCard 3.0 in UTF-8; absent when a text is no Unicode.
+    std::optional<std::string> _vCardRepresentation() const;
+    std::string _vCardRepresentationAsString() const;
+    std::string _vCardRepresentationAsStringUsingImageCache(const platform::Value& imageCache) const;
+    std::string _21vCardRepresentationAsData() const;
 
     // ---- what the class declares
 

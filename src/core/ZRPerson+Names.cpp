@@ -124,24 +124,27 @@ std::string ZRPerson::nts_AlternateName() const
     return {};
 }
 
+std::string ZRPerson::nts_realCompositeNameIncludingAuxiliaryElements(bool auxiliary) const
+{
+    if (auxiliary)
+        if (const Value cached = nts_ValueInTemporaryCacheForProperty(compositeNameKey); cached.isString())
+            return std::string(cached.asText());
+    std::string name;
+    if (nts__isCompany())
+        name = text(*this, kZROrganizationProperty);
+    if (name.empty())
+        name = nts__fullNameIncludingAuxiliaryElements(nts__isCompany() || auxiliary);
+    if (name.empty())
+        name = nts_AlternateName();
+    if (auxiliary)
+        nts_SetValueInTemporaryCache(Value(name), compositeNameKey);
+    return name;
+}
+
 std::string ZRPerson::_realCompositeNameIncludingAuxiliaryElements(bool auxiliary) const
 {
-    return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
-        if (auxiliary)
-            if (const Value cached = nts_ValueInTemporaryCacheForProperty(compositeNameKey);
-                cached.isString())
-                return std::string(cached.asText());
-        std::string name;
-        if (nts__isCompany())
-            name = text(*this, kZROrganizationProperty);
-        if (name.empty())
-            name = nts__fullNameIncludingAuxiliaryElements(nts__isCompany() || auxiliary);
-        if (name.empty())
-            name = nts_AlternateName();
-        if (auxiliary)
-            nts_SetValueInTemporaryCache(Value(name), compositeNameKey);
-        return name;
-    });
+    return locked(*nts_Roster(), ZRAccess::read,
+        [&]() ZR_NTS { return nts_realCompositeNameIncludingAuxiliaryElements(auxiliary); });
 }
 
 // The looser form: an empty organization of a company stands, and the alternate name is never asked.

@@ -3,7 +3,13 @@
 
 #include "core/ZRRecord.h"
 
+#include <cstdint>
 #include <map>
+
+/// What a vCard holds besides what every vCard does.
+using ZRVCardOptions = std::uint32_t;
+inline constexpr ZRVCardOptions kZRVCardWithNote = 0x1;
+inline constexpr ZRVCardOptions kZRVCardWithPhoto = 0x2;
 
 /// A card.
 ///
@@ -35,6 +41,7 @@ public:
     std::string _compositeNameIncludingAuxiliaryElements(bool auxiliary) const;
     std::string _realCompositeName() const;
     std::string _realCompositeNameIncludingAuxiliaryElements(bool auxiliary) const;
+    std::string nts_realCompositeNameIncludingAuxiliaryElements(bool auxiliary) const ZR_NTS;
     std::string nts__RealCompositeName() const ZR_NTS;
     std::string alternateName() const;
     std::string nts_AlternateName() const ZR_NTS;
@@ -72,6 +79,41 @@ public:
     void resetWithDictionary(
         const platform::Value& dictionary, bool skipUnknownProperties, bool generateMultiValueIDs);
 
+    // ---- as a vCard                                       (interchange/vcard/ZRPerson+VCardWriting.cpp)
+    // Where no options are given, the preferences below rule. An image cache changes nothing: it is taken for
+    // callers that pass one along. A card that fails half-way is logged and ends there.
+
+    /// vCard 3.0 (RFC 2426) in UTF-8; absent when there is no shared roster, or when a text is no Unicode.
+    std::optional<std::string> vCardRepresentation() const;
+    std::string _vCardRepresentationAsString() const;
+    std::string _vCardRepresentationAsStringUsingImageCache(const platform::Value& imageCache) const;
+    std::string _vCardRepresentationAsStringUsingImageCache(
+        const platform::Value& imageCache, ZRVCardOptions options) const;
+    /// The same behind what `cards` holds, for many cards in a row.
+    void _appendVCardRepresentation(std::string& cards, ZRVCardOptions options) const;
+    /// vCard 2.1, each value in the first character set that can hold it. It never has a photo.
+    std::string _21vCardRepresentationAsData() const;
+    std::string _21vCardRepresentationAsData(ZRVCardOptions options) const;
+    void _append21vCardRepresentation(std::string& cards, ZRVCardOptions options) const;
+    /// False for what Me keeps private; other cards show everything.
+    bool _showField(std::string_view property) const;
+    /// The same of one entry of a multi-value.
+    bool _showField(std::string_view property, std::string_view identifier) const;
+
+    /// Whether vCards hold notes and photos; false until somebody sets it.
+    static bool includeNotesInVCards();
+    static bool includePhotosInVCards();
+    static void setIncludeNotesInVCards(bool include);
+    static void setIncludePhotosInVCards(bool include);
+    /// Whether the vCard of Me leaves out the fields that are marked as private. A field is a property, or
+    /// "PROPERTY.IDENTIFIER" for one entry of it.
+    static bool privateVCardEnabled();
+    static void setPrivateVCardEnabled(bool enabled);
+    static bool vcardFieldisPrivate(std::string_view field);
+    static void setVCardField(std::string_view field, bool isPrivate);
+    /// Forgets which fields of Me vCards leave out.
+    static void clearPrivateFields();
+
     // ---- class-level
 
     static ZRPropertyTypes builtInProperties();
@@ -85,8 +127,6 @@ public:
     static std::int64_t addPropertiesAndTypes(
         const platform::Value& typesByName, ZRRoster* roster, bool acquireLock, bool save);
     static std::int64_t removeProperties(const platform::Value& names);
-    /// Forgets which fields of Me vCards leave out.
-    static void clearPrivateFields();
 
     // ---- searching                                                     (search/ZRRecord+Search.cpp)
 

@@ -1,10 +1,9 @@
-// What imports and exports of cards call and the rooms built so far do not have.
+// What imports of cards call and the rooms built so far do not have.
 #pragma once
 
 #include "core/ZRRecord.h"
 
 #include <functional>
-#include <string>
 
 /// Services that later rooms register. An empty function is an absent service.
 ///
@@ -16,7 +15,4 @@ struct ZRImportServices {
 
     /// The roster of the source that takes new cards. Absent: the shared roster is the only source.
     std::function<platform::Ref<ZRRoster>()> defaultTarget;
-    /// A record as vCard 2.1 bytes, and as vCard 3.0 text. Absent: nothing is written.
-    std::function<std::string(const ZRRecord&)> _21vCardRepresentationAsData;
-    std::function<std::string(const ZRRecord&)> _vCardRepresentationAsString;
 };

@@ -4,8 +4,8 @@
 #include "core/ZRGroup.h"
 #include "core/ZRLog.h"
 #include "core/ZRPerson.h"
-#include "interchange/import/ZRImportServices.h"
 #include "interchange/import/ZRvCardController.h"
+#include "interchange/vcard/VCardText.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/run/Clock.h"
 #include "store/ZROSRecord.h"
@@ -16,6 +16,7 @@
 #include <unordered_set>
 
 using platform::Ref;
+using platform::Value;
 
 namespace {
 
@@ -50,14 +51,17 @@ private:
     std::unordered_set<std::string> _known;
 };
 
-std::string joined(const ZRRecordList& records, const std::function<std::string(const ZRRecord&)>& write,
-    std::string_view format)
+/// The cards of all records; `write` is asked for people and for groups.
+template <class Write>
+std::string joined(const ZRRecordList& records, std::string_view format, Write&& write)
 {
     const double start = platform::Clock::current().monotonic();
     std::string cards;
-    if (write)
-        for (const auto& record : records)
-            cards += write(*record);
+    for (const auto& record : records)
+        if (const auto person = platform::refCast<ZRPerson>(record))
+            cards += write(*person);
+        else if (const auto group = platform::refCast<ZRGroup>(record))
+            cards += write(*group);
     if (ZRPerfFlagIsSet(ZRPerfFlag::createVCard))
         ZRPerfLog("[LogCreateVCardTimes] Time to create vCard {} data = {:3.3f}", format,
             platform::Clock::current().monotonic() - start);
@@ -102,10 +106,12 @@ std::string ZRvCardController::vCardRepresentationOfRecords(const ZRRecordList& 
 
 std::string ZRvCardController::_vCard21RepresentationOfRecords(const ZRRecordList& records)
 {
-    return joined(records, ZRImportServices::registered()._21vCardRepresentationAsData, "2.1");
+    return joined(records, "2.1", [](const auto& record) { return record._21vCardRepresentationAsData(); });
 }
 
 std::string ZRvCardController::_vCard30RepresentationOfRecords(const ZRRecordList& records)
 {
-    return joined(records, ZRImportServices::registered()._vCardRepresentationAsString, "3.0");
+    const std::string cards = joined(records, "3.0",
+        [](const auto& record) { return record._vCardRepresentationAsStringUsingImageCache(Value()); });
+    return zrVCardDataRepresenation(cards).value_or(std::string());
 }

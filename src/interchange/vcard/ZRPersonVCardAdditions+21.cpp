@@ -1,0 +1,122 @@
+// A person as vCard 2.1, which knows neither groups nor labels of one's own.
+#include "core/ZRConstants.h"
+#include "interchange/vcard/VCardCharsets.h"
+#include "interchange/vcard/VCardText.h"
+#include "interchange/vcard/ZRPersonVCardAdditions.h"
+#include "store/ZRModelSlots.h"
+
+using vcard::Entry;
+using vcard::EntryKeys;
+using Writer = ZRPersonVCardAdditions;
+
+namespace {
+
+struct GenericLine {
+    std::string_view property, name;
+};
+constexpr GenericLine kBehindBirthday[] = {{zr::kZRAIMInstantProperty, "X-AIM"},
+    {zr::kZRJabberInstantProperty, "X-JABBER"}, {zr::kZRMSNInstantProperty, "X-MSN"},
+    {zr::kZRYahooInstantProperty, "X-YAHOO"}, {zr::kZRYahooInstantProperty, "X-YAHOO-ID"},
+    {zr::kZRICQInstantProperty, "X-ICQ"}, {zr::kZROtherDatesProperty, "X-ZRDATE"},
+    {zr::kZRRelatedNamesProperty, "X-ZRRELATEDNAMES"}};
+
+} // namespace
+
+void Writer::writeVersion21(ZRVCardOptions options, std::string_view charset)
+{
+    _charset = charset;
+    _to += "BEGIN:VCARD\r\nVERSION:2.1\r\n";
+    writeNames21();
+    writeEntries21();
+    writeAddresses21();
+    if (options & kZRVCardWithNote)
+        line21("NOTE", _card.note().asText());
+    propertyLineForGenericABProperty21(zr::kZRURLsProperty, "URL", charset);
+    writeBirthday();
+    for (const GenericLine& line : kBehindBirthday)
+        propertyLineForGenericABProperty21(line.property, line.name, charset);
+    std::string categories;
+    writeCategories(categories);
+    zrAppendString(_to, categories);
+    _to += "END:VCARD\r\n";
+}
+
+void Writer::encodedLine(std::string_view head, std::string_view escaped)
+{
+    _to += head;
+    encodedLineForValue(_to, escaped, _charset);
+}
+
+/// A line of one text, unless that is empty.
+void Writer::line21(std::string_view name, std::string_view value)
+{
+    if (!value.empty())
+        encodedLine(name, zrVCardKoshify(value));
+}
+
+void Writer::writeNames21()
+{
+    const auto& slots = contactSlots();
+    std::string joined;
+    appendName(joined);
+    encodedLine("N", joined);
+    line21("FN", _person.nts_realCompositeNameIncludingAuxiliaryElements(true));
+    line21("NICKNAME", _card.text(slots.nickname));
+    line21("X-MAIDENNAME", _card.text(slots.maidenName));
+    line21("X-PHONETIC-FIRST-NAME", _card.text(slots.phoneticFirstName));
+    line21("X-PHONETIC-MIDDLE-NAME", _card.text(slots.phoneticMiddleName));
+    line21("X-PHONETIC-LAST-NAME", _card.text(slots.phoneticLastName));
+    if (hasOrganization()) {
+        joined.clear();
+        appendOrganization(joined);
+        encodedLine("ORG", joined);
+    }
+    line21("TITLE", _card.text(slots.jobTitle));
+}
+
+void Writer::writeEntries21()
+{
+    const auto write = [&](std::string head, Keys keys, const Entry& entry) {
+        for (const std::string_view key : keys)
+            head.append(";").append(key);
+        encodedLine(head, zrVCardKoshify(entry.value(_scratch)));
+    };
+    _card.forEachEntry(*EntryKeys::of(zr::kZREmailProperty), [&](const Entry& entry) {
+        const std::string_view key = _vCardKeyForEmailLabel(entry.label());
+        write("EMAIL;INTERNET", key.empty() ? Keys() : Keys(&key, 1), entry);
+    });
+    _card.forEachEntry(*EntryKeys::of(zr::kZRPhoneProperty),
+        [&](const Entry& entry) { write("TEL", _vCardKeysForPhoneLabel(entry.label()), entry); });
+}
+
+void Writer::writeAddresses21()
+{
+    _card.forEachEntry(*EntryKeys::of(zr::kZRAddressProperty), [&](const Entry& entry) {
+        const std::string_view key = _vCardKeyForAddressLabel(entry.label(), false);
+        std::string head = "ADR", value;
+        if (!key.empty())
+            head.append(";").append(key);
+        appendAddress(value, entry.row);
+        encodedLine(head, value);
+    });
+}
+
+void Writer::propertyLineForGenericABProperty21(
+    std::string_view property, std::string_view vCardProperty, std::string_view charset)
+{
+    const EntryKeys* const keys = EntryKeys::of(property);
+    if (!keys || !keys->value)
+        return;
+    _card.forEachEntry(*keys, [&](const Entry& entry) {
+        _to += vCardProperty;
+        if (const std::string_view key = _vCardKeyForGenericLabel(entry.label()); !key.empty())
+            _to.append(";type=").append(key);
+        if (entry.isPrimary)
+            _to += ";type=pref";
+        std::optional<std::string> name;
+        const std::string bytes = encodedDataForValue(zrVCardKoshify(entry.value(_scratch)), name, charset);
+        if (name)
+            _to.append(";CHARSET=").append(*name);
+        _to.append(":").append(bytes).append("\r\n");
+    });
+}

@@ -1,0 +1,183 @@
+// A person as vCard 3.0.
+#include "core/ZRConstants.h"
+#include "interchange/vcard/VCardText.h"
+#include "interchange/vcard/ZRPersonVCardAdditions.h"
+#include "store/ZRModelSlots.h"
+#include "store/ZRRoster.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+
+using vcard::Entry;
+using vcard::EntryKeys;
+using Writer = ZRPersonVCardAdditions;
+
+namespace {
+
+constexpr std::int64_t kShowAsBits = 7;
+constexpr std::int64_t kShowAsCompany = 1;
+constexpr std::int64_t kLastNameFirst = 16;
+constexpr std::int64_t kFirstNameFirst = 32;
+
+/// The lines that stand together for entries of properties that have no line of their own kind.
+struct GenericLine {
+    std::string_view property, name;
+};
+constexpr GenericLine kBeforeBirthday[] = {
+    {zr::kZRURLsProperty, "URL"}, {zr::kZRCalendarURIsProperty, "CALURI"}};
+constexpr GenericLine kBehindBirthday[] = {{zr::kZRAIMInstantProperty, "X-AIM"},
+    {zr::kZRJabberInstantProperty, "X-JABBER"}, {zr::kZRMSNInstantProperty, "X-MSN"},
+    {zr::kZRYahooInstantProperty, "X-YAHOO"}, {zr::kZRYahooInstantProperty, "X-YAHOO-ID"},
+    {zr::kZRICQInstantProperty, "X-ICQ"}};
+constexpr GenericLine kBehindPhoto[] = {
+    {zr::kZROtherDatesProperty, "X-ZRDATE"}, {zr::kZRRelatedNamesProperty, "X-ZRRELATEDNAMES"}};
+
+void appendGroup(std::string& to, std::int64_t group)
+{
+    fmt::format_to(std::back_inserter(to), "item{}.", group);
+}
+
+} // namespace
+
+void Writer::writeVersion30(ZRVCardOptions options, const platform::Value& photo)
+{
+    const auto generic = [this](std::span<const GenericLine> lines) {
+        for (const GenericLine& line : lines)
+            propertyLineForGenericABProperty(line.property, line.name, false, _group);
+    };
+    _to += "BEGIN:VCARD\r\nVERSION:3.0\r\n";
+    writeNames30();
+    writeEmails30();
+    writePhones30();
+    writeAddresses30();
+    if (options & kZRVCardWithNote)
+        line("NOTE:", _card.note().asText());
+    generic(kBeforeBirthday);
+    writeBirthday();
+    generic(kBehindBirthday);
+    if (!photo.asBytes().empty())
+        _to.append("PHOTO;BASE64:\r\n")
+            .append(zrEncodeBase64Data(photo.asBytes(), true, true, '='))
+            .append("\r\n");
+    generic(kBehindPhoto);
+    writeFlags();
+    writeCategories(_to);
+    line("X-ZRUID:", _person.nts_UniqueId());
+    _to += "END:VCARD\r\n";
+}
+
+/// A line of one text, unless that is empty.
+void Writer::line(std::string_view name, std::string_view value)
+{
+    if (value.empty())
+        return;
+    _to += name;
+    zrAppendKoshified(_to, value);
+    _to += "\r\n";
+}
+
+void Writer::writeNames30()
+{
+    const auto& slots = contactSlots();
+    _to += "N:";
+    appendName(_to);
+    _to += "\r\n";
+    line("FN:", _person.nts_realCompositeNameIncludingAuxiliaryElements(true));
+    line("NICKNAME:", _card.text(slots.nickname));
+    line("X-MAIDENNAME:", _card.text(slots.maidenName));
+    line("X-PHONETIC-FIRST-NAME:", _card.text(slots.phoneticFirstName));
+    line("X-PHONETIC-MIDDLE-NAME:", _card.text(slots.phoneticMiddleName));
+    line("X-PHONETIC-LAST-NAME:", _card.text(slots.phoneticLastName));
+    if (hasOrganization()) {
+        _to += "ORG:";
+        appendOrganization(_to);
+        _to += "\r\n";
+    }
+    line("TITLE:", _card.text(slots.jobTitle));
+}
+
+/// `group` counts the item groups, which an entry without keys needs for its label; null for none.
+void Writer::writeEntry(std::string_view head, Keys keys, const Entry& entry, std::int64_t* group)
+{
+    const bool isGrouped = keys.empty() && group;
+    if (isGrouped)
+        appendGroup(_to, *group);
+    _to += head;
+    for (const std::string_view key : keys)
+        _to.append(";type=").append(key);
+    if (entry.isPrimary)
+        _to += ";type=pref";
+    _to += ':';
+    zrAppendKoshified(_to, entry.value(_scratch));
+    _to += "\r\n";
+    if (isGrouped)
+        appendLabel(entry.label(), _to, (*group)++);
+}
+
+void Writer::writeEmails30()
+{
+    _card.forEachEntry(*EntryKeys::of(zr::kZREmailProperty), [&](const Entry& entry) {
+        const std::string_view key = _vCardKeyForEmailLabel(entry.label());
+        writeEntry("EMAIL;type=INTERNET", key.empty() ? Keys() : Keys(&key, 1), entry, &_group);
+    });
+}
+
+void Writer::writePhones30()
+{
+    _card.forEachEntry(*EntryKeys::of(zr::kZRPhoneProperty), [&](const Entry& entry) {
+        writeEntry("TEL", _vCardKeysForPhoneLabel(entry.label()), entry, &_group);
+    });
+}
+
+/// Each address is in a group, which holds its country code.
+void Writer::writeAddresses30()
+{
+    _card.forEachEntry(*EntryKeys::of(zr::kZRAddressProperty), [&](const Entry& entry) ZR_NTS {
+        const std::string_view key = _vCardKeyForAddressLabel(entry.label(), true);
+        appendGroup(_to, _group);
+        _to.append("ADR")
+            .append(key.empty() ? ";type=HOME" : key)
+            .append(entry.isPrimary ? ";type=pref:" : ":");
+        appendAddress(_to, entry.row);
+        _to += "\r\n";
+        if (key.empty())
+            appendLabel(entry.label(), _to, _group);
+        appendGroup(_to, _group++);
+        const std::string_view code = entry.row.text(addressSlots().countryCode);
+        _to += "X-ZRADR:";
+        _to += code.empty() ? _person.nts_Roster()->defaultCountryCode() : std::string(code);
+        _to += "\r\n";
+    });
+}
+
+void Writer::appendLabel(std::string_view label, std::string& toVCardRep, std::int64_t inGroup)
+{
+    appendGroup(toVCardRep, inGroup);
+    toVCardRep += "X-ZRLabel:";
+    zrAppendKoshified(toVCardRep, label);
+    toVCardRep += "\r\n";
+}
+
+void Writer::propertyLineForGenericABProperty(
+    std::string_view property, std::string_view vCardProperty, bool is21, std::int64_t& groupCount)
+{
+    const EntryKeys* const keys = EntryKeys::of(property);
+    if (!keys || !keys->value)
+        return;
+    _card.forEachEntry(*keys, [&](const Entry& entry) {
+        const std::string_view key = _vCardKeyForGenericLabel(entry.label());
+        writeEntry(vCardProperty, key.empty() ? Keys() : Keys(&key, 1), entry, is21 ? nullptr : &groupCount);
+    });
+}
+
+void Writer::writeFlags()
+{
+    const std::int64_t flags = _card.flags();
+    if ((flags & kShowAsBits) == kShowAsCompany)
+        _to += "X-ZRShowAs:COMPANY\r\n";
+    if (flags & kFirstNameFirst)
+        _to += "X-ZROrder:FIRST\r\n";
+    else if (flags & kLastNameFirst)
+        _to += "X-ZROrder:LAST\r\n";
+}
