@@ -265,8 +265,7 @@ void UnitMerge::arrange(const Unit& unit)
     std::string primary = isHere(unit.myPrimary) ? unit.myPrimary
         : isHere(unit.theirPrimary)              ? unit.theirPrimary
                                                  : "";
-    const bool hadPrimary = !unit.myPrimary.empty() || !unit.theirPrimary.empty();
-    if (primary.empty() && hadPrimary && !places.empty())
+    if (primary.empty() && !places.empty())
         primary = places.front().identifier;
     std::string sql = fmt::format(
         "UPDATE {} SET \"_version\" = ?, {} = ?", unit.entity->family()->table, slots.ordering->column);

@@ -16,8 +16,8 @@ namespace objectstore {
 ///
 /// The entries of such a unit are theirs, plus those added here, less those removed here. An entry that both
 /// changed is written as it is here; one that was rewritten here with nothing changed stays as theirs; one
-/// that they removed is gone. Theirs keep their order, those added follow, and at most one is primary: the
-/// one chosen here, else the one chosen there. An object that its owner has once is an entry without an
+/// that they removed is gone. Theirs keep their order, those added follow, and one is primary: the one chosen
+/// here, else the one chosen there, else the first. An object that its owner has once is an entry without an
 /// identifier.
 ///
 /// Ownership: borrows the context and a draft of the write, which only says what would be written: `plan`

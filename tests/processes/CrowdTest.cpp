@@ -41,7 +41,7 @@ TEST(Crowd, LosesNothingAndEverybodyEndsWithTheSame)
     EXPECT_EQ(replay.count(), static_cast<std::size_t>(1 + kEditors * saves));
 
     const Lines lines = file.at("fetched");
-    EXPECT_EQ(differences(replay.lines(), lines), "");
+    EXPECT_EQ(replay.differencesTo(lines), "");
     for (const auto& memory : told) {
         EXPECT_EQ(differences(memory.at("held"), linesOf(memory.at("held"), lines)), "");
         EXPECT_EQ(differences(memory.at("fetched"), lines), "");

@@ -162,7 +162,7 @@ TEST_F(KilledCrowd, GoesOnAndKeepsEverySaveThatReturned)
     for (int editor = 0; editor < crowd.editors(); ++editor)
         addSaves(replay, editor, file.at("numbers"));
     const Lines lines = file.at("fetched");
-    EXPECT_EQ(differences(replay.lines(), lines), "");
+    EXPECT_EQ(replay.differencesTo(lines), "");
     for (const auto& memory : told) {
         EXPECT_EQ(differences(memory.at("held"), linesOf(memory.at("held"), lines)), "");
         EXPECT_EQ(differences(memory.at("fetched"), lines), "");

@@ -120,7 +120,6 @@ private:
 
     static void changeEntries(PlainRecord& card, const Json& edit)
     {
-        const bool hadPrimary = !card.primary.empty() || edit.at("primary").is_string();
         const auto isHere = [&](const std::string& id) {
             return std::ranges::find(card.entries, id, &PlainEntry::id) != card.entries.end();
         };
@@ -135,7 +134,7 @@ private:
         if (edit.at("primary").is_string() && isHere(edit.at("primary")))
             card.primary = edit.at("primary");
         else if (!isHere(card.primary))
-            card.primary = hadPrimary && !card.entries.empty() ? card.entries.front().id : std::string();
+            card.primary = card.entries.empty() ? std::string() : card.entries.front().id;
     }
 
     std::map<std::string, PlainRecord> _records;

@@ -86,7 +86,28 @@ public:
         return cards.lines();
     }
 
+    /// Where `found` differs from it, and what was saved of the records that do; empty when nothing does.
+    std::string differencesTo(const Lines& found) const
+    {
+        const Lines expected = lines();
+        std::string text = differences(expected, found);
+        for (const auto& [id, line] : text.empty() ? Lines() : expected)
+            if (!found.contains(id) || found.at(id) != line)
+                text += "saved of " + id + "\n" + historyOf(id);
+        return text;
+    }
+
 private:
+    std::string historyOf(const std::string& id) const
+    {
+        std::string text;
+        for (const auto& [commit, edits] : _saves)
+            for (const auto& edit : edits)
+                if (std::ranges::find(edit, Json(id)) != edit.end())
+                    text += std::to_string(commit) + " " + edit.dump() + "\n";
+        return text;
+    }
+
     std::map<std::int64_t, Json> _saves;
 };
 
