@@ -8,6 +8,8 @@
 #include "platform/text/Dates.h"
 #include "platform/text/Escape.h"
 
+#include <fmt/format.h>
+
 namespace {
 
 using platform::Value;
@@ -92,6 +94,19 @@ Json cardJson(ZRRecord& record)
         groups.push_back(group->uniqueId());
     return Json{{"id", record.uniqueId()}, {"kind", std::string(record._table())}, {"name", name},
         {"properties", std::move(properties)}, {"groups", std::move(groups)}};
+}
+
+std::string nameAndId(ZRRecord& record)
+{
+    return fmt::format("{} ({})", displayName(record), record.uniqueId().substr(0, 8));
+}
+
+void printCardDone(const Options& options, std::string_view done, ZRRecord& record)
+{
+    if (options.json)
+        printJson(cardJson(record));
+    else
+        print(fmt::format("{} {}\n", done, nameAndId(record)));
 }
 
 std::string displayName(ZRRecord& record)

@@ -33,18 +33,6 @@ constexpr std::array internal = {zr::kZRUIDProperty, zr::kZRPersonFlags, zr::kZR
 constexpr std::array addressParts = {zr::kZRAddressStreetKey, zr::kZRAddressZIPKey, zr::kZRAddressCityKey,
     zr::kZRAddressStateKey, zr::kZRAddressCountryKey};
 
-std::vector<std::string> readableProperties(ZRRecord& record)
-{
-    auto names = ZRRecord::propertiesWithRoster(record.recordClass(), record.nts_Roster());
-    std::erase_if(
-        names, [](const std::string& name) { return std::ranges::find(internal, name) != internal.end(); });
-    const auto place = [](const std::string& name) {
-        return std::ranges::find(readingOrder, name) - readingOrder.begin();
-    };
-    std::ranges::sort(names, {}, [&](const std::string& name) { return std::pair(place(name), name); });
-    return names;
-}
-
 std::string onOneLine(std::string_view text)
 {
     std::string line;
@@ -79,10 +67,22 @@ void appendLines(std::string& text, std::string title, std::string_view value)
 
 } // namespace
 
+std::vector<std::string> readableProperties(const ZRRecordClass& recordClass, ZRRoster* roster)
+{
+    auto names = ZRRecord::propertiesWithRoster(recordClass, roster);
+    std::erase_if(
+        names, [](const std::string& name) { return std::ranges::find(internal, name) != internal.end(); });
+    const auto place = [](const std::string& name) {
+        return std::ranges::find(readingOrder, name) - readingOrder.begin();
+    };
+    std::ranges::sort(names, {}, [&](const std::string& name) { return std::pair(place(name), name); });
+    return names;
+}
+
 std::string cardText(ZRRecord& record)
 {
     std::string text = displayName(record) + "\n";
-    for (const auto& name : readableProperties(record)) {
+    for (const auto& name : readableProperties(record.recordClass(), record.nts_Roster())) {
         const Value value = record.valueForProperty(name);
         if (value.isNothing())
             continue;

@@ -34,6 +34,14 @@ struct Options {
     /// Of a smart group: whether it notes that its members change; that its changes were seen.
     std::optional<bool> tracks;
     bool seen = false;
+    /// Of a card: what is set and taken out.
+    std::vector<std::string> sets;
+    std::vector<std::string> unsets;
+    /// Of an export: where it goes, what is in it though the preferences say otherwise, whether all must be.
+    std::string output;
+    std::optional<bool> withNotes;
+    std::optional<bool> withPhotos;
+    bool strict = false;
     bool withSamples = false;
     bool plan = false;
     bool explain = false;
@@ -63,8 +71,14 @@ platform::Ref<ZRRoster> openRoster(const Options& options, bool withSamples = fa
 /// Writes the roster's changes to the disk; raises a Failure with status 3 when that is refused.
 void save(ZRRoster& roster);
 
+/// A JSON document as we print it, without the line end.
+std::string jsonText(const Json& json);
 /// Writes one JSON document with a line end to standard output.
 void printJson(const Json& json);
+/// Writes bytes to standard output as they are.
+void printBytes(std::string_view bytes);
+/// Writes all of it to a descriptor. Answers 0, or the system's error number.
+int writeAll(int descriptor, std::string_view bytes);
 /// Writes text for people; what would control their terminal is replaced.
 void print(std::string_view text);
 /// Writes as much of `text` as standard output takes at once, and takes it off. False when the reader has
@@ -80,6 +94,10 @@ int runImport(const Options&);
 int runList(const Options&);
 int runShow(const Options&);
 int runMe(const Options&);
+int runAdd(const Options&);
+int runEdit(const Options&);
+int runRemove(const Options&);
+int runExport(const Options&);
 int runSearch(const Options&);
 int runQuery(const Options&);
 int runGroupList(const Options&);

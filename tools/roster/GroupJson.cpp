@@ -51,8 +51,3 @@ void printChanged(const Options& options, std::string_view done, ZRGroup& group)
     else
         print(fmt::format("{} {}\n", done, nameAndId(group)));
 }
-
-std::string nameAndId(ZRRecord& record)
-{
-    return fmt::format("{} ({})", displayName(record), record.uniqueId().substr(0, 8));
-}

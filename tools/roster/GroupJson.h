@@ -11,5 +11,3 @@ Json groupJson(ZRGroup& group);
 std::string groupText(ZRGroup& group);
 /// What a command that changed a group prints: `done` and the group's name, or the group as JSON.
 void printChanged(const Options& options, std::string_view done, ZRGroup& group);
-/// "Friends (1A2B3C4D)".
-std::string nameAndId(ZRRecord& record);

@@ -18,6 +18,8 @@ namespace {
 
 /// A text this long names a record by its whole id.
 constexpr std::size_t kShortestId = 38;
+/// And by the start of its id, as lists print it.
+constexpr std::size_t kShortestIdPrefix = 8;
 
 /// ":\n  ID  name" for some of the candidates.
 template <class Records>
@@ -49,7 +51,7 @@ std::vector<Ref<ZRGroup>> groupsCalled(ZRRoster& roster, const std::string& text
         if (name == text)
             exact.push_back(group);
         else if (platform::foldCaseAndDiacritics(name) == folded
-            || (text.size() >= 8 && group->uniqueId().starts_with(text)))
+            || (text.size() >= kShortestIdPrefix && group->uniqueId().starts_with(text)))
             found.push_back(group);
     }
     return exact.empty() ? found : exact;
@@ -84,6 +86,37 @@ Ref<ZRPerson> personNamed(ZRRoster& roster, const std::string& text)
     if (!person)
         throw Failure(exitStatus::refused, fmt::format("'{}' is no person", text));
     return person;
+}
+
+Ref<ZRPerson> personCalled(ZRRoster& roster, const std::string& text)
+{
+    if (text.size() >= kShortestId && roster.recordForUniqueId(text))
+        return personNamed(roster, text);
+    const std::string folded = platform::foldCaseAndDiacritics(text), id = platform::foldCase(text);
+    const auto found = roster.peopleMatchingText(text);
+    ZRRecordList called;
+    for (const auto& record : found)
+        if (platform::foldCaseAndDiacritics(displayName(*record)) == folded
+            || (text.size() >= kShortestIdPrefix && platform::foldCase(record->uniqueId()).starts_with(id)))
+            called.push_back(record);
+    if (called.empty())
+        throw Failure(exitStatus::refused,
+            fmt::format("no card is called '{}'{}", text,
+                found.empty() ? "" : "; it is in the cards" + candidates(found)));
+    if (called.size() > 1)
+        throw Failure(exitStatus::refused,
+            fmt::format(
+                "{} cards are called '{}'; say which by its id{}", called.size(), text, candidates(called)));
+    return platform::refCast<ZRPerson>(called.front());
+}
+
+void requireWritable(ZRPerson& person)
+{
+    if (person.isReadOnly())
+        throw Failure(exitStatus::refused,
+            fmt::format(
+                "'{}' cannot be changed here: it belongs to somebody else, or the roster is read-only",
+                displayName(person)));
 }
 
 std::vector<Ref<ZRGroup>> groupsByName(ZRRoster& roster, GroupKind kind)

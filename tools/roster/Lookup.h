@@ -11,6 +11,12 @@ class ZRPerson;
 platform::Ref<ZRRecord> recordNamed(ZRRoster& roster, const std::string& text);
 /// The same, of a person.
 platform::Ref<ZRPerson> personNamed(ZRRoster& roster, const std::string& text);
+/// The one person that has that id, an id that begins so (8 characters at least), or just that name, in any
+/// case and with any accents: for what cannot be taken back. Anything else raises a Failure that names the
+/// candidates.
+platform::Ref<ZRPerson> personCalled(ZRRoster& roster, const std::string& text);
+/// Raises a Failure for a card that its source alone may change.
+void requireWritable(ZRPerson& person);
 
 enum class GroupKind { any, ordinary, smart };
 

@@ -10,42 +10,40 @@
 
 namespace {
 
-/// Answers 0, or the system's error number.
-int writeAll(int descriptor, std::string_view text)
-{
-    while (!text.empty()) {
-        const ssize_t count = ::write(descriptor, text.data(), text.size());
-        if (count < 0 && errno != EINTR)
-            return errno;
-        text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
-    }
-    return 0;
-}
-
 [[noreturn]] void failToWrite(int code)
 {
     throw Failure(
         exitStatus::refused, std::string("cannot write to standard output: ") + std::strerror(code));
 }
 
-/// A reader that has gone, as `head` does, is no failure to talk about.
-void writeOut(std::string_view text)
+} // namespace
+
+int writeAll(int descriptor, std::string_view bytes)
 {
-    const int code = writeAll(STDOUT_FILENO, text);
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR)
+            return errno;
+        bytes.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
+    }
+    return 0;
+}
+
+// A reader that has gone, as `head` does, is no failure to talk about.
+void printBytes(std::string_view bytes)
+{
+    const int code = writeAll(STDOUT_FILENO, bytes);
     if (code == EPIPE)
         throw Failure(exitStatus::refused, "");
     if (code != 0)
         failToWrite(code);
 }
 
-} // namespace
+std::string jsonText(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace); }
 
-void printJson(const Json& json)
-{
-    writeOut(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-}
+void printJson(const Json& json) { printBytes(jsonText(json) + "\n"); }
 
-void print(std::string_view text) { writeOut(printable(text)); }
+void print(std::string_view text) { printBytes(printable(text)); }
 
 bool writeSome(std::string& text)
 {

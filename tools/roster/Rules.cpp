@@ -2,6 +2,7 @@
 #include "Rules.h"
 
 #include "Lookup.h"
+#include "Subject.h"
 
 #include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
@@ -16,7 +17,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <ranges>
 
@@ -74,9 +74,11 @@ constexpr std::array units{Unit{"second", 1}, Unit{"day", 86400}, Unit{"week", 6
 constexpr std::string_view wholeCard = "Card";
 constexpr std::string_view anyGroup = "any";
 
+std::string placeOf(const std::string& rule) { return fmt::format("--where '{}'", rule); }
+
 [[noreturn]] void refuse(const std::string& rule, std::string_view why)
 {
-    throw Failure(exitStatus::usage, fmt::format("--where '{}': {}", rule, why));
+    throw Failure(exitStatus::usage, fmt::format("{}: {}", placeOf(rule), why));
 }
 
 /// A rule in its pieces, as texts.
@@ -119,85 +121,20 @@ Pieces piecesOf(const std::string& rule)
     refuse(rule, "wants PROPERTY OPERATOR VALUE; see roster search --help");
 }
 
-/// What a subject names.
-struct Subject {
-    std::string property;
-    std::string key;
-    std::string label;
-    ZRPropertyType type = kZRPropertyTypeUnknown;
-};
-
-/// The property that has that name, or is called so in the user's language, in any case.
-std::string propertyCalled(ZRRoster& roster, const std::string& name)
-{
-    const auto properties = ZRRecord::propertiesWithRoster(ZRPerson::recordClassDescription, &roster);
-    const std::string folded = platform::foldCase(name);
-    for (const auto& property : properties)
-        if (platform::foldCase(property) == folded
-            || platform::foldCase(ZRLocalizedPropertyOrLabel(property)) == folded)
-            return property;
-    return {};
-}
-
-std::string labelCalled(const std::string& property, const std::string& name)
-{
-    const std::string folded = platform::foldCase(name);
-    for (const auto& label : builtInLabelsForProperty(property))
-        if (platform::foldCase(ZRLocalizedPropertyOrLabel(label)) == folded
-            || platform::foldCase(ZREnglishLocalizedPropertyOrLabel(label)) == folded)
-            return label;
-    return name;
-}
-
-Subject subjectOf(ZRRoster& roster, const std::string& rule, const std::string& text)
-{
-    const auto semicolon = std::min(text.find(';'), text.size());
-    const std::string name = text.substr(0, semicolon);
-    Subject subject{propertyCalled(roster, name), {}, {}};
-    if (const auto dot = name.rfind('.'); subject.property.empty() && dot != std::string::npos) {
-        subject.property = propertyCalled(roster, name.substr(0, dot));
-        subject.key = name.substr(dot + 1);
-    }
-    if (subject.property.empty())
-        refuse(rule, fmt::format("people have no property '{}'", name));
-    if (semicolon < text.size())
-        subject.label = labelCalled(subject.property, text.substr(semicolon + 1));
-    subject.type = roster.typeOfProperty(subject.property, zr::kZRPersonRecordType);
-    return subject;
-}
-
-template <class Number>
-Value numberOf(const std::string& rule, const std::string& text)
-{
-    Number number{};
-    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (text.empty() || end.ec != std::errc() || end.ptr != text.data() + text.size())
-        refuse(rule, fmt::format("'{}' is no number", text));
-    return Value(number);
-}
-
-Value dayOf(const std::string& rule, const std::string& text)
-{
-    const auto day = platform::readDay(text);
-    const auto noon = day ? platform::noonOf(*day) : std::nullopt;
-    if (!noon)
-        refuse(rule, fmt::format("'{}' is no day; write one as 1970-05-01", text));
-    return Value(*noon);
-}
-
 /// "7 days", "1 week" or seconds.
 Value intervalOf(const std::string& rule, const std::string& text)
 {
     const auto blank = text.find(' ');
     if (blank == std::string::npos)
-        return numberOf<double>(rule, text);
+        return valueOfText(kZRPropertyTypeReal, text, placeOf(rule));
     std::string word(trimmed(std::string_view(text).substr(blank)));
     if (word.ends_with('s'))
         word.pop_back();
     const auto* const unit = std::ranges::find(units, word, &Unit::word);
     if (unit == units.end())
         refuse(rule, fmt::format("'{}' is no interval; write one as 7 days", text));
-    return Value(numberOf<double>(rule, text.substr(0, blank)).asReal() * unit->seconds);
+    return Value(
+        valueOfText(kZRPropertyTypeReal, text.substr(0, blank), placeOf(rule)).asReal() * unit->seconds);
 }
 
 bool isInterval(ZRSearchComparison comparison)
@@ -210,16 +147,10 @@ Value valueOf(
 {
     if (isInterval(comparison))
         return intervalOf(rule, text);
-    switch (zrBaseType(subject.type)) {
-    case kZRPropertyTypeInteger:
-        return numberOf<std::int64_t>(rule, text);
-    case kZRPropertyTypeReal:
-        return numberOf<double>(rule, text);
-    case kZRPropertyTypeDate:
-        return dayOf(rule, text);
-    default:
-        return Value(text);
-    }
+    const auto type = zrBaseType(subject.type);
+    const bool isTyped =
+        type == kZRPropertyTypeInteger || type == kZRPropertyTypeReal || type == kZRPropertyTypeDate;
+    return valueOfText(isTyped ? type : ZRPropertyType{kZRPropertyTypeString}, text, placeOf(rule));
 }
 
 Ref<ZRSearchElement> match(
@@ -302,7 +233,7 @@ Ref<ZRSearchElement> elementOfRule(ZRRoster& roster, const std::string& rule)
         const bool isPresent = pieces.value == "present";
         if (!isPresent && pieces.value != "absent")
             refuse(rule, "behind 'is' stands absent or present; for values write =");
-        const Subject subject = subjectOf(roster, rule, pieces.subject);
+        const Subject subject = subjectOf(roster, pieces.subject, placeOf(rule));
         return match(subject.property, subject, {}, isPresent ? kZRNotEqual : kZREqual);
     }
     const auto comparison = std::ranges::find(operators, pieces.word, &Operator::word)->comparison;
@@ -311,7 +242,7 @@ Ref<ZRSearchElement> elementOfRule(ZRRoster& roster, const std::string& rule)
     if (comparison == kZRMemberOfGroup || comparison == kZRNotMemberOfGroup)
         refuse(rule, "only Group is asked so");
     if (pieces.subject != wholeCard) {
-        const Subject subject = subjectOf(roster, rule, pieces.subject);
+        const Subject subject = subjectOf(roster, pieces.subject, placeOf(rule));
         return match(subject.property, subject, valueOf(rule, subject, comparison, pieces.value), comparison);
     }
     if (comparison != kZRContainsSubStringCaseInsensitive

@@ -5,6 +5,7 @@
 #include "core/ZRFailure.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include <csignal>
 #include <exception>
@@ -30,6 +31,32 @@ part of an address ("Address.City") and a label ("Email;work") where wanted; "Ca
 "2 weeks", "1 month", "1 year", or seconds) or a group by name or id ("any" for any group), in double quotes
 where it begins or ends with a blank. Operators:
 )";
+
+constexpr char changeHelp[] =
+    R"(Property is a name as "roster show --json" prints it, in any case. Behind a semicolon stands a label, one of
+the property's own ("home", "work", "mobile") or one of yours; without one the primary entry is meant. Dates
+are days, as 1970-05-01.
+  --set First=Ana                    a single value
+  --set 'Email;home=a@b.c'           the first entry of that label; one is added where there is none
+  --set 'Email;home+=a@b.c'          one more entry of that label
+  --set 'Address.City;home=Porto'    a part: Street, City, State, ZIP, Country, CountryCode
+  --unset Nickname                   the value, or all entries
+  --unset 'Email;home'               the entries of that label
+  --unset 'Email;home=a@b.c'         the entry with that value
+  --unset 'Address.State;home'       a part
+Without these the card is edited as text, a vCard, in $VISUAL or $EDITOR: what differs then is applied, and
+nothing else. An unchanged text changes nothing; one that cannot be read is kept in a file that is named.)";
+
+constexpr char exportHelp[] =
+    R"(Without these flags the preferences ZRIncludeNotesInVCard and ZRIncludePhotosInVCard decide, as for every
+vCard; JSON and CSV hold notes unless --no-notes. Standard error names what was held back, and what the form
+has no place for. JSON is what "roster list --json" prints.
+
+CSV (RFC 4180, UTF-8) has a line of titles: Id, then the properties as "roster show --json" names them, in the
+order of a card, custom ones last, ZRPersonFlags and the groups behind them. Properties with several entries
+have numbered columns, as many as any of the cards needs and one at least: "Email 1 Label", "Email 1 Value";
+"Address 1 Label", then its Street, City, State, ZIP, Country and CountryCode; "Group 1". Labels are English
+words or your own; days are written 1970-05-01.)";
 
 struct CommandLine {
     CLI::App app{"Keeps people: a contact store for the desktop", "roster"};
@@ -110,8 +137,51 @@ struct CommandLine {
         import->add_flag("--plan", options.plan, "Write nothing; print what would happen");
         import->add_flag("--explain", options.explain, "With --plan: print the cards as prepared");
 
+        addChanging();
+        addExport();
+
         CLI::App* me = add("me", "Show the card of the user, or choose it", runMe);
         me->add_option("ID", options.words, "The unique id of a card, or text that finds one");
+    }
+
+    void addChanging()
+    {
+        CLI::App* make = add("add", "Make a card", runAdd);
+        CLI::App* edit = add("edit", "Change a card", runEdit);
+        edit->add_option("ID|TEXT", options.words, "A unique id, or text in the card")->required();
+        for (CLI::App* changing : {make, edit}) {
+            changing->add_option("--set", options.sets, "Set a value, as below; may be repeated")
+                ->type_name("PROPERTY=VALUE")
+                ->allow_extra_args(false);
+            changing->footer(changeHelp);
+        }
+        edit->add_option("--unset", options.unsets, "Take something out, before anything is set")
+            ->type_name("PROPERTY")
+            ->allow_extra_args(false);
+        CLI::App* remove = add("remove", "Remove cards: all that are named, or none", runRemove);
+        remove->add_option("ID|NAME", options.words, "Cards, by unique id or by their name")->required();
+    }
+
+    void addExport()
+    {
+        CLI::App* sub = add("export", "Write cards for other programs", runExport);
+        sub->add_option("QUERY", options.words, "Text somewhere in the card, or an id; everybody without");
+        sub->add_option("--format", options.format, "The form")
+            ->check(CLI::IsMember({"vcard3", "vcard21", "json", "csv"}))
+            ->default_str("vcard3");
+        sub->add_option("--group", options.group, "Those of this group, smart or not")->type_name("NAME");
+        sub->add_option("-o,--output", options.output, "The file, in place of standard output")
+            ->type_name("FILE");
+        for (const auto& [name, what, option] :
+            {std::tuple{"photos", "pictures", &options.withPhotos}, {"notes", "notes", &options.withNotes}}) {
+            sub->add_flag_callback(
+                fmt::format("--with-{}", name), [option] { *option = true; }, fmt::format("Write {}", what));
+            sub->add_flag_callback(
+                fmt::format("--no-{}", name), [option] { *option = false; },
+                fmt::format("Hold {} back", what));
+        }
+        sub->add_flag("--strict", options.strict, "Write nothing when the form cannot hold everything");
+        sub->footer(exportHelp);
     }
 
     void addReading()
