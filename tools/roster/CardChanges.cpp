@@ -115,13 +115,20 @@ void store(ZRPerson& person, const std::string& property, const ZRMutableMultiVa
     person.setValue(entries.count() > 0 ? Value(entries.copy()) : Value(), property);
 }
 
+/// Labels of one's own are known in any case.
+bool isCalled(const std::string& label, const std::string& name)
+{
+    return label == name || platform::foldCase(label) == platform::foldCase(name);
+}
+
 /// The first entry that is meant: of the label, or the primary one without.
 ZRIndex entryMeant(const ZRMultiValue& entries, const std::string& label)
 {
     if (label.empty())
         return entries.count() > 0 ? entries.primaryIndex() : kZRNotFound;
     const auto& labels = entries._allLabels();
-    const auto at = std::ranges::find(labels, label);
+    const auto at =
+        std::ranges::find_if(labels, [&](const std::string& held) { return isCalled(held, label); });
     return at == labels.end() ? kZRNotFound : at - labels.begin();
 }
 
@@ -258,7 +265,7 @@ void unsetEntries(const Change& change, ZRPerson& person)
     const auto entries = entriesOf(person, property);
     const ZRIndex before = entries->count();
     for (ZRIndex at = before; at-- > 0;)
-        if ((label.empty() || entries->labelAtIndex(at) == label)
+        if ((label.empty() || isCalled(entries->labelAtIndex(at), label))
             && (!change.value || meansValue(entries->valueAtIndex(at), named)))
             entries->removeValueAndLabelAtIndex(at);
     if (entries->count() == before)

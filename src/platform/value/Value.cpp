@@ -146,7 +146,8 @@ const Value& Value::operator[](std::string_view key) const
     return dictionary ? (*dictionary)[key] : absentValue;
 }
 
-bool operator==(const Value& a, const Value& b)
+// A friend is no part of its exported class.
+PLATFORM_EXPORT bool operator==(const Value& a, const Value& b)
 {
     if (a.isNumber() && b.isNumber())
         return equalNumbers(a, b);
