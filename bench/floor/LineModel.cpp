@@ -1,4 +1,4 @@
-// How cards are split into lines, without knowing what they mean.
+// How cards are split into lines and put together from them, without knowing what they mean.
 #include "floor/LineModel.h"
 
 #include <algorithm>
@@ -86,6 +86,36 @@ bool splitLine(std::string_view line, CardLine& out)
     return true;
 }
 
+constexpr std::size_t kLineWidth = 75;
+
+void appendEscaped(std::string& to, std::string_view text)
+{
+    for (const char c : text) {
+        if (c == '\n') {
+            to += "\\n";
+            continue;
+        }
+        if (c == ',')
+            to += '\\';
+        to += c;
+    }
+}
+
+/// Cuts between characters; a blank begins each line that goes on.
+void appendFolded(std::string& to, std::string_view line)
+{
+    std::size_t room = kLineWidth;
+    while (line.size() > room) {
+        std::size_t cut = room;
+        while (cut > 0 && (static_cast<unsigned char>(line[cut]) & 0xc0) == 0x80)
+            --cut;
+        to.append(line.substr(0, cut)).append("\r\n ");
+        line.remove_prefix(cut);
+        room = kLineWidth - 1;
+    }
+    to.append(line).append("\r\n");
+}
+
 } // namespace
 
 std::vector<LineCard> readLineModel(std::string_view bytes)
@@ -103,6 +133,27 @@ std::vector<LineCard> readLineModel(std::string_view bytes)
             cards.back().lines.push_back(std::move(read));
     }
     return cards;
+}
+
+std::string writeLineModel(const std::vector<LineCard>& cards)
+{
+    std::string text, line;
+    for (const LineCard& card : cards) {
+        text += "BEGIN:VCARD\r\n";
+        for (const CardLine& written : card.lines) {
+            line = written.group;
+            if (!line.empty())
+                line += '.';
+            line += written.name;
+            for (const auto& [name, value] : written.parameters)
+                line.append(";").append(name).append("=").append(value);
+            line += ':';
+            appendEscaped(line, written.value);
+            appendFolded(text, line);
+        }
+        text += "END:VCARD\r\n";
+    }
+    return text;
 }
 
 } // namespace bench

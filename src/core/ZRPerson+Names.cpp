@@ -129,11 +129,12 @@ std::string ZRPerson::nts_realCompositeNameIncludingAuxiliaryElements(bool auxil
     if (auxiliary)
         if (const Value cached = nts_ValueInTemporaryCacheForProperty(compositeNameKey); cached.isString())
             return std::string(cached.asText());
+    const bool isCompany = nts__isCompany();
     std::string name;
-    if (nts__isCompany())
+    if (isCompany)
         name = text(*this, kZROrganizationProperty);
     if (name.empty())
-        name = nts__fullNameIncludingAuxiliaryElements(nts__isCompany() || auxiliary);
+        name = nts__fullNameIncludingAuxiliaryElements(isCompany || auxiliary);
     if (name.empty())
         name = nts_AlternateName();
     if (auxiliary)

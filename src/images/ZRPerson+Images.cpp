@@ -82,15 +82,15 @@ Value ZRPerson::imageDataOfKind(std::string_view kind) const
     bool isMe = false;
     const Value pending = locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
         path = nts_PathForUIDTaggedImageOfKind(kind);
-        isMe = kind == zr::kZRImageProperty && nts_Roster()->nts_IsMe(*this);
+        isMe = kind == zr::kZRImageProperty && ZRServices::registered().userPicture
+            && nts_Roster()->nts_IsMe(*this);
         return nts_Roster()->nts_PendingPicture(nts_UniqueId(), kind);
     });
     if (!pending.isAbsent())
         return pending;
     if (isMe)
-        if (const auto& userPicture = ZRServices::registered().userPicture)
-            if (Value picture = userPicture(); !picture.isNothing())
-                return picture;
+        if (Value picture = ZRServices::registered().userPicture(); !picture.isNothing())
+            return picture;
     return contentsOf(path);
 }
 

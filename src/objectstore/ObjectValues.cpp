@@ -218,8 +218,22 @@ FieldValue StoreObject::fieldOrLazy(const Slot& slot)
     return field(slot);
 }
 
+namespace {
+
+/// Whether the slot says what its column says.
+bool isPlainColumn(const Slot& slot)
+{
+    return slot.kind == SlotKind::attribute && slot.hasColumn() && !slot.lazy;
+}
+
+} // namespace
+
+// Most objects have no unsaved changes: their row answers, without the detour of a field.
+
 std::string_view StoreObject::text(const Slot& slot)
 {
+    if (_row && !_overlay && isPlainColumn(slot))
+        return _row->kind(slot.field) == FieldKind::text ? _row->bytes(slot.field) : std::string_view();
     const FieldValue found = fieldOrLazy(slot);
     return found.kind == FieldKind::text ? found.bytes : std::string_view();
 }
@@ -246,6 +260,8 @@ bool StoreObject::boolean(const Slot& slot) { return real(slot) != 0; }
 
 bool StoreObject::isAbsent(const Slot& slot)
 {
+    if (_row && !_overlay && isPlainColumn(slot))
+        return _row->isAbsent(slot.field);
     if (slot.kind == SlotKind::attribute && slot.hasColumn())
         return fieldOrLazy(slot).kind == FieldKind::absent;
     if (slot.kind == SlotKind::toOne)

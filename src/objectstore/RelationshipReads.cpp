@@ -209,6 +209,8 @@ ObjectList ContextState::far(StoreObject& object, const Slot& slot)
     RelationshipCache& cache = ObjectAccess::makeCaches(object).of(slot);
     if (!cache.isLoaded || (!slot.holdsParts && cache.epoch != linkEpoch))
         load(object, slot, cache);
+    if (slot.holdsParts && cache.parts.empty() && cache.addedParts.empty())
+        return {};
     ObjectList found = slot.holdsParts ? farParts(object, slot, cache)
         : slot.isThroughInverse()      ? farByInverse(*this, object, slot, cache)
                                        : farByLinks(*this, object, slot, cache);

@@ -7,17 +7,39 @@
 #include "store/ZROSRecord.h"
 #include "store/ZRRoster.h"
 
+#include <unordered_map>
+
 using objectstore::Entity;
 using objectstore::ObjectRef;
 using objectstore::StoreObject;
 using platform::Ref;
 using platform::Value;
 
+namespace {
+
+/// By entity and property: every read of a property asks.
+using PlacesByName = std::unordered_map<std::string_view, const ZRPropertyPlace*>;
+
+std::unordered_map<const Entity*, PlacesByName> indexAllPlaces()
+{
+    std::unordered_map<const Entity*, PlacesByName> all;
+    for (const auto& model : {rosterModel(), mailRecentsModel()})
+        for (const Entity* entity : model->entities())
+            for (const auto& [property, place] : zrPropertiesOf(*entity))
+                all[entity].emplace(property, &place);
+    return all;
+}
+
+} // namespace
+
 const ZRPropertyPlace* ZROSRecord::keyForProperty(std::string_view property, const Entity& entity)
 {
-    const auto& places = zrPropertiesOf(entity);
-    const auto at = places.find(property);
-    return at == places.end() ? nullptr : &at->second;
+    static const auto* const all = new auto(indexAllPlaces());
+    const auto places = all->find(&entity);
+    if (places == all->end())
+        return nullptr;
+    const auto at = places->second.find(property);
+    return at == places->second.end() ? nullptr : at->second;
 }
 
 std::string_view ZROSRecord::propertyForKey(std::string_view key, const Entity& entity)

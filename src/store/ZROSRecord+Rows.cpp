@@ -44,6 +44,8 @@ ObjectList ZROSRecord::propertyValuesWithKey(const Slot& key) { return objects(k
 ObjectList ZROSRecord::sortedPropertyValuesWithKey(const Slot& key)
 {
     ObjectList rows = propertyValuesWithKey(key);
+    if (rows.size() < 2)
+        return rows;
     const Slot& order = *key.destination->slot("orderingIndex");
     std::ranges::stable_sort(rows, {}, [&](const ObjectRef& row) { return row->integer(order); });
     return rows;

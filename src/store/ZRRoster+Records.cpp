@@ -210,6 +210,21 @@ ZRRecordList ZRRoster::peopleMatchingText(std::string_view text)
     });
 }
 
+namespace {
+
+/// What whoever writes a card out reads of it.
+const std::vector<std::string>& partsAndGroups()
+{
+    static const auto* const paths = [] {
+        auto* names = new auto(ZROSContact::prefetchRelationshipKeyPaths());
+        names->emplace_back("parentGroups");
+        return names;
+    }();
+    return *paths;
+}
+
+} // namespace
+
 void ZRRoster::prefetchDataForRecords(const ZRRecordList& records)
 {
     locked(*this, ZRAccess::read, [&]() ZR_NTS {
@@ -218,7 +233,7 @@ void ZRRoster::prefetchDataForRecords(const ZRRecordList& records)
             if (auto* contact = dynamic_cast<ZROSContact*>(record->zrDatabaseImpl()))
                 contacts.emplace_back(contact);
         if (!contacts.empty())
-            managedObjectContext()->preheatContacts(contacts);
+            managedObjectContext()->preheatContacts(contacts, partsAndGroups());
         for (const auto& contact : contacts)
             static_cast<ZROSContact&>(*contact).partsWereRead();
     });

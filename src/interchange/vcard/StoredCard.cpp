@@ -73,6 +73,32 @@ const EntryKeys* EntryKeys::of(std::string_view property)
     return at == all->end() ? nullptr : &at->second;
 }
 
+EntryLines::EntryLines()
+    : emails(*EntryKeys::of(zr::kZREmailProperty))
+    , phones(*EntryKeys::of(zr::kZRPhoneProperty))
+    , addresses(*EntryKeys::of(zr::kZRAddressProperty))
+{
+    const auto add = [](std::vector<EntryLine>& lines, std::string_view name, std::string_view property) {
+        lines.push_back({name, *EntryKeys::of(property)});
+    };
+    add(links, "URL", zr::kZRURLsProperty);
+    add(links, "CALURI", zr::kZRCalendarURIsProperty);
+    add(messaging, "X-AIM", zr::kZRAIMInstantProperty);
+    add(messaging, "X-JABBER", zr::kZRJabberInstantProperty);
+    add(messaging, "X-MSN", zr::kZRMSNInstantProperty);
+    add(messaging, "X-YAHOO", zr::kZRYahooInstantProperty);
+    add(messaging, "X-YAHOO-ID", zr::kZRYahooInstantProperty);
+    add(messaging, "X-ICQ", zr::kZRICQInstantProperty);
+    add(others, "X-ZRDATE", zr::kZROtherDatesProperty);
+    add(others, "X-ZRRELATEDNAMES", zr::kZRRelatedNamesProperty);
+}
+
+const EntryLines& EntryLines::shared()
+{
+    static const auto* const lines = new EntryLines;
+    return *lines;
+}
+
 std::string_view Entry::value(std::string& scratch) const
 {
     if (keys.value->type != AttributeType::date)

@@ -30,6 +30,21 @@ struct EntryKeys {
     static const EntryKeys* of(std::string_view property);
 };
 
+/// The lines for entries of one property.
+struct EntryLine {
+    std::string_view name;
+    const EntryKeys& keys;
+};
+
+/// The properties of a person that have lines for their entries, in the order of the lines.
+struct EntryLines {
+    EntryLines();
+    static const EntryLines& shared();
+
+    const EntryKeys &emails, &phones, &addresses;
+    std::vector<EntryLine> links, messaging, others;
+};
+
 /// One entry of a multi-value. Its texts hold until something else is read.
 struct Entry {
     const EntryKeys& keys;

@@ -4,8 +4,7 @@
 #include "platform/text/Dates.h"
 #include "platform/text/Utf.h"
 
-#include <fmt/format.h>
-
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
@@ -25,8 +24,34 @@ constexpr auto kIsEscaped = [] {
 constexpr double kCalendarDays = 32000 * 365.0;
 constexpr double kSecondsOfDay = 86400;
 
+void appendNumber(std::string& to, unsigned number, std::size_t width)
+{
+    const std::string digits = std::to_string(number);
+    to.append(width - std::min(width, digits.size()), '0').append(digits);
+}
+
 constexpr std::size_t kCodesOfLine = 76;
+constexpr std::size_t kBytesOfLine = kCodesOfLine / 4 * 3;
 constexpr std::string_view kLineBreak = "\n  ";
+constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr std::string_view kDigitsWithoutSlash =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+,";
+
+/// Four codes for each three bytes, the last ones padded.
+void appendCodes(std::string& to, std::string_view bytes, std::string_view digits, char padChar)
+{
+    const std::size_t begin = to.size();
+    to.resize(begin + (bytes.size() + 2) / 3 * 4);
+    char* out = to.data() + begin;
+    for (std::size_t at = 0; at < bytes.size(); at += 3) {
+        const std::size_t taken = std::min<std::size_t>(bytes.size() - at, 3);
+        std::uint32_t bits = 0;
+        for (std::size_t byte = 0; byte < taken; ++byte)
+            bits |= std::uint32_t(static_cast<unsigned char>(bytes[at + byte])) << (16 - 8 * byte);
+        for (std::size_t digit = 0; digit < 4; ++digit)
+            *out++ = digit <= taken ? digits[bits >> (18 - 6 * digit) & 0x3F] : padChar;
+    }
+}
 
 } // namespace
 
@@ -52,18 +77,18 @@ std::optional<std::string_view> zrEscapeStringForUnichar(char character, char ne
 
 void zrAppendKoshified(std::string& to, std::string_view text)
 {
-    std::size_t from = 0, at = 0;
-    while (at < text.size()) {
-        if (!kIsEscaped[static_cast<unsigned char>(text[at])]) {
+    const char *from = text.data(), *const end = from + text.size();
+    for (const char* at = from; at != end;) {
+        if (!kIsEscaped[static_cast<unsigned char>(*at)]) {
             ++at;
             continue;
         }
-        to.append(text, from, at - from);
+        to.append(from, static_cast<std::size_t>(at - from));
         std::size_t advance = 0;
-        to.append(*zrEscapeStringForUnichar(text[at], at + 1 < text.size() ? text[at + 1] : '\0', advance));
+        to.append(*zrEscapeStringForUnichar(*at, at + 1 != end ? at[1] : '\0', advance));
         from = at += advance;
     }
-    to.append(text, from);
+    to.append(from, static_cast<std::size_t>(end - from));
 }
 
 std::string zrVCardKoshify(std::string_view text)
@@ -87,26 +112,19 @@ std::optional<std::string> zrVCardDataRepresenation(std::string_view text)
 
 std::string zrEncodeBase64Data(std::string_view bytes, bool breakLines, bool allowSlash, char padChar)
 {
-    std::string digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    if (!allowSlash)
-        digits.back() = ',';
+    const std::string_view digits = allowSlash ? kDigits : kDigitsWithoutSlash;
     const std::size_t codes = (bytes.size() + 2) / 3 * 4;
     std::string text;
     text.reserve(codes + (codes / kCodesOfLine + 1) * kLineBreak.size());
     if (breakLines)
         text += kLineBreak.substr(1);
-    std::size_t ofLine = 0;
-    for (std::size_t at = 0; at < bytes.size(); at += 3) {
-        const std::size_t taken = std::min<std::size_t>(bytes.size() - at, 3);
-        std::uint32_t bits = 0;
-        for (std::size_t byte = 0; byte < 3; ++byte)
-            bits = bits << 8 | (byte < taken ? static_cast<unsigned char>(bytes[at + byte]) : 0);
-        for (std::size_t digit = 0; digit < 4; ++digit)
-            text += digit <= taken ? digits[bits >> (18 - 6 * digit) & 0x3F] : padChar;
-        if (breakLines && (ofLine += 4) == kCodesOfLine) {
+    const std::size_t wholeLine = breakLines ? kBytesOfLine : bytes.size();
+    while (!bytes.empty()) {
+        const std::string_view line = bytes.substr(0, wholeLine);
+        appendCodes(text, line, digits, padChar);
+        if (breakLines && line.size() > kBytesOfLine - 3)
             text += kLineBreak;
-            ofLine = 0;
-        }
+        bytes.remove_prefix(line.size());
     }
     return text;
 }
@@ -118,8 +136,13 @@ std::string zrISO8061StringFromStoredDay(double seconds)
         return {};
     const std::chrono::year_month_day day{
         std::chrono::sys_days(std::chrono::days(static_cast<std::int32_t>(days)))};
-    return fmt::format("{:04}-{:02}-{:02}", std::abs(static_cast<int>(day.year())),
-        static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()));
+    std::string text;
+    appendNumber(text, static_cast<unsigned>(std::abs(static_cast<int>(day.year()))), 4);
+    text += '-';
+    appendNumber(text, static_cast<unsigned>(day.month()), 2);
+    text += '-';
+    appendNumber(text, static_cast<unsigned>(day.day()), 2);
+    return text;
 }
 
 std::string ISO8061StringFromDate(platform::Date date)

@@ -1,5 +1,4 @@
 // A person as vCard 2.1, which knows neither groups nor labels of one's own.
-#include "core/ZRConstants.h"
 #include "interchange/vcard/VCardCharsets.h"
 #include "interchange/vcard/VCardText.h"
 #include "interchange/vcard/ZRPersonVCardAdditions.h"
@@ -7,20 +6,9 @@
 
 using vcard::Entry;
 using vcard::EntryKeys;
+using vcard::EntryLine;
+using vcard::EntryLines;
 using Writer = ZRPersonVCardAdditions;
-
-namespace {
-
-struct GenericLine {
-    std::string_view property, name;
-};
-constexpr GenericLine kBehindBirthday[] = {{zr::kZRAIMInstantProperty, "X-AIM"},
-    {zr::kZRJabberInstantProperty, "X-JABBER"}, {zr::kZRMSNInstantProperty, "X-MSN"},
-    {zr::kZRYahooInstantProperty, "X-YAHOO"}, {zr::kZRYahooInstantProperty, "X-YAHOO-ID"},
-    {zr::kZRICQInstantProperty, "X-ICQ"}, {zr::kZROtherDatesProperty, "X-ZRDATE"},
-    {zr::kZRRelatedNamesProperty, "X-ZRRELATEDNAMES"}};
-
-} // namespace
 
 void Writer::writeVersion21(ZRVCardOptions options, std::string_view charset)
 {
@@ -31,10 +19,11 @@ void Writer::writeVersion21(ZRVCardOptions options, std::string_view charset)
     writeAddresses21();
     if (options & kZRVCardWithNote)
         line21("NOTE", _card.note().asText());
-    propertyLineForGenericABProperty21(zr::kZRURLsProperty, "URL", charset);
+    const auto& lines = EntryLines::shared();
+    writeGeneric21({&lines.links.front(), 1});
     writeBirthday();
-    for (const GenericLine& line : kBehindBirthday)
-        propertyLineForGenericABProperty21(line.property, line.name, charset);
+    writeGeneric21(lines.messaging);
+    writeGeneric21(lines.others);
     std::string categories;
     writeCategories(categories);
     zrAppendString(_to, categories);
@@ -81,17 +70,17 @@ void Writer::writeEntries21()
             head.append(";").append(key);
         encodedLine(head, zrVCardKoshify(entry.value(_scratch)));
     };
-    _card.forEachEntry(*EntryKeys::of(zr::kZREmailProperty), [&](const Entry& entry) {
+    _card.forEachEntry(EntryLines::shared().emails, [&](const Entry& entry) {
         const std::string_view key = _vCardKeyForEmailLabel(entry.label());
         write("EMAIL;INTERNET", key.empty() ? Keys() : Keys(&key, 1), entry);
     });
-    _card.forEachEntry(*EntryKeys::of(zr::kZRPhoneProperty),
+    _card.forEachEntry(EntryLines::shared().phones,
         [&](const Entry& entry) { write("TEL", _vCardKeysForPhoneLabel(entry.label()), entry); });
 }
 
 void Writer::writeAddresses21()
 {
-    _card.forEachEntry(*EntryKeys::of(zr::kZRAddressProperty), [&](const Entry& entry) {
+    _card.forEachEntry(EntryLines::shared().addresses, [&](const Entry& entry) {
         const std::string_view key = _vCardKeyForAddressLabel(entry.label(), false);
         std::string head = "ADR", value;
         if (!key.empty())
@@ -104,19 +93,30 @@ void Writer::writeAddresses21()
 void Writer::propertyLineForGenericABProperty21(
     std::string_view property, std::string_view vCardProperty, std::string_view charset)
 {
-    const EntryKeys* const keys = EntryKeys::of(property);
-    if (!keys || !keys->value)
-        return;
-    _card.forEachEntry(*keys, [&](const Entry& entry) {
-        _to += vCardProperty;
+    _charset = charset;
+    if (const EntryKeys* const keys = EntryKeys::of(property); keys && keys->value)
+        writeGeneric21(vCardProperty, *keys);
+}
+
+void Writer::writeGeneric21(std::span<const EntryLine> lines)
+{
+    for (const auto& [name, keys] : lines)
+        writeGeneric21(name, keys);
+}
+
+void Writer::writeGeneric21(std::string_view name, const EntryKeys& keys)
+{
+    _card.forEachEntry(keys, [&](const Entry& entry) {
+        _to += name;
         if (const std::string_view key = _vCardKeyForGenericLabel(entry.label()); !key.empty())
             _to.append(";type=").append(key);
         if (entry.isPrimary)
             _to += ";type=pref";
-        std::optional<std::string> name;
-        const std::string bytes = encodedDataForValue(zrVCardKoshify(entry.value(_scratch)), name, charset);
-        if (name)
-            _to.append(";CHARSET=").append(*name);
+        std::optional<std::string> charset;
+        const std::string bytes =
+            encodedDataForValue(zrVCardKoshify(entry.value(_scratch)), charset, _charset);
+        if (charset)
+            _to.append(";CHARSET=").append(*charset);
         _to.append(":").append(bytes).append("\r\n");
     });
 }

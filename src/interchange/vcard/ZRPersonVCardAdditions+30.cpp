@@ -1,16 +1,16 @@
 // A person as vCard 3.0.
-#include "core/ZRConstants.h"
 #include "interchange/vcard/VCardText.h"
 #include "interchange/vcard/ZRPersonVCardAdditions.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZRRoster.h"
 
-#include <fmt/format.h>
-
-#include <iterator>
+#include <array>
+#include <charconv>
 
 using vcard::Entry;
 using vcard::EntryKeys;
+using vcard::EntryLine;
+using vcard::EntryLines;
 using Writer = ZRPersonVCardAdditions;
 
 namespace {
@@ -20,32 +20,18 @@ constexpr std::int64_t kShowAsCompany = 1;
 constexpr std::int64_t kLastNameFirst = 16;
 constexpr std::int64_t kFirstNameFirst = 32;
 
-/// The lines that stand together for entries of properties that have no line of their own kind.
-struct GenericLine {
-    std::string_view property, name;
-};
-constexpr GenericLine kBeforeBirthday[] = {
-    {zr::kZRURLsProperty, "URL"}, {zr::kZRCalendarURIsProperty, "CALURI"}};
-constexpr GenericLine kBehindBirthday[] = {{zr::kZRAIMInstantProperty, "X-AIM"},
-    {zr::kZRJabberInstantProperty, "X-JABBER"}, {zr::kZRMSNInstantProperty, "X-MSN"},
-    {zr::kZRYahooInstantProperty, "X-YAHOO"}, {zr::kZRYahooInstantProperty, "X-YAHOO-ID"},
-    {zr::kZRICQInstantProperty, "X-ICQ"}};
-constexpr GenericLine kBehindPhoto[] = {
-    {zr::kZROtherDatesProperty, "X-ZRDATE"}, {zr::kZRRelatedNamesProperty, "X-ZRRELATEDNAMES"}};
-
 void appendGroup(std::string& to, std::int64_t group)
 {
-    fmt::format_to(std::back_inserter(to), "item{}.", group);
+    std::array<char, 20> digits;
+    char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), group).ptr;
+    to.append("item").append(digits.data(), end).append(".");
 }
 
 } // namespace
 
 void Writer::writeVersion30(ZRVCardOptions options, const platform::Value& photo)
 {
-    const auto generic = [this](std::span<const GenericLine> lines) {
-        for (const GenericLine& line : lines)
-            propertyLineForGenericABProperty(line.property, line.name, false, _group);
-    };
+    const auto& lines = EntryLines::shared();
     _to += "BEGIN:VCARD\r\nVERSION:3.0\r\n";
     writeNames30();
     writeEmails30();
@@ -53,14 +39,14 @@ void Writer::writeVersion30(ZRVCardOptions options, const platform::Value& photo
     writeAddresses30();
     if (options & kZRVCardWithNote)
         line("NOTE:", _card.note().asText());
-    generic(kBeforeBirthday);
+    writeGeneric(lines.links);
     writeBirthday();
-    generic(kBehindBirthday);
+    writeGeneric(lines.messaging);
     if (!photo.asBytes().empty())
         _to.append("PHOTO;BASE64:\r\n")
             .append(zrEncodeBase64Data(photo.asBytes(), true, true, '='))
             .append("\r\n");
-    generic(kBehindPhoto);
+    writeGeneric(lines.others);
     writeFlags();
     writeCategories(_to);
     line("X-ZRUID:", _person.nts_UniqueId());
@@ -117,7 +103,7 @@ void Writer::writeEntry(std::string_view head, Keys keys, const Entry& entry, st
 
 void Writer::writeEmails30()
 {
-    _card.forEachEntry(*EntryKeys::of(zr::kZREmailProperty), [&](const Entry& entry) {
+    _card.forEachEntry(EntryLines::shared().emails, [&](const Entry& entry) {
         const std::string_view key = _vCardKeyForEmailLabel(entry.label());
         writeEntry("EMAIL;type=INTERNET", key.empty() ? Keys() : Keys(&key, 1), entry, &_group);
     });
@@ -125,7 +111,7 @@ void Writer::writeEmails30()
 
 void Writer::writePhones30()
 {
-    _card.forEachEntry(*EntryKeys::of(zr::kZRPhoneProperty), [&](const Entry& entry) {
+    _card.forEachEntry(EntryLines::shared().phones, [&](const Entry& entry) {
         writeEntry("TEL", _vCardKeysForPhoneLabel(entry.label()), entry, &_group);
     });
 }
@@ -133,7 +119,7 @@ void Writer::writePhones30()
 /// Each address is in a group, which holds its country code.
 void Writer::writeAddresses30()
 {
-    _card.forEachEntry(*EntryKeys::of(zr::kZRAddressProperty), [&](const Entry& entry) ZR_NTS {
+    _card.forEachEntry(EntryLines::shared().addresses, [&](const Entry& entry) ZR_NTS {
         const std::string_view key = _vCardKeyForAddressLabel(entry.label(), true);
         appendGroup(_to, _group);
         _to.append("ADR")
@@ -159,16 +145,25 @@ void Writer::appendLabel(std::string_view label, std::string& toVCardRep, std::i
     toVCardRep += "\r\n";
 }
 
+void Writer::writeGeneric(std::span<const EntryLine> lines)
+{
+    for (const auto& [name, keys] : lines)
+        writeGeneric(name, keys, &_group);
+}
+
+void Writer::writeGeneric(std::string_view name, const EntryKeys& keys, std::int64_t* group)
+{
+    _card.forEachEntry(keys, [&](const Entry& entry) {
+        const std::string_view key = _vCardKeyForGenericLabel(entry.label());
+        writeEntry(name, key.empty() ? Keys() : Keys(&key, 1), entry, group);
+    });
+}
+
 void Writer::propertyLineForGenericABProperty(
     std::string_view property, std::string_view vCardProperty, bool is21, std::int64_t& groupCount)
 {
-    const EntryKeys* const keys = EntryKeys::of(property);
-    if (!keys || !keys->value)
-        return;
-    _card.forEachEntry(*keys, [&](const Entry& entry) {
-        const std::string_view key = _vCardKeyForGenericLabel(entry.label());
-        writeEntry(vCardProperty, key.empty() ? Keys() : Keys(&key, 1), entry, is21 ? nullptr : &groupCount);
-    });
+    if (const EntryKeys* const keys = EntryKeys::of(property); keys && keys->value)
+        writeGeneric(vCardProperty, *keys, is21 ? nullptr : &groupCount);
 }
 
 void Writer::writeFlags()

@@ -69,6 +69,8 @@ private:
     void writeEmails30();
     void writePhones30();
     void writeAddresses30() ZR_NTS;
+    void writeGeneric(std::span<const vcard::EntryLine> lines);
+    void writeGeneric(std::string_view name, const vcard::EntryKeys& keys, std::int64_t* group);
     void writeFlags();
 
     // ---- version 2.1
@@ -78,6 +80,8 @@ private:
     void writeNames21() ZR_NTS;
     void writeEntries21();
     void writeAddresses21();
+    void writeGeneric21(std::span<const vcard::EntryLine> lines);
+    void writeGeneric21(std::string_view name, const vcard::EntryKeys& keys);
 
     const ZRPerson& _person;
     vcard::StoredCard _card;

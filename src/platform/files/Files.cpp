@@ -226,8 +226,22 @@ Result<void> removeFile(const std::string& path)
     return {};
 }
 
+namespace {
+
+/// Whether nothing is to be done: no part is empty or begins with a full stop.
+bool isStandard(std::string_view path)
+{
+    return path.size() > 1 && path.starts_with('/') && !path.ends_with('/') && path.find("//") == path.npos
+        && path.find("/.") == path.npos;
+}
+
+} // namespace
+
+// Each look at a preference asks for its path.
 std::string standardizedPath(std::string_view path)
 {
+    if (isStandard(path))
+        return std::string(path);
     std::string expanded;
     if (path == "~" || path.starts_with("~/")) {
         expanded = Directories::current()->home();
