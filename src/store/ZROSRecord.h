@@ -287,6 +287,11 @@ public:
     /// A record always does, and so does a value of a kind that cannot be empty.
     static bool hasRosterContentForRecord(objectstore::StoreObject& record);
 
+    /// The part as an XML element: its texts by their keys, and a barcode (format/ZROSOwnedObject+XML.cpp).
+    std::string XMLRepresentation();
+    /// The element "barcode": the bars of a sample of digits as "long" and "short" between two "long".
+    static std::string barcodeXML();
+
 protected:
     ~ZROSOwnedObject() override = default;
 };

@@ -1,12 +1,10 @@
-// The preferences that belong to a roster: its country, and the defaults of the user's language.
-#include "core/CountryCodes.h"
+// The preferences that belong to a roster: the defaults of the user's language, and the order of names.
 #include "core/ZRConstants.h"
 #include "platform/files/Preferences.h"
 #include "platform/files/Resources.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/run/Log.h"
 #include "platform/run/NeverDestroyed.h"
-#include "platform/text/Locale.h"
 #include "platform/value/PropertyList.h"
 #include "store/ZRRosterState.h"
 
@@ -20,28 +18,9 @@ using platform::Value;
 
 namespace {
 
-constexpr std::string_view countryKey = "ZRDefaultAddressCountryCode";
-constexpr std::string_view lastResort = "us";
 constexpr std::int64_t unset = -1;
 constexpr std::int64_t lastNameFirst = 16;
 constexpr std::int64_t firstNameFirst = 32;
-
-std::string lowered(std::string_view text)
-{
-    std::string lower(text);
-    std::ranges::transform(
-        lower, lower.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
-    return lower;
-}
-
-/// The second piece of the locale's name, where it has one.
-std::string countryOfUser()
-{
-    std::string code = lowered(platform::countryOfLocale(platform::currentLocale()));
-    if (!isKnownCountry(code))
-        code = lowered(ZRUserDefaults::objectForKey("Country", "org.quillon.GlobalPreferences").asText());
-    return isKnownCountry(code) ? code : std::string(lastResort);
-}
 
 using Defaults = std::map<std::string, Value, std::less<>>;
 
@@ -91,25 +70,6 @@ void observePreferences()
 }
 
 } // namespace
-
-std::string ZRRoster::defaultCountryCode()
-{
-    const auto stored = ZRUserDefaults::rosterPreferences()->objectForKey(countryKey);
-    if (isKnownCountry(stored.asText()))
-        return std::string(stored.asText());
-    const std::string code = countryOfUser();
-    setDefaultCountryCode(code);
-    return code;
-}
-
-void ZRRoster::setDefaultCountryCode(std::string_view code)
-{
-    const std::string known = lowered(code);
-    if (!isKnownCountry(known))
-        return platform::log(
-            fmt::format("-[ZRRoster setDefaultCountryCode:] called with unknown country code '{}'", code));
-    ZRUserDefaults::rosterPreferences()->setObject(Value(known), countryKey);
-}
 
 Value ZRRoster::localizedDefaults()
 {

@@ -47,6 +47,7 @@ class StorePredicate;
 } // namespace objectstore
 
 namespace platform {
+class AttributedString;
 struct Notification;
 } // namespace platform
 
@@ -290,10 +291,34 @@ public:
     std::vector<std::string> activeLabelsForProperty(
         std::string_view property, ZROSRecord& contact, const ZRLabelsDelegate& delegate);
 
+    // ---- countries                                                    (ZRRoster+Countries.cpp)
+
+    /// How addresses are written, by country code in lower case: dictionaries with "FORMAT", "LABEL_FORMAT"
+    /// and the title of each field in the user's language. Read once; absent where the resource is missing,
+    /// and then no country is known.
+    static const platform::Value& addressFormats();
+    /// Whether `addressFormats` has an entry; upper case is unknown.
+    static bool isKnownCountry(std::string_view code);
+    /// The country of addresses that name none: the user's choice, or else that of the locale, which is then
+    /// stored as the choice; "us" where neither is known.
+    std::string defaultCountryCode();
+    /// Stores the choice for all rosters of the user. An unknown code is logged, and changes nothing.
+    void setDefaultCountryCode(std::string_view code);
+
+    // ---- addresses as text                                            (format/ZRRoster+Addresses.cpp)
+
+    /// The address as its country writes it, with LF between lines and none at the end. Fields of one line
+    /// are parted by a left-to-right mark and a blank, which keeps their order in right-to-left text. Each
+    /// value carries one attribute: the key, with the field's title.
+    platform::Ref<platform::AttributedString> formattedAddressFromDictionary(const platform::Value& address);
+    /// The same, with the name and the company above it or, by the country's label format, where they stand
+    /// on a mailing label. `order`, if given, becomes an array of the fields in their order: dictionaries
+    /// with "zrProperty" and "zrLocalizedProperty".
+    platform::Ref<platform::AttributedString> _formattedAddressFromDictionary(const platform::Value& address,
+        bool includeName, bool includeCompany, platform::Value* order = nullptr);
+
     // ---- preferences of the roster                                    (ZRRoster+Defaults.cpp)
 
-    std::string defaultCountryCode();
-    void setDefaultCountryCode(std::string_view code);
     platform::Value localizedDefaults();
     /// 16 when names are shown last name first, 32 when first name first; read once a process.
     std::int64_t defaultNameOrdering();

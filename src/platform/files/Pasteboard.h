@@ -11,6 +11,9 @@
 
 namespace platform {
 
+/// The type under which everybody looks for text.
+inline constexpr std::string_view kPlainTextPasteboardType = "text/plain;charset=utf-8";
+
 /// One piece of what was copied, in several forms: a type and a value each.
 ///
 /// Ownership: owns its values.

@@ -58,14 +58,30 @@ std::string variable(const char* name)
     return value ? value : "";
 }
 
+/// Whoever reads a variety of which there are no texts reads another one before the language in general.
+constexpr std::pair<std::string_view, std::string_view> kKin[] = {{"zh_HK", "zh_TW"}, {"zh_MO", "zh_TW"}};
+
+void addOnce(std::vector<std::string>& languages, std::string_view name)
+{
+    if (std::ranges::find(languages, name) == languages.end())
+        languages.emplace_back(name);
+}
+
+std::string_view languageOf(std::string_view locale) { return locale.substr(0, locale.find_first_of(".@")); }
+
+/// The language of a program that was not translated.
+bool isUntranslated(std::string_view locale) { return locale == "C" || locale == "POSIX"; }
+
 void addLanguage(std::vector<std::string>& languages, std::string_view locale)
 {
-    const auto full = locale.substr(0, locale.find_first_of(".@"));
-    if (full.empty() || full == "C" || full == "POSIX" || full.find('/') != std::string_view::npos)
+    const auto full = languageOf(locale);
+    if (full.empty() || isUntranslated(full) || full.find('/') != std::string_view::npos)
         return;
-    for (const auto name : {full, full.substr(0, full.find('_'))})
-        if (std::ranges::find(languages, name) == languages.end())
-            languages.emplace_back(name);
+    addOnce(languages, full);
+    for (const auto& [variety, kin] : kKin)
+        if (full == variety)
+            addOnce(languages, kin);
+    addOnce(languages, full.substr(0, full.find('_')));
 }
 
 } // namespace
@@ -164,13 +180,18 @@ std::vector<std::string> userLanguages()
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"})
         if (locale.empty())
             locale = variable(name);
-    // As other programs do: the list of languages counts only where a locale was chosen at all.
+    // As gettext has it: the list of languages counts only where a locale was chosen, and ends at "C".
+    if (locale.empty() || isUntranslated(locale))
+        return {};
     std::vector<std::string> languages;
     const auto list = variable("LANGUAGE");
-    if (locale != "C" && locale != "POSIX")
-        for (std::string_view rest = list; !rest.empty();)
-            addLanguage(languages, takeUntil(rest, ':'));
-    if (languages.empty())
+    for (std::string_view rest = list; !rest.empty();) {
+        const auto name = takeUntil(rest, ':');
+        if (isUntranslated(name))
+            break;
+        addLanguage(languages, name);
+    }
+    if (list.empty())
         addLanguage(languages, locale);
     return languages;
 }

@@ -50,8 +50,9 @@ private:
     std::unique_ptr<State> _state;
 };
 
-/// The user's languages by the environment: LANGUAGE (a list with colons), else LC_ALL, LC_MESSAGES or LANG;
-/// "pt_BR.UTF-8" gives "pt_BR" and "pt".
+/// The user's languages by the environment, in gettext's order: LANGUAGE (a list with colons, which ends at
+/// "C"), else LC_ALL, LC_MESSAGES or LANG; "pt_BR.UTF-8" gives "pt_BR" and "pt". None where the locale is
+/// "C", or none is chosen: then LANGUAGE says nothing either.
 std::vector<std::string> userLanguages();
 
 } // namespace platform

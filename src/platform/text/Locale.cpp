@@ -1,10 +1,15 @@
 // How the environment names the user's locale and languages.
 #include "platform/text/Locale.h"
 
+#include "platform/text/Utf.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <initializer_list>
+#include <vector>
+
+#include <unicode/uloc.h>
 
 namespace platform {
 
@@ -65,12 +70,6 @@ std::string_view scriptOf(std::string_view modifier)
     return {};
 }
 
-void addOnce(std::vector<std::string>& list, std::string text)
-{
-    if (std::find(list.begin(), list.end(), text) == list.end())
-        list.push_back(std::move(text));
-}
-
 } // namespace
 
 std::string_view localeVariable() { return firstSet({"LC_ALL", "LC_COLLATE", "LANG"}); }
@@ -99,24 +98,6 @@ std::string localeFromEnvironmentForm(std::string_view name)
 
 std::string currentLocale() { return localeFromEnvironmentForm(localeVariable()); }
 
-std::vector<std::string> preferredLanguages()
-{
-    std::vector<std::string> languages;
-    const std::string_view messages = firstSet({"LC_ALL", "LC_MESSAGES", "LANG"});
-    if (!isNeutral(messages)) {
-        const std::string_view list = firstSet({"LANGUAGE"});
-        for (const auto name : split(list.empty() ? messages : list, ":")) {
-            if (name.empty())
-                continue;
-            const std::string locale = localeFromEnvironmentForm(name);
-            addOnce(languages, locale);
-            addOnce(languages, locale.substr(0, locale.find('_')));
-        }
-    }
-    addOnce(languages, "en");
-    return languages;
-}
-
 std::string countryOfLocale(std::string_view locale)
 {
     const auto parts = split(locale.substr(0, locale.find_first_of(".@")), "_-");
@@ -124,6 +105,20 @@ std::string countryOfLocale(std::string_view locale)
         if (isWord(parts[index], 2, 3))
             return mapped(parts[index], std::toupper);
     return {};
+}
+
+std::string nameOfCountry(std::string_view code, std::string_view language)
+{
+    const std::string locale = "und_" + std::string(code);
+    std::u16string name(256, u'\0');
+    UErrorCode status = U_ZERO_ERROR;
+    const auto length = uloc_getDisplayCountry(locale.c_str(), std::string(language).c_str(), name.data(),
+        static_cast<int32_t>(name.size()), &status);
+    // ICU answers the code itself where it has no name, and says so.
+    if (U_FAILURE(status) || status == U_USING_DEFAULT_WARNING)
+        return {};
+    name.resize(static_cast<std::size_t>(length));
+    return fromUTF16(name);
 }
 
 } // namespace platform

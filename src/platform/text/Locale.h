@@ -3,7 +3,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace platform {
 
@@ -18,13 +17,12 @@ std::string currentLocale();
 /// must notice a change: borrow it no longer than the environment stays as it is.
 std::string_view localeVariable();
 
-/// The languages that the user reads, best first: each locale of LANGUAGE, LC_ALL, LC_MESSAGES or LANG,
-/// followed by the language alone ("pt_BR", "pt"). As in gettext, LANGUAGE counts only when the language of
-/// messages is not "C". Ends with "en".
-std::vector<std::string> preferredLanguages();
-
 /// The country part of a locale in upper case, "DE" of "de_DE"; empty when it has none.
 std::string countryOfLocale(std::string_view locale);
+
+/// What the country of that code, in either case, is called in a language such as "de" or "zh_TW"; empty when
+/// there is no such country.
+std::string nameOfCountry(std::string_view code, std::string_view language);
 
 /// The locale in the form of `currentLocale`, from the form of the environment ("sr_RS.UTF-8@latin").
 std::string localeFromEnvironmentForm(std::string_view name);

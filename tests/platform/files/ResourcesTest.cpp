@@ -83,7 +83,7 @@ TEST(StringTablesTest, FallBackToEnglishThenTheDefaultThenTheKey)
     EXPECT_EQ(tables.string("MISSING", "ZRStrings", "default"), "default");
     EXPECT_EQ(tables.string("MISSING", "ZRStrings"), "MISSING");
     EXPECT_EQ(tables.string("NO_NAME", "NoSuchTable"), "NO_NAME");
-    EXPECT_EQ(StringTables({"fr"}).string("NO_NAME", "ZRStrings"), "No Name");
+    EXPECT_EQ(StringTables({"tlh"}).string("NO_NAME", "ZRStrings"), "No Name");
     // Who wants English first is not shown another language behind it.
     EXPECT_EQ(StringTables({"en", "de"}).string("NO_NAME", "ZRStrings"), "No Name");
 }
@@ -98,7 +98,16 @@ TEST(UserLanguages, FollowTheEnvironment)
         {{{"LANG", "de_DE"}, {"LANGUAGE", "fr:de_AT::de"}}, {"fr", "de_AT", "de"}},
         {{{"LANG", "C"}, {"LANGUAGE", "fr"}}, {}},
         {{{"LANG", "C.UTF-8"}}, {}},
-        {{{"LANGUAGE", "sv"}}, {"sv"}},
+        {{{"LANG", "POSIX"}, {"LANGUAGE", "fr"}}, {}},
+        {{{"LANG", "C.UTF-8"}, {"LANGUAGE", "fr"}}, {"fr"}},
+        {{{"LC_ALL", "C"}, {"LANG", "de_DE"}, {"LANGUAGE", "fr"}}, {}},
+        {{{"LC_ALL", ""}, {"LANG", "de_DE.ISO-8859-1"}}, {"de_DE", "de"}},
+        {{{"LANG", "de_DE"}, {"LANGUAGE", "de_AT:fr"}}, {"de_AT", "de", "fr"}},
+        {{{"LANG", "de_DE"}, {"LANGUAGE", "it:C:fr"}}, {"it"}},
+        {{{"LANG", "de_DE"}, {"LANGUAGE", "sr_RS.UTF-8@latin"}}, {"sr_RS", "sr"}},
+        {{{"LANG", "tlh_AQ.UTF-8"}}, {"tlh_AQ", "tlh"}},
+        {{{"LANG", "zh_HK.UTF-8"}}, {"zh_HK", "zh_TW", "zh"}},
+        {{{"LANGUAGE", "sv"}}, {}},
         {{{"LANG", "../../etc"}}, {}},
         {{}, {}},
     };

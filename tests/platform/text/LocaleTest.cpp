@@ -36,26 +36,23 @@ TEST(Locale, ComesFromTheFirstVariableThatIsSet)
     }
 }
 
-TEST(Locale, LanguagesComeBestFirstAndEndWithEnglish)
+TEST(Locale, NamesCountriesInTheLanguageAskedFor)
 {
-    using List = std::vector<std::string>;
-    struct {
-        const char *language, *messages, *lang;
-        List languages;
-    } const rows[] = {
-        {nullptr, nullptr, nullptr, {"en"}},
-        {nullptr, nullptr, "de_AT.UTF-8", {"de_AT", "de", "en"}},
-        {nullptr, "pt_BR", "de_DE", {"pt_BR", "pt", "en"}},
-        {"fr:de_CH:fr::en_GB", nullptr, "de_DE", {"fr", "de_CH", "de", "en_GB", "en"}},
-        {"fr", nullptr, "C", {"en"}},
-        {"fr", "POSIX", "de_DE", {"en"}},
-        {"", nullptr, "it_IT", {"it_IT", "it", "en"}},
+    const struct {
+        const char *code, *language, *name;
+    } rows[] = {
+        {"de", "de", "Deutschland"},
+        {"DE", "fr", "Allemagne"},
+        {"jp", "en", "Japan"},
+        {"cz", "cs", "Česko"},
+        {"us", "zh_TW", "美國"},
+        {"us", "zh", "美国"},
+        {"xx", "en", ""},
+        {"", "en", ""},
+        {"deutschland", "en", ""},
     };
-    for (const auto& [language, messages, lang, languages] : rows) {
-        const ScopedVariable all("LC_ALL", nullptr), first("LANGUAGE", language),
-            second("LC_MESSAGES", messages), third("LANG", lang);
-        EXPECT_EQ(preferredLanguages(), languages);
-    }
+    for (const auto& [code, language, name] : rows)
+        EXPECT_EQ(nameOfCountry(code, language), name) << code << " in " << language;
 }
 
 } // namespace
