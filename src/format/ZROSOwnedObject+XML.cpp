@@ -41,7 +41,7 @@ std::string ZROSOwnedObject::barcodeXML()
 std::string ZROSOwnedObject::XMLRepresentation()
 {
     std::string parts;
-    for (const objectstore::Slot* slot : entity().slots())
+    for (const objectstore::Slot* slot : entity().fields())
         if (slot->kind == objectstore::SlotKind::attribute
             && slot->type == objectstore::AttributeType::string)
             if (const auto value = text(*slot); !value.empty())

@@ -311,7 +311,7 @@ TEST_F(AddressTest, IsWrittenAsXmlWithABarcode)
     part->setValueForKey("city", Value("R & <B>"));
     part->setValueForKey("street", Value("a\nb\x01"));
     EXPECT_EQ(dynamic_cast<ZROSOwnedObject&>(*part).XMLRepresentation(),
-        "<ZROSPostalAddress><city>R &amp; &lt;B&gt;</city><street>a\nb</street>"
+        "<ZROSPostalAddress><street>a\nb</street><city>R &amp; &lt;B&gt;</city>"
             + ZROSOwnedObject::barcodeXML() + "</ZROSPostalAddress>");
 }
 
