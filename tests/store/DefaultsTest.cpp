@@ -1,6 +1,7 @@
 // The preferences that a new user finds, by language, and the country that is taken for theirs.
 #include "store/RosterWorld.h"
 
+#include "platform/files/Preferences.h"
 #include "platform/files/Resources.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/text/Encoding.h"
@@ -29,6 +30,25 @@ const Role choosesOwn("choose own defaults", [](const Words&) {
     preferences->setObject("UTF-8", zr::kZR21vCardEncoding);
     preferences->setObject(1, zr::kZRNameDisplay);
     return std::string();
+});
+
+const Role choosesCountry("choose countries", [](const Words& codes) {
+    const auto roster = openShared();
+    std::string answers;
+    for (const auto& code : codes) {
+        roster->setDefaultCountryCode(code);
+        answers += roster->defaultCountryCode() + " ";
+    }
+    return answers;
+});
+
+const Role findsCountry("find the country", [](const Words& words) {
+    ZRUserDefaults::rosterPreferences()->setObject(Value(words[0]), "ZRDefaultAddressCountryCode");
+    if (!platform::Preferences::shared().set("org.quillon.GlobalPreferences", "Country", Value(words[1])))
+        return std::string("cannot set the preference");
+    const auto answer = openShared()->defaultCountryCode();
+    return answer + " "
+        + textOf(ZRUserDefaults::rosterPreferences()->objectForKey("ZRDefaultAddressCountryCode"));
 });
 
 } // namespace
@@ -70,6 +90,35 @@ TEST(Defaults, LeaveWhatTheUserChose)
     ASSERT_EQ(home.play("choose own defaults").status, 0);
     EXPECT_EQ(
         home.play("tell the defaults").answer, "\"UTF-8\" \"windows-1252\" whole 1 whole 1 false true us 16");
+}
+
+TEST(DefaultCountry, IsKeptWhereTheChoiceIsUnknown)
+{
+    const Home home;
+    const auto chosen = home.play("choose countries", {"DE", "xx", "fr", ""});
+    EXPECT_EQ(chosen.answer, "de de fr fr ");
+    EXPECT_THAT(
+        chosen.log, HasSubstr("-[ZRRoster setDefaultCountryCode:] called with unknown country code 'xx'"));
+}
+
+TEST(DefaultCountry, IsTheChoiceThenTheLocalesThenTheSystemsAndIsStored)
+{
+    const struct {
+        const char *choice, *system, *locale;
+        const char* answer;
+    } cases[] = {
+        {"fr", "JP", "de_DE.UTF-8", "fr \"fr\""},
+        {"xx", "JP", "de_DE.UTF-8", "de \"de\""},
+        // The locale's language stands there alone, or with a country that is none.
+        {"xx", "JP", "de.UTF-8", "jp \"jp\""},
+        {"xx", "JP", "de_XX.UTF-8", "jp \"jp\""},
+        {"FR", "xx", "de.UTF-8", "us \"us\""},
+    };
+    for (const auto& c : cases) {
+        const Home home;
+        const auto found = play("find the country", {c.choice, c.system}, home.stage({{"LANG", c.locale}}));
+        EXPECT_EQ(found.answer, c.answer) << c.choice << c.system << c.locale << found.log;
+    }
 }
 
 TEST(Defaults, NameEncodingsThatAreKnown)
