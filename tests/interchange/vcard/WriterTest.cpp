@@ -1,6 +1,6 @@
 // What a person looks like as a vCard: every byte of it, in both versions.
 #include "core/ZRConstants.h"
-#include "core/ZRGroup.h"
+#include "interchange/vcard/VCardCharsets.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/text/Dates.h"
 #include "store/RosterWorld.h"
@@ -229,6 +229,36 @@ TEST_F(Writer, WritesEveryByteOfBothVersions)
         EXPECT_EQ(written->_vCardRepresentationAsString(), version30(joined(card.version30), *written))
             << card.what;
         EXPECT_EQ(written->_21vCardRepresentationAsData(), version21(joined(card.version21))) << card.what;
+    }
+}
+
+// Lines of single values prefer the user's set, lines of entries ISO Latin 1.
+TEST(WriterCharsets, AreTriedInTwoOrders)
+{
+    const struct {
+        std::string preferred, text;
+        std::string ofLine, lineBytes, ofData, dataBytes;
+    } cases[] = {
+        {"windows-1252", "plain", "", "plain", "", "plain"},
+        {"windows-1252", "é", "windows-1252", "\xE9", "LATIN1", "\xE9"},
+        {"windows-1252", "€", "windows-1252", "\x80", "windows-1252", "\x80"},
+        {"koi8-r", "Я", "koi8-r", "\xF1", "koi8-r", "\xF1"},
+        {"koi8-r", "é", "LATIN1", "\xE9", "LATIN1", "\xE9"},
+        {"koi8-r", "€", "QUILLONROMAN", "\xDB", "QUILLONROMAN", "\xDB"},
+        {"", "π", "QUILLONROMAN", "\xB9", "QUILLONROMAN", "\xB9"},
+        {"windows-1252", "张", "UTF-8", "张", "UTF-8", "张"},
+        {"Shift_JIS", "日", "Shift_JIS", "\x93\xFA", "Shift_JIS", "\x93\xFA"},
+        {"Shift_JIS", "表", "UTF-8", "表", "UTF-8", "表"},
+        {"no such set", "é", "LATIN1", "\xE9", "LATIN1", "\xE9"},
+    };
+    for (const auto& [preferred, text, ofLine, lineBytes, ofData, dataBytes] : cases) {
+        std::string line = "TITLE";
+        encodedLineForValue(line, text, preferred);
+        EXPECT_EQ(line, "TITLE" + (ofLine.empty() ? "" : ";CHARSET=" + ofLine) + ":" + lineBytes + "\r\n")
+            << preferred << ": " << text;
+        std::optional<std::string> name;
+        EXPECT_EQ(encodedDataForValue(text, name, preferred), dataBytes) << preferred << ": " << text;
+        EXPECT_EQ(name.value_or(""), ofData) << preferred << ": " << text;
     }
 }
 

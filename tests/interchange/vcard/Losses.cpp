@@ -1,0 +1,401 @@
+// What of a card does not come back from a vCard: the list that stands in docs/vcard.md.
+#include "Losses.h"
+
+#include "core/ZRConstants.h"
+#include "interchange/vcard/VCardText.h"
+#include "platform/text/Escape.h"
+
+#include <algorithm>
+#include <array>
+
+namespace test {
+
+namespace {
+
+constexpr std::array kMessaging = {zr::kZRAIMInstantProperty, zr::kZRJabberInstantProperty,
+    zr::kZRMSNInstantProperty, zr::kZRYahooInstantProperty, zr::kZRICQInstantProperty};
+constexpr std::array kTexts = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
+    zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZRNicknameProperty, zr::kZRMaidenNameProperty,
+    zr::kZRFirstNamePhoneticProperty, zr::kZRMiddleNamePhoneticProperty, zr::kZRLastNamePhoneticProperty,
+    zr::kZROrganizationProperty, zr::kZRDepartmentProperty, zr::kZRJobTitleProperty, zr::kZRNoteProperty,
+    zr::kZRBirthdayProperty};
+constexpr std::array kEntries = {zr::kZREmailProperty, zr::kZRPhoneProperty, zr::kZRAddressProperty,
+    zr::kZRURLsProperty, zr::kZRCalendarURIsProperty, zr::kZROtherDatesProperty, zr::kZRRelatedNamesProperty};
+constexpr std::array kAddressParts = {zr::kZRAddressStreetKey, zr::kZRAddressCityKey, zr::kZRAddressStateKey,
+    zr::kZRAddressZIPKey, zr::kZRAddressCountryKey, zr::kZRAddressCountryCodeKey};
+
+/// The name that a card without a name is shown by stands in FN; it takes the way of any text.
+constexpr std::string_view kShownName = "FN";
+
+template <class List>
+bool holds(const List& list, std::string_view name)
+{
+    return std::ranges::find(list, name) != list.end();
+}
+
+bool isMessaging(std::string_view property) { return holds(kMessaging, property); }
+
+template <class Change>
+void forEachText(PlainCard& card, Change&& change)
+{
+    for (auto& [property, text] : card.texts)
+        change(text);
+    for (auto& [property, entries] : card.entries)
+        for (PlainEntry& entry : entries) {
+            change(entry.label);
+            for (auto& [key, text] : entry.value)
+                change(text);
+        }
+}
+
+template <class Change>
+void forEachEntry(PlainCard& card, Change&& change)
+{
+    for (auto& [property, entries] : card.entries)
+        for (PlainEntry& entry : entries)
+            change(property, entry);
+}
+
+void trimFront(std::string& text, const char* blanks)
+{
+    text.erase(0, std::min(text.find_first_not_of(blanks), text.size()));
+}
+void trimBack(std::string& text, const char* blanks) { text.erase(text.find_last_not_of(blanks) + 1); }
+void trim(std::string& text, const char* blanks = " ") { trimFront(text, blanks), trimBack(text, blanks); }
+
+void replaceAll(std::string& text, std::string_view from, std::string_view to)
+{
+    for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size())
+        text.replace(at, from.size(), to);
+}
+
+// ---- the losses, in the order of their effects
+
+void withoutHeldBack(PlainCard& card, const Road& road)
+{
+    if (!road.withNote)
+        card.texts.erase(std::string(zr::kZRNoteProperty));
+    if (!road.withPhoto)
+        card.photo.clear();
+}
+
+void withoutLines(PlainCard& card, const Road&)
+{
+    std::erase_if(
+        card.texts, [](const auto& text) { return !holds(kTexts, text.first) && text.first != kShownName; });
+    std::erase_if(card.entries,
+        [](const auto& values) { return !holds(kEntries, values.first) && !isMessaging(values.first); });
+}
+
+void withoutFurtherAddressParts(PlainCard& card, const Road&)
+{
+    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
+        std::erase_if(entry.value, [](const auto& part) { return !holds(kAddressParts, part.first); });
+}
+
+/// The preparation keeps what it has no place for in the note.
+void withoutGroups(PlainCard& card, const Road& road)
+{
+    std::string names;
+    for (const auto& group : card.groups)
+        names += (names.empty() ? "" : ",") + group;
+    card.groups.clear();
+    if (names.empty() || !road.isPrepared)
+        return;
+    std::string& note = card.texts[std::string(zr::kZRNoteProperty)];
+    trim(note, " \t");
+    note += (note.empty() ? "" : "\n") + ("CATEGORIES: " + names);
+}
+
+void without21(PlainCard& card, const Road& road)
+{
+    if (!road.isVersion21)
+        return;
+    card.entries.erase(std::string(zr::kZRCalendarURIsProperty));
+    card.photo.clear();
+    card.flags = 0;
+    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
+        entry.value.erase(std::string(zr::kZRAddressCountryCodeKey));
+}
+
+/// Of an address nothing is left but the address.
+void withoutEmptyTexts(PlainCard& card, const Road&)
+{
+    std::erase_if(card.texts, [](const auto& text) { return text.second.empty(); });
+    for (auto& [property, entries] : card.entries)
+        if (property != zr::kZRAddressProperty)
+            std::erase_if(entries, [](const PlainEntry& entry) { return entry.value.at("").empty(); });
+    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
+        std::erase_if(entry.value, [](const auto& part) { return part.second.empty(); });
+}
+
+/// The preparation takes tabs too, at the ends of whole lines.
+void withoutOuterTabs(PlainCard& card)
+{
+    constexpr std::array notFirst = {zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
+        zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZRDepartmentProperty};
+    constexpr std::array notLast = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty,
+        zr::kZRMiddleNameProperty, zr::kZRTitleProperty, zr::kZROrganizationProperty};
+    for (auto& [property, text] : card.texts) {
+        if (!holds(notFirst, property))
+            trimFront(text, " \t");
+        if (!holds(notLast, property))
+            trimBack(text, " \t");
+    }
+    forEachEntry(card, [](const std::string&, PlainEntry& entry) {
+        trim(entry.label, " \t");
+        for (auto& [key, text] : entry.value)
+            if (key.empty())
+                trim(text, " \t");
+            else if (key == zr::kZRAddressCountryKey)
+                trimBack(text, " \t");
+    });
+}
+
+/// Blanks stand at the ends of what is one field: of the two lines of a street too.
+/// What is blanks alone is as empty as an empty text, save for the maiden name, which is there and empty.
+void withoutOuterBlanks(PlainCard& card, const Road& road)
+{
+    const bool hadMaidenName = card.texts.contains(std::string(zr::kZRMaidenNameProperty));
+    if (road.isPrepared)
+        withoutOuterTabs(card);
+    forEachText(card, [](std::string& text) { trim(text); });
+    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
+        if (const auto street = entry.value.find(std::string(zr::kZRAddressStreetKey));
+            street != entry.value.end())
+            if (const std::size_t end = street->second.find('\r'); end != std::string::npos) {
+                std::string first = street->second.substr(0, end), second = street->second.substr(end + 1);
+                trim(first), trim(second);
+                street->second = first + "\r" + second;
+            }
+    withoutEmptyTexts(card, road);
+    if (hadMaidenName && !road.isPrepared)
+        card.texts.try_emplace(std::string(zr::kZRMaidenNameProperty));
+}
+
+/// An address of nothing but its country's code.
+void withoutEmptyAddresses(PlainCard& card, const Road& road)
+{
+    if (road.isPrepared)
+        std::erase_if(card.entries[std::string(zr::kZRAddressProperty)], [](const PlainEntry& entry) {
+            return std::ranges::all_of(entry.value, [](const auto& part) {
+                return part.first == zr::kZRAddressCountryCodeKey
+                    || part.second.find_first_not_of(" \t") == std::string::npos;
+            });
+        });
+}
+
+void splitStreets(PlainCard& card, const Road&)
+{
+    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
+        if (const auto street = entry.value.find(std::string(zr::kZRAddressStreetKey));
+            street != entry.value.end())
+            if (const std::size_t end = street->second.find('\r'); end != std::string::npos) {
+                const std::string first = street->second.substr(0, end),
+                                  second = street->second.substr(end + 1);
+                street->second = first + (first.empty() || second.empty() ? "" : "\n") + second;
+                if (street->second.empty())
+                    entry.value.erase(street);
+            }
+}
+
+void withLineFeeds(PlainCard& card, const Road&)
+{
+    forEachText(card, [](std::string& text) {
+        replaceAll(text, "\r\n", "\n\n");
+        replaceAll(text, "\r", "\n");
+    });
+}
+
+/// The text without its escapes: the reader takes every backslash for one, the preparation only those that a
+/// vCard knows.
+std::string unescaped(const std::string& escaped, bool isPrepared)
+{
+    constexpr std::string_view known = "\\nN,;:";
+    std::string text;
+    for (std::size_t at = 0; at < escaped.size(); ++at) {
+        const char code = at + 1 < escaped.size() ? escaped[at + 1] : '\0';
+        if (escaped[at] != '\\' || code == '\0' || (isPrepared && known.find(code) == known.npos)) {
+            text += escaped[at];
+            continue;
+        }
+        text += code == 'n' || (isPrepared && code == 'N') ? '\n' : code;
+        ++at;
+    }
+    return text;
+}
+
+/// A backslash is not escaped, so it escapes what follows it, be that an escape itself.
+void withoutBackslashes(PlainCard& card, const Road& road)
+{
+    forEachText(card, [&](std::string& text) { text = unescaped(zrVCardKoshify(text), road.isPrepared); });
+}
+
+void withoutEqualMessaging(PlainCard& card, const Road&)
+{
+    for (auto& [property, entries] : card.entries) {
+        if (!isMessaging(property))
+            continue;
+        std::set<std::string> known;
+        std::erase_if(
+            entries, [&](const PlainEntry& entry) { return !known.insert(entry.value.at("")).second; });
+    }
+}
+
+void withEscapedURLs(PlainCard& card, const Road&)
+{
+    for (PlainEntry& entry : card.entries[std::string(zr::kZRURLsProperty)])
+        entry.value[""] = platform::addingPercentEscapesIfNecessary(entry.value[""]);
+}
+
+void withCountryCodes(PlainCard& card, const Road& road)
+{
+    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
+        entry.value.try_emplace(std::string(zr::kZRAddressCountryCodeKey), road.countryCode);
+}
+
+/// The label that an entry gets from a line that says nothing of one.
+std::string_view labelOfNone(std::string_view property)
+{
+    if (property == zr::kZRURLsProperty)
+        return zr::kZRHomePageLabel;
+    if (property == zr::kZRPhoneProperty || property == zr::kZROtherDatesProperty
+        || property == zr::kZRRelatedNamesProperty)
+        return zr::kZROtherLabel;
+    return zr::kZRWorkLabel;
+}
+
+void withoutEmptyLabels(PlainCard& card, const Road& road)
+{
+    forEachEntry(card, [&](const std::string& property, PlainEntry& entry) {
+        if (entry.label.empty())
+            entry.label = property == zr::kZRAddressProperty && !road.isVersion21 ? zr::kZRHomeLabel
+                                                                                  : labelOfNone(property);
+    });
+}
+
+void withoutHomeAndWorkOfDates(PlainCard& card, const Road&)
+{
+    for (const auto property : {zr::kZROtherDatesProperty, zr::kZRRelatedNamesProperty})
+        if (const auto at = card.entries.find(std::string(property)); at != card.entries.end())
+            for (PlainEntry& entry : at->second)
+                if (entry.label == zr::kZRHomeLabel || entry.label == zr::kZRWorkLabel)
+                    entry.label = zr::kZROtherLabel;
+}
+
+void withoutOwnLabels21(PlainCard& card, const Road& road)
+{
+    constexpr std::array phoneLabels = {zr::kZRPhoneMobileLabel, zr::kZRPhoneMainLabel,
+        zr::kZRPhoneHomeFAXLabel, zr::kZRPhoneWorkFAXLabel, zr::kZRPhonePagerLabel};
+    if (road.isVersion21)
+        forEachEntry(card, [&](const std::string& property, PlainEntry& entry) {
+            const bool hasType = entry.label == zr::kZRHomeLabel || entry.label == zr::kZRWorkLabel
+                || (property == zr::kZRPhoneProperty && holds(phoneLabels, entry.label));
+            if (!hasType)
+                entry.label = labelOfNone(property);
+        });
+}
+
+void withoutOwnOrder(PlainCard& card, const Road&)
+{
+    if (card.flags & 32)
+        card.flags &= ~std::int64_t(56);
+}
+
+void withoutOtherFlags(PlainCard& card, const Road&)
+{
+    const std::int64_t company = (card.flags & 7) == 1 ? 1 : 0;
+    card.flags = company | (card.flags & 16);
+}
+
+void asCompany(PlainCard& card, const Road&)
+{
+    const auto has = [&](std::string_view property) { return card.texts.contains(std::string(property)); };
+    if (has(zr::kZROrganizationProperty) && !has(zr::kZRFirstNameProperty) && !has(zr::kZRLastNameProperty))
+        card.flags = (card.flags & ~std::int64_t(7)) | 1;
+}
+
+void addShownName(PlainCard& card)
+{
+    for (const auto property : {zr::kZRNicknameProperty, zr::kZROrganizationProperty})
+        if (const auto text = card.texts.find(std::string(property)); text != card.texts.end()) {
+            card.texts.emplace(kShownName, text->second);
+            return;
+        }
+    for (const auto property : {zr::kZREmailProperty, zr::kZRAIMInstantProperty})
+        if (const auto values = card.entries.find(std::string(property)); values != card.entries.end()) {
+            card.texts.emplace(kShownName, values->second.front().value.at(""));
+            return;
+        }
+}
+
+/// The preparation drops a line of nothing but separators, and FN stands in for an N that is not there.
+void withShownName(PlainCard& card, const Road& road)
+{
+    const auto has = [&](std::string_view property) { return card.texts.contains(std::string(property)); };
+    constexpr std::array ofOtherNames = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty,
+        zr::kZRMiddleNameProperty, zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZROrganizationProperty,
+        zr::kZRDepartmentProperty};
+    auto name = card.texts.extract(std::string(kShownName));
+    if (road.isPrepared && name && std::ranges::none_of(ofOtherNames, has))
+        card.texts.emplace(zr::kZRLastNameProperty, name.mapped());
+}
+
+void withFirstAsPrimary(PlainCard& card, const Road&)
+{
+    for (auto& [property, entries] : card.entries)
+        for (PlainEntry& entry : entries)
+            entry.isPrimary = &entry == &entries.front();
+}
+
+constexpr Loss kLosses[] = {
+    {"notes and photos that are held back", withoutHeldBack},
+    {"custom properties, the home page of old, subscriptions", withoutLines},
+    {"further parts of addresses", withoutFurtherAddressParts},
+    {"groups", withoutGroups},
+    {"2.1: calendars, photo, flags, country codes", without21},
+    {"empty texts", withoutEmptyTexts},
+    {"outer blanks", withoutOuterBlanks},
+    {"addresses without parts", withoutEmptyAddresses},
+    {"a CR in a street", splitStreets},
+    {"a CR elsewhere", withLineFeeds},
+    {"backslashes", withoutBackslashes},
+    {"equal messaging values", withoutEqualMessaging},
+    {"URLs that are none", withEscapedURLs},
+    {"a country code gained", withCountryCodes},
+    {"empty labels", withoutEmptyLabels},
+    {"home and work of dates and related names", withoutHomeAndWorkOfDates},
+    {"2.1: labels without a type", withoutOwnLabels21},
+    {"the user's own order of names", withoutOwnOrder},
+    {"other flags", withoutOtherFlags},
+    {"an organization without a person's name", asCompany},
+    {"a card without a name", withShownName},
+    {"the primary entry", withFirstAsPrimary},
+};
+
+void withoutEmptyLists(PlainCard& card)
+{
+    std::erase_if(card.entries, [](const auto& values) { return values.second.empty(); });
+}
+
+} // namespace
+
+std::span<const Loss> allLosses() { return kLosses; }
+
+PlainCard expected(PlainCard card, const Road& road, std::set<std::string_view>& met)
+{
+    addShownName(card);
+    for (const Loss& loss : kLosses) {
+        PlainCard before = card;
+        loss.apply(card, road);
+        withoutEmptyLists(card);
+        withoutEmptyLists(before);
+        if (loss.apply == withShownName)
+            before.texts.erase(std::string(kShownName));
+        if (card != before)
+            met.insert(loss.name);
+    }
+    return card;
+}
+
+} // namespace test

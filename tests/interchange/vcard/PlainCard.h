@@ -1,0 +1,41 @@
+// A person as plain texts: what tests of round trips compare.
+#pragma once
+
+#include "core/ZRPerson.h"
+#include "store/ZRRoster.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace test {
+
+using Texts = std::map<std::string, std::string>;
+
+/// One entry of a multi-value: a single value stands under "", the parts of an address under their keys.
+struct PlainEntry {
+    std::string label;
+    Texts value;
+    bool isPrimary = false;
+
+    friend bool operator==(const PlainEntry&, const PlainEntry&) = default;
+};
+
+/// Everything of a person but its id and the dates of its record. Days are ISO 8601.
+struct PlainCard {
+    Texts texts;
+    std::map<std::string, std::vector<PlainEntry>> entries;
+    std::int64_t flags = 0;
+    std::string photo;
+    std::vector<std::string> groups;
+
+    static PlainCard of(const ZRPerson& person);
+    /// A new person of that roster with all that is here but the groups.
+    platform::Ref<ZRPerson> addTo(const platform::Ref<ZRRoster>& roster) const;
+    /// For messages: a line each.
+    std::string text() const;
+    friend bool operator==(const PlainCard&, const PlainCard&) = default;
+};
+
+} // namespace test

@@ -1,0 +1,252 @@
+// Cards go out and come back: equal, less the list that docs/vcard.md has.
+#include "Losses.h"
+#include "PlainCard.h"
+#include "RandomCards.h"
+#include "core/ZRConstants.h"
+#include "core/ZRGroup.h"
+#include "interchange/vcard/RosterReaderContext.h"
+#include "interchange/vcard/ZRVCardParser.h"
+#include "interchange/vcard/prepare/Preparation.h"
+#include "platform/files/ZRUserDefaults.h"
+#include "platform/text/Encoding.h"
+#include "store/RosterWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <sstream>
+
+namespace test {
+namespace {
+
+using Names = std::set<std::string_view>;
+
+ZRVCardOptions optionsOf(const Road& road)
+{
+    return (road.withNote ? kZRVCardWithNote : 0) | (road.withPhoto ? kZRVCardWithPhoto : 0);
+}
+
+std::string written(const ZRPerson& person, const Road& road)
+{
+    return road.isVersion21 ? person._21vCardRepresentationAsData(optionsOf(road))
+                            : person._vCardRepresentationAsStringUsingImageCache(Value(), optionsOf(road));
+}
+
+std::string prepared(const std::string& data)
+{
+    vcard::prepare::Preparation preparation(data, {"card", 0});
+    vcard::prepare::CanonicalCard card;
+    return preparation.next(card) ? card.text : std::string();
+}
+
+/// The people of all cards in the data.
+std::vector<Ref<ZRPerson>> readAll(const std::string& data, const Ref<ZRRoster>& roster)
+{
+    std::vector<Ref<ZRPerson>> people;
+    const RosterReaderContext context(*roster);
+    const auto parser = ZRVCardParser::initWithData(data, context);
+    std::size_t length = 0;
+    while (parser && !parser->atEnd())
+        if (auto person = parser->nextPersonWithLength(length, *roster))
+            people.push_back(std::move(person));
+    return people;
+}
+
+std::multiset<std::string> linesOf(const std::string& text)
+{
+    std::istringstream stream(text);
+    std::multiset<std::string> lines;
+    for (std::string line; std::getline(stream, line);)
+        lines.insert(line);
+    return lines;
+}
+
+/// The lines of one text that the other does not have.
+std::string differences(const std::string& got, const std::string& wanted)
+{
+    const auto have = linesOf(got), want = linesOf(wanted);
+    std::string text;
+    for (const auto& line : have)
+        text += want.contains(line) ? "" : "got    " + line + "\n";
+    for (const auto& line : want)
+        text += have.contains(line) ? "" : "wanted " + line + "\n";
+    return text;
+}
+
+/// Sends the person down the road, and compares what comes back with what must.
+void travel(const ZRPerson& person, const Road& road, const Ref<ZRRoster>& roster, Names& met)
+{
+    const PlainCard before = PlainCard::of(person);
+    const std::string data = written(person, road);
+    const PlainCard wanted = expected(before, road, met);
+    const auto people = readAll(road.isPrepared ? prepared(data) : data, roster);
+    if (people.empty() && road.isPrepared && wanted == PlainCard())
+        return; // There is nothing in it that could be prepared.
+    ASSERT_EQ(people.size(), 1U) << data;
+    const PlainCard got = PlainCard::of(*people.front());
+    EXPECT_TRUE(got == wanted) << differences(got.text(), wanted.text()) << "before:\n"
+                               << before.text() << data;
+    for (const auto& gone : people)
+        gone->setImageData(Value());
+}
+
+class RoundTrip : public testing::Test {
+protected:
+    static void SetUpTestSuite() { openShared(); }
+    void SetUp() override
+    {
+        roster = ZRRoster::emptyMemoryBackedRoster();
+        ASSERT_TRUE(roster);
+        roster->setDefaultCountryCode("us");
+        preferences->setObject("windows-1252", kZR21vCardEncoding);
+    }
+    void TearDown() override { preferences->removeObjectForKey(kZR21vCardEncoding); }
+
+    Ref<ZRRoster> roster;
+    const Ref<ZRUserDefaults> preferences = ZRUserDefaults::rosterPreferences();
+};
+
+TEST_F(RoundTrip, OfRandomCardsLosesWhatTheListSays)
+{
+    constexpr int kCards = 1500;
+    Names met;
+    const auto group = ZRGroup::initWithRoster(roster);
+    group->setValue("Friends", kZRGroupNameProperty);
+    for (const bool isVersion21 : {false, true})
+        for (const bool isPrepared : {false, true}) {
+            RandomCards cards(20260101);
+            for (int i = 0; i < kCards / 4 && !HasFailure(); ++i) {
+                const auto person = cards.next().addTo(roster);
+                if (cards.once(10))
+                    group->addMember(*person);
+                const Road road{.isVersion21 = isVersion21,
+                    .isPrepared = isPrepared,
+                    .withNote = !cards.once(4),
+                    .withPhoto = !cards.once(4)};
+                travel(*person, road, roster, met);
+                person->setImageData(Value());
+            }
+        }
+    for (const Loss& loss : allLosses())
+        EXPECT_TRUE(met.contains(loss.name)) << loss.name << " never happened";
+}
+
+/// Every script in every set that a user may prefer: what the set does not have goes into another one, and so
+/// does what a reader would not get back from it (the second byte of 表 in Shift_JIS is a backslash).
+TEST_F(RoundTrip, Of21KeepsEveryScriptUnderEveryPreference)
+{
+    const char* const texts[] = {"José Müller", "Ωμέγα Παπαδάκη", "Ольга Ковалёва", "عبد الله",
+        "张伟; 表示ソ能", "€ ∑ π", "\xE2\x80\x99", "👩‍💻, 7:30"};
+    for (const char* const preferred : {"windows-1252", "koi8-r", "ISO-8859-7", "windows-1256", "Shift_JIS",
+             "Big5", "GB18030", "ISO-2022-JP", "UTF-16", "UTF-7", "no such set", ""}) {
+        preferences->setObject(preferred, kZR21vCardEncoding);
+        for (const char* const text : texts) {
+            PlainCard card;
+            for (const auto property : {zr::kZRLastNameProperty, zr::kZRNoteProperty})
+                card.texts[std::string(property)] = text;
+            PlainEntry entry{std::string(zr::kZRWorkLabel), {{"", text}}, true};
+            for (const auto property : {zr::kZREmailProperty, zr::kZRAIMInstantProperty})
+                card.entries[std::string(property)] = {entry};
+            const auto person = card.addTo(roster);
+            SCOPED_TRACE(std::string(preferred) + ": " + text);
+            Names met;
+            travel(*person, {.isVersion21 = true}, roster, met);
+            travel(*person, {.isVersion21 = true, .isPrepared = true}, roster, met);
+            EXPECT_EQ(met, Names()) << "nothing may be lost";
+        }
+    }
+}
+
+std::string contentsOf(const std::filesystem::path& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+/// Whoever imports the cards of a file has these people.
+std::vector<Ref<ZRPerson>> imported(const std::string& bytes, const Ref<ZRRoster>& roster)
+{
+    std::vector<Ref<ZRPerson>> people;
+    vcard::prepare::Preparation preparation(bytes, {"cards", platform::kWindows1252Encoding});
+    for (vcard::prepare::CanonicalCard card; preparation.next(card);)
+        for (auto& person : readAll(card.text, roster))
+            people.push_back(std::move(person));
+    return people;
+}
+
+std::string exported(const std::vector<Ref<ZRPerson>>& people)
+{
+    std::string cards;
+    for (const auto& person : people)
+        person->_appendVCardRepresentation(cards, kZRVCardWithNote | kZRVCardWithPhoto);
+    return cards;
+}
+
+std::string withoutIds(const std::string& cards)
+{
+    std::istringstream lines(cards);
+    std::string text;
+    for (std::string line; std::getline(lines, line);)
+        if (!line.starts_with("X-ZRUID:"))
+            text += line + "\n";
+    return text;
+}
+
+TEST_F(RoundTrip, OfTheExamplesLosesWhatTheListSays)
+{
+    std::size_t count = 0;
+    Names met;
+    for (const auto& file : std::filesystem::directory_iterator(EXAMPLE_CARDS))
+        for (const auto& person : imported(contentsOf(file.path()), roster)) {
+            SCOPED_TRACE(file.path());
+            for (const bool isVersion21 : {false, true})
+                for (const bool isPrepared : {false, true})
+                    travel(*person, {.isVersion21 = isVersion21, .isPrepared = isPrepared}, roster, met);
+            ++count;
+        }
+    EXPECT_EQ(count, 48U);
+}
+
+/// Cards of other programs: what the first export lost is all that is ever lost.
+TEST_F(RoundTrip, OfTheCorpusIsTheSameTheSecondTime)
+{
+    const char* const given = std::getenv("ROSTER_CORPUS");
+    const std::filesystem::path folder = given ? given : CORPUS;
+    if (!std::filesystem::is_directory(folder))
+        GTEST_SKIP() << "no corpus; name its folder in ROSTER_CORPUS";
+    Names met;
+    for (const auto& file : std::filesystem::directory_iterator(folder)) {
+        if (file.path().extension() != ".vcf")
+            continue;
+        SCOPED_TRACE(file.path());
+        const auto people = imported(contentsOf(file.path()), roster);
+        for (const auto& person : people)
+            travel(*person, {.isPrepared = true}, roster, met);
+        const auto again = imported(exported(people), roster);
+        EXPECT_EQ(again.size(), people.size());
+        const std::string first = exported(again);
+        EXPECT_EQ(withoutIds(exported(imported(first, roster))), withoutIds(first));
+    }
+}
+
+/// The list that people read is the one that holds.
+TEST(Losses, StandInTheDocument)
+{
+    const std::string document = contentsOf(VCARD_DOCUMENT);
+    for (const Loss& loss : allLosses())
+        EXPECT_NE(document.find("| " + std::string(loss.name) + " |"), document.npos) << loss.name;
+    const std::size_t list = document.find("## What does not come back"),
+                      end = document.find("\n## ", list + 1);
+    const std::string section = document.substr(list, end - list);
+    std::size_t rows = 0;
+    for (std::size_t at = 0; (at = section.find("\n| ", at)) != section.npos; ++at)
+        ++rows;
+    EXPECT_EQ(rows, allLosses().size() + 1) << "one row of the table is its head";
+}
+
+} // namespace
+} // namespace test
