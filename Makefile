@@ -2,7 +2,7 @@
 #   make demo    install what is missing, build, import real cards into a throwaway roster, look at them
 #   make check   install what is missing, build and pass all tests, with sanitizers and in release
 
-.PHONY: demo check bootstrap dev release bench fuzz tidy thread-safety format
+.PHONY: demo check bootstrap dev release bench fuzz interop tidy thread-safety format
 
 demo: release
 	tools/demo build/release/bin/roster
@@ -33,6 +33,11 @@ fuzz: bootstrap
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	fuzz/run build/fuzz 60
+
+# Has other readers of vCards read ours; tests/interop/run tells which.
+interop: release
+	@tools/bootstrap --interop
+	tests/interop/run build/release
 
 tidy: bootstrap
 	@tools/bootstrap --clang
