@@ -9,7 +9,7 @@
 #include "core/ZRGroup.h"
 #include "core/ZRPerson.h"
 #include "search/ZRSearchElement.h"
-#include "store/ZRSortedIds.h"
+#include "store/ZRIdsOfPeople.h"
 
 #include <fmt/format.h>
 
@@ -22,6 +22,13 @@ namespace {
 constexpr std::size_t kCardsAtOnce = 500;
 
 using Ids = std::vector<std::string>;
+
+std::string formatOf(const Options& options)
+{
+    return !options.format.empty() ? options.format : options.json ? "json" : "vcard3";
+}
+
+bool isVCard(const Options& options) { return formatOf(options).starts_with("vcard"); }
 
 ZRRecordList found(const Options& options, ZRRoster& roster)
 {
@@ -41,11 +48,12 @@ ZRRecordList foundInGroup(const Options& options, ZRRoster& roster)
     return people;
 }
 
-/// Whom the options mean, in the order of a list.
+/// Whom the options mean, in the order of a list. All cards of a roster as vCards have no order that anybody
+/// waits for, and are many.
 Ids wanted(const Options& options, ZRRoster& roster)
 {
     if (options.group.empty() && options.words.empty())
-        return ZRSortedIdsOfPeople(roster, orderOf(options));
+        return ZRIdsOfPeople(roster, isVCard(options) ? std::nullopt : std::optional(ZRNameOrder::preferred));
     ZRRecordList people = options.group.empty() ? found(options, roster) : foundInGroup(options, roster);
     if (people.empty())
         throw Failure(exitStatus::refused, "no card matches");
@@ -69,16 +77,10 @@ void forEach(ZRRoster& roster, const Ids& ids, const std::function<void(ZRPerson
     }
 }
 
-std::string formatOf(const Options& options)
-{
-    return !options.format.empty() ? options.format : options.json ? "json" : "vcard3";
-}
-
 /// The user's preferences speak of vCards; what other forms hold is only limited by hand.
 ExportScope scopeOf(const Options& options)
 {
-    const bool isVCard = formatOf(options).starts_with("vcard");
-    return {.notes = options.withNotes.value_or(!isVCard || ZRPerson::includeNotesInVCards()),
+    return {.notes = options.withNotes.value_or(!isVCard(options) || ZRPerson::includeNotesInVCards()),
         .pictures = options.withPhotos.value_or(ZRPerson::includePhotosInVCards())};
 }
 
