@@ -119,6 +119,7 @@ TEST(TranslatedTexts, AreThoseOfTheUsersLanguage)
         {{"tlh", "fr"}, "Code postal"},
         {{"zh_HK", "zh_TW", "zh"}, "郵遞區號"},
         {{"zh_CN", "zh"}, "邮政编码"},
+        {{"pt_BR", "pt"}, "CEP"},
         {{"tlh"}, "Postal Code"},
         {{}, "Postal Code"},
     };
