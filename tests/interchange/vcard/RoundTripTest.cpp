@@ -1,4 +1,5 @@
 // Cards go out and come back: equal, less the list that docs/vcard.md has.
+#include "Journey.h"
 #include "Losses.h"
 #include "PlainCard.h"
 #include "RandomCards.h"
@@ -25,37 +26,6 @@ namespace {
 
 using Names = std::set<std::string_view>;
 
-ZRVCardOptions optionsOf(const Road& road)
-{
-    return (road.withNote ? kZRVCardWithNote : 0) | (road.withPhoto ? kZRVCardWithPhoto : 0);
-}
-
-std::string written(const ZRPerson& person, const Road& road)
-{
-    return road.isVersion21 ? person._21vCardRepresentationAsData(optionsOf(road))
-                            : person._vCardRepresentationAsStringUsingImageCache(Value(), optionsOf(road));
-}
-
-std::string prepared(const std::string& data)
-{
-    vcard::prepare::Preparation preparation(data, {"card", 0});
-    vcard::prepare::CanonicalCard card;
-    return preparation.next(card) ? card.text : std::string();
-}
-
-/// The people of all cards in the data.
-std::vector<Ref<ZRPerson>> readAll(const std::string& data, const Ref<ZRRoster>& roster)
-{
-    std::vector<Ref<ZRPerson>> people;
-    const RosterReaderContext context(*roster);
-    const auto parser = ZRVCardParser::initWithData(data, context);
-    std::size_t length = 0;
-    while (parser && !parser->atEnd())
-        if (auto person = parser->nextPersonWithLength(length, *roster))
-            people.push_back(std::move(person));
-    return people;
-}
-
 std::multiset<std::string> linesOf(const std::string& text)
 {
     std::istringstream stream(text);
@@ -80,18 +50,11 @@ std::string differences(const std::string& got, const std::string& wanted)
 /// Sends the person down the road, and compares what comes back with what must.
 void travel(const ZRPerson& person, const Road& road, const Ref<ZRRoster>& roster, Names& met)
 {
-    const PlainCard before = PlainCard::of(person);
+    const PlainCard before = PlainCard::of(person), wanted = expected(before, road, met);
     const std::string data = written(person, road);
-    const PlainCard wanted = expected(before, road, met);
-    const auto people = readAll(road.isPrepared ? prepared(data) : data, roster);
-    if (people.empty() && road.isPrepared && wanted == PlainCard())
-        return; // There is nothing in it that could be prepared.
-    ASSERT_EQ(people.size(), 1U) << data;
-    const PlainCard got = PlainCard::of(*people.front());
+    const PlainCard got = comesBack(data, road, roster);
     EXPECT_TRUE(got == wanted) << differences(got.text(), wanted.text()) << "before:\n"
                                << before.text() << data;
-    for (const auto& gone : people)
-        gone->setImageData(Value());
 }
 
 class RoundTrip : public testing::Test {
