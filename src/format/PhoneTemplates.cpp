@@ -6,8 +6,11 @@
 #include "platform/text/Digits.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
+
+constexpr std::size_t kFrontLength = 16;
 
 /// Where the extension of a number begins. A character that no number holds starts it, unless it is the very
 /// first one; what stands before it, mostly a blank, goes along, except that one character always stays, and
@@ -23,8 +26,12 @@ std::size_t lengthOfHead(std::string_view text)
 
 std::string digitsIn(std::string_view head)
 {
-    std::string digits;
-    std::copy_if(head.begin(), head.end(), std::back_inserter(digits), isPhoneDigit);
+    std::string digits(head.size(), '\0');
+    char* end = digits.data();
+    for (const char character : head)
+        if (isPhoneDigit(character))
+            *end++ = character;
+    digits.resize(static_cast<std::size_t>(end - digits.data()));
     return digits;
 }
 
@@ -44,23 +51,22 @@ std::string PhoneNumberText::withNumber(std::string formatted) const
     return formatted;
 }
 
-PhoneTemplates::Template::Template(std::string_view source) : text(source)
+void PhoneTemplates::Front::set(std::size_t place, char character)
 {
-    for (std::size_t offset = 0; offset < text.size(); ++offset) {
-        if (!isPhonePosition(text[offset]))
-            continue;
-        if (text[offset] == '#')
-            blanks.push_back({offset, count});
-        else
-            literals.push_back({count, text[offset]});
-        ++count;
-    }
+    reinterpret_cast<char*>(words.data())[place] = character;
 }
 
-bool PhoneTemplates::Template::fits(std::string_view digits) const
+bool PhoneTemplates::Front::isEqual(const Front& other, const Front& mask) const
 {
-    return std::all_of(literals.begin(), literals.end(),
-        [&](const Literal& literal) { return digits[literal.place] == literal.character; });
+    return (((words[0] & mask.words[0]) ^ other.words[0]) | ((words[1] & mask.words[1]) ^ other.words[1]))
+        == 0;
+}
+
+bool PhoneTemplates::Trial::fits(std::string_view digits, const Front& front) const
+{
+    return front.isEqual(literals, mask) && std::all_of(later.begin(), later.end(), [&](const auto& literal) {
+        return digits[literal.first] == literal.second;
+    });
 }
 
 std::string PhoneTemplates::Template::filled(std::string_view digits) const
@@ -74,18 +80,42 @@ std::string PhoneTemplates::Template::filled(std::string_view digits) const
 PhoneTemplates::PhoneTemplates(const std::vector<std::string>& templates)
 {
     for (const auto& source : templates)
-        _templates.emplace_back(source);
-    std::stable_sort(_templates.begin(), _templates.end(),
-        [](const Template& a, const Template& b) { return a.count < b.count; });
+        add(source);
+    std::stable_sort(
+        _trials.begin(), _trials.end(), [](const Trial& a, const Trial& b) { return a.count < b.count; });
+}
+
+void PhoneTemplates::add(std::string_view source)
+{
+    Template made{std::string(source), {}};
+    Trial trial;
+    trial.index = _templates.size();
+    for (std::size_t offset = 0; offset < source.size(); ++offset) {
+        if (!isPhonePosition(source[offset]))
+            continue;
+        const std::size_t place = trial.count++;
+        if (source[offset] == '#') {
+            made.blanks.push_back({offset, place});
+        } else if (place < kFrontLength) {
+            trial.literals.set(place, source[offset]);
+            trial.mask.set(place, '\xFF');
+        } else {
+            trial.later.emplace_back(place, source[offset]);
+        }
+    }
+    _templates.push_back(std::move(made));
+    _trials.push_back(std::move(trial));
 }
 
 std::optional<std::string> PhoneTemplates::format(std::string_view digits) const
 {
-    auto at = std::lower_bound(_templates.begin(), _templates.end(), digits.size(),
-        [](const Template& candidate, std::size_t count) { return candidate.count < count; });
-    for (; at != _templates.end() && at->count == digits.size(); ++at)
-        if (at->fits(digits))
-            return at->filled(digits);
+    Front front;
+    std::memcpy(front.words.data(), digits.data(), std::min(digits.size(), kFrontLength));
+    auto at = std::lower_bound(_trials.begin(), _trials.end(), digits.size(),
+        [](const Trial& trial, std::size_t count) { return trial.count < count; });
+    for (; at != _trials.end() && at->count == digits.size(); ++at)
+        if (at->fits(digits, front))
+            return _templates[at->index].filled(digits);
     return {};
 }
 

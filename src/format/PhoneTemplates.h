@@ -1,11 +1,13 @@
 // How a telephone number meets a list of templates.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// What was typed as a number, taken apart: what may belong to the number, and the extension behind it.
@@ -51,26 +53,39 @@ public:
     std::string write(const PhoneNumberText& number) const;
 
 private:
-    struct Literal {
-        std::size_t place;
-        char character;
-    };
     struct Blank {
         std::size_t offset;
         std::size_t place;
     };
     struct Template {
         std::string text;
-        /// How many characters of a number it takes.
-        std::size_t count = 0;
-        std::vector<Literal> literals;
         std::vector<Blank> blanks;
 
-        explicit Template(std::string_view source);
-        bool fits(std::string_view digits) const;
         std::string filled(std::string_view digits) const;
     };
+    /// The first characters of a number, or of what a template says of them: compared all at once.
+    struct Front {
+        std::array<std::uint64_t, 2> words{};
 
-    /// By count, and those of one count in their order.
+        void set(std::size_t place, char character);
+        bool isEqual(const Front& other, const Front& mask) const;
+    };
+    /// What trying a template looks at: apart from the template, so that a list of them is a few lines of
+    /// memory.
+    struct Trial {
+        /// How many characters of a number it takes.
+        std::size_t count = 0;
+        std::size_t index = 0;
+        Front literals, mask;
+        /// Those that lie behind the front.
+        std::vector<std::pair<std::size_t, char>> later;
+
+        bool fits(std::string_view digits, const Front& front) const;
+    };
+
+    void add(std::string_view source);
+
     std::vector<Template> _templates;
+    /// By count, and those of one count in their order.
+    std::vector<Trial> _trials;
 };

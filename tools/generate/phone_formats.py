@@ -22,14 +22,16 @@ from templates import in_order, skeleton, template
 
 MOST_TEMPLATES = 60
 # How often numbers of a kind are written down, one beside the other.
-KINDS = {"fixed": 1, "mobile": 1, "free": .04, "voip": .02, "shared": .004, "company": .004, "premium": .004,
-         "personal": .004, "pager": .001, "voicemail": .001}
+KINDS = {"fixed": 1, "mobile": 1, "free": .04, "voip": .02, "shared": .015, "company": .01, "premium": .004,
+         "personal": .004, "pager": .001, "voicemail": .001, "towns": .15}
+# Large towns, where the many codes of villages would drown theirs: a kind of their own.
+TOWNS = {"43": "316|463|512|662|732"}
 GROUPS = ("local", "national", "trunk", "abroad", "optional")
 # How much the forms of a group count in each of the two lists.
 GROUP_WEIGHTS = ({"local": .5, "national": 1, "trunk": 1, "abroad": .6, "optional": .1},
                  {"local": .3, "national": .6, "trunk": .6, "abroad": 1, "optional": .25})
-# The numbers of a plan with many lengths mostly have these.
-COMMON_LENGTHS = {7: .1, 8: .3, 9: 1, 10: 1, 11: .5, 12: .03}
+# In an open plan most numbers have these.
+COMMON_LENGTHS = {6: .03, 7: .1, 8: .4, 9: 1, 10: 1, 11: .5, 12: .03}
 RARE_LENGTH = .01
 # The shorter numbers of Germany are the switchboards of towns, whose area codes a few leading digits cannot tell.
 SHORTEST = {"49": 9}
@@ -44,9 +46,13 @@ class Country:
         general = main["kinds"]["general"]
         self.lengths = [length for length in general["lengths"] if length >= SHORTEST.get(self.code, 0)]
         self.local_lengths = [length for length in general["localLengths"] if length not in general["lengths"]]
+        # Subscribers' numbers of many lengths behind area codes of many lengths.
+        self.is_open = len(main["kinds"]["fixed"]["lengths"] or general["lengths"]) > 2
         national = main["national"] or [one_block(self.lengths)]
         # Area codes of the many countries in America tell nothing about how numbers are written.
         kinds = kinds_of([main] if self.code == "1" else of_code)
+        if self.code in TOWNS:
+            kinds["towns"] = rf"(?:{TOWNS[self.code]})\d{{3,9}}"
         self.at_home = Numbers(kinds, [Rule(data) for data in national])
         self.abroad = Numbers(kinds, [Rule(data) for data in main["international"] or national])
 
@@ -104,7 +110,7 @@ class Country:
         counts = defaultdict(int)
         for (_, kind), count in numbers.count(numbers.start, length).items():
             counts[kind] += count
-        common = COMMON_LENGTHS.get(length, RARE_LENGTH) if len(self.lengths) > 7 else 1
+        common = COMMON_LENGTHS.get(length, RARE_LENGTH) if self.is_open else 1
         return {kind: group_weight * KINDS[kind] * common / count for kind, count in counts.items() if kind}
 
     def _said_in_front(self, table, text):
@@ -118,8 +124,8 @@ class Country:
 def kinds_of(countries):
     """By kind, one pattern for the numbers of all the countries."""
     kinds = {}
-    for kind in KINDS:
-        patterns = [data["kinds"][kind]["pattern"] for data in countries]
+    for kind in countries[0]["kinds"]:
+        patterns = [data["kinds"][kind]["pattern"] for data in countries if kind != "general"]
         if any(patterns):
             kinds[kind] = "|".join(filter(None, patterns))
     return kinds
