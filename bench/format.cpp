@@ -1,4 +1,4 @@
-// What showing a telephone number costs: for each country, numbers of all its templates, one after the other.
+// What showing telephone numbers costs: for each list of each country, numbers of all its templates in turn.
 #include "format/PhoneFormats.h"
 #include "format/ZRPhoneFormatter.h"
 #include "support/Measure.h"
@@ -15,8 +15,8 @@ namespace {
 using platform::Ref;
 using platform::Value;
 
-constexpr std::size_t kNumbers = 20'000;
-constexpr int kRounds = 5;
+constexpr std::size_t kNumbers = 1'000;
+constexpr int kRounds = 100;
 
 /// A list as it is used, and digits for each of its templates.
 struct List {
@@ -41,7 +41,7 @@ std::vector<List> lists()
     std::vector<List> all;
     for (const auto& [country, unused] : phoneFormats().asDictionary()->entries())
         for (std::size_t number = 0; const auto& formats : phoneFormatsOfCountry(country)) {
-            List list{fmt::format("{}/{}", country, number++), platform::makeRef<ZRPhoneFormatter>(), {}};
+            List list{fmt::format("{} {}", country, number++), platform::makeRef<ZRPhoneFormatter>(), {}};
             for (const auto& format : formats) {
                 list.formatter->addFormat(format);
                 list.numbers.emplace_back(digitsFor(format));
@@ -51,35 +51,46 @@ std::vector<List> lists()
     return all;
 }
 
-/// Seconds of processor time for one number of the list: others may be at work on the machine.
-double secondsFor(const List& list, std::size_t& shown)
+/// Has the list show so many numbers.
+std::size_t show(const List& list)
 {
-    const bench::Stopwatch watch;
+    std::size_t shown = 0;
     for (std::size_t done = 0; done < kNumbers; ++done)
         shown += list.formatter->stringForObjectValue(list.numbers[done % list.numbers.size()])->size();
-    return watch.processor() / kNumbers;
+    return shown;
+}
+
+/// What showing takes in the median of many rounds: wall clock, then processor.
+std::pair<double, double> secondsFor(const List& list)
+{
+    std::vector<double> wall, processor;
+    for (int round = 0; round < kRounds; ++round) {
+        const bench::Stopwatch watch;
+        if (show(list) == 0)
+            bench::fail("no number was shown by " + list.name);
+        wall.push_back(watch.wall());
+        processor.push_back(watch.processor());
+    }
+    return {bench::percentile(wall, 0.5), bench::percentile(processor, 0.5)};
 }
 
 } // namespace
 
 int main()
 {
-    std::size_t shown = 0;
-    std::vector<double> seconds;
+    std::vector<std::pair<double, double>> seconds;
     std::pair<double, std::string> worst;
     const bench::Stopwatch reading;
     static_cast<void>(phoneFormats());
-    const double read = reading.wall();
+    const double read = reading.processor();
     for (const auto& list : lists()) {
-        std::vector<double> rounds;
-        for (int round = 0; round < kRounds; ++round)
-            rounds.push_back(secondsFor(list, shown));
-        seconds.push_back(bench::percentile(rounds, 0.5));
-        worst = std::max(worst, {seconds.back(), list.name});
+        seconds.push_back(secondsFor(list));
+        worst = std::max(worst, {seconds.back().second, list.name});
     }
-    fmt::print(R"({{"job":"format numbers","lists":{},"median_us":{:.3f},"p99_us":{:.3f},"worst_us":{:.3f},)"
-               R"("worst_list":"{}","read_templates_ms":{:.1f},"shown_bytes":{}}})"
-               "\n",
-        seconds.size(), bench::percentile(seconds, 0.5) * 1e6, bench::percentile(seconds, 0.99) * 1e6,
-        worst.first * 1e6, worst.second, read * 1e3, shown);
+    bench::Result result("format 1,000 numbers", "roster", "worst: " + worst.second, kNumbers);
+    for (const auto& [wall, processor] : seconds)
+        result.add(wall, processor);
+    result.note("worst_processor_s", worst.first);
+    result.note("read_templates_processor_s", read);
+    result.print();
 }

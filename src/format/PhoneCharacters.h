@@ -17,13 +17,14 @@ constexpr bool isPhoneDigit(char character)
 constexpr bool isPhonePosition(char character) { return isPhoneDigit(character) || character == '#'; }
 
 /// `kAllowedInPhoneNumbers` as a table, since each character of each number asks.
+inline constexpr auto kIsAllowedInPhoneNumbers = [] {
+    std::array<bool, 256> allowed{};
+    for (const char one : kAllowedInPhoneNumbers)
+        allowed[static_cast<unsigned char>(one)] = true;
+    return allowed;
+}();
+
 constexpr bool isAllowedInPhoneNumber(char character)
 {
-    constexpr auto table = [] {
-        std::array<bool, 256> allowed{};
-        for (const char one : kAllowedInPhoneNumbers)
-            allowed[static_cast<unsigned char>(one)] = true;
-        return allowed;
-    }();
-    return table[static_cast<unsigned char>(character)];
+    return kIsAllowedInPhoneNumbers[static_cast<unsigned char>(character)];
 }

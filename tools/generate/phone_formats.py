@@ -23,9 +23,18 @@ from templates import in_order, skeleton, template
 MOST_TEMPLATES = 60
 # How often numbers of a kind are written down, one beside the other.
 KINDS = {"fixed": 1, "mobile": 1, "free": .04, "voip": .02, "shared": .015, "company": .01, "premium": .004,
-         "personal": .004, "pager": .001, "voicemail": .001, "towns": .15}
-# Large towns, where the many codes of villages would drown theirs: a kind of their own.
-TOWNS = {"43": "316|463|512|662|732"}
+         "personal": .004, "pager": .001, "voicemail": .001}
+# Large towns, where the many codes of villages would drown theirs: the numbers of each are one more kind.
+TOWNS = {"43": ("1", "316", "463", "512", "662", "732")}
+TOWN = .05
+# Where people write otherwise than the metadata does: rules that go before its own. Athens has the area code 210,
+# and the numbers of Swedish companies begin with four digits that people keep together.
+CORRECTIONS = {
+    "30": {"pattern": r"(\d{3})(\d{3})(\d{4})", "leadingDigits": ["21"], "format": "$1 $2 $3", "trunk": "",
+           "trunkOptional": False, "abroad": "$1 $2 $3"},
+    "46": {"pattern": r"(\d{3})(\d{2})(\d{2})(\d{2})", "leadingDigits": ["77[0-7]"], "format": "$1-$2 $3 $4",
+           "trunk": "0$1", "trunkOptional": False, "abroad": "$1 $2 $3 $4"},
+}
 GROUPS = ("local", "national", "trunk", "abroad", "optional")
 # How much the forms of a group count in each of the two lists.
 GROUP_WEIGHTS = ({"local": .5, "national": 1, "trunk": 1, "abroad": .6, "optional": .1},
@@ -48,13 +57,15 @@ class Country:
         self.local_lengths = [length for length in general["localLengths"] if length not in general["lengths"]]
         # Subscribers' numbers of many lengths behind area codes of many lengths.
         self.is_open = len(main["kinds"]["fixed"]["lengths"] or general["lengths"]) > 2
-        national = main["national"] or [one_block(self.lengths)]
+        own = [CORRECTIONS[self.code]] if self.code in CORRECTIONS else []
+        national = own + main["national"] or [one_block(self.lengths)]
+        own_abroad = [dict(rule, format=rule["abroad"]) for rule in own]
+        international = own_abroad + (main["international"] or main["national"]) or national
         # Area codes of the many countries in America tell nothing about how numbers are written.
         kinds = kinds_of([main] if self.code == "1" else of_code)
-        if self.code in TOWNS:
-            kinds["towns"] = rf"(?:{TOWNS[self.code]})\d{{3,9}}"
+        kinds.update((town, rf"{town}\d{{3,9}}") for town in TOWNS.get(self.code, ()))
         self.at_home = Numbers(kinds, [Rule(data) for data in national])
-        self.abroad = Numbers(kinds, [Rule(data) for data in main["international"] or national])
+        self.abroad = Numbers(kinds, [Rule(data) for data in international])
 
     def lists(self):
         return [self._list(order, weights) for order, weights in zip(
@@ -111,7 +122,7 @@ class Country:
         for (_, kind), count in numbers.count(numbers.start, length).items():
             counts[kind] += count
         common = COMMON_LENGTHS.get(length, RARE_LENGTH) if self.is_open else 1
-        return {kind: group_weight * KINDS[kind] * common / count for kind, count in counts.items() if kind}
+        return {kind: group_weight * KINDS.get(kind, TOWN) * common / count for kind, count in counts.items() if kind}
 
     def _said_in_front(self, table, text):
         """A template says the trunk prefix. At home it begins with a digit, since "#" would take a plus sign too;
