@@ -5,6 +5,7 @@
 #include "platform/files/Resources.h"
 #include "platform/text/Fold.h"
 #include "platform/text/Utf.h"
+#include "store/ZROSRecord.h"
 #include "store/ZRRoster.h"
 
 #include <string>
@@ -22,8 +23,14 @@ constexpr std::int64_t showAsCompany = 1;
 constexpr std::int64_t nameOrderingMask = 56;
 constexpr std::int64_t lastNameFirst = 16;
 
+/// Names are read often: a text that stands in a column of its own comes without a value around it.
 std::string text(const ZRPerson& person, std::string_view property) ZR_NTS
 {
+    ZROSRecord* const stored = person.zrDatabaseImpl();
+    const auto* const place =
+        stored && stored->context() && !stored->isFault() ? stored->keyForProperty(property) : nullptr;
+    if (place && !place->entity && place->key->hasColumn())
+        return std::string(stored->text(*place->key));
     return std::string(person.nts_ValueForProperty(property).asText());
 }
 

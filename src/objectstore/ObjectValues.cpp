@@ -246,6 +246,8 @@ std::string_view StoreObject::bytes(const Slot& slot)
 
 std::int64_t StoreObject::integer(const Slot& slot)
 {
+    if (_row && !_overlay && isPlainColumn(slot))
+        return _row->integer(slot.field);
     const FieldValue found = fieldOrLazy(slot);
     return found.kind == FieldKind::real ? static_cast<std::int64_t>(found.real) : found.integer;
 }

@@ -47,7 +47,9 @@ ObjectList ZROSRecord::sortedPropertyValuesWithKey(const Slot& key)
     if (rows.size() < 2)
         return rows;
     const Slot& order = *key.destination->slot("orderingIndex");
-    std::ranges::stable_sort(rows, {}, [&](const ObjectRef& row) { return row->integer(order); });
+    const auto orderOf = [&](const ObjectRef& row) { return row->integer(order); };
+    if (!std::ranges::is_sorted(rows, {}, orderOf))
+        std::ranges::stable_sort(rows, {}, orderOf);
     return rows;
 }
 

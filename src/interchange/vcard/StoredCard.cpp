@@ -3,6 +3,7 @@
 
 #include "core/ZRConstants.h"
 #include "interchange/vcard/VCardText.h"
+#include "objectstore/ReadAhead.h"
 #include "objectstore/StoreErrors.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
@@ -48,6 +49,7 @@ ZROSContact* contactOf(const ZRPerson& person)
     try {
         contact->integer(contactSlots().displayFlags);
         contact->readAllParts();
+        objectstore::readAhead(*contact);
     } catch (const objectstore::InaccessibleObject&) {
         return nullptr;
     }

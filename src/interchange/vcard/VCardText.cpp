@@ -26,8 +26,11 @@ constexpr double kSecondsOfDay = 86400;
 
 void appendNumber(std::string& to, unsigned number, std::size_t width)
 {
-    const std::string digits = std::to_string(number);
-    to.append(width - std::min(width, digits.size()), '0').append(digits);
+    std::array<char, 10> digits;
+    std::size_t at = digits.size();
+    for (; number > 0 || at > digits.size() - width; number /= 10)
+        digits[--at] = static_cast<char>('0' + number % 10);
+    to.append(&digits[at], digits.size() - at);
 }
 
 constexpr std::size_t kCodesOfLine = 76;

@@ -48,9 +48,12 @@ Value emptyDictionary() { return Value::dictionary({}); }
 
 std::string fileOf(std::string_view domain)
 {
-    std::string name(domain);
-    std::replace(name.begin(), name.end(), '/', '-');
-    return Directories::current()->configHome() + "/" + name + ".plist";
+    std::string path = Directories::current()->configHome();
+    path.reserve(path.size() + domain.size() + 8);
+    path += '/';
+    for (const char c : domain)
+        path += c == '/' ? '-' : c;
+    return path += ".plist";
 }
 
 Result<Value> readEntries(const std::string& path)
