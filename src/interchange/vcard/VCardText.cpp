@@ -15,8 +15,8 @@ namespace {
 
 constexpr auto kIsEscaped = [] {
     std::array<bool, 256> escaped{};
-    for (const unsigned char character : {';', ',', ':', '\r', '\n'})
-        escaped[character] = true;
+    for (const char character : {';', ',', ':', '\r', '\n'})
+        escaped[static_cast<unsigned char>(character)] = true;
     return escaped;
 }();
 

@@ -119,7 +119,7 @@ void Writer::writePhones30()
 /// Each address is in a group, which holds its country code.
 void Writer::writeAddresses30()
 {
-    _card.forEachEntry(EntryLines::shared().addresses, [&](const Entry& entry) ZR_NTS {
+    _card.forEachEntry(EntryLines::shared().addresses, [&](const Entry& entry) {
         const std::string_view key = _vCardKeyForAddressLabel(entry.label(), true);
         appendGroup(_to, _group);
         _to.append("ADR")

@@ -68,7 +68,7 @@ private:
     void writeEntry(std::string_view head, Keys keys, const vcard::Entry& entry, std::int64_t* group);
     void writeEmails30();
     void writePhones30();
-    void writeAddresses30() ZR_NTS;
+    void writeAddresses30();
     void writeGeneric(std::span<const vcard::EntryLine> lines);
     void writeGeneric(std::string_view name, const vcard::EntryKeys& keys, std::int64_t* group);
     void writeFlags();
