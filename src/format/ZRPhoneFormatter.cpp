@@ -8,6 +8,7 @@
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/notify/NotificationCenter.h"
 #include "platform/run/NeverDestroyed.h"
+#include "platform/value/AttributedString.h"
 #include "store/ZRRoster.h"
 
 #include <fmt/format.h>
@@ -34,6 +35,14 @@ bool flagOr(bool otherwise, const std::string& key)
 }
 
 Value arrayOf(const std::vector<std::string>& texts) { return Value::array({texts.begin(), texts.end()}); }
+
+/// The text of a string or an attributed string; absent for anything else.
+std::optional<std::string_view> textOf(const Value& value)
+{
+    if (const auto* attributed = value.as<platform::AttributedString>())
+        return attributed->string();
+    return value.isString() ? std::optional(value.asText()) : std::nullopt;
+}
 
 /// What the shared roster's country has for a start.
 std::vector<std::string> defaultFormats()
@@ -82,17 +91,20 @@ const CharacterSet& ZRPhoneFormatter::nonAllowableCharacters()
 
 std::optional<std::string> ZRPhoneFormatter::stringForObjectValue(const Value& value) const
 {
-    if (!value.isString())
-        return {};
+    const auto text = textOf(value);
+    return text ? std::optional(formatted(*text)) : std::nullopt;
+}
+
+std::string ZRPhoneFormatter::formatted(std::string_view typed) const
+{
     const auto templates = templatesInUse();
-    return templates ? templates->write(PhoneNumberText(value.asText())) : std::string(value.asText());
+    return templates ? templates->write(PhoneNumberText(typed)) : std::string(typed);
 }
 
 bool ZRPhoneFormatter::getObjectValue(
     Value& value, std::string_view typed, std::string* errorDescription) const
 {
-    const auto templates = templatesInUse();
-    value = templates ? Value(templates->write(PhoneNumberText(typed))) : Value(typed);
+    value = formatted(typed);
     if (errorDescription)
         errorDescription->clear();
     return true;

@@ -31,7 +31,7 @@ inline constexpr char kZRPhoneFormatChangedNotification[] = "ZRPhoneFormatChange
 /// once, and the other formatters of the process read it.
 ///
 /// Ownership: owns its list. The shared one lives as long as the process.
-/// Threads:   any. The notification is posted on the thread that changes the list.
+/// Threads:   any may format; one at a time edits. The notification is posted on the thread that edits.
 /// Errors:    formatting has none. An index past the end raises the invalid-argument failure.
 class ZR_EXPORT ZRPhoneFormatter : public ZRSearchHighlightFormatter {
 public:
@@ -47,7 +47,7 @@ public:
     static const CharacterSet& allowableCharacters();
     static const CharacterSet& nonAllowableCharacters();
 
-    /// The formatted text of a string; absent for what is no string.
+    /// The formatted text of a string or an attributed string; absent for anything else.
     std::optional<std::string> stringForObjectValue(const platform::Value& value) const override;
     /// Gives the formatted text of what was typed; always true, and the error text becomes empty.
     ///
@@ -102,6 +102,7 @@ private:
     template <class Edit>
     void edit(Edit&& edit);
     std::shared_ptr<const PhoneTemplates> templatesInUse() const;
+    std::string formatted(std::string_view typed) const;
 
     mutable platform::Mutex _mutex;
     std::vector<std::string> _formats ZR_GUARDED_BY(_mutex);

@@ -3,9 +3,12 @@
 #include "format/ZRPhoneFormatter.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/notify/NotificationCenter.h"
+#include "platform/run/Log.h"
 #include "store/RosterWorld.h"
 
 #include <gmock/gmock.h>
+
+#include <fstream>
 
 namespace {
 
@@ -15,6 +18,14 @@ using platform::Value;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Formats = std::vector<std::string>;
+
+/// What a new process makes of a number, in the home that it finds.
+const test::Role showing("show a number", [](const test::Words& words) {
+    test::openShared()->setDefaultCountryCode("us");
+    platform::LogCapture log;
+    const auto text = ZRPhoneFormatter::sharedPhoneFormatter()->stringForObjectValue(words.at(0));
+    return *text + (log.lines().empty() ? "" : " | " + log.lines().front());
+});
 
 class PhoneFormatList : public testing::Test {
 protected:
@@ -159,6 +170,23 @@ TEST_F(PhoneFormatList, ReachesTheOtherFormattersOfItsName)
     EXPECT_FALSE(other->edited()) << "read when the name is set, and not again";
     EXPECT_THAT(stranger->formats(), ElementsAre("#"));
     listening.cancel();
+}
+
+TEST_F(PhoneFormatList, ComesFromTheUsersOwnResourceWhereThereIsOne)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"<plist><dict><key>us</key><array><array><string>#.#.#</string></array></array></dict></plist>",
+            "1.2.3"},
+        {"<plist><array/></plist>", "123"}, {"<plist><dict><key>us</key><string/></dict></plist>", "123"},
+        {"torn", "123 | ZRPhoneFormats.plist: "}};
+    for (const auto& [resource, shown] : cases) {
+        const test::Home home;
+        test::fs::create_directories(home.rosterDirectory());
+        std::ofstream(home.rosterDirectory() / "ZRPhoneFormats.plist") << resource;
+        const auto outcome = home.play("show a number", {"123"});
+        EXPECT_EQ(outcome.status, 0) << outcome.log;
+        EXPECT_THAT(outcome.answer, testing::StartsWith(shown)) << resource;
+    }
 }
 
 TEST_F(PhoneFormatList, OfTheSharedFormatterIsTheDefaultCountrys)

@@ -2,11 +2,14 @@
 #include "format/NaivePhoneFormat.h"
 #include "format/ZRAntiPhoneFormatter.h"
 #include "format/ZRPhoneFormatter.h"
+#include "platform/value/AttributedString.h"
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <random>
+#include <thread>
 
 namespace {
 
@@ -89,6 +92,10 @@ TEST(PhoneFormatter, AnswersTheFieldThatAsks)
     EXPECT_EQ(error, "");
     EXPECT_TRUE(formatter->getObjectValue(value, "no number"));
     EXPECT_EQ(value, Value("no number"));
+    const auto attributed = makeRef<platform::AttributedString>();
+    attributed->append("555");
+    attributed->append("1234", "field", "Phone");
+    EXPECT_EQ(formatter->stringForObjectValue(attributed), "555-1234");
     EXPECT_EQ(formatter->stringForObjectValue(5551234), std::nullopt);
     EXPECT_EQ(formatter->stringForObjectValue({}), std::nullopt);
     EXPECT_EQ(makeRef<ZRPhoneFormatter>()->stringForObjectValue("\xEF\xBC\x95"), "\xEF\xBC\x95");
@@ -133,6 +140,21 @@ TEST(PhoneFormatter, AgreesWithTemplatesReadCharacterByCharacter)
         }
     }
     EXPECT_GT(changed, 4000) << "too few texts met a template to prove much";
+}
+
+TEST(PhoneFormatter, FormatsByOneListOrTheOtherWhileItChanges)
+{
+    const auto formatter = formatterWith({"#-#"});
+    std::atomic<bool> done = false;
+    std::thread editor([&] {
+        for (int round = 0; round < 200; ++round)
+            formatter->replaceFormatAtIndex(0, round % 2 ? "#-#" : "# #");
+        done = true;
+    });
+    while (!done)
+        EXPECT_THAT(*formatter->stringForObjectValue("12"), testing::AnyOf("1-2", "1 2"));
+    editor.join();
+    EXPECT_EQ(formatter->stringForObjectValue("12"), "1-2");
 }
 
 TEST(AntiPhoneFormatter, LetsOnlyTemplatesPass)

@@ -1,4 +1,4 @@
-// What the public telephone metadata says of each country, as one JSON object a line: the input of phone_formats.py.
+// What the public telephone metadata says of each country, as JSON lines: the input of phone_formats.py.
 #include <phonenumbers/phonemetadata.pb.h>
 
 #include <nlohmann/json.hpp>
@@ -25,7 +25,8 @@ json kindOfNumber(const PhoneNumberDesc& kind)
 json rule(const NumberFormat& format)
 {
     return {{"pattern", format.pattern()}, {"format", format.format()},
-        {"leadingDigits", format.leading_digits_pattern()}, {"trunk", format.national_prefix_formatting_rule()},
+        {"leadingDigits", format.leading_digits_pattern()},
+        {"trunk", format.national_prefix_formatting_rule()},
         {"trunkOptional", format.national_prefix_optional_when_formatting()}};
 }
 
