@@ -7,20 +7,23 @@
 
 namespace {
 
-bool isWhiteSpace(char32_t character)
+/// How many bytes of white space begin at `at`: those of one character, or none.
+std::size_t whiteSpaceAt(std::string_view text, std::size_t at)
 {
-    return character != platform::kIllFormed && u_isUWhiteSpace(static_cast<UChar32>(character));
+    std::size_t end = at;
+    const char32_t character = platform::nextCharacter(text, end);
+    const bool isWhite =
+        character != platform::kIllFormed && u_isUWhiteSpace(static_cast<UChar32>(character));
+    return isWhite ? end - at : 0;
 }
 
 } // namespace
 
 std::string_view trimmedWhiteSpace(std::string_view text)
 {
-    std::size_t next = 0;
-    while (!text.empty() && isWhiteSpace(platform::nextCharacter(text, next = 0)))
-        text.remove_prefix(next);
-    while (!text.empty()
-        && isWhiteSpace(platform::nextCharacter(text, next = platform::startOfLastCharacter(text))))
-        text.remove_suffix(text.size() - platform::startOfLastCharacter(text));
+    for (std::size_t blank = 1; !text.empty() && blank > 0; text.remove_prefix(blank))
+        blank = whiteSpaceAt(text, 0);
+    for (std::size_t blank = 1; !text.empty() && blank > 0; text.remove_suffix(blank))
+        blank = whiteSpaceAt(text, platform::startOfLastCharacter(text));
     return text;
 }
