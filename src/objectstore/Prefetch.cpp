@@ -13,6 +13,43 @@ namespace objectstore {
 
 namespace {
 
+/// The rows whose column has one of many keys. Keys that lie close together, as those of cards that came in
+/// one import, are read in one walk along the column's index; what stands between them is passed over.
+class KeyCondition {
+public:
+    explicit KeyCondition(std::vector<std::int64_t> keys) : _keys(std::move(keys))
+    {
+        constexpr std::size_t fewest = 50;
+        constexpr std::int64_t widest = 32;
+        std::ranges::sort(_keys);
+        _isWalk = _keys.size() >= fewest
+            && _keys.back() - _keys.front() < widest * static_cast<std::int64_t>(_keys.size());
+        if (!_isWalk)
+            _json = jsonOf(_keys);
+    }
+
+    std::string sql(std::string_view column) const
+    {
+        return fmt::format(
+            fmt::runtime(_isWalk ? "{} BETWEEN ? AND ?" : "{} IN (SELECT value FROM json_each(?))"), column);
+    }
+
+    void bind(sqlite::Statement& query) const
+    {
+        if (_isWalk)
+            query.bind(1, _keys.front()).bind(2, _keys.back());
+        else
+            query.bindText(1, _json);
+    }
+
+    bool holds(std::int64_t key) const { return !_isWalk || std::ranges::binary_search(_keys, key); }
+
+private:
+    std::vector<std::int64_t> _keys;
+    bool _isWalk = false;
+    std::string _json;
+};
+
 /// Reads one relationship for objects of one store.
 class SlotPrefetch {
 public:
@@ -92,13 +129,15 @@ private:
     template <class Visitor>
     void readRows(const std::string& column, const std::vector<std::int64_t>& keys, Visitor visit)
     {
-        const std::string json = jsonOf(keys);
+        const KeyCondition condition(keys);
         for (const Family* family : _slot.destination->families()) {
-            sqlite::Use find(_reading->connection->prepared(
-                fmt::format("SELECT {} FROM {} WHERE {} IN (SELECT value FROM json_each(?))",
-                    rowColumns(*family), family->table, column)));
-            find->bindText(1, json);
+            sqlite::Use find(_reading->connection->prepared(fmt::format("SELECT {}, {} FROM {} WHERE {}",
+                rowColumns(*family), column, family->table, condition.sql(column))));
+            condition.bind(*find);
+            const int last = countOfRowColumns(*family);
             while (find->step()) {
+                if (!condition.holds(find->integer(last)))
+                    continue;
                 RowRef row = readRow(*_reading, *family, *find);
                 if (!row)
                     continue;
@@ -111,17 +150,17 @@ private:
 
     void readLinks(const std::vector<std::int64_t>& keys, const std::map<std::int64_t, StoreObject*>& byKey)
     {
-        const std::string json = jsonOf(keys);
+        const KeyCondition condition(keys);
         std::vector<std::int64_t> far;
         {
-            sqlite::Use find(_reading->connection->prepared(
-                fmt::format("SELECT {0}, {1} FROM {2} WHERE {0} IN (SELECT value FROM json_each(?))",
-                    _slot.column, _slot.farColumn, _slot.table)));
-            find->bindText(1, json);
+            sqlite::Use find(_reading->connection->prepared(fmt::format("SELECT {0}, {1} FROM {2} WHERE {3}",
+                _slot.column, _slot.farColumn, _slot.table, condition.sql(_slot.column))));
+            condition.bind(*find);
             while (find->step()) {
-                ObjectAccess::makeCaches(*byKey.at(find->integer(0)))
-                    .of(_slot)
-                    .keys.push_back(find->integer(1));
+                const auto object = byKey.find(find->integer(0));
+                if (object == byKey.end())
+                    continue;
+                ObjectAccess::makeCaches(*object->second).of(_slot).keys.push_back(find->integer(1));
                 far.push_back(find->integer(1));
             }
         }

@@ -49,6 +49,8 @@ std::string rowColumns(const Family& family)
     return columns;
 }
 
+int countOfRowColumns(const Family& family) { return kFirstColumn + static_cast<int>(family.columns.size()); }
+
 RowRef readRow(StoreState& store, const Family&, const sqlite::Statement& statement)
 {
     const std::int64_t key = statement.integer(0), version = statement.integer(1);

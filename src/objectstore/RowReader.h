@@ -13,6 +13,8 @@ namespace objectstore {
 /// `"_key", "_version", "_entity"` and every column of the family: what `readRow` expects a statement to
 /// give.
 std::string rowColumns(const Family& family);
+/// How many columns these are.
+int countOfRowColumns(const Family& family);
 
 /// What stands in a column, its text and bytes alive until the statement's next step.
 FieldValue readField(const sqlite::Statement& statement, int column);

@@ -5,8 +5,11 @@
 #include "core/ZRLabels.h"
 #include "core/ZRMultiValue.h"
 #include "core/ZRPerson.h"
+#include "format/AddressDisplay.h"
+#include "format/ZRPhoneNumberDisplay.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <array>
@@ -30,29 +33,26 @@ constexpr std::array readingOrder = {zr::kZRTitleProperty, zr::kZRFirstNamePrope
 constexpr std::array internal = {zr::kZRUIDProperty, zr::kZRPersonFlags, zr::kZRRemoteLocationProperty,
     zr::kZRSearchElementProperty, zr::kZRHomePageProperty};
 
-constexpr std::array addressParts = {zr::kZRAddressStreetKey, zr::kZRAddressZIPKey, zr::kZRAddressCityKey,
-    zr::kZRAddressStateKey, zr::kZRAddressCountryKey};
+/// How values are shown; what is stored stays as it is. Addresses are written as their country does, numbers
+/// as those do who dial them.
+class Display {
+public:
+    explicit Display(ZRRoster& roster) : _roster(roster), _numbers(roster.defaultCountryCode()) { }
 
-std::string onOneLine(std::string_view text)
-{
-    std::string line;
-    for (const char c : text)
-        c == '\n' ? line += ", " : line += c;
-    return line;
-}
-
-std::string valueText(const Value& value, std::string_view property)
-{
-    if (value.isDictionary()) {
-        std::string text;
-        for (const auto key : addressParts)
-            if (const auto part = value[key].asText(); !part.empty())
-                text += (text.empty() ? "" : ", ") + onOneLine(part);
-        return text;
+    std::string text(const Value& value, std::string_view property) const
+    {
+        if (property == zr::kZRAddressProperty && value.isDictionary())
+            return fmt::format("{}", fmt::join(displayLinesOfAddress(_roster, value), "\n"));
+        if (property == zr::kZRPhoneProperty && value.isString())
+            return _numbers.stringForNumber(value.asText());
+        const Json json = valueJson(value, property);
+        return json.is_string() ? json.get<std::string>() : json.dump();
     }
-    const Json json = valueJson(value, property);
-    return json.is_string() ? json.get<std::string>() : json.dump();
-}
+
+private:
+    ZRRoster& _roster;
+    ZRPhoneNumberDisplay _numbers;
+};
 
 /// "  title      first line of the value", and its further lines below.
 void appendLines(std::string& text, std::string title, std::string_view value)
@@ -81,6 +81,7 @@ std::vector<std::string> readableProperties(const ZRRecordClass& recordClass, ZR
 
 std::string cardText(ZRRecord& record)
 {
+    const Display display(*record.nts_Roster());
     std::string text = displayName(record) + "\n";
     for (const auto& name : readableProperties(record.recordClass(), record.nts_Roster())) {
         const Value value = record.valueForProperty(name);
@@ -89,11 +90,11 @@ std::string cardText(ZRRecord& record)
         const std::string title = ZRLocalizedPropertyOrLabel(name);
         const auto* const values = value.as<ZRMultiValue>();
         if (!values)
-            appendLines(text, title, valueText(value, name));
+            appendLines(text, title, display.text(value, name));
         for (ZRIndex index = 0; values && index < values->count(); ++index)
             appendLines(text,
                 fmt::format("{} ({})", title, ZRLocalizedPropertyOrLabel(values->labelAtIndex(index))),
-                valueText(values->valueAtIndex(index), name));
+                display.text(values->valueAtIndex(index), name));
     }
     if (auto* person = dynamic_cast<ZRPerson*>(&record))
         if (const auto picture = person->imageData(); picture.isData())
