@@ -207,6 +207,30 @@ TEST_F(StoreContextTest, PrefetchedPartsAreHeldByTheirOwner)
     EXPECT_EQ(seen->related(seen->slot("biography")), nullptr);
 }
 
+// Keys that lie close together are read in one walk, which passes those of others.
+TEST_F(StoreContextTest, PrefetchesForManyWhatIsTheirs)
+{
+    for (int i = 0; i < 200; ++i) {
+        const std::string name = (i % 3 == 0 ? "other" : "wanted") + std::to_string(i);
+        const ObjectRef author = addAuthor(*context, name), book = context->insertObjectOfEntity("Book");
+        addHandle(*context, *author, {"h" + std::to_string(i), name, 0, true, "chat"});
+        author->setObjects(author->slot("books"), {book});
+    }
+    must(context->save());
+    const auto reader = makeContext();
+    StoreFetch fetch(
+        entityNamed("Author"), StorePredicate::compare("name", os::Comparator::beginsWith, Value("wanted")));
+    fetch.prefetchKeyPaths = {"handles.site", "books"};
+    const ObjectList seen = must(reader->runFetch(fetch));
+    EXPECT_EQ(seen.size(), 133u);
+    must(coordinator->removeStore(coordinator->stores().front()));
+    for (const auto& author : seen) {
+        EXPECT_EQ(
+            author->valueForKeyPath("handles.text"), Value::array({author->text(author->slot("name"))}));
+        EXPECT_EQ(author->objects(author->slot("books")).size(), 1u);
+    }
+}
+
 TEST_F(StoreContextTest, RelationshipsChangeTogetherWithTheirInverses)
 {
     const ObjectRef ana = addAuthor(*context, "Ana"), bo = addAuthor(*context, "Bo");

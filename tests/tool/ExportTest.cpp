@@ -127,8 +127,13 @@ TEST_F(ExportTest, LeavesNothingWhenItFailsHalfWay)
 {
     const std::string file = world.path("out/cards.vcf");
     world.write("out/cards.vcf", "former");
+    std::string many;
+    for (int i = 0; i < 200; ++i)
+        many += simpleCard("Person" + std::to_string(i), "+1 555");
+    done({"import", world.write("many.vcf", many)});
+    // More than SQLite's own files need, and less than the cards.
     const auto ended = run({{"/bin/sh", "-c",
-        "ulimit -f 1; trap '' XFSZ; exec " + std::string(ROSTER_TOOL) + " --roster " + world.roster()
+        "ulimit -f 100; trap '' XFSZ; exec " + std::string(ROSTER_TOOL) + " --roster " + world.roster()
             + " export --format json -o " + file}});
     EXPECT_EQ(ended.status, 1);
     EXPECT_THAT(ended.err, HasSubstr("cannot write " + file));
