@@ -301,9 +301,8 @@ int rows(const std::string& path, std::size_t runs)
     return 0;
 }
 
-constexpr bench::Command kCommands[] = {
-    {"import", fill}, {"pictures", pictures}, {"edit", edit}, {"add", add}, {"open", open}, {"list", list},
-    {"rows", rows}};
+constexpr bench::Command kCommands[] = {{"import", fill}, {"pictures", pictures}, {"edit", edit},
+    {"add", add}, {"open", open}, {"list", list}, {"rows", rows}};
 
 } // namespace
 
