@@ -23,14 +23,21 @@ constexpr std::int64_t showAsCompany = 1;
 constexpr std::int64_t nameOrderingMask = 56;
 constexpr std::int64_t lastNameFirst = 16;
 
-/// Names are read often: a text that stands in a column of its own comes without a value around it.
-std::string text(const ZRPerson& person, std::string_view property) ZR_NTS
+/// Names are read often, and what stands in a column of its own comes without a value around it. Null for
+/// what does not, or is not here.
+const objectstore::Slot* columnOf(const ZRPerson& person, std::string_view property)
 {
     ZROSRecord* const stored = person.zrDatabaseImpl();
-    const auto* const place =
-        stored && stored->context() && !stored->isFault() ? stored->keyForProperty(property) : nullptr;
-    if (place && !place->entity && place->key->hasColumn())
-        return std::string(stored->text(*place->key));
+    if (!stored || !stored->context() || stored->isFault())
+        return nullptr;
+    const auto* const place = stored->keyForProperty(property);
+    return place && !place->entity && place->key->hasColumn() ? place->key : nullptr;
+}
+
+std::string text(const ZRPerson& person, std::string_view property) ZR_NTS
+{
+    if (const auto* const column = columnOf(person, property))
+        return std::string(person.zrDatabaseImpl()->text(*column));
     return std::string(person.nts_ValueForProperty(property).asText());
 }
 
@@ -52,6 +59,8 @@ void appendWithBlankAfter(std::string& name, std::string_view part)
 
 std::int64_t flags(const ZRPerson& person) ZR_NTS
 {
+    if (const auto* const column = columnOf(person, kZRPersonFlags))
+        return person.zrDatabaseImpl()->integer(*column);
     return person.nts_ValueForProperty(kZRPersonFlags).asInteger();
 }
 

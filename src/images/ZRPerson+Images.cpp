@@ -49,11 +49,12 @@ std::string ZRPerson::_imageNameForPerson() const
 
 std::optional<std::string> ZRPerson::nts_PathForUIDTaggedImageOfKind(std::string_view kind) const
 {
-    const std::string directory = nts_Roster()->rosterImagesDirectory();
-    if (directory.empty())
+    std::string path = nts_Roster()->rosterImagesDirectory();
+    if (path.empty())
         return {};
-    std::string path = directory + "/" + nts_imageNameForPerson();
-    return kind == zr::kZRLargeImageProperty ? path + ".jpeg" : path;
+    const std::string_view name = std::string_view(nts_UniqueId()).substr(0, kZRUniqueIdTextLength);
+    path.append("/").append(name).append(kind == zr::kZRLargeImageProperty ? ".jpeg" : "");
+    return path;
 }
 
 std::optional<std::string> ZRPerson::nts_PathForUIDTaggedImage() const

@@ -27,6 +27,8 @@ struct RelationshipCache {
 struct RelationshipCaches {
     /// As many relationships as a new card has.
     static constexpr std::size_t kUsualCaches = 6;
+    /// At a time, where there are more: many objects are read whole at once, and doubling would be half empty.
+    static constexpr std::size_t kMoreCaches = 4;
     std::vector<RelationshipCache> list;
 
     RelationshipCache* find(const Slot& slot)
@@ -40,8 +42,8 @@ struct RelationshipCaches {
     {
         if (RelationshipCache* cache = find(slot))
             return *cache;
-        if (list.empty())
-            list.reserve(kUsualCaches);
+        if (list.size() == list.capacity())
+            list.reserve(list.empty() ? kUsualCaches : list.size() + kMoreCaches);
         list.emplace_back().slot = slot.index;
         return list.back();
     }

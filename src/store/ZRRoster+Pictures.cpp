@@ -17,6 +17,8 @@ void ZRRoster::nts_KeepPicture(const std::string& uniqueId, std::string_view kin
 
 Value ZRRoster::nts_PendingPicture(const std::string& uniqueId, std::string_view kind) const
 {
+    if (_state->pictures.empty())
+        return {};
     const auto at = _state->pictures.find({uniqueId, std::string(kind)});
     return at == _state->pictures.end() ? Value() : at->second;
 }

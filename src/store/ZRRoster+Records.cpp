@@ -212,12 +212,13 @@ ZRRecordList ZRRoster::peopleMatchingText(std::string_view text)
 
 namespace {
 
-/// What whoever writes a card out reads of it.
+/// What whoever writes a card out reads of it: also whether it is Me, who may keep something back.
 const std::vector<std::string>& partsAndGroups()
 {
     static const auto* const paths = [] {
         auto* names = new auto(ZROSContact::prefetchRelationshipKeyPaths());
         names->emplace_back("parentGroups");
+        names->emplace_back("sourceWhereContactIsMe");
         return names;
     }();
     return *paths;

@@ -56,6 +56,13 @@ ZROSContact* contactOf(const ZRPerson& person)
     return contact;
 }
 
+/// Whether any source has the card as its Me. Of most cards it has not, and nobody needs to look further.
+bool mayBeMe(ZROSContact& contact)
+{
+    static const Slot& source = contactSlots().of("sourceWhereContactIsMe");
+    return contact.related(source) != nullptr;
+}
+
 /// The property that the service of a messaging row belongs to; empty for another service.
 std::string_view propertyOf(StoreObject& row)
 {
@@ -111,7 +118,8 @@ std::string_view Entry::value(std::string& scratch) const
 
 StoredCard::StoredCard(const ZRPerson& person)
     : _contact(contactOf(person))
-    , _hidesFields(ZRPerson::privateVCardEnabled() && person.nts_Roster()->nts_IsMe(person))
+    , _hidesFields(_contact && mayBeMe(*_contact) && ZRPerson::privateVCardEnabled()
+          && person.nts_Roster()->nts_IsMe(person))
 {
 }
 

@@ -164,19 +164,29 @@ TEST_F(WriterChoices, KeepsPrivateFieldsOfMeToItself)
     ZRPerson::setPrivateVCardEnabled(true);
     EXPECT_TRUE(isHidden(*ana));
     EXPECT_FALSE(isHidden(*bo)) << "others have nothing private";
+    roster->save();
+    roster->prefetchDataForRecords({ana, bo});
+    EXPECT_TRUE(isHidden(*ana)) << "saved, and fetched with others";
+    EXPECT_FALSE(isHidden(*bo));
     EXPECT_FALSE(ana->_showField(kZRBirthdayProperty));
     EXPECT_FALSE(ana->_showField(kZRPhoneProperty, phones.as<ZRMultiValue>()->identifierAtIndex(0)));
     EXPECT_TRUE(ana->_showField(kZRPhoneProperty, phones.as<ZRMultiValue>()->identifierAtIndex(1)));
     EXPECT_TRUE(bo->_showField(kZRBirthdayProperty));
+    roster->setMe(bo);
+    EXPECT_FALSE(isHidden(*bo)) << "another Me begins with nothing private";
+    ZRPerson::setVCardField(home, true);
+    ZRPerson::setVCardField(kZRBirthdayProperty, true);
+    EXPECT_TRUE(isHidden(*bo));
+    EXPECT_FALSE(isHidden(*ana)) << "not Me any more";
 
     ZRPerson::setVCardField(home, false);
     ZRPerson::setVCardField(kZRBirthdayProperty, false);
-    EXPECT_FALSE(isHidden(*ana));
+    EXPECT_FALSE(isHidden(*bo));
     ZRPerson::setVCardField(kZRBirthdayProperty, true);
     ZRPerson::clearPrivateFields();
-    EXPECT_FALSE(isHidden(*ana));
+    EXPECT_FALSE(isHidden(*bo));
     preferences->setObject("no dictionary", "ZRPrivateVCardFields");
-    EXPECT_FALSE(isHidden(*ana));
+    EXPECT_FALSE(isHidden(*bo));
 }
 
 TEST_F(WriterChoices, WritesGroupsMemberByMember)
