@@ -43,16 +43,16 @@ Texts abroad(const Texts& templates)
     return chosen;
 }
 
-/// For each country code, the templates of one country that has it: all that share it write alike.
-std::map<std::string, PhoneTemplates, std::less<>> templatesOfAllCodes()
+/// The templates with "+" in front of one country that has this code: all that share it write alike. None for
+/// a code that nobody has.
+Texts templatesOfCode(std::string_view code)
 {
-    std::map<std::string, PhoneTemplates, std::less<>> byCode;
     for (const auto& [country, lists] : phoneFormats().asDictionary()->entries()) {
-        const auto templates = lists.asArray().empty() ? Texts() : abroad(stringsOf(lists.asArray().front()));
-        if (!templates.empty() && !byCode.contains(countryCodeOf(templates.front())))
-            byCode.emplace(countryCodeOf(templates.front()), templates);
+        auto templates = lists.asArray().empty() ? Texts() : abroad(stringsOf(lists.asArray().front()));
+        if (!templates.empty() && countryCodeOf(templates.front()) == code)
+            return templates;
     }
-    return byCode;
+    return {};
 }
 
 } // namespace
@@ -70,19 +70,25 @@ std::string ZRPhoneNumberDisplay::stringForNumber(std::string_view number) const
     if (!_enabled || typed.digits().empty())
         return std::string(number);
     const bool callsAbroad = typed.digits().front() == '+';
-    auto formatted = (callsAbroad ? _ownAbroad : _own).format(typed.digits());
-    if (const auto* others = callsAbroad && !formatted ? templatesFor(typed.digits()) : nullptr)
-        formatted = others->format(typed.digits());
+    auto formatted = callsAbroad ? formattedAbroad(typed.digits()) : _own.format(typed.digits());
     return formatted ? typed.withNumber(std::move(*formatted)) : std::string(number);
 }
 
-const PhoneTemplates* ZRPhoneNumberDisplay::templatesFor(std::string_view digits) const
+const PhoneTemplates& ZRPhoneNumberDisplay::templatesOf(std::string_view code) const
 {
-    if (_foreign.empty())
-        _foreign = templatesOfAllCodes();
+    auto found = _foreign.find(code);
+    if (found == _foreign.end())
+        found = _foreign.emplace(code, templatesOfCode(code)).first;
+    return found->second;
+}
+
+std::optional<std::string> ZRPhoneNumberDisplay::formattedAbroad(std::string_view digits) const
+{
+    if (auto formatted = _ownAbroad.format(digits))
+        return formatted;
     // "+" and a country code of one to three digits, of which none begins with another.
     for (std::size_t length = 2; length <= std::min<std::size_t>(4, digits.size()); ++length)
-        if (const auto found = _foreign.find(digits.substr(0, length)); found != _foreign.end())
-            return &found->second;
-    return nullptr;
+        if (const auto& templates = templatesOf(digits.substr(0, length)); !templates.isEmpty())
+            return templates.format(digits);
+    return {};
 }

@@ -5,6 +5,7 @@
 #include "format/PhoneTemplates.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -31,10 +32,11 @@ public:
     std::string stringForNumber(std::string_view number) const;
 
 private:
-    const PhoneTemplates* templatesFor(std::string_view digits) const;
+    std::optional<std::string> formattedAbroad(std::string_view digits) const;
+    const PhoneTemplates& templatesOf(std::string_view code) const;
 
     bool _enabled;
     PhoneTemplates _own, _ownAbroad;
-    /// By what they begin with, "+49".
+    /// By code, "+49", those asked for so far; none for a code that nobody has.
     mutable std::map<std::string, PhoneTemplates, std::less<>> _foreign;
 };

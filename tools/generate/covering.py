@@ -3,8 +3,6 @@ import itertools
 
 import numpy
 
-# What it costs to write a number in a wrong way, beside 1 for a right one; one that no template takes is for nothing.
-WRONG = 1
 # So many digits of a number, besides the trunk prefix, a template may say.
 MOST_LITERALS = 4
 # A template that earns less than this is not worth its line in the list.
@@ -18,8 +16,9 @@ class Cover:
         """`must_say(text)` tells how many digits in front each template of that skeleton says."""
         self.table = table
         self.chosen = []  # of (literals by place, skeleton)
-        total = sum(table.weights.values())
-        self._worth = {text: (1 + WRONG) * right - WRONG * total for text, right in table.weights.items()}
+        # A right number earns its weight, a wrong one costs its harm, and one that no template takes is for nothing.
+        harm = sum(table.harm.values())
+        self._worth = {text: right + table.harm[text] - harm for text, right in table.weights.items()}
         self._must_say = {text: must_say(text) for text in table.weights}
         self._assign()
 
@@ -37,14 +36,15 @@ class Cover:
 
     def best(self):
         """The template that earns most beside those chosen, as (gain, literals, skeleton)."""
-        options = [(0, {}, None)]
-        for text, worth in self._worth.items():
-            gain = worth - self._now
-            for count in range(self._must_say[text], self._most_literals(text) + 1):
-                open_gain = numpy.where(self._literals < count, gain, 0)
-                options += [best_of(open_gain, places) for places in self._places(text, count)]
-            options = [(gained, literals, known or text) for gained, literals, known in options]
-        return max(options, key=lambda option: option[0])
+        offers = (offer for text in self._worth for offer in self._offers(text))
+        return max(offers, key=lambda offer: offer[0], default=(0, {}, None))
+
+    def _offers(self, text):
+        gain = self._worth[text] - self._now
+        for count in range(self._must_say[text], self._most_literals(text) + 1):
+            open_gain = numpy.where(self._literals < count, gain, 0)
+            for places in self._places(text, count):
+                yield (*best_of(open_gain, places), text)
 
     def _places(self, text, count):
         front = tuple(range(self._must_say[text]))
@@ -76,13 +76,14 @@ def best_of(gain, places):
     sums = gain.sum(axis=others) if others else gain
     at = numpy.unravel_index(numpy.argmax(sums), sums.shape) if places else ()
     best = float(sums[at]) if places else float(sums)
-    return best * (1 + 1e-5 * len(places)), dict(zip(places, map(int, at))), None
+    return best * (1 + 1e-5 * len(places)), dict(zip(places, map(int, at)))
 
 
 def choose(covers, most):
-    """Lets the covers take templates, the one that earns most first, until `most` are taken."""
-    offers = [cover.best() for cover in covers]
+    """Lets the covers take templates, the one that earns most first, until `most` are taken. A second round fills the
+    places of those that turned out needless."""
     for _ in range(2):
+        offers = [cover.best() for cover in covers]
         while sum(len(cover.chosen) for cover in covers) < most and offers:
             at = max(range(len(covers)), key=lambda index: offers[index][0])
             gain, literals, text = offers[at]
@@ -92,4 +93,3 @@ def choose(covers, most):
             offers[at] = covers[at].best()
         for cover in covers:
             cover.drop_idle()
-        offers = [cover.best() for cover in covers]

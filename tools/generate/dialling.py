@@ -17,6 +17,7 @@ class Sort:
     group: str
     length: int
     weights: dict  # what one number of a kind weighs
+    harm: float  # how much worse it is to write one wrongly than it is good to write it rightly
     sequence: tuple  # of what is dialled: digits, and places in the number
     texts: dict  # by rule, the skeleton of the template
 
@@ -30,7 +31,7 @@ class Table:
     def __init__(self, head, count):
         self.head, self.count = head, count
         self.depth = min(DEPTH, count)
-        self.weights = {}
+        self.weights, self.harm = {}, {}
         self.fixed = defaultdict(int)  # by skeleton, how many digits in front must be said
         self.groups = defaultdict(lambda: defaultdict(float))
 
@@ -38,7 +39,8 @@ class Table:
         fixed = next((at for at, piece in enumerate(sort.sequence) if not isinstance(piece, str)), 0)
         for text in sort.texts.values():
             self.fixed[text] = max(self.fixed[text], fixed)
-            self.weights.setdefault(text, numpy.zeros((10,) * self.depth))
+            for cells in (self.weights, self.harm):
+                cells.setdefault(text, numpy.zeros((10,) * self.depth))
         self._grow(numbers, sort, "", [(0, numbers.start)])
 
     def _grow(self, numbers, sort, prefix, states):
@@ -48,7 +50,9 @@ class Table:
         if len(prefix) == self.depth or len(prefix) >= 3 and len(weights) == 1:
             cells = tuple(int(digit) for digit in prefix)
             for text, weight in weights.items():
-                self.weights[text][cells] += weight / 10 ** (self.depth - len(prefix))
+                each = weight / 10 ** (self.depth - len(prefix))
+                self.weights[text][cells] += each
+                self.harm[text][cells] += each * sort.harm
                 self.groups[text][sort.group] += weight
             return
         for digit in DIGITS:

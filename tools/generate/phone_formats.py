@@ -39,6 +39,8 @@ GROUPS = ("local", "national", "trunk", "abroad", "optional")
 # How much the forms of a group count in each of the two lists.
 GROUP_WEIGHTS = ({"local": .5, "national": 1, "trunk": 1, "abroad": .6, "optional": .1},
                  {"local": .3, "national": .6, "trunk": .6, "abroad": 1, "optional": .25})
+# A trunk prefix in brackets is rare, but templates of other numbers must not tear those apart that have it.
+HARM = {"optional": 2}
 # In an open plan most numbers have these.
 COMMON_LENGTHS = {6: .03, 7: .1, 8: .4, 9: 1, 10: 1, 11: .5, 12: .03}
 RARE_LENGTH = .01
@@ -53,7 +55,10 @@ class Country:
         main = next((data for data in of_code if data["main"]), of_code[0])
         self.code, self.trunk = str(main["code"]), main["trunkPrefix"]
         general = main["kinds"]["general"]
-        self.lengths = [length for length in general["lengths"] if length >= SHORTEST.get(self.code, 0)]
+        shortest = SHORTEST.get(self.code, 0)
+        self.lengths = [length for length in general["lengths"] if length >= shortest]
+        # One shorter, with its trunk prefix in brackets, has as many digits as the shortest without.
+        self.optional_lengths = [length for length in general["lengths"] if length >= shortest - 1]
         self.local_lengths = [length for length in general["localLengths"] if length not in general["lengths"]]
         # Subscribers' numbers of many lengths behind area codes of many lengths.
         self.is_open = len(main["kinds"]["fixed"]["lengths"] or general["lengths"]) > 2
@@ -77,7 +82,8 @@ class Country:
             # Americans keep the brackets behind the country code too.
             numbers = self.abroad if group in ("abroad", "optional") and (
                 self.code != "1" or order[0] == "abroad") else self.at_home
-            for length in self.local_lengths if group == "local" else self.lengths:
+            lengths = {"local": self.local_lengths, "optional": self.optional_lengths}.get(group, self.lengths)
+            for length in lengths:
                 self._add(tables, numbers, group, length, weights[group])
         covers = [Cover(table, lambda text, table=table: self._said_in_front(table, text))
                   for table in tables.values()]
@@ -96,7 +102,7 @@ class Country:
         kinds = self._kind_weights(numbers, length, group_weight)
         for sequence, texts in sorts.items():
             table = tables.setdefault((head, len(sequence)), Table(head, len(sequence)))
-            table.add(numbers, Sort(group, length, kinds, sequence, texts))
+            table.add(numbers, Sort(group, length, kinds, HARM.get(group, 1), sequence, texts))
 
     def _shape(self, rule, length, group):
         """How a group of forms writes numbers of the rule, less the country code; None when it does not."""
