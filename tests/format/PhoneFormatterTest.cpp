@@ -51,6 +51,11 @@ TEST(PhoneFormatter, TakesTheFirstTemplateThatFits)
     // Literals stand anywhere, and what follows the last position is kept.
     expectShown(*formatterWith({"(#5#) <x>", "#+"}),
         {{"151", "(151) <x>"}, {"161", "161"}, {"4+", "4+"}, {"44", "44"}});
+    // However far behind.
+    expectShown(*formatterWith({"###### ###### ####7##8", "### ###### ##########9"}),
+        {{"12345612345612347228", "123456 123456 12347228"}, {"12345612345612346228", "12345612345612346228"},
+            {"12345612345612347229", "123 456123 45612347229"},
+            {"12345612345612347227", "12345612345612347227"}});
 }
 
 TEST(PhoneFormatter, KeepsExtensionsBehindTheNumber)
