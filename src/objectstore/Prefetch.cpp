@@ -68,6 +68,8 @@ public:
     }
 
 private:
+    using ObjectsByKey = std::vector<std::pair<std::int64_t, StoreObject*>>;
+
     /// The objects that to-ones lead to, with their rows.
     void readTargets(const ObjectList& objects)
     {
@@ -89,7 +91,7 @@ private:
     void readInverse(const ObjectList& objects)
     {
         std::vector<std::int64_t> keys;
-        std::map<std::int64_t, StoreObject*> byKey;
+        ObjectsByKey byKey;
         for (const auto& object : objects) {
             RelationshipCache& cache = ObjectAccess::makeCaches(*object).of(_slot);
             if (object->key() < 0
@@ -98,10 +100,11 @@ private:
             cache.parts.clear();
             cache.keys.clear();
             keys.push_back(object->key());
-            byKey.emplace(object->key(), object.get());
+            byKey.emplace_back(object->key(), object.get());
         }
         if (keys.empty())
             return;
+        std::ranges::sort(byKey);
         if (_slot.kind == SlotKind::manyToMany)
             readLinks(keys, byKey);
         else
@@ -113,13 +116,19 @@ private:
         }
     }
 
-    void addTo(const std::map<std::int64_t, StoreObject*>& byKey, ObjectRef found)
+    static StoreObject* find(const ObjectsByKey& objects, std::int64_t key)
+    {
+        const auto at = std::ranges::lower_bound(objects, key, {}, &ObjectsByKey::value_type::first);
+        return at != objects.end() && at->first == key ? at->second : nullptr;
+    }
+
+    void addTo(const ObjectsByKey& byKey, ObjectRef found)
     {
         const Row* row = ObjectAccess::row(*found).get();
-        const auto owner = byKey.find(row->integer(_slot.inverse->field));
-        if (owner == byKey.end() || !found->entity().isKindOf(*_slot.destination))
+        StoreObject* const owner = find(byKey, row->integer(_slot.inverse->field));
+        if (!owner || !found->entity().isKindOf(*_slot.destination))
             return;
-        RelationshipCache& cache = ObjectAccess::makeCaches(*owner->second).of(_slot);
+        RelationshipCache& cache = ObjectAccess::makeCaches(*owner).of(_slot);
         if (_slot.holdsParts)
             cache.parts.push_back(std::move(found));
         else
@@ -148,20 +157,20 @@ private:
         }
     }
 
-    void readLinks(const std::vector<std::int64_t>& keys, const std::map<std::int64_t, StoreObject*>& byKey)
+    void readLinks(const std::vector<std::int64_t>& keys, const ObjectsByKey& byKey)
     {
         const KeyCondition condition(keys);
         std::vector<std::int64_t> far;
         {
-            sqlite::Use find(_reading->connection->prepared(fmt::format("SELECT {0}, {1} FROM {2} WHERE {3}",
+            sqlite::Use links(_reading->connection->prepared(fmt::format("SELECT {0}, {1} FROM {2} WHERE {3}",
                 _slot.column, _slot.farColumn, _slot.table, condition.sql(_slot.column))));
-            condition.bind(*find);
-            while (find->step()) {
-                const auto object = byKey.find(find->integer(0));
-                if (object == byKey.end())
+            condition.bind(*links);
+            while (links->step()) {
+                StoreObject* const object = find(byKey, links->integer(0));
+                if (!object)
                     continue;
-                ObjectAccess::makeCaches(*object->second).of(_slot).keys.push_back(find->integer(1));
-                far.push_back(find->integer(1));
+                ObjectAccess::makeCaches(*object).of(_slot).keys.push_back(links->integer(1));
+                far.push_back(links->integer(1));
             }
         }
         readRows("\"_key\"", far, [](ObjectRef) {});
@@ -195,6 +204,8 @@ void prefetchPaths(ContextState& context, const ObjectList& objects, const std::
 {
     if (objects.empty())
         return;
+    for (const auto& object : objects)
+        ObjectAccess::makeCaches(*object).list.reserve(paths.size());
     for (const auto& path : paths) {
         ObjectList level = objects;
         for (std::size_t from = 0; from <= path.size() && !level.empty();) {

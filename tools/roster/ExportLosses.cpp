@@ -56,6 +56,9 @@ bool hasLabels21(std::string_view property, const ZRMultiValue& entries)
     });
 }
 
+/// The UUID in front of the table's name.
+constexpr std::size_t kNameOfPicture = 36;
+
 std::string cards(std::size_t count) { return fmt::format("{} {}", count, count == 1 ? "card" : "cards"); }
 
 void append(std::string& list, const std::string& text) { list += (list.empty() ? "" : ", ") + text; }
@@ -122,7 +125,7 @@ void ExportLosses::countUnknownLabels(const ZRPerson& person)
 
 bool ExportLosses::hasPicture(const ZRPerson& person) const
 {
-    return !_pictures.empty() && _pictures.contains(person._imageNameForPerson());
+    return !_pictures.empty() && _pictures.contains(person.uniqueId().substr(0, kNameOfPicture));
 }
 
 std::string ExportLosses::heldBack() const
