@@ -18,7 +18,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <ranges>
 
 using platform::Ref;
 using platform::Value;
@@ -178,9 +177,9 @@ Ref<ZRSearchElement> groupRule(
 std::string intervalText(double seconds)
 {
     // Each unit is longer than the ones before it, so the last that fits is the one that was written.
-    for (const auto& unit : units | std::views::reverse)
-        if (const double count = seconds / unit.seconds; count >= 1 && count == std::floor(count))
-            return fmt::format("{} {}{}", count, unit.word, count == 1 ? "" : "s");
+    for (auto unit = units.rbegin(); unit != units.rend(); ++unit)
+        if (const double count = seconds / unit->seconds; count >= 1 && count == std::floor(count))
+            return fmt::format("{} {}{}", count, unit->word, count == 1 ? "" : "s");
     return fmt::format("{}", seconds);
 }
 

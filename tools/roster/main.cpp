@@ -50,7 +50,8 @@ nothing else. An unchanged text changes nothing; one that cannot be read is kept
 constexpr char exportHelp[] =
     R"(Without these flags the preferences ZRIncludeNotesInVCard and ZRIncludePhotosInVCard decide, as for every
 vCard; JSON and CSV hold notes unless --no-notes. Standard error names what was held back, and what the form
-has no place for. JSON is what "roster list --json" prints.
+has no place for. JSON is what "roster list --json" prints. Cards come in the order of a list; everybody's
+vCards in that in which they came into the roster.
 
 CSV (RFC 4180, UTF-8) has a line of titles: Id, then the properties as "roster show --json" names them, in the
 order of a card, custom ones last, ZRPersonFlags and the groups behind them. Properties with several entries
@@ -162,6 +163,15 @@ struct CommandLine {
         remove->add_option("ID|NAME", options.words, "Cards, by unique id or by their name")->required();
     }
 
+    static void addChoice(
+        CLI::App& sub, std::string_view name, std::string_view what, std::optional<bool>& choice)
+    {
+        sub.add_flag_callback(
+            fmt::format("--with-{}", name), [&choice] { choice = true; }, fmt::format("Write {}", what));
+        sub.add_flag_callback(
+            fmt::format("--no-{}", name), [&choice] { choice = false; }, fmt::format("Hold {} back", what));
+    }
+
     void addExport()
     {
         CLI::App* sub = add("export", "Write cards for other programs", runExport);
@@ -172,14 +182,8 @@ struct CommandLine {
         sub->add_option("--group", options.group, "Those of this group, smart or not")->type_name("NAME");
         sub->add_option("-o,--output", options.output, "The file, in place of standard output")
             ->type_name("FILE");
-        for (const auto& [name, what, option] :
-            {std::tuple{"photos", "pictures", &options.withPhotos}, {"notes", "notes", &options.withNotes}}) {
-            sub->add_flag_callback(
-                fmt::format("--with-{}", name), [option] { *option = true; }, fmt::format("Write {}", what));
-            sub->add_flag_callback(
-                fmt::format("--no-{}", name), [option] { *option = false; },
-                fmt::format("Hold {} back", what));
-        }
+        addChoice(*sub, "photos", "pictures", options.withPhotos);
+        addChoice(*sub, "notes", "notes", options.withNotes);
         sub->add_flag("--strict", options.strict, "Write nothing when the form cannot hold everything");
         sub->footer(exportHelp);
     }
