@@ -317,6 +317,11 @@ void asCompany(PlainCard& card, const Road&)
 
 void addShownName(PlainCard& card)
 {
+    // A name of blanks is one: it is shown, and goes with them.
+    for (const auto property : {zr::kZRFirstNameProperty, zr::kZRLastNameProperty})
+        if (const auto text = card.texts.find(std::string(property));
+            text != card.texts.end() && !text->second.empty())
+            return;
     for (const auto property : {zr::kZRNicknameProperty, zr::kZROrganizationProperty})
         if (const auto text = card.texts.find(std::string(property)); text != card.texts.end()) {
             card.texts.emplace(kShownName, text->second);
