@@ -129,9 +129,26 @@ void withoutEmptyTexts(PlainCard& card, const Road&)
         std::erase_if(entry.value, [](const auto& part) { return part.second.empty(); });
 }
 
-/// The preparation takes tabs too, at the ends of whole lines.
+/// The preparation drops a line of nothing but blanks, tabs and separators.
+template <class List>
+void withoutBlankLine(PlainCard& card, const List& parts)
+{
+    const auto isBlank = [&](std::string_view part) {
+        const auto text = card.texts.find(std::string(part));
+        return text == card.texts.end() || text->second.find_first_not_of(" \t") == std::string::npos;
+    };
+    if (std::ranges::all_of(parts, isBlank))
+        for (const auto part : parts)
+            card.texts.erase(std::string(part));
+}
+
+/// It takes tabs too, at the ends of whole lines.
 void withoutOuterTabs(PlainCard& card)
 {
+    withoutBlankLine(card,
+        std::array{zr::kZRLastNameProperty, zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
+            zr::kZRTitleProperty, zr::kZRSuffixProperty});
+    withoutBlankLine(card, std::array{zr::kZROrganizationProperty, zr::kZRDepartmentProperty});
     constexpr std::array notFirst = {zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
         zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZRDepartmentProperty};
     constexpr std::array notLast = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty,
