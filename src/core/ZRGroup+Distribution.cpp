@@ -44,10 +44,10 @@ std::optional<std::string> primaryIdentifier(const ZRPerson& person, std::string
     return entries ? entries->primaryIdentifier() : std::nullopt;
 }
 
-/// Reads the values of people, and the choices that groups made among them, in a few queries.
+/// Reads the addresses of people, and the choices that groups made among them, in a few queries.
 void readMembers(const ZRRecordList& members, ZRRoster& roster)
 {
-    roster.prefetchDataForRecords(members);
+    roster.prefetchDataForRecords(members, {zr::kZREmailProperty});
     locked(roster, ZRAccess::read, [&]() ZR_NTS {
         objectstore::ObjectList contacts;
         for (const auto& member : members)

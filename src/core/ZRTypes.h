@@ -57,4 +57,4 @@ enum {
 
 /// How the parts of a search go together.
 typedef int32_t ZRSearchConjunction;
-enum { kZRSearchAnd, kZRSearchOr };
+enum { kZRConjunctionAnd, kZRConjunctionOr };

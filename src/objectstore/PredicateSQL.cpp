@@ -5,6 +5,8 @@
 #include "objectstore/PredicateLiterals.h"
 #include "objectstore/PredicateText.h"
 #include "objectstore/ValueComparison.h"
+#include "platform/text/Fold.h"
+#include "platform/text/Utf.h"
 
 #include <algorithm>
 #include <array>
@@ -87,7 +89,27 @@ struct Column {
     bool isAlwaysPresent = false;
     /// Compared are only these bits.
     std::optional<std::int64_t> mask = std::nullopt;
+    /// An indexed column that holds the same text folded for case and diacritics, if there is one.
+    std::string folded = {};
 };
+
+/// A key with this behind it is that of the same text folded for case and diacritics.
+constexpr std::string_view kFoldedSuffix = "Normalized";
+
+std::string foldedColumn(const Entity& entity, const Slot& slot)
+{
+    const Slot* folded = entity.slot(slot.key + std::string(kFoldedSuffix));
+    return folded && (folded->flags & kIndexed) != 0 ? folded->column : std::string();
+}
+
+/// Whether an index over folded texts finds all that the test is true for. Both folds leave ASCII where it
+/// is, so a text that begins with ASCII in any case begins so when it is folded further.
+bool isFoundByFold(const StorePredicate::Comparison& test, Comparator comparator)
+{
+    return test.option != TextOption::exact && !test.mask && test.operand.value.isString()
+        && !test.operand.value.asText().empty() && platform::isASCII(test.operand.value.asText())
+        && (comparator == Comparator::equal || comparator == Comparator::beginsWith);
+}
 
 /// The three parts of a query over the pairs that a to-many relationship makes.
 struct Link {
@@ -202,7 +224,16 @@ private:
         if (compound.isAll || compound.parts.size() == 1)
             all();
         else
-            undriven(all);
+            undriven([&] { any(parts, entity, all); });
+    }
+
+    /// Where all parts are narrowed by one query of the trigram index, it is asked once.
+    void any(const std::vector<PredicateRef>& parts, const Entity& entity, const Write& all)
+    {
+        const Filter common = filterOfAll(parts, entity);
+        if (!common.entry.entity)
+            return all();
+        filtered(common, [&] { bracketed("", all); });
     }
 
     /// "Some row has a, or some row has b" is "some row has a or b", and "no row has a, and none b" is "no
@@ -451,10 +482,12 @@ private:
             return largeAttribute(test, comparator, slot);
         if (slot.kind != SlotKind::attribute || !slot.hasColumn())
             return cannot();
-        const Column column{slot.column, slot.type};
+        Column column{slot.column, slot.type};
+        if (isFoundByFold(test, comparator))
+            column.folded = foldedColumn(entity, slot);
         const auto plain = [&] { value(test, comparator, column); };
-        if (const Entry entry = filterOf(test, comparator, entity, slot); entry.entity)
-            return filtered(entry, *necessaryTrigrams(test, comparator, slot), plain);
+        if (const Filter filter = filterOf(test, comparator, entity, slot); filter.entry.entity)
+            return filtered(filter, plain);
         plain();
     }
 
@@ -475,6 +508,8 @@ private:
     struct Entry {
         const Entity* entity = nullptr;
         std::string key;
+
+        bool operator==(const Entry&) const = default;
     };
 
     static Entry entryOf(const Entity& entity, std::string_view key)
@@ -482,28 +517,59 @@ private:
         return entity.textEntry() ? Entry{entity.textEntry(), std::string(key)} : Entry();
     }
 
-    /// Which entries narrow the test; none when they cannot, or would not help.
-    Entry filterOf(const StorePredicate::Comparison& test, Comparator comparator, const Entity& entity,
+    /// Which of these entries a test can be true for, as a full-text query.
+    struct Filter {
+        Entry entry;
+        std::string trigrams;
+
+        bool operator==(const Filter&) const = default;
+    };
+
+    /// What narrows the test; no entry when nothing does, or it would not help.
+    Filter filterOf(const StorePredicate::Comparison& test, Comparator comparator, const Entity& entity,
         const Slot& slot) const
     {
         const bool isOwnEntry = &slot == entity.textIndex();
         const bool isByIndex = (slot.flags & (kIndexed | kUnique)) != 0 && test.option == TextOption::exact
             && (comparator == Comparator::equal || comparator == Comparator::beginsWith);
-        const bool mayFilter = _scope.usesTextIndex && !_isNegated && !_isDriven && !isByIndex
-            && (isOwnEntry ? _isBehindOwner : _entry.entity != nullptr);
-        if (!mayFilter || !necessaryTrigrams(test, comparator, slot)
-            || !(isOwnEntry || (_scope.hasEveryEntry && _scope.hasEveryEntry())))
+        const bool isByFold = isFoundByFold(test, comparator) && !foldedColumn(entity, slot).empty();
+        const bool mayFilter = !isByFold && _scope.usesTextIndex && !_isNegated && !_isDriven && !_isFiltered
+            && !isByIndex && (isOwnEntry ? _isBehindOwner : _entry.entity != nullptr);
+        if (!mayFilter)
             return {};
-        return isOwnEntry ? Entry{&entity, entity.owner()->column} : _entry;
+        auto trigrams = necessaryTrigrams(test, comparator, slot);
+        if (!trigrams || !(isOwnEntry || (_scope.hasEveryEntry && _scope.hasEveryEntry())))
+            return {};
+        return {isOwnEntry ? Entry{&entity, entity.owner()->column} : _entry, std::move(*trigrams)};
     }
 
-    void filtered(const Entry& entry, const std::string& trigrams, const Write& test)
+    /// What narrows all of these parts in the same way; no entry when they are not so.
+    Filter filterOfAll(const std::vector<PredicateRef>& parts, const Entity& entity) const
     {
+        Filter common;
+        for (const auto& part : parts) {
+            const auto* test = std::get_if<StorePredicate::Comparison>(&part->form());
+            const auto [key, rest] = SplitPath(test ? std::string_view(test->keyPath) : kSelf);
+            if (key == kSelf || !rest.empty())
+                return {};
+            Filter filter = filterOf(*test, test->comparator, entity, lastSlot(entity, key));
+            if (!filter.entry.entity || (common.entry.entity && common != filter))
+                return {};
+            common = std::move(filter);
+        }
+        return common;
+    }
+
+    void filtered(const Filter& filter, const Write& test)
+    {
+        const std::string table = filter.entry.entity->textTable();
         bracketed("", [&] {
-            write(fmt::format("{} IN (SELECT rowid FROM {} WHERE {} MATCH ?) AND ", entry.key,
-                entry.entity->textTable(), entry.entity->textTable()));
-            bind(Value(trigrams));
+            write(fmt::format(
+                "{} IN (SELECT rowid FROM {} WHERE {} MATCH ?) AND ", filter.entry.key, table, table));
+            bind(Value(filter.trigrams));
+            const bool before = std::exchange(_isFiltered, true);
             test();
+            _isFiltered = before;
         });
     }
 
@@ -544,7 +610,7 @@ private:
         if (wanted.empty() && !isOrdering(comparator))
             return isPresent(column);
         if (option != TextOption::exact || comparator == Comparator::endsWith)
-            return textFunction(comparator, option, wanted, column);
+            return foldedText(comparator, option, wanted, column);
         if (isOrdering(comparator))
             return sameAs(column, kOperators[static_cast<std::size_t>(comparator)], Value(wanted));
         present(column, [&] {
@@ -556,6 +622,19 @@ private:
                 bind(Value(wanted));
                 bind(Value(behindAllWithPrefix(wanted)));
             }
+        });
+    }
+
+    void foldedText(Comparator comparator, TextOption option, const std::string& wanted, const Column& column)
+    {
+        if (column.folded.empty() || _isNegated)
+            return textFunction(comparator, option, wanted, column);
+        bracketed("", [&] {
+            write(column.folded + " >= ? AND " + column.folded + " < ? AND ");
+            const std::string first = platform::foldCaseAndDiacritics(wanted);
+            bind(Value(first));
+            bind(Value(behindAllWithPrefix(first)));
+            textFunction(comparator, option, wanted, column);
         });
     }
 
@@ -650,6 +729,8 @@ private:
     bool _isBehindOwner = false;
     /// The driver names the roots to ask, and each is asked by itself: its parts are those with this owner.
     bool _isDriven = false;
+    /// Whether a filter around the test at hand has asked the index already.
+    bool _isFiltered = false;
     std::string _root;
     Entry _entry;
     int _nesting = 0;

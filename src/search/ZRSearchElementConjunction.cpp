@@ -29,7 +29,7 @@ void unite(List& list, const List& more)
 bool ZRSearchElementConjunction::nts_MatchesRecord(const ZRRecord& record) const
 {
     const SearchValues readOnce(record);
-    const bool isAnd = _conjunction == kZRSearchAnd;
+    const bool isAnd = _conjunction == kZRConjunctionAnd;
     for (const auto& child : _elements)
         if (child->nts_MatchesRecord(record) != isAnd)
             return !isAnd;
@@ -46,7 +46,7 @@ ZRSearchElement::Predicate ZRSearchElementConjunction::_predicateForImplClass(
             return nullptr;
     }
     try {
-        return _conjunction == kZRSearchAnd ? StorePredicate::all(std::move(parts))
+        return _conjunction == kZRConjunctionAnd ? StorePredicate::all(std::move(parts))
                                             : StorePredicate::any(std::move(parts));
     } catch (const std::exception& failure) {
         logFailedConversion(*this, failure);
@@ -127,7 +127,7 @@ std::string ZRSearchElementConjunction::description() const
     std::string text;
     for (const auto& child : _elements)
         text += (text.empty()                          ? "("
-                        : _conjunction == kZRSearchAnd ? " AND ("
+                        : _conjunction == kZRConjunctionAnd ? " AND ("
                                                        : " OR (")
             + child->description() + ")";
     return text;

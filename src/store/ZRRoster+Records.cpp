@@ -12,6 +12,7 @@
 #include "platform/text/Fold.h"
 #include "search/ZRSmartGroup.h"
 #include "store/ZRModelSlots.h"
+#include "store/ZRPropertyPlaces.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"
 #include "store/ZRRosterState.h"
@@ -26,6 +27,37 @@ using objectstore::StorePredicate;
 using platform::Ref;
 using platform::Value;
 using Factory = ZRRecordObjectStoreFactoryImpl;
+
+namespace {
+
+/// What whoever writes a card out reads of it: also whether it is Me, who may keep something back.
+const std::vector<std::string>& partsAndGroups()
+{
+    static const auto* const paths = [] {
+        auto* names = new auto(ZROSContact::prefetchRelationshipKeyPaths());
+        names->emplace_back("parentGroups");
+        names->emplace_back("sourceWhereContactIsMe");
+        return names;
+    }();
+    return *paths;
+}
+
+void prefetchParts(ZRRoster& roster, const ZRRecordList& records, const std::vector<std::string>& keyPaths)
+{
+    locked(roster, ZRAccess::read, [&]() ZR_NTS {
+        objectstore::ObjectList contacts;
+        for (const auto& record : records)
+            if (auto* contact = dynamic_cast<ZROSContact*>(record->zrDatabaseImpl()))
+                contacts.emplace_back(contact);
+        if (contacts.empty())
+            return;
+        roster.managedObjectContext()->preheatContacts(contacts, keyPaths);
+        for (const auto& contact : contacts)
+            static_cast<ZROSContact&>(*contact).partsWereRead();
+    });
+}
+
+} // namespace
 
 ZRRecordList ZRRoster::people()
 {
@@ -210,34 +242,20 @@ ZRRecordList ZRRoster::peopleMatchingText(std::string_view text)
     });
 }
 
-namespace {
-
-/// What whoever writes a card out reads of it: also whether it is Me, who may keep something back.
-const std::vector<std::string>& partsAndGroups()
-{
-    static const auto* const paths = [] {
-        auto* names = new auto(ZROSContact::prefetchRelationshipKeyPaths());
-        names->emplace_back("parentGroups");
-        names->emplace_back("sourceWhereContactIsMe");
-        return names;
-    }();
-    return *paths;
-}
-
-} // namespace
-
 void ZRRoster::prefetchDataForRecords(const ZRRecordList& records)
 {
-    locked(*this, ZRAccess::read, [&]() ZR_NTS {
-        objectstore::ObjectList contacts;
-        for (const auto& record : records)
-            if (auto* contact = dynamic_cast<ZROSContact*>(record->zrDatabaseImpl()))
-                contacts.emplace_back(contact);
-        if (!contacts.empty())
-            managedObjectContext()->preheatContacts(contacts, partsAndGroups());
-        for (const auto& contact : contacts)
-            static_cast<ZROSContact&>(*contact).partsWereRead();
-    });
+    prefetchParts(*this, records, partsAndGroups());
+}
+
+void ZRRoster::prefetchDataForRecords(
+    const ZRRecordList& records, const std::vector<std::string_view>& properties)
+{
+    const auto& places = zrPropertiesOf(contactSlots().entity);
+    std::vector<std::string> keyPaths;
+    for (const auto property : properties)
+        if (const auto place = places.find(property); place != places.end() && place->second.entity)
+            keyPaths.emplace_back(place->second.key->key);
+    prefetchParts(*this, records, keyPaths);
 }
 
 std::string ZRRoster::recordClassFromUniqueId(std::string_view uniqueId)

@@ -72,7 +72,7 @@ protected:
 /// What there is but one leaf: whole cards beside groups.
 Condition wholeCardBesideGroup()
 {
-    return {.conjunction = kZRSearchOr,
+    return {.conjunction = kZRConjunctionOr,
         .children = {{.value = Value("Ana"), .comparison = kZRDoesNotContainSubString},
             {.property = std::string(zr::kZRGroupNameProperty), .value = Value("Ana"), .ofPeople = false}}};
 }

@@ -34,7 +34,7 @@ struct Condition {
     bool ofPeople = true;
     bool ignoresDiacritics = false;
 
-    ZRSearchConjunction conjunction = kZRSearchAnd;
+    ZRSearchConjunction conjunction = kZRConjunctionAnd;
     /// Two or more: then the above means nothing.
     std::vector<Condition> children = {};
 };

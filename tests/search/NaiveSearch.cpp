@@ -84,7 +84,7 @@ bool NaiveSearch::matches(
     };
     if (search.children.empty())
         return matchesLeaf(record, search, differences, visited);
-    return search.conjunction == kZRSearchAnd ? std::ranges::all_of(search.children, matchesChild)
+    return search.conjunction == kZRConjunctionAnd ? std::ranges::all_of(search.children, matchesChild)
                                               : std::ranges::any_of(search.children, matchesChild);
 }
 

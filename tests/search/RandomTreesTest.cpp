@@ -43,7 +43,7 @@ public:
     {
         if (depth == 1 || below(4) == 0)
             return leaf();
-        Condition tree{.conjunction = below(2) ? kZRSearchAnd : kZRSearchOr};
+        Condition tree{.conjunction = below(2) ? kZRConjunctionAnd : kZRConjunctionOr};
         for (auto count = 2 + below(2); count > 0; --count)
             tree.children.push_back(this->tree(depth - 1));
         return tree;

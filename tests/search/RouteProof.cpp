@@ -48,7 +48,7 @@ std::string textOf(const Condition& search)
     std::vector<std::string> children;
     for (const auto& child : search.children)
         children.push_back("(" + textOf(child) + ")");
-    return fmt::to_string(fmt::join(children, search.conjunction == kZRSearchAnd ? " AND " : " OR "));
+    return fmt::to_string(fmt::join(children, search.conjunction == kZRConjunctionAnd ? " AND " : " OR "));
 }
 
 } // namespace

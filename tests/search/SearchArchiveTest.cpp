@@ -82,10 +82,10 @@ TEST_F(SearchArchives, DropThatAComparisonIsOfSubscribedRecords)
 
 TEST_F(SearchArchives, GiveAConjunctionBackWithItsChildren)
 {
-    const auto inner = ZRSearchElement::searchElementForConjunction(kZRSearchAnd,
+    const auto inner = ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd,
         {where(kZRFirstNameProperty, kZREqual, "a"), where(kZRLastNameProperty, kZREqual, "b")});
     const auto outer = ZRSearchElement::searchElementForConjunction(
-        kZRSearchOr, {inner, where(kZRNoteProperty, kZRPrefixMatch, "c")});
+        kZRConjunctionOr, {inner, where(kZRNoteProperty, kZRPrefixMatch, "c")});
     dynamic_cast<ZRSearchElementConjunction&>(*inner).setIsRuleGrouping(true);
     const auto back = read(archived(*outer));
     ASSERT_TRUE(back);

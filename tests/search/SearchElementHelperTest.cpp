@@ -48,7 +48,7 @@ public:
     void beginList(ZRSearchConjunction conjunction, std::int64_t order, std::int64_t level) override
     {
         text += fmt::format("{}{}.{} {}[", text.empty() || text.ends_with('[') ? "" : ", ", level, order,
-            conjunction == kZRSearchAnd ? "AND" : "OR");
+            conjunction == kZRConjunctionAnd ? "AND" : "OR");
     }
     void endList(std::int64_t, std::int64_t) override { text += "]"; }
 

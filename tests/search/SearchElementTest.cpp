@@ -13,10 +13,10 @@ using SearchElements = SearchWorld;
 TEST_F(SearchElements, AConjunctionOfOneIsThatOne)
 {
     const auto only = where(kZRFirstNameProperty, kZREqual, "Ana");
-    EXPECT_EQ(ZRSearchElement::searchElementForConjunction(kZRSearchOr, {only}), only);
-    EXPECT_THROW(ZRSearchElement::searchElementForConjunction(kZRSearchAnd, {}), ZRInvalidArgument);
+    EXPECT_EQ(ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {only}), only);
+    EXPECT_THROW(ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd, {}), ZRInvalidArgument);
     EXPECT_THROW(
-        ZRSearchElement::searchElementForConjunction(kZRSearchAnd, {only, nullptr}), ZRInvalidArgument);
+        ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd, {only, nullptr}), ZRInvalidArgument);
 }
 
 TEST_F(SearchElements, FindRecords)
@@ -29,7 +29,7 @@ TEST_F(SearchElements, FindRecords)
     const auto bo = where(kZRFirstNameProperty, kZREqual, "Bo");
     EXPECT_EQ(found(ana), Names{"Ana"});
     EXPECT_EQ(
-        found(ZRSearchElement::searchElementForConjunction(kZRSearchOr, {ana, bo})), (Names{"Ana", "Bo"}));
+        found(ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {ana, bo})), (Names{"Ana", "Bo"}));
     EXPECT_EQ(found(ZRRecord::searchElementForTerms({"emile", "cous"})), Names{"Ana"});
     EXPECT_EQ(foundInMemory(ana), Names{"Ana"});
     EXPECT_THROW(roster->recordsMatchingSearchElement(nullptr), ZRInvalidArgument);
@@ -50,7 +50,7 @@ TEST_F(SearchElements, TellWhatTheyLookFor)
 {
     const auto people = where(kZRFirstNameProperty, kZREqual, "x");
     const auto groups = ZRGroup::searchElementForProperty({}, {}, {}, "x", kZREqual);
-    const auto both = ZRSearchElement::searchElementForConjunction(kZRSearchOr, {groups, people, groups});
+    const auto both = ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {groups, people, groups});
     EXPECT_EQ(both->searchRecordClasses(),
         (std::vector<const ZRRecordClass*>{&ZRGroup::recordClassDescription,
             &ZRSmartGroup::recordClassDescription, &ZRPerson::recordClassDescription}));
@@ -64,7 +64,7 @@ TEST_F(SearchElements, TellWhatTheyLookFor)
 TEST_F(SearchElements, PassAValueOnToTheirChildren)
 {
     const auto first = where(kZRFirstNameProperty, kZREqual, "x");
-    const auto both = ZRSearchElement::searchElementForConjunction(kZRSearchOr, {first, first});
+    const auto both = ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {first, first});
     both->setSearchValue("y");
     EXPECT_EQ(dynamic_cast<ZRSearchElementMatch&>(*first)._value(), Value("y"));
     EXPECT_THROW(both->setDiacriticInsensitiveOption(true), ZRUnimplementedOperation);
@@ -78,7 +78,7 @@ TEST_F(SearchElements, OfAnyDepthAreAnswered)
     auto search = where(kZRFirstNameProperty, kZREqual, "Ana");
     for (int i = 0; i < 1200; ++i)
         search = ZRSearchElement::searchElementForConjunction(
-            kZRSearchOr, {where(kZRFirstNameProperty, kZREqual, "Bo"), search});
+            kZRConjunctionOr, {where(kZRFirstNameProperty, kZREqual, "Bo"), search});
     EXPECT_EQ(found(search), Names{"Ana"});
 }
 
@@ -92,7 +92,7 @@ TEST_F(SearchElements, NameTheRelationshipsThatTheyRead)
     const auto phone = where(kZRPhoneProperty, kZREqual, "x"), note = where(kZRNoteProperty, kZREqual, "x");
     EXPECT_EQ(paths(phone), Names{"phoneNumbers"});
     EXPECT_EQ(paths(where(kZRFirstNameProperty, kZREqual, "x")), Names());
-    EXPECT_EQ(paths(ZRSearchElement::searchElementForConjunction(kZRSearchAnd, {phone, note, phone})),
+    EXPECT_EQ(paths(ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd, {phone, note, phone})),
         (Names{"phoneNumbers", "note"}));
 }
 
@@ -103,7 +103,7 @@ TEST_F(SearchElements, GoThroughMemoryWhereOnePartMust)
     person(roster, {{kZRFirstNameProperty, "Bo"}, {kZRPersonFlags, Value(1)}});
     const auto company = where(kZRPersonFlags, kZRBitsInBitFieldMatch, Value(1));
     const auto both = ZRSearchElement::searchElementForConjunction(
-        kZRSearchAnd, {company, wholeCard("tall", kZRContainsSubStringCaseInsensitive)});
+        kZRConjunctionAnd, {company, wholeCard("tall", kZRContainsSubStringCaseInsensitive)});
     EXPECT_EQ(found(company), (Names{"Ana", "Bo"}));
     EXPECT_EQ(found(both), Names{"Ana"});
 }

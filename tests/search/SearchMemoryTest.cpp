@@ -174,7 +174,7 @@ TEST_F(SearchInMemory, LooksThroughTheWholeCard)
 TEST_F(SearchInMemory, ReadsAnewAfterAnEdit)
 {
     const auto card = ana();
-    const auto search = ZRSearchElement::searchElementForConjunction(kZRSearchAnd,
+    const auto search = ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd,
         {where(kZRFirstNameProperty, kZRPrefixMatch, "A"), where(kZRFirstNameProperty, kZRSuffixMatch, "a")});
     EXPECT_TRUE(search->matchesRecord(*card));
     card->setValue("Bo", kZRFirstNameProperty);

@@ -304,7 +304,7 @@ void addNestedSmartGroups(TwinRoster& twin)
     const auto notOfSmart =
         twin.addSmartGroup("Not of a smart one", memberOf(smart.front(), kZRNotMemberOfGroup));
     const auto circle = twin.addSmartGroup("In a circle", memberOf(notOfSmart, kZRMemberOfGroup));
-    Condition round{.conjunction = kZRSearchOr,
+    Condition round{.conjunction = kZRConjunctionOr,
         .children = {memberOf(circle, kZRMemberOfGroup), memberOf(groups.back(), kZRNotMemberOfGroup)}};
     twin.setSearch(circle, memberOf(twin.addSmartGroup("Back in it", round), kZRMemberOfGroup));
 }

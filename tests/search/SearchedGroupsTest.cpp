@@ -111,7 +111,7 @@ TEST_F(SearchedGroups, ThatNameEachOtherEnd)
     expectBoth(in(Value(first)), {});
 
     setSearch(
-        second, ZRSearchElement::searchElementForConjunction(kZRSearchOr, {in(Value(first)), called("Ana")}));
+        second, ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {in(Value(first)), called("Ana")}));
     expectBoth(in(Value(first)), {"Ana"});
     // The marks of one question are gone with it.
     expectBoth(in(Value(first)), {"Ana"});
@@ -130,7 +130,7 @@ TEST_F(SearchedGroups, AreNamedByWhoReferencesThem)
     EXPECT_TRUE(search->usesGroupInDefinition(*smart));
     EXPECT_FALSE(search->usesGroupInDefinition(*plain));
     const auto both =
-        ZRSearchElement::searchElementForConjunction(kZRSearchAnd, {search, in(Value(other)), search});
+        ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd, {search, in(Value(other)), search});
     EXPECT_EQ(both->groupsUsedInDefinition(), (std::vector<Ref<ZRGroup>>{smart, other}));
     EXPECT_TRUE(both->isReferencingGroup(*plain));
     EXPECT_TRUE(called("Ana")->groupsUsedInDefinition().empty());

@@ -22,12 +22,12 @@ Ref<ZRSearchElement> inGroup(const Ref<ZRGroup>& group, ZRSearchComparison compa
 
 Ref<ZRSearchElement> any(const std::vector<Ref<ZRSearchElement>>& children)
 {
-    return ZRSearchElement::searchElementForConjunction(kZRSearchOr, children);
+    return ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, children);
 }
 
 Ref<ZRSearchElement> all(const std::vector<Ref<ZRSearchElement>>& children)
 {
-    return ZRSearchElement::searchElementForConjunction(kZRSearchAnd, children);
+    return ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd, children);
 }
 
 std::string changesOf(const ZRSmartGroup& group)

@@ -11,6 +11,14 @@ constexpr char anasHome[] = "ana@home.example\tAna Lima\thome\n";
 constexpr char anasWork[] = "lima@works.example\tAna Lima\twork\n";
 constexpr char bens[] = "anaesthesia@ek.example\tBen Ek\twork\n";
 constexpr char chloes[] = "chloe@dubois.example\tChloé Dubois\twork\n";
+std::string firstLines(const std::string& lines, int count)
+{
+    std::size_t to = 0;
+    for (; count > 0 && to < lines.size(); --count)
+        to = lines.find('\n', to) + 1;
+    return lines.substr(0, to);
+}
+
 constexpr char dans[] = "dan@analund.example\tDan Analund\thome\n";
 
 TEST_F(QueryTest, RanksByWhereTheTextStandsThenByName)
@@ -51,6 +59,11 @@ TEST_F(QueryTest, RanksByWhereTheTextStandsThenByName)
         EXPECT_EQ(ended.out, lines) << ended.err;
         EXPECT_EQ(ended.status, lines.empty() ? 1 : 0);
         EXPECT_EQ(ended.err, "");
+        // However few are wanted, they are the first of all.
+        all.insert(all.end(), {"--limit", "1"});
+        EXPECT_EQ(world.tool(all).out, firstLines(lines, 1));
+        all.back() = "3";
+        EXPECT_EQ(world.tool(all).out, firstLines(lines, 3));
     }
 }
 
@@ -59,6 +72,8 @@ TEST_F(QueryTest, PrintsAStatusLineForThoseWhoSkipOne)
     const auto found = world.tool({"query", "anaes"});
     EXPECT_EQ(found.status, 0);
     EXPECT_EQ(found.out, std::string("1 found for anaes\n") + bens);
+    EXPECT_EQ(
+        world.tool({"query", "--limit", "1", "ana"}).out, std::string("The best 1 for ana\n") + anasHome);
     const auto nothing = world.tool({"query", "no\tsuch"});
     EXPECT_EQ(nothing.status, 1);
     EXPECT_EQ(nothing.out, "Nothing found for no such\n");

@@ -17,8 +17,10 @@
 #include <cctype>
 #include <optional>
 #include <tuple>
+#include <unordered_set>
 
 using platform::foldCaseAndDiacritics;
+using platform::Ref;
 
 namespace {
 
@@ -61,74 +63,165 @@ bool startsWord(std::string_view text, std::string_view term)
     return false;
 }
 
-/// A card's folded texts.
-struct Card {
-    std::string name;
-    std::vector<std::string> addresses;
+/// A card with the text in it, and the texts that say how well it fits.
+struct Candidate {
+    Ref<ZRPerson> person;
+    std::string name, nameKey;
+    /// The name and the nickname, folded.
+    std::string foldedName;
+    /// None of its addresses stands better.
+    MatchPlace bestPlace;
 };
 
 /// Where a term stands for one address of the card; absent when it only stands in another address.
-std::optional<MatchPlace> placeOf(const std::string& term, const Card& card, const std::string& address)
+std::optional<MatchPlace> placeOf(const std::string& term, const Candidate& card, const std::string& address,
+    const std::vector<std::string>& allAddresses)
 {
-    if (startsWord(card.name, term))
+    if (startsWord(card.foldedName, term))
         return MatchPlace::startOfNameWord;
     if (address.starts_with(term))
         return MatchPlace::startOfAddress;
     const auto holds = [&](const std::string& text) { return text.find(term) != std::string::npos; };
-    if (!holds(address) && !holds(card.name) && std::ranges::any_of(card.addresses, holds))
+    if (!holds(address) && !holds(card.foldedName) && std::ranges::any_of(allAddresses, holds))
         return std::nullopt;
     return MatchPlace::inside;
 }
 
-std::optional<MatchPlace> placeOf(
-    const std::vector<std::string>& terms, const Card& card, const std::string& address)
-{
-    auto worst = MatchPlace::startOfNameWord;
-    for (const auto& term : terms) {
-        const auto place = placeOf(term, card, address);
-        if (!place)
-            return std::nullopt;
-        worst = std::max(worst, *place);
+/// Finds the cards first, by what is in the store's indexes and in their names; reads addresses from the most
+/// promising card on, and stops when no other can be better than those that it has.
+class Completion {
+public:
+    Completion(ZRRoster& roster, std::vector<std::string> terms, std::size_t limit)
+        : _roster(roster), _terms(std::move(terms)), _limit(limit)
+    {
     }
-    return worst;
-}
 
-void addCompletions(
-    std::vector<AddressCompletion>& found, ZRPerson& person, const std::vector<std::string>& terms)
-{
-    const platform::Value emails = person.valueForProperty(zr::kZREmailProperty);
-    const auto* const entries = emails.as<ZRMultiValue>();
-    if (!entries)
-        return;
-    const std::string name = displayName(person), nameKey = platform::collationKey(name);
-    const std::string nickname(person.valueForProperty(zr::kZRNicknameProperty).asText());
-    Card card{foldCaseAndDiacritics(name + " " + nickname), {}};
-    for (ZRIndex i = 0; i < entries->count(); ++i)
-        card.addresses.push_back(foldCaseAndDiacritics(entries->valueAtIndex(i).asText()));
-    for (ZRIndex i = 0; i < entries->count(); ++i)
-        if (const auto place = placeOf(terms, card, card.addresses[static_cast<std::size_t>(i)]))
-            found.push_back({*place, std::string(entries->valueAtIndex(i).asText()), name, nameKey,
-                ZRLocalizedPropertyOrLabel(entries->labelAtIndex(i)), person.uniqueId()});
-}
+    std::vector<AddressCompletion> run()
+    {
+        findCandidates();
+        const std::size_t batch = _limit > 0 ? _limit : _candidates.size();
+        for (std::size_t from = 0; from < _candidates.size() && !hasEnough(_candidates[from]);) {
+            const std::size_t to = std::min(from + batch, _candidates.size());
+            readAddresses(from, to);
+            from = to;
+        }
+        std::ranges::sort(_found, {}, rankOf);
+        if (_limit > 0 && _found.size() > _limit)
+            _found.resize(_limit);
+        return std::move(_found);
+    }
 
-bool goesBefore(const AddressCompletion& a, const AddressCompletion& b)
-{
-    return std::tie(a.place, a.nameKey, a.address) < std::tie(b.place, b.nameKey, b.address);
-}
+private:
+    static std::tuple<MatchPlace, const std::string&, const std::string&> rankOf(const AddressCompletion& one)
+    {
+        return {one.place, one.nameKey, one.address};
+    }
+
+    void findCandidates()
+    {
+        const auto wanted = ZRPerson::searchElementForTerms(ZRPerson::recordClassDescription, _terms);
+        for (const auto& person : _roster.recordsMatchingSearchElement(wanted))
+            addCandidate(platform::refCast<ZRPerson>(person));
+        const auto byName =
+            std::ranges::count(_candidates, MatchPlace::startOfNameWord, &Candidate::bestPlace);
+        if (_candidates.size() > _limit && static_cast<std::size_t>(byName) < _limit)
+            lookForStartsOfAddresses();
+        std::ranges::sort(_candidates, {}, [](const Candidate& card) {
+            return std::tuple<MatchPlace, const std::string&>(card.bestPlace, card.nameKey);
+        });
+    }
+
+    void addCandidate(const Ref<ZRPerson>& person)
+    {
+        Candidate card{person, displayName(*person), {}, {}, MatchPlace::startOfAddress};
+        card.nameKey = platform::collationKey(card.name);
+        card.foldedName = foldCaseAndDiacritics(
+            card.name + " " + std::string(person->valueForProperty(zr::kZRNicknameProperty).asText()));
+        const bool isByName =
+            std::ranges::all_of(_terms, [&](const auto& term) { return startsWord(card.foldedName, term); });
+        if (isByName)
+            card.bestPlace = MatchPlace::startOfNameWord;
+        _candidates.push_back(std::move(card));
+    }
+
+    /// Where an index says that no address begins so, none need be read to know it.
+    void lookForStartsOfAddresses()
+    {
+        std::vector<Ref<ZRSearchElement>> starts;
+        for (const auto& term : _terms)
+            starts.push_back(ZRPerson::searchElementForProperty(zr::kZREmailProperty, std::nullopt,
+                std::nullopt, platform::Value(term), kZRPrefixMatchCaseInsensitive));
+        const auto element = ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, starts);
+        std::unordered_set<std::string> ids;
+        for (const auto& person : _roster.recordsMatchingSearchElement(element))
+            ids.insert(person->uniqueId());
+        for (auto& card : _candidates)
+            if (card.bestPlace == MatchPlace::startOfAddress && !ids.contains(card.person->uniqueId()))
+                card.bestPlace = MatchPlace::inside;
+    }
+
+    /// Whether as many as are wanted go before whatever this card and those behind it have.
+    bool hasEnough(const Candidate& next) const
+    {
+        const auto goesBefore = [&](const AddressCompletion& one) {
+            return std::tie(one.place, one.nameKey) < std::tie(next.bestPlace, next.nameKey);
+        };
+        return _limit > 0 && static_cast<std::size_t>(std::ranges::count_if(_found, goesBefore)) >= _limit;
+    }
+
+    void readAddresses(std::size_t from, std::size_t to)
+    {
+        ZRRecordList people;
+        for (std::size_t i = from; i < to; ++i)
+            people.push_back(_candidates[i].person);
+        _roster.prefetchDataForRecords(people, {zr::kZREmailProperty});
+        for (std::size_t i = from; i < to; ++i)
+            addCompletions(_candidates[i]);
+    }
+
+    void addCompletions(const Candidate& card)
+    {
+        const platform::Value emails = card.person->valueForProperty(zr::kZREmailProperty);
+        const auto* const entries = emails.as<ZRMultiValue>();
+        if (!entries)
+            return;
+        std::vector<std::string> addresses;
+        for (ZRIndex i = 0; i < entries->count(); ++i)
+            addresses.push_back(foldCaseAndDiacritics(entries->valueAtIndex(i).asText()));
+        for (ZRIndex i = 0; i < entries->count(); ++i)
+            if (const auto place = worstPlace(card, addresses[static_cast<std::size_t>(i)], addresses))
+                _found.push_back(
+                    {*place, std::string(entries->valueAtIndex(i).asText()), card.name, card.nameKey,
+                        ZRLocalizedPropertyOrLabel(entries->labelAtIndex(i)), card.person->uniqueId()});
+    }
+
+    std::optional<MatchPlace> worstPlace(
+        const Candidate& card, const std::string& address, const std::vector<std::string>& allAddresses) const
+    {
+        auto worst = MatchPlace::startOfNameWord;
+        for (const auto& term : _terms) {
+            const auto place = placeOf(term, card, address, allAddresses);
+            if (!place)
+                return std::nullopt;
+            worst = std::max(worst, *place);
+        }
+        return worst;
+    }
+
+    ZRRoster& _roster;
+    const std::vector<std::string> _terms;
+    const std::size_t _limit;
+    std::vector<Candidate> _candidates;
+    std::vector<AddressCompletion> _found;
+};
 
 } // namespace
 
-std::vector<AddressCompletion> addressCompletions(ZRRoster& roster, const std::string& text)
+std::vector<AddressCompletion> addressCompletions(
+    ZRRoster& roster, const std::string& text, std::size_t limit)
 {
-    std::vector<AddressCompletion> found;
-    const auto terms = termsOf(text);
+    auto terms = termsOf(text);
     if (terms.empty())
-        return found;
-    const auto element = ZRPerson::searchElementForTerms(ZRPerson::recordClassDescription, terms);
-    const auto people = roster.recordsMatchingSearchElement(element);
-    roster.prefetchDataForRecords(people);
-    for (const auto& person : people)
-        addCompletions(found, static_cast<ZRPerson&>(*person), terms);
-    std::ranges::sort(found, goesBefore);
-    return found;
+        return {};
+    return Completion(roster, std::move(terms), limit).run();
 }

@@ -22,5 +22,7 @@ struct AddressCompletion {
 ///
 /// Each word of the text must stand somewhere in the card, whatever the case and the accents; a text of
 /// digits and what is written between them is one number, found however a card writes it. Of a card with
-/// several addresses those are left out that lack a word which only another one has.
-std::vector<AddressCompletion> addressCompletions(ZRRoster& roster, const std::string& text);
+/// several addresses those are left out that lack a word which only another one has. The best `limit` are
+/// given; 0: all.
+std::vector<AddressCompletion> addressCompletions(
+    ZRRoster& roster, const std::string& text, std::size_t limit);

@@ -23,6 +23,8 @@ struct Options {
     std::string prepare = "full";
     std::string sort;
     std::size_t limit = 0;
+    /// As many addresses as a person looks through; 0: all.
+    std::size_t completions = 200;
     /// Of a search: the rules, whether one of them is enough, and how the first name begins.
     std::vector<std::string> rules;
     bool any = false;

@@ -27,10 +27,12 @@ std::string lines(const std::vector<AddressCompletion>& found)
 }
 
 /// Mail programs that wait for a status line take the first line for it, whatever it says.
-std::string statusLine(const std::string& text, std::size_t count)
+std::string statusLine(const std::string& text, std::size_t count, std::size_t limit)
 {
     if (count == 0)
         return fmt::format("Nothing found for {}\n", field(text));
+    if (count == limit)
+        return fmt::format("The best {} for {}\n", count, field(text));
     return fmt::format("{} found for {}\n", count, field(text));
 }
 
@@ -51,14 +53,12 @@ int runQuery(const Options& options)
     if (text.find_first_not_of(" \t\n") == std::string::npos)
         throw Failure(exitStatus::usage, "say what to look for");
     const auto roster = openRoster(options);
-    auto found = addressCompletions(*roster, text);
-    if (options.limit > 0 && found.size() > options.limit)
-        found.resize(options.limit);
+    const auto found = addressCompletions(*roster, text, options.completions);
     if (options.json || options.format == "json")
         printJson(completionsJson(found));
     else if (options.format == "aerc")
         print(lines(found));
     else
-        print(statusLine(text, found.size()) + lines(found));
+        print(statusLine(text, found.size(), options.completions) + lines(found));
     return found.empty() ? exitStatus::refused : exitStatus::done;
 }

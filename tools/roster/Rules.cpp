@@ -262,9 +262,9 @@ Ref<ZRSearchElement> elementOfOptions(const Options& options, ZRRoster& roster)
     for (const auto& rule : options.rules)
         rules.push_back(elementOfRule(roster, rule));
     if (options.any && !rules.empty())
-        rules = {ZRSearchElement::searchElementForConjunction(kZRSearchOr, rules)};
+        rules = {ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, rules)};
     all.insert(all.end(), rules.begin(), rules.end());
-    return all.empty() ? nullptr : ZRSearchElement::searchElementForConjunction(kZRSearchAnd, all);
+    return all.empty() ? nullptr : ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd, all);
 }
 
 std::string rulesOf(const ZRSearchElement& element)
@@ -276,7 +276,7 @@ std::string rulesOf(const ZRSearchElement& element)
     for (const auto& child :
         conjunction ? conjunction->_children() : ZRSearchElementConjunction::Children()) {
         const bool isNested = dynamic_cast<const ZRSearchElementConjunction*>(child.get());
-        text += text.empty() ? "" : conjunction->conjunction() == kZRSearchAnd ? " and " : " or ";
+        text += text.empty() ? "" : conjunction->conjunction() == kZRConjunctionAnd ? " and " : " or ";
         text += isNested ? "(" + rulesOf(*child) + ")" : rulesOf(*child);
     }
     return text;

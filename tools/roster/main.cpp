@@ -212,7 +212,7 @@ struct CommandLine {
         query->add_option("--format", options.format, "mutt: a status line first; aerc: none; json")
             ->check(CLI::IsMember({"mutt", "aerc", "json"}))
             ->default_str("mutt");
-        query->add_option("--limit", options.limit, "At most this many");
+        query->add_option("--limit", options.completions, "At most this many; 0: all")->capture_default_str();
         query->footer(
             "Prints ADDRESS<TAB>NAME<TAB>LABEL. Best are names of which a word begins so, then addresses "
             "that do, then whatever else has the text.");
