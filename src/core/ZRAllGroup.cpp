@@ -86,8 +86,12 @@ Ref<ZRRecord> ZRAllGroup::nts_SharingRecord() const
 
 ZRRecordList ZRAllGroup::nts_Members() const
 {
-    return isLocal() ? nts_Roster()->nts_People() : ZRRecordList();
+    if (isLocal())
+        return nts_Roster()->nts_People();
+    const auto& find = ZRServices::registered().peopleAtRemoteLocation;
+    return find ? find(*nts_Roster(), _remoteLocation) : ZRRecordList();
 }
+
 ZRRecordList ZRAllGroup::nts_Subgroups() const
 {
     return isLocal() ? nts_Roster()->nts_Groups() : ZRRecordList();

@@ -3,6 +3,8 @@
 
 #include "core/ZRFailure.h"
 #include "core/ZRGroup.h"
+#include "platform/files/UserDefaults.h"
+#include "platform/run/Log.h"
 #include "search/ZRSmartGroup.h"
 #include "store/ZRModelSlots.h"
 
@@ -28,11 +30,30 @@ TEST_F(SearchElements, FindRecords)
     const auto ana = where(kZRFirstNameProperty, kZREqual, "Ana");
     const auto bo = where(kZRFirstNameProperty, kZREqual, "Bo");
     EXPECT_EQ(found(ana), Names{"Ana"});
-    EXPECT_EQ(
-        found(ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {ana, bo})), (Names{"Ana", "Bo"}));
+    EXPECT_EQ(found(ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {ana, bo})),
+        (Names{"Ana", "Bo"}));
     EXPECT_EQ(found(ZRRecord::searchElementForTerms({"emile", "cous"})), Names{"Ana"});
     EXPECT_EQ(foundInMemory(ana), Names{"Ana"});
     EXPECT_THROW(roster->recordsMatchingSearchElement(nullptr), ZRInvalidArgument);
+}
+
+TEST_F(SearchElements, TellTheirWayWhereThatIsAskedFor)
+{
+    person(roster, {{kZRFirstNameProperty, "Ana"}});
+    ASSERT_TRUE(roster->save());
+    const auto byName = where(kZRFirstNameProperty, kZREqual, "Ana");
+    const auto byKey = where(kZRNoteProperty, kZREqual, "x", {}, "key");
+    const platform::LogCapture log;
+    found(byName);
+    EXPECT_FALSE(log.contains("Search element:"));
+    platform::UserDefaults::standard().setBool(true, "ZRSearchDebug");
+    found(byName);
+    found(byKey);
+    platform::UserDefaults::standard().removeObjectForKey("ZRSearchDebug");
+    EXPECT_TRUE(log.contains("Search element:\n  ---> SE[ First == Ana ]\n  ===>  P[ firstName"));
+    EXPECT_TRUE(log.contains(" ]\n  ---> Matched 1 records in 0."));
+    EXPECT_TRUE(
+        log.contains("Search element:\n  ---> SE[ Note {key} == x ]\n  ---> Matched 0 records in 0."));
 }
 
 TEST_F(SearchElements, AreEqualWhateverTheirValue)
@@ -50,7 +71,8 @@ TEST_F(SearchElements, TellWhatTheyLookFor)
 {
     const auto people = where(kZRFirstNameProperty, kZREqual, "x");
     const auto groups = ZRGroup::searchElementForProperty({}, {}, {}, "x", kZREqual);
-    const auto both = ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {groups, people, groups});
+    const auto both =
+        ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {groups, people, groups});
     EXPECT_EQ(both->searchRecordClasses(),
         (std::vector<const ZRRecordClass*>{&ZRGroup::recordClassDescription,
             &ZRSmartGroup::recordClassDescription, &ZRPerson::recordClassDescription}));
