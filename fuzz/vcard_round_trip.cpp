@@ -67,7 +67,7 @@ test::PlainEntry entryOf(Input& input, std::string_view property, std::uint8_t k
     test::PlainEntry entry;
     entry.label = kind < 200 ? std::string(kLabels[kind % kLabels.size()]) : input.text();
     if (entry.label.empty())
-        entry.label = " ";
+        entry.label.push_back(' ');
     if (property != zr::kZRAddressProperty)
         entry.value[""] = input.text();
     else
