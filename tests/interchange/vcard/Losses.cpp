@@ -190,16 +190,20 @@ void withoutOuterBlanks(PlainCard& card, const Road& road)
         card.texts.try_emplace(std::string(zr::kZRMaidenNameProperty));
 }
 
-/// An address of nothing but its country's code.
+/// An address of nothing but its country's code. The first CR of a street parts two fields.
 void withoutEmptyAddresses(PlainCard& card, const Road& road)
 {
+    const auto isBlank = [](const auto& part) {
+        std::string text = part.second;
+        if (const std::size_t end = text.find('\r');
+            end != std::string::npos && part.first == zr::kZRAddressStreetKey)
+            text.erase(end, 1);
+        return part.first == zr::kZRAddressCountryCodeKey
+            || text.find_first_not_of(" \t") == std::string::npos;
+    };
     if (road.isPrepared)
-        std::erase_if(card.entries[std::string(zr::kZRAddressProperty)], [](const PlainEntry& entry) {
-            return std::ranges::all_of(entry.value, [](const auto& part) {
-                return part.first == zr::kZRAddressCountryCodeKey
-                    || part.second.find_first_not_of(" \t") == std::string::npos;
-            });
-        });
+        std::erase_if(card.entries[std::string(zr::kZRAddressProperty)],
+            [&](const PlainEntry& entry) { return std::ranges::all_of(entry.value, isBlank); });
 }
 
 void splitStreets(PlainCard& card, const Road&)
