@@ -6,5 +6,6 @@
 #include <string_view>
 
 /// The code to store for `code`: "cz" for "cs", "jp" for "ja" and "gb" for "uk", which people write for the
-/// language or the kingdom; any other code is handed back. Which codes are known is `ZRRoster::isKnownCountry`.
+/// language or the kingdom; any other code is handed back. Which codes are known is
+/// `ZRRoster::isKnownCountry`.
 ZR_EXPORT std::string_view correctedCountryCode(std::string_view code);

@@ -27,7 +27,8 @@ struct RelationshipCache {
 struct RelationshipCaches {
     /// As many relationships as a new card has.
     static constexpr std::size_t kUsualCaches = 6;
-    /// At a time, where there are more: many objects are read whole at once, and doubling would be half empty.
+    /// At a time, where there are more: many objects are read whole at once, and doubling would be half
+    /// empty.
     static constexpr std::size_t kMoreCaches = 4;
     std::vector<RelationshipCache> list;
 

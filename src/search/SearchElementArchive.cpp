@@ -196,7 +196,8 @@ Ref<ZRSearchElementConjunction> ZRSearchElementConjunction::initWithCoder(KeyedU
         return nullptr;
     }
     auto element = platform::makeRef<ZRSearchElementConjunction>(
-        coder.decodeInteger("ZRSearchConjunction") == 0 ? kZRConjunctionAnd : kZRConjunctionOr, std::move(children));
+        coder.decodeInteger("ZRSearchConjunction") == 0 ? kZRConjunctionAnd : kZRConjunctionOr,
+        std::move(children));
     element->setIsRuleGrouping(coder.decodeBool("ZRRuleGrouping"));
     return element;
 }

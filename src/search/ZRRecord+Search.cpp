@@ -56,5 +56,6 @@ Ref<ZRSearchElement> ZRRecord::searchElementForTerms(
     for (const auto& term : terms)
         elements.push_back(
             make(std::nullopt, std::nullopt, std::nullopt, Value(term), kZRContainsSubStringCaseInsensitive));
-    return elements.empty() ? nullptr : ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd, elements);
+    return elements.empty() ? nullptr
+                            : ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd, elements);
 }

@@ -60,8 +60,8 @@ class ZR_EXPORT ZRSearchElement : public platform::Object, public platform::Arch
 public:
     using Predicate = platform::Ref<const objectstore::StorePredicate>;
 
-    /// All of `children`, or any of them for kZRConjunctionOr. A single child is answered itself, whatever the
-    /// conjunction; none raises.
+    /// All of `children`, or any of them for kZRConjunctionOr. A single child is answered itself, whatever
+    /// the conjunction; none raises.
     static platform::Ref<ZRSearchElement> searchElementForConjunction(
         ZRSearchConjunction conjunction, const std::vector<platform::Ref<ZRSearchElement>>& children);
 

@@ -47,7 +47,7 @@ ZRSearchElement::Predicate ZRSearchElementConjunction::_predicateForImplClass(
     }
     try {
         return _conjunction == kZRConjunctionAnd ? StorePredicate::all(std::move(parts))
-                                            : StorePredicate::any(std::move(parts));
+                                                 : StorePredicate::any(std::move(parts));
     } catch (const std::exception& failure) {
         logFailedConversion(*this, failure);
         return nullptr;
@@ -126,9 +126,9 @@ std::string ZRSearchElementConjunction::description() const
 {
     std::string text;
     for (const auto& child : _elements)
-        text += (text.empty()                          ? "("
+        text += (text.empty()                               ? "("
                         : _conjunction == kZRConjunctionAnd ? " AND ("
-                                                       : " OR (")
+                                                            : " OR (")
             + child->description() + ")";
     return text;
 }

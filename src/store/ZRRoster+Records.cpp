@@ -12,8 +12,8 @@
 #include "platform/text/Fold.h"
 #include "search/ZRSmartGroup.h"
 #include "store/ZRModelSlots.h"
-#include "store/ZRPropertyPlaces.h"
 #include "store/ZROSRecord.h"
+#include "store/ZRPropertyPlaces.h"
 #include "store/ZRRecordObjectStoreFactoryImpl.h"
 #include "store/ZRRosterState.h"
 

@@ -186,8 +186,7 @@ public:
     /// Reads the values of many records in a few fetches, before work that walks them.
     void prefetchDataForRecords(const ZRRecordList& records);
     /// The same for work that looks at these properties only. Others are read when somebody asks for them.
-    void prefetchDataForRecords(
-        const ZRRecordList& records, const std::vector<std::string_view>& properties);
+    void prefetchDataForRecords(const ZRRecordList& records, const std::vector<std::string_view>& properties);
 
     /// The record type that an id names: what follows position 37.
     static std::string recordClassFromUniqueId(std::string_view uniqueId);

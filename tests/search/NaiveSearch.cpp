@@ -85,7 +85,7 @@ bool NaiveSearch::matches(
     if (search.children.empty())
         return matchesLeaf(record, search, differences, visited);
     return search.conjunction == kZRConjunctionAnd ? std::ranges::all_of(search.children, matchesChild)
-                                              : std::ranges::any_of(search.children, matchesChild);
+                                                   : std::ranges::any_of(search.children, matchesChild);
 }
 
 bool NaiveSearch::matchesLeaf(const NaiveRecord& record, const Condition& condition, Differences differences,

@@ -110,8 +110,8 @@ TEST_F(SearchedGroups, ThatNameEachOtherEnd)
     setSearch(second, in(Value(first)));
     expectBoth(in(Value(first)), {});
 
-    setSearch(
-        second, ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {in(Value(first)), called("Ana")}));
+    setSearch(second,
+        ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, {in(Value(first)), called("Ana")}));
     expectBoth(in(Value(first)), {"Ana"});
     // The marks of one question are gone with it.
     expectBoth(in(Value(first)), {"Ana"});
