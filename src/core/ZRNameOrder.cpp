@@ -9,6 +9,7 @@
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
+#include "store/ZRRoster.h"
 
 #include <optional>
 
@@ -63,6 +64,12 @@ std::int64_t zrNameSorting()
 }
 
 ZRNameComparison _createCompartorContext() { return {.byLastName = zrNameSorting() != 0}; }
+
+ZRNameComparison zrComparisonInOrder(ZRNameOrder order)
+{
+    return order == ZRNameOrder::preferred ? _createCompartorContext()
+                                           : ZRNameComparison{.byLastName = order == ZRNameOrder::lastName};
+}
 
 int ZRComparePeopleName(const ZRRecord& a, const ZRRecord& b, const ZRNameComparison& comparison)
 {

@@ -9,6 +9,7 @@
 #include <string_view>
 
 class ZRRecord;
+enum class ZRNameOrder;
 
 /// What a comparison of two people needs to know, found out once a sort.
 struct ZRNameComparison {
@@ -21,6 +22,8 @@ ZR_EXPORT std::int64_t zrNameSorting();
 
 /// A comparison by that preference.
 ZR_EXPORT ZRNameComparison _createCompartorContext();
+/// A comparison in that order.
+ZR_EXPORT ZRNameComparison zrComparisonInOrder(ZRNameOrder order);
 
 /// Negative, zero or positive, by the sort names in the user's locale. A group sorts by its name, before all
 /// people. Records whose rows are gone are told apart by their ids; it never fails. The global lock is held.

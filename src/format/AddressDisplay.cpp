@@ -2,6 +2,7 @@
 #include "format/AddressDisplay.h"
 
 #include "format/AddressFormat.h"
+#include "format/WhiteSpace.h"
 
 #include "core/ZRConstants.h"
 #include "platform/files/Resources.h"
@@ -15,17 +16,8 @@ using platform::Value;
 namespace {
 
 constexpr std::string_view kMark = "\u200E";
-constexpr std::string_view kBlanks = " \t\r";
 constexpr std::string_view kKeys[] = {zr::kZRAddressStreetKey, zr::kZRAddressCityKey, zr::kZRAddressStateKey,
     zr::kZRAddressZIPKey, zr::kZRAddressCountryKey};
-
-std::string_view trimmed(std::string_view text)
-{
-    const auto first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
 
 std::string withoutMarks(std::string_view value)
 {
@@ -38,7 +30,7 @@ std::string withoutMarks(std::string_view value)
 /// What stands for the country: its name, or that of the code where it is abroad.
 std::string countryText(ZRRoster& roster, const Value& address)
 {
-    if (const auto name = address[zr::kZRAddressCountryKey].asText(); !trimmed(name).empty())
+    if (const auto name = address[zr::kZRAddressCountryKey].asText(); !trimmedWhiteSpace(name).empty())
         return withoutMarks(name);
     const auto code = countryOfAddress(roster, address);
     if (code == roster.defaultCountryCode())
@@ -53,7 +45,7 @@ void appendLines(std::vector<std::string>& lines, std::string_view text)
     while (!text.empty()) {
         const auto line = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(line.size() + 1, text.size()));
-        if (const auto words = trimmed(line); !words.empty())
+        if (const auto words = trimmedWhiteSpace(line); !words.empty())
             lines.emplace_back(words);
     }
 }
@@ -89,8 +81,8 @@ private:
     {
         std::string text;
         for (const auto key : keys)
-            if (const auto value = valueOf(key); !trimmed(value).empty())
-                text.append(text.empty() ? "" : " ").append(trimmed(value));
+            if (const auto value = valueOf(key); !trimmedWhiteSpace(value).empty())
+                text.append(text.empty() ? "" : " ").append(trimmedWhiteSpace(value));
         return text;
     }
 

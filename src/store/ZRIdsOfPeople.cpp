@@ -22,13 +22,6 @@ std::vector<std::string> idsOfSortedRecords(ZRRoster& roster, ZRNameOrder order)
     return ids;
 }
 
-std::string_view sortKeyOf(ZRNameOrder order)
-{
-    const bool byLastName = order == ZRNameOrder::preferred ? _createCompartorContext().byLastName
-                                                            : order == ZRNameOrder::lastName;
-    return byLastName ? "sortingLastKey" : "sortingFirstKey";
-}
-
 } // namespace
 
 std::vector<std::string> ZRIdsOfPeople(ZRRoster& roster, std::optional<ZRNameOrder> order)
@@ -40,7 +33,8 @@ std::vector<std::string> ZRIdsOfPeople(ZRRoster& roster, std::optional<ZRNameOrd
         StoreFetch fetch(contactSlots().entity);
         fetch.includesSubentities = false;
         if (order)
-            fetch.sortKeys = {{std::string(sortKeyOf(*order))}};
+            fetch.sortKeys = {
+                {zrComparisonInOrder(*order).byLastName ? "sortingLastKey" : "sortingFirstKey"}};
         const auto found = context->fetchValues(fetch, "uniqueId");
         std::vector<std::string> ids;
         if (!found)

@@ -199,9 +199,7 @@ bool ZRRoster::nts_RemoveRecord(ZRRecord& record)
 ZRRecordList ZRRoster::sortedPeople(ZRNameOrder order, std::size_t limit)
 {
     return locked(*this, ZRAccess::read, [&]() ZR_NTS {
-        ZRNameComparison comparison = _createCompartorContext();
-        if (order != ZRNameOrder::preferred)
-            comparison.byLastName = order == ZRNameOrder::lastName;
+        const ZRNameComparison comparison = zrComparisonInOrder(order);
         const auto context = managedObjectContext();
         StoreFetch fetch(contactSlots().entity);
         fetch.includesSubentities = false;

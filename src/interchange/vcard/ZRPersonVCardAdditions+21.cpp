@@ -45,22 +45,18 @@ void Writer::line21(std::string_view name, std::string_view value)
 
 void Writer::writeNames21()
 {
-    const auto& slots = contactSlots();
     std::string joined;
     appendName(joined);
     encodedLine("N", joined);
     line21("FN", _person.nts_realCompositeNameIncludingAuxiliaryElements(true));
-    line21("NICKNAME", _card.text(slots.nickname));
-    line21("X-MAIDENNAME", _card.text(slots.maidenName));
-    line21("X-PHONETIC-FIRST-NAME", _card.text(slots.phoneticFirstName));
-    line21("X-PHONETIC-MIDDLE-NAME", _card.text(slots.phoneticMiddleName));
-    line21("X-PHONETIC-LAST-NAME", _card.text(slots.phoneticLastName));
+    for (const auto& [name, slot] : otherNames())
+        line21(name, _card.text(*slot));
     if (hasOrganization()) {
         joined.clear();
         appendOrganization(joined);
         encodedLine("ORG", joined);
     }
-    line21("TITLE", _card.text(slots.jobTitle));
+    line21("TITLE", _card.text(contactSlots().jobTitle));
 }
 
 void Writer::writeEntries21()

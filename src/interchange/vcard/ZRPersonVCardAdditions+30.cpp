@@ -38,7 +38,7 @@ void Writer::writeVersion30(ZRVCardOptions options, const platform::Value& photo
     writePhones30();
     writeAddresses30();
     if (options & kZRVCardWithNote)
-        line("NOTE:", _card.note().asText());
+        line("NOTE", _card.note().asText());
     writeGeneric(lines.links);
     writeBirthday();
     writeGeneric(lines.messaging);
@@ -49,7 +49,7 @@ void Writer::writeVersion30(ZRVCardOptions options, const platform::Value& photo
     writeGeneric(lines.others);
     writeFlags();
     writeCategories(_to);
-    line("X-ZRUID:", _person.nts_UniqueId());
+    line("X-ZRUID", _person.nts_UniqueId());
     _to += "END:VCARD\r\n";
 }
 
@@ -58,29 +58,25 @@ void Writer::line(std::string_view name, std::string_view value)
 {
     if (value.empty())
         return;
-    _to += name;
+    _to.append(name).append(":");
     zrAppendKoshified(_to, value);
     _to += "\r\n";
 }
 
 void Writer::writeNames30()
 {
-    const auto& slots = contactSlots();
     _to += "N:";
     appendName(_to);
     _to += "\r\n";
-    line("FN:", _person.nts_realCompositeNameIncludingAuxiliaryElements(true));
-    line("NICKNAME:", _card.text(slots.nickname));
-    line("X-MAIDENNAME:", _card.text(slots.maidenName));
-    line("X-PHONETIC-FIRST-NAME:", _card.text(slots.phoneticFirstName));
-    line("X-PHONETIC-MIDDLE-NAME:", _card.text(slots.phoneticMiddleName));
-    line("X-PHONETIC-LAST-NAME:", _card.text(slots.phoneticLastName));
+    line("FN", _person.nts_realCompositeNameIncludingAuxiliaryElements(true));
+    for (const auto& [name, slot] : otherNames())
+        line(name, _card.text(*slot));
     if (hasOrganization()) {
         _to += "ORG:";
         appendOrganization(_to);
         _to += "\r\n";
     }
-    line("TITLE:", _card.text(slots.jobTitle));
+    line("TITLE", _card.text(contactSlots().jobTitle));
 }
 
 /// `group` counts the item groups, which an entry without keys needs for its label; null for none.

@@ -106,6 +106,19 @@ void Writer::appendAddress(std::string& to, objectstore::StoreObject& address) c
     }
 }
 
+std::span<const Writer::TextLine> Writer::otherNames()
+{
+    static const auto& slots = contactSlots();
+    static const std::array lines = {
+        TextLine{"NICKNAME", &slots.nickname},
+        TextLine{"X-MAIDENNAME", &slots.maidenName},
+        TextLine{"X-PHONETIC-FIRST-NAME", &slots.phoneticFirstName},
+        TextLine{"X-PHONETIC-MIDDLE-NAME", &slots.phoneticMiddleName},
+        TextLine{"X-PHONETIC-LAST-NAME", &slots.phoneticLastName},
+    };
+    return lines;
+}
+
 void Writer::writeBirthday()
 {
     if (const auto birthday = _card.birthday())

@@ -58,6 +58,12 @@ private:
 
     // ---- lines of both versions
 
+    struct TextLine {
+        std::string_view name;
+        const Slot* slot;
+    };
+    /// The names beside the full one, in the order of their lines.
+    static std::span<const TextLine> otherNames();
     void writeBirthday();
     void writeCategories(std::string& to) const;
 
