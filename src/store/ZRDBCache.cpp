@@ -99,6 +99,12 @@ objectstore::UndoManager* ZRDBCache::undoManager()
     });
 }
 
+void ZRDBCache::updateGroupSelection(const Ref<ZRGroup>& group)
+{
+    if (group)
+        updateGroupsSelection({group});
+}
+
 // ---- what others changed
 
 void ZRDBCache::databaseChanged(const Notification& notice)

@@ -167,6 +167,8 @@ public:
     virtual void reloadMembers() { }
     virtual void updateMembersSelection(const ZRRecordList&) { }
     virtual void updateGroupsSelection(const ZRRecordList&) { }
+    /// The same for one group; for an absent one nothing.
+    void updateGroupSelection(const platform::Ref<ZRGroup>& group);
     virtual void registerModel(const platform::Ref<platform::Object>&) { }
     virtual void unregisterModel(const platform::Ref<platform::Object>&) { }
 
