@@ -1,27 +1,21 @@
 // How a card's name is made of its fields: full, composite, alternate and phonetic.
-#include "core/ZRConstants.h"
+#include "core/NameParts.h"
 #include "core/ZRMultiValue.h"
 #include "core/ZRPerson.h"
 #include "platform/files/Resources.h"
-#include "platform/text/Fold.h"
-#include "platform/text/Utf.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRoster.h"
 
 #include <string>
 #include <string_view>
 
+using nameParts::isPresent;
 using platform::Value;
 
 namespace {
 
 constexpr std::string_view fullNameKey = "ZRFullName";
 constexpr std::string_view compositeNameKey = "ZRCompositeName";
-
-constexpr std::int64_t showAsMask = 7;
-constexpr std::int64_t showAsCompany = 1;
-constexpr std::int64_t nameOrderingMask = 56;
-constexpr std::int64_t lastNameFirst = 16;
 
 /// Names are read often, and what stands in a column of its own comes without a value around it. Null for
 /// what does not, or is not here.
@@ -41,22 +35,6 @@ std::string text(const ZRPerson& person, std::string_view property) ZR_NTS
     return std::string(person.nts_ValueForProperty(property).asText());
 }
 
-/// A name part counts as present by the low eight bits of its length: one of 256 characters is empty to us,
-/// as it always was to programs that store these names.
-bool isPresent(std::string_view part) { return (platform::utf16Length(part) & 0xFF) != 0; }
-
-void appendWithBlankBefore(std::string& name, std::string_view part)
-{
-    if (isPresent(part))
-        name.append(" ").append(part);
-}
-
-void appendWithBlankAfter(std::string& name, std::string_view part)
-{
-    if (isPresent(part))
-        name.append(part).append(" ");
-}
-
 std::int64_t flags(const ZRPerson& person) ZR_NTS
 {
     if (const auto* const column = columnOf(person, kZRPersonFlags))
@@ -71,6 +49,21 @@ std::string firstEntry(const ZRPerson& person, std::string_view property) ZR_NTS
     return entries && entries->count() > 0 ? std::string(entries->valueAtIndex(0).asText()) : std::string();
 }
 
+/// A record as the rules of names see it.
+struct NamedRecord {
+    std::string text(std::string_view property) const ZR_NTS { return ::text(person, property); }
+    bool isCompany() const ZR_NTS { return person.nts__isCompany(); }
+    bool isLastNameFirst() const ZR_NTS { return person.nts__isLastNameFirst(); }
+    std::string fullName(bool auxiliary) const ZR_NTS
+    {
+        return person.nts__fullNameIncludingAuxiliaryElements(auxiliary);
+    }
+    std::string alternateName() const ZR_NTS { return person.nts_AlternateName(); }
+    const ZRPerson& person;
+};
+
+std::string nameOfNobody() { return platform::StringTables::shared().string("NO_NAME", "ZRStrings"); }
+
 } // namespace
 
 std::string ZRPerson::nts__fullNameIncludingAuxiliaryElements(bool auxiliary) const
@@ -79,28 +72,7 @@ std::string ZRPerson::nts__fullNameIncludingAuxiliaryElements(bool auxiliary) co
         if (const Value cached = nts_ValueInTemporaryCacheForProperty(fullNameKey); cached.isString())
             return std::string(cached.asText());
 
-    const std::string first = text(*this, kZRFirstNameProperty), last = text(*this, kZRLastNameProperty);
-    std::string name;
-    if (!isPresent(first))
-        name = isPresent(last) ? last : std::string();
-    else if (!isPresent(last))
-        name = first;
-    else {
-        const std::string middle = text(*this, kZRMiddleNameProperty),
-                          suffix = text(*this, kZRSuffixProperty);
-        if (auxiliary)
-            appendWithBlankAfter(name, text(*this, kZRTitleProperty));
-        if (nts__isLastNameFirst()) {
-            name.append(last).append(" ").append(first);
-            appendWithBlankBefore(name, suffix);
-            appendWithBlankBefore(name, middle);
-        } else {
-            name.append(first).append(" ");
-            appendWithBlankAfter(name, middle);
-            name.append(last);
-            appendWithBlankBefore(name, suffix);
-        }
-    }
+    std::string name = nameParts::fullName(NamedRecord{*this}, auxiliary);
     if (auxiliary)
         nts_SetValueInTemporaryCache(Value(name), fullNameKey);
     return name;
@@ -120,12 +92,12 @@ std::string ZRPerson::nts__fullPhoneticName() const
     std::string name;
     if (nts__isLastNameFirst()) {
         name.append(last).append(" ").append(first);
-        appendWithBlankBefore(name, middle);
+        nameParts::appendWithBlankBefore(name, middle);
         return name;
     }
     // No blank directly after the first name: readings run together unless a middle one stands between.
     name.append(first);
-    appendWithBlankAfter(name, middle);
+    nameParts::appendWithBlankAfter(name, middle);
     return name.append(last);
 }
 
@@ -145,14 +117,7 @@ std::string ZRPerson::nts_realCompositeNameIncludingAuxiliaryElements(bool auxil
     if (auxiliary)
         if (const Value cached = nts_ValueInTemporaryCacheForProperty(compositeNameKey); cached.isString())
             return std::string(cached.asText());
-    const bool isCompany = nts__isCompany();
-    std::string name;
-    if (isCompany)
-        name = text(*this, kZROrganizationProperty);
-    if (name.empty())
-        name = nts__fullNameIncludingAuxiliaryElements(isCompany || auxiliary);
-    if (name.empty())
-        name = nts_AlternateName();
+    std::string name = nameParts::realCompositeName(NamedRecord{*this}, auxiliary);
     if (auxiliary)
         nts_SetValueInTemporaryCache(Value(name), compositeNameKey);
     return name;
@@ -179,7 +144,7 @@ std::string ZRPerson::nts__RealCompositeName() const
 std::string ZRPerson::_compositeNameIncludingAuxiliaryElements(bool auxiliary) const
 {
     const std::string name = _realCompositeNameIncludingAuxiliaryElements(auxiliary);
-    return name.empty() ? platform::StringTables::shared().string("NO_NAME", "ZRStrings") : name;
+    return name.empty() ? nameOfNobody() : name;
 }
 
 std::string ZRPerson::_fullName() const { return _fullNameIncludingAuxiliaryElements(true); }
@@ -205,7 +170,10 @@ std::string ZRPerson::alternateName() const
     return locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return nts_AlternateName(); });
 }
 
-bool ZRPerson::nts__isCompany() const { return (flags(*this) & showAsMask) == showAsCompany; }
+bool ZRPerson::nts__isCompany() const
+{
+    return (flags(*this) & nameParts::kShowAsMask) == nameParts::kShowAsCompany;
+}
 
 bool ZRPerson::_isCompany() const
 {
@@ -214,25 +182,23 @@ bool ZRPerson::_isCompany() const
 
 bool ZRPerson::nts__isLastNameFirst() const
 {
-    const std::int64_t ordering = flags(*this) & nameOrderingMask;
-    return (ordering != 0 ? ordering : nts_Roster()->defaultNameOrdering()) == lastNameFirst;
+    const std::int64_t ordering = flags(*this) & nameParts::kNameOrderingMask;
+    return (ordering != 0 ? ordering : nts_Roster()->defaultNameOrdering()) == nameParts::kLastNameFirst;
 }
 
 // Unlike the form under the lock, which stays with the first answer of the process, this one sees a changed
 // preference at once.
 bool ZRPerson::_isLastNameFirst() const
 {
-    const std::int64_t ordering =
-        locked(*nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return flags(*this) & nameOrderingMask; });
+    const std::int64_t ordering = locked(
+        *nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return flags(*this) & nameParts::kNameOrderingMask; });
     if (ordering != 0)
-        return ordering == lastNameFirst;
+        return ordering == nameParts::kLastNameFirst;
     return nts_Roster()->localizedDefaults()[kZRNameDisplay].asInteger() == 1;
 }
 
 std::string ZRPerson::similarNameForHashing() const
 {
-    std::string name = _compositeNameIncludingAuxiliaryElements(false);
-    if (_isCompany())
-        name += _fullName();
-    return platform::foldCase(name);
+    return locked(*nts_Roster(), ZRAccess::read,
+        [&]() ZR_NTS { return nameParts::similarName(NamedRecord{*this}, nameOfNobody()); });
 }

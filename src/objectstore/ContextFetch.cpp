@@ -2,6 +2,7 @@
 #include "objectstore/ContextFetch.h"
 
 #include "objectstore/FieldOrder.h"
+#include "objectstore/ObjectAccess.h"
 #include "objectstore/PendingMatches.h"
 #include "objectstore/PredicateMatch.h"
 #include "objectstore/PredicateSQL.h"
@@ -73,20 +74,26 @@ public:
         return found;
     }
 
-    /// The column's values, when SQL alone can answer in order.
-    std::optional<std::vector<platform::Value>> values(const Slot& slot)
+    /// Visits the columns of each, when SQL alone can answer in order.
+    bool visit(const std::vector<const Slot*>& slots, const ColumnVisitor& visitor)
     {
         const auto& families = _fetch.entity->families();
         if (isByMemory() || !_pending.isEmpty() || families.size() != 1)
-            return std::nullopt;
+            return false;
         const Family& family = *families.front();
+        std::string columns = "\"_key\"";
+        for (const Slot* slot : slots)
+            columns += ", " + slot->column;
         sqlite::Use query(_reading->connection->prepared(fmt::format(
-            "SELECT {} FROM {}{}{}", slot.column, source(family), conditions(family), orderAndLimit())));
+            "SELECT {} FROM {}{}{}", columns, source(family), conditions(family), orderAndLimit())));
         bind(*query);
-        std::vector<platform::Value> found;
-        while (query->step())
-            found.push_back(valueOf(slot, readField(*query, 0)));
-        return found;
+        std::vector<FieldValue> fields(slots.size());
+        while (query->step()) {
+            for (std::size_t i = 0; i < slots.size(); ++i)
+                fields[i] = readField(*query, static_cast<int>(i) + 1);
+            visitor(query->integer(0), fields);
+        }
+        return true;
     }
 
     std::size_t count()
@@ -287,6 +294,24 @@ const Slot& columnSlot(const Entity& entity, std::string_view key)
     return *slot;
 }
 
+/// The same, or the slot of a to-one.
+const Slot& columnOrReferenceSlot(const Entity& entity, std::string_view key)
+{
+    const Slot* slot = entity.slot(key);
+    return slot && slot->kind == SlotKind::toOne ? *slot : columnSlot(entity, key);
+}
+
+/// Offset and limit, which the SQL of a part of the answer does not know.
+ColumnVisitor within(const StoreFetch& fetch, const ColumnVisitor& visit)
+{
+    return
+        [&fetch, &visit, at = std::size_t(0)](std::int64_t key, std::span<const FieldValue> fields) mutable {
+            const std::size_t place = at++;
+            if (place >= fetch.offset && place - fetch.offset < fetch.limit)
+                visit(key, fields);
+        };
+}
+
 } // namespace
 
 ObjectList fetchObjects(ContextState& context, const StoreFetch& fetch)
@@ -309,22 +334,34 @@ ObjectList fetchObjects(ContextState& context, const StoreFetch& fetch)
     return found;
 }
 
+void visitColumns(ContextState& context, const StoreFetch& fetch, std::span<const std::string_view> keys,
+    const ColumnVisitor& visit)
+{
+    const auto stores = storesOf(context, fetch);
+    std::vector<const Slot*> slots;
+    for (const auto key : keys)
+        slots.push_back(&columnOrReferenceSlot(*fetch.entity, key));
+    const FieldOrder order(fetch);
+    if (stores.size() == 1
+        && StoreQuery(context, *stores.front(), fetch, order).visit(slots, within(fetch, visit)))
+        return;
+    std::vector<FieldValue> fields(slots.size());
+    for (const auto& object : fetchObjects(context, fetch)) {
+        for (std::size_t i = 0; i < slots.size(); ++i)
+            fields[i] = ObjectAccess::field(*object, *slots[i]);
+        visit(object->key(), fields);
+    }
+}
+
 std::vector<platform::Value> fetchAttribute(
     ContextState& context, const StoreFetch& fetch, std::string_view key)
 {
-    const auto stores = storesOf(context, fetch);
+    if (!fetch.entity)
+        throw InvalidKey("a fetch without an entity");
     const Slot& slot = columnSlot(*fetch.entity, key);
-    const FieldOrder order(fetch);
-    std::optional<std::vector<platform::Value>> stored;
-    if (stores.size() == 1)
-        stored = StoreQuery(context, *stores.front(), fetch, order).values(slot);
-    if (stored) {
-        cut(*stored, fetch);
-        return *std::move(stored);
-    }
     std::vector<platform::Value> found;
-    for (const auto& object : fetchObjects(context, fetch))
-        found.push_back(object->value(slot));
+    visitColumns(context, fetch, {&key, 1},
+        [&](std::int64_t, std::span<const FieldValue> fields) { found.push_back(valueOf(slot, fields[0])); });
     return found;
 }
 

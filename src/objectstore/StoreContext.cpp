@@ -115,6 +115,13 @@ Result<std::vector<platform::Value>> StoreContext::fetchValues(const StoreFetch&
     return answering("fetch", [&] { return fetchAttribute(*operation, fetch, key); });
 }
 
+Result<void> fetchColumns(StoreContext& context, const StoreFetch& fetch,
+    std::span<const std::string_view> keys, const ColumnVisitor& visit)
+{
+    Operation operation(context);
+    return answering("fetch", [&] { visitColumns(*operation, fetch, keys, visit); });
+}
+
 Result<std::size_t> StoreContext::countFetch(const StoreFetch& fetch)
 {
     Operation operation(*this);

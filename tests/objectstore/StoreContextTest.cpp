@@ -1,6 +1,7 @@
 // What a context does with objects: finding, changing, deleting, saving, forgetting.
 #include "objectstore/TestModel.h"
 
+#include "objectstore/ColumnFetch.h"
 #include "platform/notify/NotificationCenter.h"
 #include "platform/run/Log.h"
 
@@ -100,6 +101,37 @@ TEST_F(StoreContextTest, AFetchAnswersForUnsavedChanges)
     const auto before = names(byName());
     must(context->save());
     EXPECT_EQ(names(byName()), before);
+}
+
+// As the store has them and as they are before a save: the same columns, the first time without an object.
+TEST_F(StoreContextTest, ColumnsOfManyAreReadWithoutMakingThem)
+{
+    const ObjectRef ana = addAuthor(*context, "Ana"), bo = addAuthor(*context, "Bo");
+    addHandle(*context, *ana, {"h1", "ana@example.org", 0, true, "chat"});
+    addHandle(*context, *bo, {"h2", "bo", 1, false});
+    StoreFetch fetch(entityNamed("Handle"));
+    constexpr std::string_view keys[] = {"text", "owner", "place", "site"};
+    using Column = std::tuple<std::string, bool, std::int64_t, bool>;
+    const auto columns = [&] {
+        std::vector<Column> seen;
+        must(os::fetchColumns(
+            *context, fetch, keys, [&](std::int64_t, std::span<const os::FieldValue> fields) {
+                seen.emplace_back(fields[0].bytes, fields[1].integer == ana->key(), fields[2].integer,
+                    fields[3].kind == os::FieldKind::absent);
+            }));
+        return seen;
+    };
+    const std::vector<Column> expected = {{"ana@example.org", true, 0, false}, {"bo", false, 1, true}};
+    EXPECT_EQ(columns(), expected);
+    must(context->save());
+    const auto registered = context->registeredObjects().size();
+    EXPECT_EQ(columns(), expected);
+    EXPECT_EQ(context->registeredObjects().size(), registered);
+    fetch.offset = 1;
+    EXPECT_THAT(columns(), ElementsAre(expected[1]));
+    constexpr std::string_view computedLate[] = {"sortName"};
+    EXPECT_THROW(must(os::fetchColumns(*context, StoreFetch(entityNamed("Author")), computedLate, {})),
+        std::exception);
 }
 
 // With much unsaved, one text of an indexed key is looked up instead of asked of each.
