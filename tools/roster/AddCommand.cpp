@@ -9,7 +9,7 @@
 
 int runAdd(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     const auto person = ZRPerson::initWithRoster(roster);
     if (!options.sets.empty()) {
         applyChanges(options, *person);

@@ -14,6 +14,8 @@
 struct Options {
     std::string directory;
     std::vector<std::string> defaults;
+    /// The command as it was typed, the options that name the roster aside: what a step is called.
+    std::string title;
     bool json = false;
 
     /// A group, by name or id.
@@ -69,6 +71,10 @@ using Json = nlohmann::ordered_json;
 void applyPreferences(const Options& options);
 /// The roster that the options name, open; raises a Failure with status 3 when it cannot be used.
 platform::Ref<ZRRoster> openRoster(const Options& options, bool withSamples = false);
+/// The same for a command that changes the roster: whatever the process saves from here on is one step of the
+/// history, under the title of the command line, which `roster undo` takes back as a whole. A command that
+/// saves nothing leaves no step.
+platform::Ref<ZRRoster> openRosterToChange(const Options& options);
 
 /// Writes the roster's changes to the disk; raises a Failure with status 3 when that is refused.
 void save(ZRRoster& roster);

@@ -25,7 +25,7 @@ bool change(const Options& options, ZRPerson& person)
 
 int runEdit(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     const auto person = personNamed(*roster, joined(options.words));
     requireWritable(*person);
     printCardDone(options, change(options, *person) ? "Changed" : "Nothing changed in", *person);

@@ -177,7 +177,7 @@ int runGroupSubgroups(const Options& options)
 
 int runGroupMake(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     const std::string name = joined(options.words);
     const auto parent = options.group.empty() ? nullptr : ordinary(options, *roster);
     const auto group = ZRGroup::initWithRoster(roster);
@@ -191,7 +191,7 @@ int runGroupMake(const Options& options)
 
 int runGroupRename(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     const auto group = groupNamed(*roster, options.group, kindOf(options));
     group->setValue(Value(joined(options.words)), zr::kZRGroupNameProperty);
     save(*roster);
@@ -201,7 +201,7 @@ int runGroupRename(const Options& options)
 
 int runGroupDelete(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     Json deleted = Json::array();
     std::string text;
     std::vector<Ref<ZRGroup>> groups;
@@ -219,7 +219,7 @@ int runGroupDelete(const Options& options)
 
 int runGroupAdd(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     const auto group = ordinary(options, *roster);
     for (const auto& record : namedRecords(options, *roster))
         add(*group, record);
@@ -230,7 +230,7 @@ int runGroupAdd(const Options& options)
 
 int runGroupRemove(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     const auto group = ordinary(options, *roster);
     const auto records = namedRecords(options, *roster);
     requireInside(*group, options.asGroups ? group->subgroups() : group->members(), records);
@@ -246,7 +246,7 @@ int runGroupRemove(const Options& options)
 
 int runGroupReach(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     const auto group = ordinary(options, *roster);
     const auto person = personNamed(*roster, options.words.at(0));
     requireInside(*group, group->members(), {person});

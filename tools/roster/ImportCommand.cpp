@@ -66,7 +66,7 @@ int runImport(const Options& options)
     if (options.explain && !options.plan)
         throw Failure(exitStatus::usage, "--explain goes with --plan");
     applyPreferences(options);
-    const auto roster = options.plan ? nullptr : openRoster(options);
+    const auto roster = options.plan ? nullptr : openRosterToChange(options);
     ZRvCardController controller(roster);
     controller.setPreparation(options.prepare == "none" ? ZRvCardController::Preparation::none
                                                         : ZRvCardController::Preparation::full);

@@ -48,6 +48,8 @@ platform::Ref<ZRRoster> openRoster(const Options& options, bool withSamples)
     return roster;
 }
 
+platform::Ref<ZRRoster> openRosterToChange(const Options& options) { return openRoster(options); }
+
 void save(ZRRoster& roster)
 {
     if (!roster.save())

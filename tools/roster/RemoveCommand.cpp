@@ -28,7 +28,7 @@ std::vector<Ref<ZRPerson>> namedPeople(const Options& options, ZRRoster& roster)
 
 int runRemove(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     Json removed = Json::array();
     std::string text;
     for (const auto& person : namedPeople(options, *roster)) {

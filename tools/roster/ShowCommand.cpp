@@ -26,7 +26,7 @@ int runShow(const Options& options)
 
 int runMe(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     if (!options.words.empty()) {
         const auto person = platform::refCast<ZRPerson>(recordNamed(*roster, joined(options.words)));
         if (!person)

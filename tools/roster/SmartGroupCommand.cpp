@@ -63,7 +63,7 @@ void printSmartGroup(const Options& options, ZRSmartGroup& group)
 
 int runSmartGroupMake(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     Options rules = options;
     rules.words.clear();
     const auto element = rulesFor(nullptr, rules, *roster);
@@ -79,7 +79,7 @@ int runSmartGroupMake(const Options& options)
 
 int runSmartGroupEdit(const Options& options)
 {
-    const auto roster = openRoster(options);
+    const auto roster = openRosterToChange(options);
     const auto group = smartGroup(options, *roster);
     const bool hasRules = !options.rules.empty() || !options.first.empty();
     if (!hasRules && !options.tracks && !options.seen)

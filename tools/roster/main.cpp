@@ -301,6 +301,27 @@ struct CommandLine {
     }
 };
 
+/// What was typed, for people who look at the history: without the options that only say which roster and how
+/// to print.
+std::string titleOf(int argc, char** argv)
+{
+    constexpr std::size_t longest = 200;
+    std::string title;
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (word == "--roster" || word == "--default")
+            ++i;
+        else if (word != "--json" && !word.starts_with("--roster=") && !word.starts_with("--default="))
+            title += (title.empty() ? "" : " ") + word;
+    }
+    if (title.size() <= longest)
+        return title;
+    std::size_t end = longest;
+    while ((static_cast<unsigned char>(title[end]) & 0xc0) == 0x80)
+        --end;
+    return title.substr(0, end) + "…";
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -308,6 +329,7 @@ int main(int argc, char** argv)
     // Whoever reads our output may stop; the write then fails and says so.
     std::signal(SIGPIPE, SIG_IGN);
     CommandLine line;
+    line.options.title = titleOf(argc, argv);
     try {
         line.app.parse(argc, argv);
         if (!line.run)
