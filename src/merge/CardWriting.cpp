@@ -1,0 +1,214 @@
+// What is done with each card that is written, and with all of them.
+#include "merge/CardWriting.h"
+
+#include "core/ZRConstants.h"
+#include "core/ZRPerson.h"
+#include "core/ZRUniqueId.h"
+#include "merge/MergeContact.h"
+#include "objectstore/PersistentStore.h"
+#include "objectstore/StoreErrors.h"
+#include "platform/run/Log.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRModelSlots.h"
+#include "store/ZROSRecord.h"
+#include "store/ZRRoster.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+using objectstore::ObjectList;
+using objectstore::ObjectRef;
+using objectstore::PersistentStore;
+using objectstore::StoreObject;
+using platform::Ref;
+using platform::Value;
+
+namespace merge {
+
+namespace {
+
+constexpr std::int64_t lastImportFlag = 128;
+
+/// The store of `context` that lies where `store` does: the same one, unless they are of two coordinators.
+PersistentStore* storeLike(ZRManagedObjectContext& context, PersistentStore& store)
+{
+    const auto stores = context.coordinator()->stores();
+    if (std::ranges::find(stores, &store) != stores.end())
+        return &store;
+    return context.coordinator()->storeAtPath(store.path());
+}
+
+ZROSContact* contactBehind(const ZRRecord& person)
+{
+    return dynamic_cast<ZROSContact*>(person.zrDatabaseImpl());
+}
+
+/// Whether a picture waits in the person's roster, which never saves it.
+bool hasNewPicture(const ZRRecord& person) ZR_NTS
+{
+    return !person.nts_Roster()->nts_PendingPicture(person.nts_UniqueId(), zr::kZRImageProperty).isAbsent();
+}
+
+} // namespace
+
+CardWriting::CardWriting(Ref<ZRManagedObjectContext> context, PersistentStore& store)
+    : _context(std::move(context)), _roster(_context->owningRoster()), _store(storeLike(*_context, store))
+{
+}
+
+// ---- cards
+
+ZRRecordList CardWriting::add(const ZRRecordList& people)
+{
+    return locked(*_roster, ZRAccess::write, [&]() ZR_NTS {
+        ZRRecordList added;
+        for (const auto& person : people)
+            added.push_back(nts_add(person));
+        return added;
+    });
+}
+
+Ref<ZRRecord> CardWriting::nts_add(const Ref<ZRRecord>& person)
+{
+    ZROSContact* const source = contactBehind(*person);
+    if (!source || !source->context())
+        return nullptr;
+    const ObjectRef object = _context->insertObjectOfEntity(contactSlots().entity);
+    _context->assignObjectToStore(*object, _store);
+    object->setValue(contactSlots().uniqueId, Value(zrUniqueString() + ":ZRPerson"));
+    auto record = nts_take(person, static_cast<ZROSContact&>(*object), *source);
+    if (!record)
+        _context->deleteObject(*object);
+    else
+        _added.emplace(person.get(), object);
+    return record;
+}
+
+// The cards are read in a few fetches, not one by one.
+ZRRecordList CardWriting::update(const ZRRecordList& people)
+{
+    return locked(*_roster, ZRAccess::write, [&]() ZR_NTS {
+        ObjectList contacts;
+        for (const auto& person : people)
+            if (auto contact = nts_contactOf(*person))
+                contacts.push_back(std::move(contact));
+        _context->preheatContacts(contacts);
+        for (const auto& contact : contacts)
+            static_cast<ZROSContact&>(*contact).partsWereRead();
+        ZRRecordList updated;
+        for (const auto& person : people)
+            updated.push_back(nts_update(person));
+        return updated;
+    });
+}
+
+Ref<ZRRecord> CardWriting::nts_update(const Ref<ZRRecord>& person)
+{
+    const ObjectRef target = nts_contactOf(*person);
+    ZROSContact* const source = contactBehind(*person);
+    return target && source ? nts_take(person, static_cast<ZROSContact&>(*target), *source) : nullptr;
+}
+
+Ref<ZRRecord> CardWriting::nts_take(const Ref<ZRRecord>& person, ZROSContact& target, ZROSContact& source)
+{
+    try {
+        auto record =
+            ZROSRecord::copyPublicRecordForClass(ZRPerson::recordClassDescription, target, *_roster);
+        if (!target.isInserted() && hasNewPicture(*person))
+            _formerPictures.push_back({record, static_cast<ZRPerson&>(*record).imageData()});
+        mergeContact(target, source);
+        _written.emplace_back(&target);
+        return record;
+    } catch (const objectstore::InaccessibleObject& failure) {
+        platform::log(fmt::format("Could not write {}: {}", person->nts_UniqueId(), failure.what()));
+        return nullptr;
+    }
+}
+
+ObjectRef CardWriting::nts_contactOf(const ZRRecord& person)
+{
+    if (const auto added = _added.find(&person); added != _added.end())
+        return added->second;
+    ZROSContact* const contact = contactBehind(person);
+    if (!contact || !contact->context())
+        return nullptr;
+    if (contact->context() == _context.get())
+        return ObjectRef(contact);
+    if (ObjectRef same = _context->objectForStoreId(contact->storeId()))
+        return same;
+    const auto found = _context->zrContactsForUniqueIDs({person.nts_UniqueId()});
+    return found.empty() ? nullptr : found.front();
+}
+
+void CardWriting::markAsLastImport()
+{
+    const auto& displayFlags = contactSlots().displayFlags;
+    locked(*_roster, ZRAccess::write, [&] {
+        for (const auto& contact : _written)
+            contact->setValue(displayFlags, Value(contact->integer(displayFlags) | lastImportFlag));
+    });
+}
+
+void CardWriting::remove(const ZRRecordList& people)
+{
+    std::vector<std::string> ids;
+    for (const auto& person : people)
+        ids.push_back(person->uniqueId());
+    for (const auto& record : _roster->recordsForUniqueIds(ids))
+        _roster->removeRecord(record);
+}
+
+// ---- groups
+
+ObjectRef CardWriting::groupWithId(std::string_view uniqueId)
+{
+    const auto found = _context->zrGroupsForUniqueIDs({std::string(uniqueId)});
+    return found.empty() ? nullptr : found.front();
+}
+
+void CardWriting::join(std::string_view groupId)
+{
+    locked(*_roster, ZRAccess::write, [&] {
+        if (const ObjectRef group = groupWithId(groupId))
+            for (const auto& contact : _written)
+                nts_join(*group, *contact);
+    });
+}
+
+void CardWriting::join(std::string_view groupId, const ZRRecordList& people)
+{
+    locked(*_roster, ZRAccess::write, [&]() ZR_NTS {
+        const ObjectRef group = groupWithId(groupId);
+        for (const auto& person : people)
+            if (const ObjectRef contact = group ? nts_contactOf(*person) : nullptr)
+                nts_join(*group, *contact);
+    });
+}
+
+// A group of which nothing changes is not written.
+void CardWriting::nts_join(StoreObject& group, StoreObject& contact)
+{
+    if (contact.isDeleted())
+        return;
+    const auto groups = contact.objects(contactSlots().parentGroups);
+    if (std::ranges::find(groups, ObjectRef(&group)) == groups.end())
+        group.addObject(groupSlots().contacts, contact);
+}
+
+// ---- the end
+
+platform::Error CardWriting::save()
+{
+    if (_roster->save())
+        return {};
+    for (const auto& [record, data] : _formerPictures)
+        if (auto& person = static_cast<ZRPerson&>(*record); person.imageData() != data)
+            person.setImageData(data);
+    auto error = _roster->lastSaveError();
+    if (error.domain.empty())
+        error = {"ZRRosterErrorDomain", 1, "the roster could not be saved"};
+    return error;
+}
+
+} // namespace merge

@@ -1,0 +1,69 @@
+// How cards of a throw-away roster are written into the context that lasts.
+#pragma once
+
+#include "core/ZRGlobalLock.h"
+#include "core/ZRRecord.h"
+#include "objectstore/StoreObject.h"
+#include "platform/value/Error.h"
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+class ZRManagedObjectContext;
+class ZROSContact;
+
+namespace merge {
+
+/// One round of changes of cards: added, updated, removed and put into groups, then saved together.
+///
+/// Ownership: shares ownership of the context and its roster.
+/// Threads:   one; each operation holds the lock for itself.
+/// Errors:    a card that somebody else deleted meanwhile is logged and passed over.
+class CardWriting {
+public:
+    /// Into the store of `context` that is at the place of `store`, which may be another coordinator's.
+    CardWriting(platform::Ref<ZRManagedObjectContext> context, objectstore::PersistentStore& store);
+
+    /// New cards that show what these people show, under new ids; in step with `people`, null for one that
+    /// is no longer there.
+    ZRRecordList add(const ZRRecordList& people);
+    /// Makes the cards of the same ids show what these people show; answers those, likewise.
+    ZRRecordList update(const ZRRecordList& people);
+    /// Puts everybody who was added and updated into the group of that id, if it is stored.
+    void join(std::string_view groupId);
+    /// Puts these people, or the cards that they have become, into the group.
+    void join(std::string_view groupId, const ZRRecordList& people);
+    void markAsLastImport();
+    void remove(const ZRRecordList& people);
+    /// Why the save failed; its domain is empty when it did not. Then pictures that were replaced are back,
+    /// and everything else is still there, unsaved.
+    platform::Error save();
+
+private:
+    /// A picture that a card had before.
+    struct Picture {
+        platform::Ref<ZRRecord> person;
+        platform::Value data;
+    };
+
+    platform::Ref<ZRRecord> nts_add(const platform::Ref<ZRRecord>& person) ZR_NTS;
+    platform::Ref<ZRRecord> nts_update(const platform::Ref<ZRRecord>& person) ZR_NTS;
+    platform::Ref<ZRRecord> nts_take(
+        const platform::Ref<ZRRecord>& person, ZROSContact& target, ZROSContact& source) ZR_NTS;
+    /// The card of the context that stands for the person; null when it is gone.
+    objectstore::ObjectRef nts_contactOf(const ZRRecord& person) ZR_NTS;
+    void nts_join(objectstore::StoreObject& group, objectstore::StoreObject& contact);
+    objectstore::ObjectRef groupWithId(std::string_view uniqueId);
+
+    platform::Ref<ZRManagedObjectContext> _context;
+    platform::Ref<ZRRoster> _roster;
+    objectstore::PersistentStore* _store;
+    objectstore::ObjectList _written;
+    std::unordered_map<const ZRRecord*, objectstore::ObjectRef> _added;
+    std::vector<Picture> _formerPictures;
+};
+
+} // namespace merge

@@ -1,0 +1,121 @@
+// What one card takes over from another, and what it keeps.
+#include "merge/MergeContact.h"
+
+#include "core/ZRConstants.h"
+#include "core/ZRPerson.h"
+#include "merge/MergeRows.h"
+#include "objectstore/StoreContext.h"
+#include "objectstore/StoreErrors.h"
+#include "platform/value/Value.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRModelSlots.h"
+#include "store/ZROSRecord.h"
+#include "store/ZRRoster.h"
+
+using objectstore::ObjectRef;
+using objectstore::Slot;
+using platform::Value;
+
+namespace {
+
+constexpr std::int64_t lastImportFlag = 128;
+
+bool belongsToTheRecord(const Slot& slot)
+{
+    const auto& slots = contactSlots();
+    return &slot == &slots.uniqueId || &slot == &slots.creationDate || &slot == &slots.modificationDate
+        || &slot == &slots.displayFlags;
+}
+
+bool mergeFields(ZROSContact& target, ZROSContact& source)
+{
+    bool hasChanged = false;
+    for (const Slot* slot : contactSlots().entity.slots())
+        if (!belongsToTheRecord(*slot))
+            hasChanged |= merge::copyAttribute(*slot, target, source);
+    const Slot& displayFlags = contactSlots().displayFlags;
+    const std::int64_t flags =
+        (source.integer(displayFlags) & ~lastImportFlag) | (target.integer(displayFlags) & lastImportFlag);
+    if (flags == target.integer(displayFlags))
+        return hasChanged;
+    target.setValue(displayFlags, flags == 0 ? Value() : Value(flags));
+    return true;
+}
+
+/// A note without a text goes with the next save.
+bool mergeNote(ZROSContact& target, ZROSContact& source)
+{
+    const Slot &note = contactSlots().note, &text = noteSlots().text;
+    const ObjectRef theirs = source.related(note);
+    ObjectRef mine = target.related(note);
+    const Value wanted = theirs ? theirs->value(text) : Value();
+    if (wanted == (mine ? mine->value(text) : Value()))
+        return false;
+    if (!mine) {
+        mine = target.context()->insertObjectOfEntity(noteSlots().entity);
+        target.context()->assignObjectToStore(*mine, target.store());
+        target.setRelated(note, mine.get());
+    }
+    mine->setValue(text, wanted);
+    return true;
+}
+
+platform::Ref<ZRPerson> personOf(ZROSContact& contact) ZR_NTS
+{
+    return contact.roster() ? platform::refCast<ZRPerson>(ZROSRecord::copyPublicRecordForClass(
+               ZRPerson::recordClassDescription, contact, *contact.roster()))
+                            : nullptr;
+}
+
+void mergePicture(ZRPerson& target, const ZRPerson& source, std::string_view kind) ZR_NTS
+{
+    // Two handles on one card share its file: only a picture that waits for a save is another one.
+    if (target.nts_PathForUIDTaggedImageOfKind(kind) == source.nts_PathForUIDTaggedImageOfKind(kind)
+        && source.nts_Roster()->nts_PendingPicture(source.nts_UniqueId(), kind).isAbsent())
+        return;
+    const Value picture = source.imageDataOfKind(kind);
+    if (picture == target.imageDataOfKind(kind))
+        return;
+    if (target.zrDatabaseImpl()->isInserted())
+        target.nts_Roster()->nts_KeepPicture(target.nts_UniqueId(), kind, picture);
+    else
+        target.nts_SetImageData(picture, kind);
+}
+
+/// Cards without a roster have no folder for pictures.
+void mergePictures(ZROSContact& target, ZROSContact& source) ZR_NTS
+{
+    const auto to = personOf(target), from = personOf(source);
+    if (!to || !from)
+        return;
+    mergePicture(*to, *from, zr::kZRImageProperty);
+    mergePicture(*to, *from, zr::kZRLargeImageProperty);
+}
+
+void requireThere(const ZROSContact& contact)
+{
+    if (!contact.context())
+        throw objectstore::InaccessibleObject("a card that was deleted cannot be merged");
+}
+
+} // namespace
+
+void mergeContact(ZROSContact& target, ZROSContact& source)
+{
+    if (&target == &source)
+        return;
+    requireThere(target);
+    requireThere(source);
+    target.readAllParts();
+    source.readAllParts();
+    bool hasChanged = mergeFields(target, source);
+    for (const Slot* slot : contactSlots().entity.slots())
+        if (merge::holdsEntries(*slot))
+            hasChanged |= merge::mergeRows(*slot, target, source);
+    hasChanged |= mergeNote(target, source);
+    if (hasChanged) {
+        target.clearSortNames();
+        target.clearStringForIndexing();
+    }
+    mergePictures(target, source);
+}

@@ -1,0 +1,64 @@
+// How what a merger has gathered is written: all of it into the card context, by one save.
+#include "commands/ApplicationHost.h"
+#include "merge/CardWriting.h"
+#include "merge/ZRNewMerger.h"
+#include "objectstore/PersistentStore.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRRoster.h"
+
+#include <stdexcept>
+
+using objectstore::PersistentStore;
+using platform::Ref;
+
+bool ZRNewMerger::applyChanges()
+{
+    writeChanges();
+    return true;
+}
+
+bool ZRNewMerger::writeChanges()
+{
+    PersistentStore& store = requireStore();
+    _failure = {};
+    if (_updatedPeople.empty() && _addedPeople.empty() && _selfMergedPeople.empty())
+        return false;
+    const auto host = ApplicationHost::shared();
+    cleanSimilarValues(*host->aggregateRoster());
+    merge::CardWriting writing(host->cardContext(), store);
+    _appliedAdded = writing.add(_addedPeople);
+    _appliedUpdated = writing.update(_updatedPeople);
+    if (_group)
+        writing.join(_group->uniqueId());
+    host->clearLastImportGroup();
+    host->setShowsLastImportGroup(true);
+    writing.markAsLastImport();
+    writing.remove(_deletedPeople);
+    for (const auto& [group, people] : _mergedIntoGroup)
+        writing.join(group, people);
+    _failure = writing.save();
+    return true;
+}
+
+/// The one store that is meant, as the target roster knows it.
+PersistentStore& ZRNewMerger::requireStore()
+{
+    if (_targetPersistentStore)
+        return *_targetPersistentStore;
+    const auto stores = requireTarget().storeCoordinator()->stores();
+    if (stores.size() != 1)
+        throw std::logic_error("Import failed: the destination store is ambiguously defined");
+    return *stores.front();
+}
+
+void ZRNewMerger::cleanSimilarValues(ZRRoster& roster)
+{
+    std::vector<std::string> ids;
+    for (const auto& [uniqueId, cleaned] : _selfMergedPeople)
+        ids.push_back(uniqueId);
+    const ZRRecordList people = roster.recordsForUniqueIds(ids);
+    roster.prefetchDataForRecords(people);
+    for (const auto& record : people)
+        if (const auto person = platform::refCast<ZRPerson>(record))
+            mergeSimilarMultiValuesForPerson(person);
+}
