@@ -101,7 +101,8 @@ void ZRPersonAdditions::nts_updateNote(const Value& note, ZRPropertyChanges& cha
     if (note.isNothing() || note == present)
         return;
     _person.nts_SetValue(Value(appended(present.asText(), note.asText())), zr::kZRNoteProperty);
-    changes[std::string(zr::kZRNoteProperty)] = present.isNothing() ? ZRPropertyAddedColor : ZRPropertyChangedColor;
+    changes[std::string(zr::kZRNoteProperty)] =
+        present.isNothing() ? ZRPropertyAddedColor : ZRPropertyChangedColor;
 }
 
 void ZRPersonAdditions::nts_updateSingleValue(
