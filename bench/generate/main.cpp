@@ -1,6 +1,7 @@
 // Writes the files that the benchmarks read.
 #include "generate/Cards.h"
 #include "generate/People.h"
+#include "generate/Planted.h"
 
 #include <fmt/format.h>
 
@@ -10,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -50,22 +52,8 @@ bool number(std::string_view text, std::uint64_t& value)
     return fault == std::errc() && end == text.data() + text.size();
 }
 
-} // namespace
-
-int main(int count, char** arguments)
+bool writePlain(std::uint64_t seed, std::size_t cards, const std::filesystem::path& directory)
 {
-    std::uint64_t cards = 0, seed = kSeed;
-    if (count < 3 || count > 4 || !number(arguments[1], cards)
-        || (count == 4 && !number(arguments[3], seed))) {
-        fmt::print(stderr,
-            "usage: {} CARDS DIRECTORY [SEED]\n"
-            "Writes cards_N_30.vcf, cards_N_21.vcf and cards_N.tsv: the same people three times.\n",
-            arguments[0]);
-        return 2;
-    }
-    const std::filesystem::path directory = arguments[2];
-    std::error_code ignored;
-    std::filesystem::create_directories(directory, ignored);
     OutputFile new30(directory / fmt::format("cards_{}_30.vcf", cards));
     OutputFile new21(directory / fmt::format("cards_{}_21.vcf", cards));
     OutputFile fields(directory / fmt::format("cards_{}.tsv", cards));
@@ -75,9 +63,44 @@ int main(int count, char** arguments)
         bench::appendCard21(new21.text(), person, i);
         bench::appendFields(fields.text(), person);
     }
-    if (!new30.close() || !new21.close() || !fields.close()) {
-        fmt::print(stderr, "{}: cannot write there\n", directory.string());
-        return 1;
+    return new30.close() && new21.close() && fields.close();
+}
+
+bool writePlanted(std::uint64_t seed, std::size_t cards, const std::filesystem::path& directory)
+{
+    OutputFile file(directory / fmt::format("planted_{}.vcf", cards));
+    OutputFile planted(directory / fmt::format("planted_{}.tsv", cards));
+    for (const auto& card : bench::plantedCards(seed, cards)) {
+        bench::appendCard30(file.text(), bench::personOf(seed, card));
+        if (card.planting != bench::Planting::none)
+            planted.text() += fmt::format("{}\t{}\n", nameOf(card.planting), bench::ownWord(card.person));
     }
-    return 0;
+    return file.close() && planted.close();
+}
+
+constexpr std::string_view kUsage = R"(usage: bench_generate [--planted] CARDS DIRECTORY [SEED]
+Writes cards_N_30.vcf, cards_N_21.vcf and cards_N.tsv: the same people three times. --planted: planted_N.vcf, with
+second cards of some, and planted_N.tsv: how each of those is planted, and the last word of the names of its person.
+)";
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    std::vector<std::string_view> words(arguments + 1, arguments + count);
+    const bool plants = !words.empty() && words.front() == "--planted";
+    words.erase(words.begin(), words.begin() + (plants ? 1 : 0));
+    std::uint64_t cards = 0, seed = kSeed;
+    if (words.size() < 2 || words.size() > 3 || !number(words[0], cards)
+        || (words.size() == 3 && !number(words[2], seed))) {
+        fmt::print(stderr, "{}", kUsage);
+        return 2;
+    }
+    const std::filesystem::path directory = words[1];
+    std::error_code ignored;
+    std::filesystem::create_directories(directory, ignored);
+    if ((plants ? writePlanted : writePlain)(seed, cards, directory))
+        return 0;
+    fmt::print(stderr, "{}: cannot write there\n", directory.string());
+    return 1;
 }
