@@ -1,5 +1,6 @@
 // How what a merger has gathered is written: all of it into the card context, by one save.
 #include "commands/ApplicationHost.h"
+#include "core/ZRFailure.h"
 #include "merge/CardWriting.h"
 #include "merge/ZRNewMerger.h"
 #include "objectstore/PersistentStore.h"
@@ -10,6 +11,18 @@
 
 using objectstore::PersistentStore;
 using platform::Ref;
+
+namespace {
+
+/// Whether what is gathered in the roster can be carried over into the context: both are on one store.
+bool haveOneStore(ZRRoster& roster, ZRManagedObjectContext& context)
+{
+    const auto own = roster.managedObjectContext();
+    return own->coordinator() == context.coordinator()
+        || (!roster.isMemoryBacked() && own->zrHasCommonStoreWithContext(context));
+}
+
+} // namespace
 
 bool ZRNewMerger::applyChanges()
 {
@@ -24,8 +37,11 @@ bool ZRNewMerger::writeChanges()
     if (_updatedPeople.empty() && _addedPeople.empty() && _selfMergedPeople.empty())
         return false;
     const auto host = ApplicationHost::shared();
+    const auto cards = host->cardContext();
+    zrRequire(
+        cards && haveOneStore(requireTarget(), *cards), "targetRoster is on the store of the card context");
     cleanSimilarValues(*host->aggregateRoster());
-    merge::CardWriting writing(host->cardContext(), store);
+    merge::CardWriting writing(cards, store);
     _appliedAdded = writing.add(_addedPeople);
     _appliedUpdated = writing.update(_updatedPeople);
     if (_group)

@@ -15,14 +15,11 @@ using platform::Value;
 
 namespace {
 
-/// Whether what is changed in the roster stays there: its context is a second one on the host's store.
+/// Whether what is changed in the roster stays there until somebody carries it over or saves it.
 bool isThrowAway(ZRRoster& roster)
 {
-    const auto cards = ApplicationHost::shared()->cardContext(), context = roster.managedObjectContext();
-    if (!cards || !context || cards == context)
-        return false;
-    return cards->coordinator() == context->coordinator()
-        || (!roster.isMemoryBacked() && context->zrHasCommonStoreWithContext(*cards));
+    const auto context = roster.managedObjectContext();
+    return context && context != ApplicationHost::shared()->cardContext();
 }
 
 } // namespace
@@ -42,8 +39,7 @@ Ref<ZRRoster> ZRNewMerger::targetRoster()
 
 void ZRNewMerger::setTargetRoster(Ref<ZRRoster> roster)
 {
-    zrRequire(
-        roster && isThrowAway(*roster), "targetRoster is a throw-away on the store of the card context");
+    zrRequire(roster && isThrowAway(*roster), "targetRoster is a throw-away");
     _targetRoster = std::move(roster);
 }
 
@@ -136,14 +132,10 @@ void ZRNewMerger::nts_updateValues(
 Ref<ZRPerson> ZRNewMerger::emulateUpdateCard(
     const ZRPerson& card, const ZRPerson& imported, ZRPropertyChanges& changes)
 {
-    if (!_previewRoster) {
-        _previewRoster = requireTarget().parallelUniverseRoster();
-        locked(
-            *_previewRoster, ZRAccess::write, [&]() ZR_NTS { _previewRoster->nts_SetKeepsPictures(true); });
-    }
+    allPersonProperties();
+    makePreviewRoster();
     const auto preview = ZRPerson::initWithRoster(_previewRoster);
     const Value picture = imported.imageData();
-    allPersonProperties();
     locked(*_previewRoster, ZRAccess::write, [&]() ZR_NTS {
         for (const auto& [property, type] : _personProperties)
             if (!merge::isOfOneCardOnly(property))
@@ -153,6 +145,20 @@ Ref<ZRPerson> ZRNewMerger::emulateUpdateCard(
             preview->nts_SetImageData(picture, zr::kZRImageProperty);
     });
     return preview;
+}
+
+// In memory: a preview must leave nothing in the user's store, not even the name of a messaging service.
+void ZRNewMerger::makePreviewRoster()
+{
+    if (_previewRoster)
+        return;
+    _previewRoster = ZRRoster::emptyMemoryBackedRoster();
+    std::vector<std::pair<std::string, Value>> declared;
+    for (const auto& [property, type] : _personProperties)
+        if (!_previewRoster->doesPropertyExist(property, ZRPerson::recordClassDescription))
+            declared.emplace_back(property, Value(type));
+    ZRPerson::addPropertiesAndTypes(Value::dictionary(std::move(declared)), _previewRoster.get());
+    locked(*_previewRoster, ZRAccess::write, [&]() ZR_NTS { _previewRoster->nts_SetKeepsPictures(true); });
 }
 
 // ---- who comes, who goes, and who joins which group

@@ -28,18 +28,20 @@ class PersistentStore;
 /// Finds which cards are there already, and gathers what an import or a clean-up is to do.
 ///
 /// Cards are changed in a *target roster*, which is a throw-away: a second roster on the store of the host's
-/// card context (`ZRRoster::parallelUniverseRoster`), never saved. Until `applyChanges` nothing of the user's
-/// roster has changed, and whoever gives up just drops the merger and the target. `applyChanges` carries
-/// everything over into the card context (`ApplicationHost::cardContext`) and saves that.
+/// card context (`ZRRoster::parallelUniverseRoster`), which nobody saves. (An import that applies nothing
+/// uses a merger on the roster that it saves itself, on whatever store.) Until `applyChanges` nothing of the
+/// user's roster has changed, and whoever gives up just drops the merger and the target. `applyChanges`
+/// carries everything over into the card context (`ApplicationHost::cardContext`) and saves that.
 ///
 /// A card that is to be updated or deleted is a record of the target roster; one that is to be added may be
 /// of any roster.
 ///
 /// Ownership: shares ownership of the target roster and of the cards it was told.
 /// Threads:   one at a time, without the global lock; `applyChanges` on the thread of the host.
-/// Errors:    a target roster that is not a throw-away, or a card that is of another roster than the target,
-///            raises ZRInvalidArgument. A store that cannot be read makes nothing look like a duplicate; one
-///            that cannot be written is told by `failure`.
+/// Errors:    a target roster that is not a throw-away, one on another store than the card context at
+///            `applyChanges`, or a card that is of another roster than the target, raises ZRInvalidArgument.
+///            A store that cannot be read makes nothing look like a duplicate; one that cannot be written is
+///            told by `failure`.
 class ZR_EXPORT ZRNewMerger : public platform::Object {
 public:
     /// A merger for cards that go into `group`, or into none.
@@ -47,7 +49,7 @@ public:
 
     /// A parallel universe of the host's roster unless another was set. Absent when the host has none.
     platform::Ref<ZRRoster> targetRoster();
-    /// Raises for the roster of the card context, and for one on another store.
+    /// Raises for the roster of the card context.
     void setTargetRoster(platform::Ref<ZRRoster> roster);
     /// The one store that is looked at and written to; null, as at first: whatever the target has.
     objectstore::PersistentStore* targetPersistentStore() const { return _targetPersistentStore; }
@@ -98,7 +100,7 @@ public:
     /// by what was done.
     platform::Ref<ZRPerson> updateCard(const platform::Ref<ZRPerson>& card,
         const platform::Ref<ZRPerson>& imported, ZRPropertyChanges* changes = nullptr);
-    /// What `updateCard` would make of a card, as a card of its own in a throw-away roster; the picture is
+    /// What `updateCard` would make of a card, as a card of its own in a roster in memory; the picture is
     /// the imported one only. Its memory is kept until that roster goes with the merger: who makes thousands
     /// removes each from its roster.
     platform::Ref<ZRPerson> emulateUpdateCard(
@@ -153,6 +155,7 @@ private:
     std::vector<std::pair<std::string, std::string>> idsOfNamesakes(const ZRRecordList& people);
     CleanedValues nts_cleanedValues(const ZRPerson& person) ZR_NTS;
     ZRRoster& requireTarget();
+    void makePreviewRoster();
     /// Keeps what the person says now and answers it; absent when that was kept before.
     platform::Value nts_takeSnapshot(
         const platform::Ref<ZRPerson>& person, const platform::Value& picture) ZR_NTS;

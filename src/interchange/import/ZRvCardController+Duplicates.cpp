@@ -1,0 +1,182 @@
+// What an import does about people who are in the roster already.
+#include "interchange/import/ZRvCardController+State.h"
+
+#include "commands/ApplicationHost.h"
+#include "core/ZRConstants.h"
+#include "core/ZRGroup.h"
+#include "core/ZRPerson.h"
+#include "merge/ZRNewMerger.h"
+#include "objectstore/StoreContext.h"
+#include "platform/files/UserDefaults.h"
+#include "platform/run/Log.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRModelSlots.h"
+#include "store/ZROSRecord.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+using interchange::DuplicateHandling;
+using interchange::ImportDecision;
+using interchange::ImportPlan;
+using platform::Ref;
+using platform::Value;
+
+namespace {
+
+/// The mark of the last import, among the flags of a card.
+constexpr std::int64_t kLastImport = 0x80;
+/// How many cards lose the mark in one transaction.
+constexpr std::size_t kCardsUnmarkedAtOnce = 2000;
+
+DuplicateHandling preferredHandling()
+{
+    const bool keepsBoth = platform::UserDefaults::standard().boolForKey(zr::kZRDontAutoMerge);
+    return keepsBoth ? DuplicateHandling::both : DuplicateHandling::update;
+}
+
+Ref<ZRNewMerger> mergerFor(const Ref<ZRRoster>& roster)
+{
+    auto merger = ZRNewMerger::initWithGroup(nullptr);
+    merger->setTargetRoster(roster);
+    return merger;
+}
+
+/// The mark says nothing about the card's name, so no hook runs.
+void mark(ZRRecord& card)
+{
+    locked(*card.nts_Roster(), ZRAccess::write, [&] {
+        const auto& flags = contactSlots().displayFlags;
+        if (ZROSRecord* const contact = card.zrDatabaseImpl())
+            contact->setPrimitiveValue(flags, Value(contact->integer(flags) | kLastImport));
+    });
+}
+
+std::vector<std::string> idsOfMarked(ZRManagedObjectContext& context)
+{
+    objectstore::StoreFetch fetch(contactSlots().entity,
+        ZROSRecord::compoundPredicateForKey("displayFlags", ZRNullOption::andNotNull,
+            ZROSRecord::bitwiseAndPredicateForKey(
+                "displayFlags", kLastImport, 0, objectstore::Comparator::notEqual)));
+    const auto found = context.fetchValues(fetch, "uniqueId");
+    std::vector<std::string> ids;
+    if (found)
+        for (const Value& id : *found)
+            ids.emplace_back(id.asText());
+    return ids;
+}
+
+/// The card takes the other's place: in its groups, and as Me.
+void takePlaceOf(const Ref<ZRPerson>& former, const Ref<ZRPerson>& card, ZRRoster& roster)
+{
+    for (const auto& parent : former->parentGroups())
+        if (const auto group = platform::refCast<ZRGroup>(parent))
+            group->addMember(*card);
+    const auto me = roster.me();
+    if (me && me->uniqueId() == former->uniqueId())
+        roster.setMe(card);
+    roster.removeRecord(former);
+}
+
+} // namespace
+
+void ZRvCardController::State::drop(ZRPerson& card)
+{
+    card.setImageData(Value());
+    roster->removeRecord(Ref<ZRRecord>(&card));
+}
+
+/// Those who are there are looked for on the store that is written, or, where nothing is, beside it.
+void ZRvCardController::makePlan()
+{
+    auto& state = *_state;
+    const auto handling = state.handling.value_or(preferredHandling());
+    if (handling == DuplicateHandling::both || !state.target)
+        return;
+    const auto roster =
+        state.outcome == Outcome::saved ? state.roster : state.target->parallelUniverseRoster();
+    state.plan.emplace(mergerFor(roster), handling,
+        cardWasDecided ? ImportPlan::Detail::changes : ImportPlan::Detail::fate);
+}
+
+void ZRvCardController::settleCards()
+{
+    auto& state = *_state;
+    if (state.plan) {
+        std::vector<ImportPlan::Card> cards;
+        for (const auto& waiting : state.waiting)
+            if (waiting.card.person)
+                cards.push_back(waiting.card);
+        state.plan->lookAt(cards);
+    }
+    for (const auto& waiting : state.waiting) {
+        const auto& person = waiting.card.person;
+        const auto decision = state.plan && person ? state.plan->decide(waiting.card) : ImportDecision();
+        if (cardWasDecided)
+            cardWasDecided({state.sources[waiting.file].name, waiting.number, waiting.line,
+                waiting.firstLine, waiting.text, person.get(), waiting.refusal, decision});
+        if (person)
+            carryOut(decision, person);
+    }
+}
+
+void ZRvCardController::carryOut(const ImportDecision& decision, const Ref<ZRPerson>& card)
+{
+    using Fate = ImportDecision::Fate;
+    auto& state = *_state;
+    auto& done = state.underWay;
+    const bool isNew = decision.fate == Fate::added || decision.fate == Fate::replaced;
+    ++(decision.fate == Fate::added      ? done.added
+            : decision.fate == Fate::same ? done.same
+            : decision.fate == Fate::kept ? done.kept
+                                          : done.updated);
+    if (state.outcome == Outcome::readOnly)
+        return;
+    if (decision.fate == Fate::replaced)
+        takePlaceOf(decision.existing, card, *state.roster);
+    if (decision.fate == Fate::updated) {
+        if (!state.merger)
+            state.merger = mergerFor(state.roster);
+        state.merger->updateCard(decision.existing, card);
+    }
+    const Ref<ZRPerson> person = isNew ? card : decision.existing;
+    if (isNew || decision.fate == Fate::updated) {
+        beginLastImport();
+        mark(*person);
+    }
+    if (state.groupHere && person && decision.fate != Fate::kept)
+        state.groupHere->addMember(*person);
+    if (!isNew)
+        state.drop(*card);
+}
+
+// In transactions of their own: there may be many, and nothing is lost when the import ends before its first.
+// They are saved past the roster: that somebody came with an import says nothing about when the card was changed.
+void ZRvCardController::beginLastImport()
+{
+    auto& state = *_state;
+    if (std::exchange(state.hasBegunLastImport, true))
+        return;
+    const auto other = state.target->parallelUniverseRoster();
+    locked(*other, ZRAccess::write, [&] {
+        const auto& flags = contactSlots().displayFlags;
+        const auto context = other->managedObjectContext();
+        const auto ids = idsOfMarked(*context);
+        for (std::size_t from = 0; from < ids.size(); from += kCardsUnmarkedAtOnce) {
+            const auto to = std::min(from + kCardsUnmarkedAtOnce, ids.size());
+            const std::vector<std::string> some(
+                ids.begin() + static_cast<std::ptrdiff_t>(from), ids.begin() + static_cast<std::ptrdiff_t>(to));
+            for (const auto& contact : context->zrContactsForUniqueIDs(some)) {
+                const std::int64_t left = contact->integer(flags) & ~kLastImport;
+                contact->setPrimitiveValue(flags, left == 0 ? Value() : Value(left));
+            }
+            if (const auto saved = context->save(); !saved)
+                return platform::log(fmt::format("Cannot clear the last import: {}", saved.error().text));
+        }
+    });
+    if (state.target->isSharedInstance()) {
+        ApplicationHost::shared()->clearLastImportGroup();
+        ApplicationHost::shared()->setShowsLastImportGroup(true);
+    }
+}
