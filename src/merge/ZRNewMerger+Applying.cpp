@@ -26,9 +26,12 @@ bool haveOneStore(ZRRoster& roster, ZRManagedObjectContext& context)
 
 bool ZRNewMerger::applyChanges()
 {
-    writeChanges();
+    if (writeChanges())
+        performCommandWithActionName("IMPORT");
     return true;
 }
+
+bool ZRNewMerger::performCommandWithActionName(std::string_view) { return _failure.domain.empty(); }
 
 bool ZRNewMerger::writeChanges()
 {

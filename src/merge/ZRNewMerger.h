@@ -141,6 +141,8 @@ protected:
 
     /// `applyChanges` without its last step; false when there was nothing to do.
     bool writeChanges();
+    /// The last step: makes a command of what was written, and has it registered under that name.
+    bool performCommandWithActionName(std::string_view key);
 
 private:
     template <class T, class... Arguments>
