@@ -7,8 +7,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
-#include <sstream>
+#include <cstdio>
 #include <stdexcept>
 
 namespace test {
