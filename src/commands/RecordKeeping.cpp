@@ -8,6 +8,7 @@
 #include "core/ZRPerson.h"
 #include "objectstore/StoreContext.h"
 #include "platform/run/Log.h"
+#include "store/ZRDBCache.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRoster.h"
@@ -66,13 +67,14 @@ void forEachChoice(ZROSRecord& record, const objectstore::Slot& end, Visit&& vis
     }
 }
 
-bool isWanted(objectstore::StoreObject& choice, const Value& wanted)
+/// Whether a group has chosen an entry of that property of the person.
+bool hasChoice(ZROSRecord& person, const Value& choice)
 {
     const auto& slots = distributionListConfigSlots();
-    const ObjectRef group = choice.related(slots.group);
-    return std::ranges::any_of(wanted.asArray(), [&](const Value& one) {
-        return group && one[kGroup].asText() == group->text(group->slot("uniqueId"))
-            && one[kProperty].asText() == choice.text(slots.propertyName);
+    return std::ranges::any_of(choicesOf(person), [&](const ObjectRef& present) {
+        const ObjectRef group = present->related(slots.group);
+        return group && group->text(group->slot("uniqueId")) == choice[kGroup].asText()
+            && present->text(slots.propertyName) == choice[kProperty].asText();
     });
 }
 
@@ -128,7 +130,7 @@ void setAllPropertiesIncludingImage(ZRRecord& record, const Value& dictionary)
     restoreCreationDate(record, dictionary);
     if (auto* const person = dynamic_cast<ZRPerson*>(&record)) {
         restoreImage(*person, dictionary[kZRKeptImageData]);
-        setDistributionChoices(*person, dictionary[kZRKeptChoices]);
+        restoreDistributionChoices(*person, dictionary[kZRKeptChoices]);
         restoreMe(Ref<ZRPerson>(person), dictionary[kZRKeptMe]);
     }
 }
@@ -158,27 +160,27 @@ Value distributionChoices(const ZRPerson& person)
     return Value::array(std::move(choices));
 }
 
-void setDistributionChoices(ZRPerson& person, const Value& choices)
+void restoreDistributionChoices(ZRPerson& person, const Value& choices)
 {
-    if (!choices.isArray())
-        return;
     ZRRoster& roster = *person.nts_Roster();
     locked(roster, ZRAccess::write, [&]() ZR_NTS {
         auto* const impl = storedObject(person);
-        if (!impl)
-            return;
-        for (const auto& choice : choicesOf(*impl))
-            if (!isWanted(*choice, choices))
-                impl->context()->deleteObject(*choice);
-        for (const Value& choice : choices.asArray())
-            if (const auto group =
-                    platform::refCast<ZRGroup>(roster.nts_RecordForUniqueId(choice[kGroup].asText())))
+        for (const Value& choice : choices.asArray()) {
+            const auto group =
+                platform::refCast<ZRGroup>(roster.nts_RecordForUniqueId(choice[kGroup].asText()));
+            if (impl && group && !hasChoice(*impl, choice))
                 group->nts_SetDistributionIdentifier(
                     choice[kIdentifier].asText(), choice[kProperty].asText(), person, true);
+        }
     });
 }
 
 // ---- memberships
+
+bool isStored(const ZRRecord& record)
+{
+    return locked(*record.nts_Roster(), ZRAccess::read, [&] { return storedObject(record) != nullptr; });
+}
 
 bool joinGroup(ZRGroup& group, const Ref<ZRRecord>& record)
 {
@@ -311,6 +313,16 @@ ZRRecordList bringBackRecords(const std::vector<KeptRecord>& kept, ZRRoster& ros
             back.push_back(one->record());
     std::ranges::reverse(back);
     return back;
+}
+
+void clearListsOf(const std::vector<KeptRecord>& kept, ZRDBCache& cache)
+{
+    for (const auto& one : kept) {
+        for (const auto& parent : one.parentGroups())
+            cache.clearCacheForGroup(static_cast<const ZRGroup&>(*parent));
+        if (const auto* group = dynamic_cast<const ZRGroup*>(one.record().get()))
+            cache.clearCacheForGroup(*group);
+    }
 }
 
 ZRRecordList peopleAmong(const ZRRecordList& records)

@@ -2,7 +2,8 @@
 #pragma once
 
 #include "core/ZRExport.h"
-#include "core/ZRRecord.h"
+#include "core/ZRGroup.h"
+#include "core/ZRPerson.h"
 #include "platform/value/Value.h"
 
 #include <optional>
@@ -10,8 +11,7 @@
 #include <string_view>
 #include <vector>
 
-class ZRGroup;
-class ZRPerson;
+class ZRDBCache;
 
 // Keys that stand in a kept dictionary beside the properties of the record.
 
@@ -36,8 +36,11 @@ ZR_EXPORT platform::Value exchangeAllProperties(ZRRecord& record, const platform
 /// Which entries of a person groups use, as under kZRKeptChoices. They go with their entries, so whoever
 /// writes a multi-value that is to come back keeps them too.
 ZR_EXPORT platform::Value distributionChoices(const ZRPerson& person);
-/// Makes them those, and no others. An absent value changes nothing.
-ZR_EXPORT void setDistributionChoices(ZRPerson& person, const platform::Value& choices);
+/// Chooses those again where a group has made no other choice since. An absent value changes nothing.
+ZR_EXPORT void restoreDistributionChoices(ZRPerson& person, const platform::Value& choices);
+
+/// Whether the record is in its roster: neither removed, nor deleted by another process.
+ZR_EXPORT bool isStored(const ZRRecord& record);
 
 /// Puts a person or a group into a group; true when it was not there. Nobody can be put into a group of
 /// everybody: whoever is at its location is there.
@@ -107,6 +110,10 @@ private:
 ZR_EXPORT std::vector<KeptRecord> removeRecords(const ZRRecordList& records, ZRRoster& roster);
 /// Brings them back, the last one first, and answers which came back, in the order in which they went.
 ZR_EXPORT ZRRecordList bringBackRecords(const std::vector<KeptRecord>& kept, ZRRoster& roster);
+
+/// Drops the lists that changed when these records came back: those of the groups that they were in, and
+/// their own.
+ZR_EXPORT void clearListsOf(const std::vector<KeptRecord>& kept, ZRDBCache& cache);
 
 /// Those of the records that are people, and those that are groups.
 ZR_EXPORT ZRRecordList peopleAmong(const ZRRecordList& records);

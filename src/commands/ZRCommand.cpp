@@ -4,11 +4,9 @@
 #include "commands/ZRUndoer.h"
 #include "core/ZRFailure.h"
 #include "core/ZRFrameworkBundle.h"
-#include "core/ZRGroup.h"
 #include "platform/run/Log.h"
 #include "store/ZRDBCache.h"
 #include "store/ZRManagedObjectContext.h"
-#include "store/ZRRoster.h"
 
 #include <fmt/format.h>
 
@@ -89,6 +87,12 @@ ZRDBCache& ZRCommand::cache()
     if (!_cache)
         _cache = rosterInUse().dbCache();
     return *_cache;
+}
+
+void ZRCommand::saveIfWanted()
+{
+    if (_save)
+        cache().nonThreadedSave();
 }
 
 void ZRCommand::restoreSelection(const Ref<ZRGroup>& group, const ZRRecordList& members)

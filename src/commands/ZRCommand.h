@@ -3,13 +3,14 @@
 
 #include "commands/UndoManager.h"
 #include "core/ZRExport.h"
-#include "core/ZRRecord.h"
+#include "core/ZRGroup.h"
+#include "core/ZRPerson.h"
+#include "store/ZRRoster.h"
 
 #include <string_view>
 
 class ZRBundle;
 class ZRDBCache;
-class ZRGroup;
 class ZRUndoer;
 
 /// One change that a user makes, with what it takes to go back and forth.
@@ -57,6 +58,8 @@ protected:
     ZRRoster& rosterInUse() const;
     /// Its sorted lists.
     ZRDBCache& cache();
+    /// Saves, and has the user told when that fails; nothing while `save` is off.
+    void saveIfWanted();
     /// Selects what the user saw when the command was made; an absent group is not selected.
     void restoreSelection(const platform::Ref<ZRGroup>& group, const ZRRecordList& members);
 

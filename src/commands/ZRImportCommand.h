@@ -1,6 +1,7 @@
 // The undo of an import: who came, who was updated, who made way.
 #pragma once
 
+#include "commands/RecordKeeping.h"
 #include "commands/ZRCommand.h"
 #include "platform/value/Value.h"
 
@@ -44,14 +45,18 @@ public:
 private:
     ~ZRImportCommand() override;
 
+    void doNestedCommands();
+    void rememberLastImport();
     void swapUpdatedPeople();
+    void showAll();
 
     const platform::Ref<ZRGroup> _selectedGroup;
     const ZRRecordList _addedToGroup;
     const ZRRecordList _updatedPeople;
     std::vector<platform::Value> _updatedPeopleProperties;
     const ZRRecordList _addedPeople;
-    std::vector<platform::Value> _addedPeopleProperties;
+    /// What of them is to come back.
+    std::vector<KeptRecord> _keptPeople;
     const platform::Ref<ZRDeleteRecordsCommand> _deletePeopleCommand;
     const std::vector<platform::Ref<ZRGroupCommand>> _mergedIntoGroupsCommands;
     const bool _nestedCommandsAreDone;
