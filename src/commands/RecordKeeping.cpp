@@ -8,6 +8,7 @@
 #include "core/ZRPerson.h"
 #include "objectstore/StoreContext.h"
 #include "platform/run/Log.h"
+#include "search/ZRSmartGroup.h"
 #include "store/ZRDBCache.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
@@ -193,6 +194,21 @@ bool joinGroup(ZRGroup& group, const Ref<ZRRecord>& record)
     return subgroup && group.addSubgroup(*subgroup);
 }
 
+bool rejoinGroup(ZRGroup& group, const Ref<ZRRecord>& record)
+{
+    const auto* const subgroup = dynamic_cast<const ZRGroup*>(record.get());
+    if (!subgroup || group.isSpecialGroup() || dynamic_cast<const ZRSmartGroup*>(&group))
+        return joinGroup(group, record);
+    return locked(*group.nts_Roster(), ZRAccess::write, [&]() ZR_NTS {
+        auto *const above = storedObject(group), *const below = storedObject(*record);
+        if (!above || !below || above == below || above->context() != below->context()
+            || group.nts_IsParentGroupOfRecord(*record) || subgroup->nts_RecursiveContainsGroup(group))
+            return false;
+        above->addObject(groupSlots().childGroups, *below);
+        return true;
+    });
+}
+
 bool leaveGroup(ZRGroup& group, const Ref<ZRRecord>& record)
 {
     if (dynamic_cast<const ZRAllGroup*>(&group)
@@ -262,7 +278,7 @@ bool KeptRecord::bringBack(ZRRoster& roster) const
     }
     setAllPropertiesIncludingImage(*_record, _properties);
     for (const auto& parent : _parentGroups)
-        joinGroup(static_cast<ZRGroup&>(*parent), _record);
+        rejoinGroup(static_cast<ZRGroup&>(*parent), _record);
     if (_isOfLastImport)
         ZRLastImportGroup::lastImportGroup()->addMember(static_cast<ZRPerson&>(*_record));
     if (auto* const group = dynamic_cast<ZRGroup*>(_record.get()))
@@ -273,7 +289,7 @@ bool KeptRecord::bringBack(ZRRoster& roster) const
 void KeptRecord::bringBackContents(ZRGroup& group) const
 {
     for (const auto& record : _membersAndSubgroups)
-        joinGroup(group, record);
+        rejoinGroup(group, record);
     for (const auto& choice : _choices)
         group.setDistributionIdentifier(choice.identifier, choice.property, *choice.member);
 }

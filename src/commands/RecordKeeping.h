@@ -45,6 +45,9 @@ ZR_EXPORT bool isStored(const ZRRecord& record);
 /// Puts a person or a group into a group; true when it was not there. Nobody can be put into a group of
 /// everybody: whoever is at its location is there.
 ZR_EXPORT bool joinGroup(ZRGroup& group, const platform::Ref<ZRRecord>& record);
+/// The same for one that was there before: a group may then also be a subgroup of what is in there, as it is
+/// when it was put in first. Only a circle is refused.
+ZR_EXPORT bool rejoinGroup(ZRGroup& group, const platform::Ref<ZRRecord>& record);
 /// Takes it out; true when it was there.
 ZR_EXPORT bool leaveGroup(ZRGroup& group, const platform::Ref<ZRRecord>& record);
 

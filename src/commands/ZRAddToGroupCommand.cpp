@@ -94,7 +94,7 @@ void ZRAddToGroupCommand::redoIt()
         _deleteAssimilatedRecordsCommand->undoIt();
     for (const auto& nested : _assimilatedSubgroupCommands)
         nested->redoIt();
-    cache().addedMembers(addRecordsToGroup(), _group);
+    cache().addedMembers(addRecordsToGroupAgain(), _group);
     restoreSelection(_group, _records);
     cache().nonThreadedSave();
     cache().reloadMembers();

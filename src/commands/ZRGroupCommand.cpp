@@ -23,6 +23,14 @@ ZRRecordList ZRGroupCommand::addRecordsToGroup()
     return joined;
 }
 
+ZRRecordList ZRGroupCommand::addRecordsToGroupAgain()
+{
+    ZRRecordList joined;
+    std::ranges::copy_if(_records, std::back_inserter(joined),
+        [&](const auto& record) { return rejoinGroup(*_group, record); });
+    return joined;
+}
+
 ZRRecordList ZRGroupCommand::removeRecordsFromGroup()
 {
     ZRRecordList gone;

@@ -17,8 +17,10 @@ public:
 protected:
     ~ZRGroupCommand() override;
 
-    /// Both answer those of the records whose membership changed.
+    /// All answer those of the records whose membership changed.
     ZRRecordList addRecordsToGroup();
+    /// The same for those who were in it before.
+    ZRRecordList addRecordsToGroupAgain();
     ZRRecordList removeRecordsFromGroup();
 
     ZRRecordList _records;

@@ -21,7 +21,7 @@ bool ZRRemoveFromGroupCommand::doIt()
 void ZRRemoveFromGroupCommand::undoIt()
 {
     restoreSelection(_group, {});
-    cache().addedMembers(addRecordsToGroup(), _group);
+    cache().addedMembers(addRecordsToGroupAgain(), _group);
     restoreSelection(_group, _records);
     cache().nonThreadedSave();
 }

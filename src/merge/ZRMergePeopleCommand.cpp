@@ -82,17 +82,15 @@ void ZRMergePeopleCommand::mergeImage()
 }
 
 // An entry that the result has from an original is still the one by which a group reaches it. Of two choices
-// in one group that of the first card stays, which is therefore made last.
+// in one group that of the first card stays.
 void ZRMergePeopleCommand::joinGroups()
 {
-    std::vector<Value> choices;
-    for (auto original = _originalPeople.rbegin(); original != _originalPeople.rend(); ++original) {
-        for (const auto& group : (*original)->parentGroups())
+    for (const auto& original : _originalPeople) {
+        for (const auto& group : original->parentGroups())
             joinGroup(static_cast<ZRGroup&>(*group), _resultingPerson);
-        const Value made = distributionChoices(static_cast<ZRPerson&>(**original));
-        choices.insert(choices.end(), made.asArray().begin(), made.asArray().end());
+        restoreDistributionChoices(
+            *_resultingPerson, distributionChoices(static_cast<const ZRPerson&>(*original)));
     }
-    setDistributionChoices(*_resultingPerson, Value::array(std::move(choices)));
 }
 
 ZRRecordList ZRMergePeopleCommand::originalParentGroups() const
