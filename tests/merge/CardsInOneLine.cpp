@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <sstream>
 #include <stdexcept>
 
 namespace test {
@@ -28,6 +29,15 @@ Value dateFrom(const std::string& text)
     return Value(platform::Date{static_cast<double>(seconds + 43200)});
 }
 
+Value dictionaryFrom(const std::string& text)
+{
+    std::vector<std::pair<std::string, Value>> entries;
+    std::istringstream parts(text);
+    for (std::string part; std::getline(parts, part, ',');)
+        entries.emplace_back(part.substr(0, part.find('=')), Value(part.substr(part.find('=') + 1)));
+    return Value::dictionary(std::move(entries));
+}
+
 Value valueFrom(const std::string& text, ZRPropertyType type)
 {
     switch (zrBaseType(type)) {
@@ -40,7 +50,7 @@ Value valueFrom(const std::string& text, ZRPropertyType type)
     case kZRPropertyTypeArray:
         return Value::array({Value(text)});
     case kZRPropertyTypeDictionary:
-        return Value::dictionary({{text.substr(0, text.find('=')), Value(text.substr(text.find('=') + 1))}});
+        return dictionaryFrom(text);
     case kZRPropertyTypeData:
         return Value::data(text);
     default:

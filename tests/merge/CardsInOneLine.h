@@ -9,7 +9,8 @@
 namespace test {
 
 /// A card of the roster that says what a line says: parts with " | " between them, each "PROPERTY: VALUE" or
-/// "PROPERTY LABEL: VALUE" for one entry of a multi-value. A date is "1970-05-01", a dictionary "KEY=VALUE".
+/// "PROPERTY LABEL: VALUE" for one entry of a multi-value. A date is "1970-05-01", a dictionary
+/// "KEY=VALUE,KEY=VALUE".
 Ref<ZRPerson> card(const Ref<ZRRoster>& roster, std::string_view line);
 /// The line of a card, by properties and in the order of entries; "/" stands for a CR. Its id and its dates
 /// are left out.
