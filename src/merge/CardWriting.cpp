@@ -1,6 +1,7 @@
 // What is done with each card that is written, and with all of them.
 #include "merge/CardWriting.h"
 
+#include "commands/ZRAddToGroupCommand.h"
 #include "core/ZRConstants.h"
 #include "core/ZRPerson.h"
 #include "core/ZRUniqueId.h"
@@ -8,6 +9,7 @@
 #include "objectstore/PersistentStore.h"
 #include "objectstore/StoreErrors.h"
 #include "platform/run/Log.h"
+#include "store/ZRDBCache.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
@@ -113,8 +115,7 @@ Ref<ZRRecord> CardWriting::nts_update(const Ref<ZRRecord>& person)
 Ref<ZRRecord> CardWriting::nts_take(const Ref<ZRRecord>& person, ZROSContact& target, ZROSContact& source)
 {
     try {
-        auto record =
-            ZROSRecord::copyPublicRecordForClass(ZRPerson::recordClassDescription, target, *_roster);
+        auto record = nts_recordOf(target);
         if (!target.isInserted() && hasNewPicture(*person))
             _formerPictures.push_back({record, static_cast<ZRPerson&>(*record).imageData()});
         mergeContact(target, source);
@@ -150,50 +151,77 @@ void CardWriting::markAsLastImport()
     });
 }
 
+// What goes is kept first, since a removal takes pictures and memberships with it.
 void CardWriting::remove(const ZRRecordList& people)
 {
     std::vector<std::string> ids;
     for (const auto& person : people)
         ids.push_back(person->uniqueId());
-    for (const auto& record : _roster->recordsForUniqueIds(ids))
+    const ZRRecordList records = _roster->recordsForUniqueIds(ids);
+    if (records.empty())
+        return;
+    _work.deletePeopleCommand = platform::makeRef<ZRDeleteRecordsCommand>(nullptr, records, _roster);
+    _work.deletePeopleCommand->keepRecords();
+    for (const auto& record : records)
         _roster->removeRecord(record);
+    _roster->dbCache()->deletedMembers(records);
 }
 
 // ---- groups
 
-ObjectRef CardWriting::groupWithId(std::string_view uniqueId)
+Ref<ZRGroup> CardWriting::groupWithId(std::string_view uniqueId) const
 {
-    const auto found = _context->zrGroupsForUniqueIDs({std::string(uniqueId)});
-    return found.empty() ? nullptr : found.front();
+    auto group = platform::refCast<ZRGroup>(_roster->recordForUniqueId(uniqueId));
+    return group && !group->isSpecialGroup() && isStored(*group) ? group : nullptr;
 }
 
 void CardWriting::join(std::string_view groupId)
 {
-    locked(*_roster, ZRAccess::write, [&] {
-        if (const ObjectRef group = groupWithId(groupId))
-            for (const auto& contact : _written)
-                nts_join(*group, *contact);
-    });
+    const auto group = groupWithId(groupId);
+    if (!group)
+        return;
+    _work.selectedGroup = group;
+    _work.addedToGroup =
+        locked(*_roster, ZRAccess::write, [&]() ZR_NTS { return nts_join(*group, _written); });
 }
 
 void CardWriting::join(std::string_view groupId, const ZRRecordList& people)
 {
-    locked(*_roster, ZRAccess::write, [&]() ZR_NTS {
-        const ObjectRef group = groupWithId(groupId);
+    const auto group = groupWithId(groupId);
+    if (!group)
+        return;
+    auto joined = locked(*_roster, ZRAccess::write, [&]() ZR_NTS {
+        ObjectList contacts;
         for (const auto& person : people)
-            if (const ObjectRef contact = group ? nts_contactOf(*person) : nullptr)
-                nts_join(*group, *contact);
+            if (auto contact = nts_contactOf(*person))
+                contacts.push_back(std::move(contact));
+        return nts_join(*group, contacts);
     });
+    _roster->dbCache()->addedMembers(joined, group);
+    if (!joined.empty())
+        _work.mergedIntoGroupsCommands.emplace_back(
+            platform::makeRef<ZRAddToGroupCommand>(group, std::move(joined), _roster));
 }
 
 // A group of which nothing changes is not written.
-void CardWriting::nts_join(StoreObject& group, StoreObject& contact)
+ZRRecordList CardWriting::nts_join(const ZRGroup& group, const ObjectList& contacts)
 {
-    if (contact.isDeleted())
-        return;
-    const auto groups = contact.objects(contactSlots().parentGroups);
-    if (std::ranges::find(groups, ObjectRef(&group)) == groups.end())
-        group.addObject(groupSlots().contacts, contact);
+    const ObjectRef stored(group.zrDatabaseImpl());
+    ZRRecordList joined;
+    for (const auto& contact : contacts) {
+        const auto groups = contact->objects(contactSlots().parentGroups);
+        if (contact->isDeleted() || std::ranges::find(groups, stored) != groups.end())
+            continue;
+        stored->addObject(groupSlots().contacts, *contact);
+        joined.push_back(nts_recordOf(*contact));
+    }
+    return joined;
+}
+
+Ref<ZRRecord> CardWriting::nts_recordOf(StoreObject& contact)
+{
+    return ZROSRecord::copyPublicRecordForClass(
+        ZRPerson::recordClassDescription, static_cast<ZROSContact&>(contact), *_roster);
 }
 
 // ---- the end

@@ -1,6 +1,9 @@
 // How cards of a throw-away roster are written into the context that lasts.
 #pragma once
 
+#include "commands/ZRDeleteRecordsCommand.h"
+#include "commands/ZRGroupCommand.h"
+#include "commands/ZRImportCommand.h"
 #include "core/ZRGlobalLock.h"
 #include "core/ZRRecord.h"
 #include "objectstore/StoreObject.h"
@@ -20,7 +23,7 @@ namespace merge {
 /// One round of changes of cards: added, updated, removed and put into groups, then saved together.
 ///
 /// Ownership: shares ownership of the context and its roster.
-/// Threads:   one; each operation holds the lock for itself.
+/// Threads:   one, which is not under the global lock.
 /// Errors:    a card that somebody else deleted meanwhile is logged and passed over.
 class CardWriting {
 public:
@@ -42,6 +45,10 @@ public:
     /// and everything else is still there, unsaved.
     platform::Error save();
 
+    /// What was done besides adding and updating, for the command that undoes it.
+    ZRImportCommand::Work work() const { return _work; }
+    const platform::Ref<ZRRoster>& roster() const { return _roster; }
+
 private:
     /// A picture that a card had before.
     struct Picture {
@@ -55,8 +62,10 @@ private:
         const platform::Ref<ZRRecord>& person, ZROSContact& target, ZROSContact& source) ZR_NTS;
     /// The card of the context that stands for the person; null when it is gone.
     objectstore::ObjectRef nts_contactOf(const ZRRecord& person) ZR_NTS;
-    void nts_join(objectstore::StoreObject& group, objectstore::StoreObject& contact);
-    objectstore::ObjectRef groupWithId(std::string_view uniqueId);
+    platform::Ref<ZRRecord> nts_recordOf(objectstore::StoreObject& contact) ZR_NTS;
+    platform::Ref<ZRGroup> groupWithId(std::string_view uniqueId) const;
+    /// Those of the cards who were not in the group.
+    ZRRecordList nts_join(const ZRGroup& group, const objectstore::ObjectList& contacts) ZR_NTS;
 
     platform::Ref<ZRManagedObjectContext> _context;
     platform::Ref<ZRRoster> _roster;
@@ -64,6 +73,7 @@ private:
     objectstore::ObjectList _written;
     std::unordered_map<const ZRRecord*, objectstore::ObjectRef> _added;
     std::vector<Picture> _formerPictures;
+    ZRImportCommand::Work _work;
 };
 
 } // namespace merge

@@ -53,5 +53,6 @@ ZRNewMerger::Duplicates ZRMerger::duplicatesForPeople(const ZRRecordList& people
 
 bool ZRMerger::issueCommandWithActionName(std::string_view key)
 {
-    return writeChanges() && performCommandWithActionName(key);
+    const auto command = writeChanges();
+    return command && command->performWithActionName(key);
 }

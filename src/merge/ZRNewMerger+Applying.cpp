@@ -26,19 +26,17 @@ bool haveOneStore(ZRRoster& roster, ZRManagedObjectContext& context)
 
 bool ZRNewMerger::applyChanges()
 {
-    if (writeChanges())
-        performCommandWithActionName("IMPORT");
+    if (const auto command = writeChanges())
+        command->performWithActionName("IMPORT");
     return true;
 }
 
-bool ZRNewMerger::performCommandWithActionName(std::string_view) { return _failure.domain.empty(); }
-
-bool ZRNewMerger::writeChanges()
+Ref<ZRCommand> ZRNewMerger::writeChanges()
 {
     PersistentStore& store = requireStore();
     _failure = {};
     if (_updatedPeople.empty() && _addedPeople.empty() && _selfMergedPeople.empty())
-        return false;
+        return nullptr;
     const auto host = ApplicationHost::shared();
     const auto cards = host->cardContext();
     zrRequire(
@@ -56,7 +54,21 @@ bool ZRNewMerger::writeChanges()
     for (const auto& [group, people] : _mergedIntoGroup)
         writing.join(group, people);
     _failure = writing.save();
-    return true;
+    return _failure.domain.empty() ? newCommand(writing) : nullptr;
+}
+
+Ref<ZRCommand> ZRNewMerger::newCommand(const merge::CardWriting& writing) const
+{
+    ZRImportCommand::Work work = writing.work();
+    for (const auto& person : _appliedAdded)
+        if (person)
+            work.addedPeople.push_back(person);
+    for (std::size_t i = 0; i < _appliedUpdated.size(); ++i)
+        if (_appliedUpdated[i]) {
+            work.updatedPeople.push_back(_appliedUpdated[i]);
+            work.updatedPeopleProperties.push_back(_updatedPeopleProperties[i]);
+        }
+    return platform::makeRef<ZRImportCommand>(std::move(work), writing.roster());
 }
 
 /// The one store that is meant, as the target roster knows it.

@@ -1,6 +1,7 @@
 // The work of bringing cards together: gathered in memory, written once.
 #pragma once
 
+#include "commands/ZRCommand.h"
 #include "core/ZRExport.h"
 #include "core/ZRGroup.h"
 #include "core/ZRMultiValue.h"
@@ -20,6 +21,10 @@
 #include <vector>
 
 class ZROSContact;
+
+namespace merge {
+class CardWriting;
+} // namespace merge
 
 namespace objectstore {
 class PersistentStore;
@@ -139,10 +144,10 @@ protected:
     explicit ZRNewMerger(platform::Ref<ZRGroup> group) : _group(std::move(group)) { }
     ~ZRNewMerger() override = default;
 
-    /// `applyChanges` without its last step; false when there was nothing to do.
-    bool writeChanges();
-    /// The last step: makes a command of what was written, and has it registered under that name.
-    bool performCommandWithActionName(std::string_view key);
+    /// `applyChanges` without its last step: the command that undoes what was written. It finds everything
+    /// done; it remembers the last import and tells the lists. Null when there was nothing to do, and when
+    /// the save failed.
+    platform::Ref<ZRCommand> writeChanges();
 
 private:
     template <class T, class... Arguments>
@@ -167,6 +172,7 @@ private:
     void nts_joinGroup(const platform::Ref<ZRPerson>& person, ZRRoster& roster) ZR_NTS;
     objectstore::PersistentStore& requireStore();
     void cleanSimilarValues(ZRRoster& roster);
+    platform::Ref<ZRCommand> newCommand(const merge::CardWriting& writing) const;
 
     platform::Ref<ZRPerson> _meCard;
     platform::Ref<ZRGroup> _group;
