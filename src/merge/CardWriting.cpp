@@ -57,6 +57,7 @@ bool hasNewPicture(const ZRRecord& person) ZR_NTS
 CardWriting::CardWriting(Ref<ZRManagedObjectContext> context, PersistentStore& store)
     : _context(std::move(context)), _roster(_context->owningRoster()), _store(storeLike(*_context, store))
 {
+    _work.nestedCommandsAreDone = true;
 }
 
 // ---- cards

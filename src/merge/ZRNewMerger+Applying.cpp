@@ -4,6 +4,7 @@
 #include "merge/CardWriting.h"
 #include "merge/ZRNewMerger.h"
 #include "objectstore/PersistentStore.h"
+#include "objectstore/StoreErrors.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRRoster.h"
 
@@ -41,20 +42,29 @@ Ref<ZRCommand> ZRNewMerger::writeChanges()
     const auto cards = host->cardContext();
     zrRequire(
         cards && haveOneStore(requireTarget(), *cards), "targetRoster is on the store of the card context");
-    cleanSimilarValues(*host->aggregateRoster());
     merge::CardWriting writing(cards, store);
+    try {
+        write(writing, *host);
+        _failure = writing.save();
+    } catch (const objectstore::StoreFailure& failure) {
+        _failure = failure.error();
+    }
+    return _failure.domain.empty() ? newCommand(writing) : nullptr;
+}
+
+void ZRNewMerger::write(merge::CardWriting& writing, ApplicationHost& host)
+{
+    cleanSimilarValues(*host.aggregateRoster());
     _appliedAdded = writing.add(_addedPeople);
     _appliedUpdated = writing.update(_updatedPeople);
     if (_group)
         writing.join(_group->uniqueId());
-    host->clearLastImportGroup();
-    host->setShowsLastImportGroup(true);
+    host.clearLastImportGroup();
+    host.setShowsLastImportGroup(true);
     writing.markAsLastImport();
     writing.remove(_deletedPeople);
     for (const auto& [group, people] : _mergedIntoGroup)
         writing.join(group, people);
-    _failure = writing.save();
-    return _failure.domain.empty() ? newCommand(writing) : nullptr;
 }
 
 Ref<ZRCommand> ZRNewMerger::newCommand(const merge::CardWriting& writing) const

@@ -20,6 +20,7 @@
 #include <utility>
 #include <vector>
 
+class ApplicationHost;
 class ZROSContact;
 
 namespace merge {
@@ -171,6 +172,7 @@ private:
         ZRPropertyChanges& changes) ZR_NTS;
     void nts_joinGroup(const platform::Ref<ZRPerson>& person, ZRRoster& roster) ZR_NTS;
     objectstore::PersistentStore& requireStore();
+    void write(merge::CardWriting& writing, ApplicationHost& host);
     void cleanSimilarValues(ZRRoster& roster);
     platform::Ref<ZRCommand> newCommand(const merge::CardWriting& writing) const;
 
