@@ -229,13 +229,19 @@ TEST_F(Merger, TellsWhyNothingCouldBeSaved)
     disk.letPass();
     EXPECT_EQ(lineOf(*reread(*ana)), "First: Ana");
     EXPECT_EQ(reread(*ana)->imageData(), kOldPicture);
-    fs::remove(roster->rosterObjectStoreDatabaseFile());
-    merger->applyChanges();
-    EXPECT_NE(merger->failure().domain, "") << "the file is gone";
     ApplicationHost::install(replaced);
     ana = nullptr;
     merger = nullptr;
     roster = nullptr;
+}
+
+TEST_F(Merger, TellsThatTheStoreIsGone)
+{
+    const auto ana = saved("First: Ana");
+    merger->updateCard(inTarget(*ana), imported("First: Bea"));
+    fs::remove(roster->rosterObjectStoreDatabaseFile());
+    EXPECT_TRUE(merger->applyChanges());
+    EXPECT_NE(merger->failure().domain, "");
 }
 
 TEST_F(Merger, MustKnowWhichStoreIsMeant)
