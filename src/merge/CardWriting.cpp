@@ -2,7 +2,6 @@
 #include "merge/CardWriting.h"
 
 #include "commands/ZRAddToGroupCommand.h"
-#include "core/ZRConstants.h"
 #include "core/ZRPerson.h"
 #include "core/ZRUniqueId.h"
 #include "merge/MergeContact.h"
@@ -44,12 +43,6 @@ PersistentStore* storeLike(ZRManagedObjectContext& context, PersistentStore& sto
 ZROSContact* contactBehind(const ZRRecord& person)
 {
     return dynamic_cast<ZROSContact*>(person.zrDatabaseImpl());
-}
-
-/// Whether a picture waits in the person's roster, which never saves it.
-bool hasNewPicture(const ZRRecord& person) ZR_NTS
-{
-    return !person.nts_Roster()->nts_PendingPicture(person.nts_UniqueId(), zr::kZRImageProperty).isAbsent();
 }
 
 } // namespace
@@ -117,8 +110,6 @@ Ref<ZRRecord> CardWriting::nts_take(const Ref<ZRRecord>& person, ZROSContact& ta
 {
     try {
         auto record = nts_recordOf(target);
-        if (!target.isInserted() && hasNewPicture(*person))
-            _formerPictures.push_back({record, static_cast<ZRPerson&>(*record).imageData()});
         mergeContact(target, source);
         _written.emplace_back(&target);
         return record;
@@ -231,9 +222,6 @@ platform::Error CardWriting::save()
 {
     if (_roster->save())
         return {};
-    for (const auto& [record, data] : _formerPictures)
-        if (auto& person = static_cast<ZRPerson&>(*record); person.imageData() != data)
-            person.setImageData(data);
     auto error = _roster->lastSaveError();
     if (error.domain.empty())
         error = {"ZRRosterErrorDomain", 1, "the roster could not be saved"};

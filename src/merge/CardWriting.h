@@ -41,8 +41,7 @@ public:
     void join(std::string_view groupId, const ZRRecordList& people);
     void markAsLastImport();
     void remove(const ZRRecordList& people);
-    /// Why the save failed; its domain is empty when it did not. Then pictures that were replaced are back,
-    /// and everything else is still there, unsaved.
+    /// Why the save failed; its domain is empty when it did not. Then everything is still there, unsaved.
     platform::Error save();
 
     /// What was done besides adding and updating, for the command that undoes it.
@@ -50,12 +49,6 @@ public:
     const platform::Ref<ZRRoster>& roster() const { return _roster; }
 
 private:
-    /// A picture that a card had before.
-    struct Picture {
-        platform::Ref<ZRRecord> person;
-        platform::Value data;
-    };
-
     platform::Ref<ZRRecord> nts_add(const platform::Ref<ZRRecord>& person) ZR_NTS;
     platform::Ref<ZRRecord> nts_update(const platform::Ref<ZRRecord>& person) ZR_NTS;
     platform::Ref<ZRRecord> nts_take(
@@ -72,7 +65,6 @@ private:
     objectstore::PersistentStore* _store;
     objectstore::ObjectList _written;
     std::unordered_map<const ZRRecord*, objectstore::ObjectRef> _added;
-    std::vector<Picture> _formerPictures;
     ZRImportCommand::Work _work;
 };
 

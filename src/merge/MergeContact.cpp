@@ -11,6 +11,7 @@
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
 #include "store/ZRRoster.h"
+#include "store/ZRServices.h"
 
 using objectstore::ObjectRef;
 using objectstore::Slot;
@@ -76,10 +77,15 @@ void mergePicture(ZRPerson& target, const ZRPerson& source, std::string_view kin
     const Value picture = source.imageDataOfKind(kind);
     if (picture == target.imageDataOfKind(kind))
         return;
-    if (target.zrDatabaseImpl()->isInserted())
-        target.nts_Roster()->nts_KeepPicture(target.nts_UniqueId(), kind, picture);
-    else
+    // The picture of the user is not the card's to keep.
+    const bool isUsers = ZRServices::registered().setUserPicture && target.nts_Roster()->nts_IsMe(target);
+    if (picture.isNothing() || isUsers) {
         target.nts_SetImageData(picture, kind);
+        return;
+    }
+    target.nts_Roster()->nts_KeepPicture(target.nts_UniqueId(), kind, picture);
+    if (!target.zrDatabaseImpl()->isInserted())
+        target.nts_Touch();
 }
 
 /// Cards without a roster have no folder for pictures.

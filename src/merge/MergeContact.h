@@ -16,8 +16,7 @@ class ZROSContact;
 ///
 /// The target keeps what makes it this record: its id, its dates, its memberships, whether it is Me, and the
 /// mark of the last import. Sort names and search text follow from the fields. Nothing happens when both are
-/// one object. The caller saves; a picture of a card that was never saved waits for that, any other is
-/// written at once.
+/// one object. The caller saves, and a new picture waits for that; one that goes is gone at once.
 ///
 /// Raises objectstore::InaccessibleObject when one of the two was deleted elsewhere.
 void mergeContact(ZROSContact& target, ZROSContact& source) ZR_NTS;

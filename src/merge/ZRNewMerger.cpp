@@ -86,8 +86,10 @@ Ref<ZRPerson> ZRNewMerger::updateCard(
     locked(target, ZRAccess::write, [&]() ZR_NTS {
         const Value snapshot = nts_takeSnapshot(card, former);
         nts_updateValues(*card, *imported, snapshot, changes ? *changes : unused);
-        if (picture.isData() && picture != former)
+        if (picture.isData() && picture != former) {
             target.nts_KeepPicture(card->nts_UniqueId(), zr::kZRImageProperty, picture);
+            card->nts_Touch();
+        }
         nts_joinGroup(card, target);
     });
     return card;

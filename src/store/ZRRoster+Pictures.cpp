@@ -29,20 +29,33 @@ std::string ZRRoster::picturePath(const std::string& uniqueId, std::string_view 
     return kind == zr::kZRLargeImageProperty ? path + ".jpeg" : path;
 }
 
+// A card that is there already has a picture to lose: should the save fail, it gets that back.
 PictureWriting ZRRoster::nts_writePictures() const
 {
     if (_state->pictures.empty())
         return {};
     std::vector<platform::FileContents> files;
-    for (const auto& [of, data] : _state->pictures)
-        if (data.isData())
-            files.push_back({picturePath(of.first, of.second), data.asBytes()});
+    for (const auto& [of, data] : _state->pictures) {
+        if (!data.isData())
+            continue;
+        std::string path = picturePath(of.first, of.second);
+        if (platform::isPlainFile(path))
+            if (auto replaced = platform::readFile(path))
+                _state->replacedPictures[path] = std::move(*replaced);
+        files.push_back({std::move(path), data.asBytes()});
+    }
     return PictureWriting(rosterImagesDirectory(), std::move(files));
 }
 
 void ZRRoster::nts_removeWrittenPictures()
 {
-    for (const auto& [of, data] : _state->pictures)
-        if (const auto path = picturePath(of.first, of.second); platform::isPlainFile(path))
+    for (const auto& [of, data] : _state->pictures) {
+        const auto path = picturePath(of.first, of.second);
+        if (const auto replaced = _state->replacedPictures.find(path);
+            replaced != _state->replacedPictures.end())
+            static_cast<void>(platform::writeFileAtomically(path, replaced->second));
+        else if (platform::isPlainFile(path))
             static_cast<void>(platform::removeFile(path));
+    }
+    _state->replacedPictures.clear();
 }

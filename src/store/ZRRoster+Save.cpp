@@ -223,6 +223,7 @@ bool ZRRoster::nts_writeChanges(ZRManagedObjectContext& context)
         return refuse({"ZRRosterErrorDomain", 1, failure.what()});
     }
     _state->pictures.clear();
+    _state->replacedPictures.clear();
     const auto& saveRecents = ZRServices::registered().saveMailRecents;
     return !saveRecents || saveRecents();
 }

@@ -66,6 +66,8 @@ struct ZRRoster::State {
     platform::Ref<ZRRecord> me;
     bool keepsPictures = false;
     std::map<std::pair<std::string, std::string>, platform::Value> pictures;
+    /// What the save under way replaces of the pictures of cards that are there, by path.
+    std::map<std::string, std::string> replacedPictures;
     platform::Error lastSaveError;
     platform::Subscription didSave;
     platform::Subscription didCatchUp;
