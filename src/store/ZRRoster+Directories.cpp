@@ -4,6 +4,7 @@
 #include "platform/files/UserDefaults.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "store/ZRRosterState.h"
+#include "store/ZRStoreFile.h"
 
 #include <mutex>
 
@@ -31,6 +32,11 @@ std::string under(const std::string& directory, std::string_view name)
 }
 
 } // namespace
+
+bool zrHasStoreFile(const std::string& directory)
+{
+    return platform::fileExists(under(directory, storeFile));
+}
 
 std::string ZRRoster::defaultRosterDirectory()
 {

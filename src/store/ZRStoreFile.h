@@ -2,12 +2,16 @@
 // it.
 #pragma once
 
+#include "core/ZRExport.h"
 #include "core/ZRGlobalLock.h"
 
 #include <string>
 #include <sys/types.h>
 
 class ZRRoster;
+
+/// Whether a roster's store lies in the directory: opening that roster makes none.
+ZR_EXPORT bool zrHasStoreFile(const std::string& directory);
 
 /// 0 when the calling process may read and write a file of that mode, owner and group, -1 when not.
 ///

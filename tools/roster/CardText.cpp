@@ -58,9 +58,9 @@ private:
 void appendLines(std::string& text, std::string title, std::string_view value)
 {
     do {
-        const auto end = std::min(value.find('\n'), value.size());
+        const auto end = std::min(value.find_first_of("\r\n"), value.size());
         text += fmt::format("  {:<22} {}\n", title, value.substr(0, end));
-        value.remove_prefix(std::min(end + 1, value.size()));
+        value.remove_prefix(std::min(end + (value.substr(end).starts_with("\r\n") ? 2 : 1), value.size()));
         title.clear();
     } while (!value.empty());
 }

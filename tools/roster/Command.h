@@ -23,6 +23,8 @@ struct Options {
     std::vector<std::string> words;
     std::string format;
     std::string prepare = "full";
+    /// Of an import: what is done about people who are there already; empty: as the preferences say.
+    std::string duplicates;
     std::string sort;
     std::size_t limit = 0;
     /// As many addresses as a person looks through; 0: all.

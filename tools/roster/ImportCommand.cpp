@@ -2,9 +2,14 @@
 #include "Command.h"
 #include "ImportOutput.h"
 #include "Lookup.h"
+#include "PlanOutput.h"
 
 #include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
+#include "interchange/import/ImportPlan.h"
+#include "store/ZRStoreFile.h"
+
+#include <map>
 
 namespace {
 
@@ -26,7 +31,7 @@ public:
 
     void finish(const ZRvCardImport& result)
     {
-        if (!_isNew || result.added > 0)
+        if (!_isNew || result.added + result.updated + result.same > 0)
             return;
         _roster.removeRecord(_group);
         save(_roster);
@@ -52,11 +57,41 @@ int statusOf(const ZRvCardImport& result)
         complain("not saved: " + result.failure.text);
         return exitStatus::noStore;
     }
-    if (result.added + result.refused + result.skipped == 0) {
+    if (result.added + result.updated + result.same + result.kept + result.refused + result.skipped == 0) {
         complain("there is no card in the input");
         return exitStatus::refused;
     }
     return result.refused == 0 ? exitStatus::done : exitStatus::refused;
+}
+
+/// A plan compares with the roster that is there; it makes none.
+platform::Ref<ZRRoster> rosterFor(const Options& options)
+{
+    if (!options.plan)
+        return openRosterToChange(options);
+    applyPreferences(options);
+    return zrHasStoreFile(ZRRoster::rosterDirectory()) ? openRoster(options) : nullptr;
+}
+
+void prepare(ZRvCardController& controller, const Options& options)
+{
+    using interchange::DuplicateHandling;
+    static const std::map<std::string, DuplicateHandling> handlings{{"update", DuplicateHandling::update},
+        {"replace", DuplicateHandling::replace}, {"keep", DuplicateHandling::keep},
+        {"both", DuplicateHandling::both}};
+    if (options.prepare == "none")
+        controller.setPreparation(ZRvCardController::Preparation::none);
+    if (!options.duplicates.empty())
+        controller.setDuplicateHandling(handlings.at(options.duplicates));
+}
+
+int planImport(ZRvCardController& controller, const Options& options)
+{
+    controller.setOutcome(ZRvCardController::Outcome::readOnly);
+    PlanPrinter plan(controller, options.json, options.explain);
+    controller.importVCardFiles(options.words);
+    plan.finish(controller.result());
+    return statusOf(controller.result());
 }
 
 } // namespace
@@ -65,28 +100,22 @@ int runImport(const Options& options)
 {
     if (options.explain && !options.plan)
         throw Failure(exitStatus::usage, "--explain goes with --plan");
-    applyPreferences(options);
-    const auto roster = options.plan ? nullptr : openRosterToChange(options);
+    const auto roster = rosterFor(options);
     ZRvCardController controller(roster);
-    controller.setPreparation(options.prepare == "none" ? ZRvCardController::Preparation::none
-                                                        : ZRvCardController::Preparation::full);
-    if (options.plan) {
-        controller.setOutcome(ZRvCardController::Outcome::readOnly);
-        PlanPrinter plan(controller, options.json, options.explain);
-        controller.importVCardFiles(options.words);
-        plan.finish(controller.result());
-        return statusOf(controller.result());
-    }
+    prepare(controller, options);
+    if (options.plan)
+        return planImport(controller, options);
     TargetGroup target(*roster, options.group);
     {
         const ProgressBar progress(controller);
         controller.importVCardFiles(options.words, target.group());
     }
-    target.finish(controller.result());
-    complainOfRefusals(controller.result());
+    const auto& result = controller.result();
+    target.finish(result);
+    complainOfRefusals(result);
     if (options.json)
-        printJson(resultJson(controller.result()));
-    else if (controller.result().added + controller.result().skipped > 0)
-        print(resultText(controller.result()));
-    return statusOf(controller.result());
+        printJson(resultJson(result));
+    else if (result.added + result.updated + result.same + result.kept + result.skipped > 0)
+        print(resultText(result));
+    return statusOf(result);
 }

@@ -1,11 +1,10 @@
 // The words, the JSON and the bar of an import.
 #include "ImportOutput.h"
 
-#include "CardJson.h"
-#include "core/ZRPerson.h"
-#include "interchange/import/CardFeed.h"
-
 #include <fmt/format.h>
+
+#include <array>
+#include <utility>
 
 #include <unistd.h>
 
@@ -55,8 +54,9 @@ Json resultJson(const ZRvCardImport& result)
         errors.push_back(refusalJson(refusal));
     for (const auto& report : result.reports)
         appendRepairs(repairs, report);
-    return Json{{"added", result.added}, {"updated", 0}, {"same", 0}, {"skipped", result.skipped},
-        {"refused", result.refused}, {"errors", std::move(errors)}, {"repairs", std::move(repairs)}};
+    return Json{{"added", result.added}, {"updated", result.updated}, {"same", result.same},
+        {"skipped", result.skipped + result.kept}, {"refused", result.refused}, {"errors", std::move(errors)},
+        {"repairs", std::move(repairs)}};
 }
 
 std::string resultText(const ZRvCardImport& result)
@@ -67,9 +67,7 @@ std::string resultText(const ZRvCardImport& result)
         kept += report.count(Action::keptInNote);
         dropped += report.count(Action::dropped) - report.count(vcard::prepare::Finding::bookkeeping);
     }
-    std::string text = count(result.added, "card", "cards") + " added";
-    if (result.refused > 0)
-        text += fmt::format(", {} refused", result.refused);
+    std::string text = countsText(result, "added");
     if (result.skipped > 0)
         text += ", " + count(result.skipped, "file", "files") + " of this roster itself skipped";
     if (kept + dropped > 0)
@@ -79,6 +77,16 @@ std::string resultText(const ZRvCardImport& result)
     return text + "\n";
 }
 
+std::string countsText(const ZRvCardImport& result, std::string_view added)
+{
+    std::string text = fmt::format("{} {}", count(result.added, "card", "cards"), added);
+    for (const auto& [number, what] : {std::pair{result.updated, "updated"}, {result.same, "there already"},
+             {result.kept, "passed over for those who are there"}, {result.refused, "refused"}})
+        if (number > 0)
+            text += fmt::format(", {} {}", number, what);
+    return text;
+}
+
 std::string refusalText(const ZRvCardRefusal& refusal)
 {
     if (refusal.card == 0)
@@ -86,51 +94,6 @@ std::string refusalText(const ZRvCardRefusal& refusal)
     const std::string line = refusal.firstLine.empty() ? "" : refusal.firstLine + ": ";
     return fmt::format(
         "{}: card {}, line {}: {}{}", refusal.file, refusal.card, refusal.line, line, refusal.reason);
-}
-
-// ---- the plan
-
-PlanPrinter::PlanPrinter(ZRvCardController& controller, bool asJson, bool withCards)
-    : _asJson(asJson), _withCards(withCards)
-{
-    controller.cardWasRead = [this](const auto& card) { add(card); };
-}
-
-void PlanPrinter::add(const ZRvCardController::CardRead& card)
-{
-    const bool isRefused = !card.person;
-    const std::string name = isRefused ? card.data.firstLine : displayName(*card.person);
-    if (_asJson) {
-        Json json{{"file", card.file}, {"card", card.number}, {"line", card.data.line},
-            {"action", isRefused ? "refuse" : "add"}, {isRefused ? "text" : "name", name}};
-        if (isRefused)
-            json["reason"] = card.refusal;
-        if (_withCards)
-            json["prepared"] = std::string(card.data.text);
-        _cards.push_back(std::move(json));
-        return;
-    }
-    std::string text = fmt::format("{}: card {}: {} {}{}\n", card.file, card.number,
-        isRefused ? "refuse" : "add", name, isRefused ? ": " + card.refusal : "");
-    if (_withCards)
-        for (const char c : card.data.text)
-            if (c != '\r')
-                text += c;
-    print(text);
-}
-
-void PlanPrinter::finish(const ZRvCardImport& result)
-{
-    if (_asJson) {
-        Json plan = resultJson(result);
-        plan["cards"] = std::move(_cards);
-        return printJson(plan);
-    }
-    if (_withCards)
-        for (const auto& report : result.reports)
-            print(report.text());
-    print(fmt::format("{} would be added, {} refused; nothing was written\n",
-        count(result.added, "card", "cards"), result.refused));
 }
 
 // ---- progress

@@ -9,23 +9,10 @@
 Json resultJson(const ZRvCardImport& result);
 /// The result for people, one line.
 std::string resultText(const ZRvCardImport& result);
+/// "3 cards added, 2 updated": what is none is left out, but for those that are new.
+std::string countsText(const ZRvCardImport& result, std::string_view added);
 /// "people.vcf: card 3, line 17: N:Lima;Ana: the card is cut off".
 std::string refusalText(const ZRvCardRefusal& refusal);
-/// Prints what would happen to each card as it is read; the cards themselves, when asked.
-class PlanPrinter {
-public:
-    PlanPrinter(ZRvCardController& controller, bool asJson, bool withCards);
-    /// Behind the last card: the findings, or the whole as JSON.
-    void finish(const ZRvCardImport& result);
-
-private:
-    void add(const ZRvCardController::CardRead& card);
-
-    const bool _asJson;
-    const bool _withCards;
-    Json _cards = Json::array();
-};
-
 /// A bar on standard error while a long import runs and a terminal watches.
 class ProgressBar {
 public:

@@ -135,7 +135,12 @@ struct CommandLine {
         import
             ->add_option("--group", options.group, "Put the people into this group; made where it is missing")
             ->type_name("NAME");
-        import->add_flag("--plan", options.plan, "Write nothing; print what would happen");
+        import
+            ->add_option("--duplicates", options.duplicates,
+                "Whose name is there already: update the card (as without this, unless the preference "
+                "ZRDontAutoMerge is true: then both), replace it, keep it and pass the new one over, or both")
+            ->check(CLI::IsMember({"update", "replace", "keep", "both"}));
+        import->add_flag("--plan", options.plan, "Write nothing; print what would become of each card");
         import->add_flag("--explain", options.explain, "With --plan: print the cards as prepared");
 
         addChanging();

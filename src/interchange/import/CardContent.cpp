@@ -1,6 +1,7 @@
 // How cards are read to be compared, and when they say the same.
 #include "interchange/import/CardContent.h"
 
+#include "core/ZRConstants.h"
 #include "core/ZRMultiValue.h"
 #include "merge/MergedProperties.h"
 #include "store/ZRRoster.h"
@@ -19,9 +20,25 @@ bool saysNothing(const Value& value)
     return value.isNothing() || (entries && entries->count() == 0);
 }
 
-/// Whether the card's value stays as it is when `incoming` flows in.
-bool knows(const Value& own, const Value& incoming)
+/// Whether the text is the note, or a part of it that stands between the ends of lines: an update appends
+/// notes.
+bool isInNote(std::string_view note, std::string_view text)
 {
+    constexpr std::string_view lineEnds = "\r\n";
+    for (auto at = note.find(text); at != std::string_view::npos; at = note.find(text, at + 1)) {
+        const std::size_t end = at + text.size();
+        if ((at == 0 || lineEnds.find(note[at - 1]) != lineEnds.npos)
+            && (end == note.size() || lineEnds.find(note[end]) != lineEnds.npos))
+            return true;
+    }
+    return false;
+}
+
+/// Whether the card's value stays as it is when `incoming` flows in.
+bool knows(std::string_view property, const Value& own, const Value& incoming)
+{
+    if (property == zr::kZRNoteProperty)
+        return isInNote(own.asText(), incoming.asText());
     const auto* const entries = incoming.as<ZRMultiValue>();
     const auto* const known = own.as<ZRMultiValue>();
     if (!entries || !known)
@@ -67,18 +84,22 @@ const Value& CardContent::picture() const
 
 bool CardContent::says(const CardContent& other) const
 {
-    return std::ranges::equal(_properties, other._properties,
-               [](const auto& a, const auto& b) {
-                   return a.first == b.first && saysSame(a.second, b.second);
-               })
-        && picture() == other.picture();
+    return std::ranges::equal(_properties, other._properties, [](const auto& a, const auto& b) {
+        return a.first == b.first && saysSame(a.second, b.second);
+    }) && picture() == other.picture();
+}
+
+bool CardContent::knowsNoteOf(const CardContent& incoming) const
+{
+    const Value& note = incoming.value(zr::kZRNoteProperty);
+    return !note.isNothing() && knows(zr::kZRNoteProperty, value(zr::kZRNoteProperty), note);
 }
 
 bool CardContent::knowsAllOf(const CardContent& incoming) const
 {
-    return std::ranges::all_of(incoming._properties,
-               [&](const auto& entry) { return knows(value(entry.first), entry.second); })
-        && (incoming.picture().isNothing() || picture() == incoming.picture());
+    return std::ranges::all_of(incoming._properties, [&](const auto& entry) {
+        return knows(entry.first, value(entry.first), entry.second);
+    }) && (incoming.picture().isNothing() || picture() == incoming.picture());
 }
 
 } // namespace interchange

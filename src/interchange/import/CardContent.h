@@ -33,9 +33,10 @@ public:
     /// The same values, entries with their labels in order, and the same picture. Identifiers of entries and
     /// which of them is primary do not count.
     bool says(const CardContent& other) const;
-    /// Whether an update by `incoming` would change nothing here: no single value of it, no entry, note or
-    /// picture is new.
+    /// Whether an update by `incoming` would bring nothing here: no single value of it, no entry, note or
+    /// picture is new. A note is not that stands in the one here already, as a former update appended it.
     bool knowsAllOf(const CardContent& incoming) const;
+    bool knowsNoteOf(const CardContent& incoming) const;
 
 private:
     platform::Ref<const ZRPerson> _person;

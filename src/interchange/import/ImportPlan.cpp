@@ -1,6 +1,7 @@
 // How an import decides about its cards.
 #include "interchange/import/ImportPlan.h"
 
+#include "core/ZRConstants.h"
 #include "store/ZRRoster.h"
 
 #include <algorithm>
@@ -123,8 +124,8 @@ std::string ImportPlan::findSame(const Look& look)
     return same;
 }
 
-/// The best of those who belong to no card yet: `ids` begins with those who share an address, and ends with the
-/// one whom the merger names. Empty for none.
+/// The best of those who belong to no card yet: `ids` begins with those who share an address, and ends with
+/// the one whom the merger names. Empty for none.
 std::string ImportPlan::findFree(const Look& look)
 {
     for (const auto& id : look.ids)
@@ -152,7 +153,8 @@ ImportDecision ImportPlan::decideAbout(const Look& look, const Card& card)
         return {Fate::same, candidate(look.same)->person, {}};
     if (_handling == DuplicateHandling::keep) {
         const auto at = std::ranges::find_if(look.ids, [&](const std::string& id) { return candidate(id); });
-        return at == look.ids.end() ? ImportDecision() : ImportDecision{Fate::kept, candidate(*at)->person, {}};
+        return at == look.ids.end() ? ImportDecision()
+                                    : ImportDecision{Fate::kept, candidate(*at)->person, {}};
     }
     if (const std::string id = findFree(look); !id.empty())
         return change(id, look, card);
@@ -172,6 +174,8 @@ ImportDecision ImportPlan::change(const std::string& id, const Look& look, const
     if (isSame(contentOf(existing), *look.content))
         return {Fate::same, existing.person, {}};
     ImportDecision decision{Fate::updated, existing.person, {}};
+    if (_handling == DuplicateHandling::update && contentOf(existing).knowsNoteOf(*look.content))
+        card.person->removeValueForProperty(zr::kZRNoteProperty);
     if (_handling == DuplicateHandling::replace) {
         decision.fate = Fate::replaced;
         if (_detail == Detail::changes)

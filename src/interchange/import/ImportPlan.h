@@ -45,7 +45,8 @@ struct ImportDecision {
 /// - A card without a name is nobody's duplicate.
 /// - A card that brings nothing new to the one that is there is the *same*; where the old one is to be
 ///   replaced, only one that says exactly as much.
-/// - Of several people of one name the one who says the same is meant, then one who shares an e-mail address or
+/// - Of several people of one name the one who says the same is meant, then one who shares an e-mail address
+/// or
 ///   a telephone number, then the one whom the merger names.
 /// - Cards of one import are different people, as whoever wrote the file kept them apart: each person of the
 ///   roster is updated or replaced by one card at most, and a further card of the name is added. Only a card
@@ -73,6 +74,7 @@ public:
     /// Looks for the people of these cards. What was decided about former ones stays known.
     void lookAt(const std::vector<Card>& cards);
     /// The cards of `lookAt`, in their order, each once. What was decided must be done before the next call.
+    /// A card that is to update one which has its note already loses it, so that it is not appended again.
     ImportDecision decide(const Card& card);
 
 private:
@@ -117,8 +119,8 @@ private:
     std::unordered_set<std::uint64_t> _digests;
 };
 
-/// A number that two cards share when their texts are the same, but for the lines that say which card it is and
-/// who wrote it when. 0 for no text.
+/// A number that two cards share when their texts are the same, but for the lines that say which card it is
+/// and who wrote it when. 0 for no text.
 std::uint64_t digestOfCard(std::string_view text);
 
 } // namespace interchange

@@ -1,4 +1,5 @@
-// Which people of a roster go by the name of a card that is to be imported, and which of them are worth a look.
+// Which people of a roster go by the name of a card that is to be imported, and which of them are worth a
+// look.
 #pragma once
 
 #include "core/ZRPerson.h"

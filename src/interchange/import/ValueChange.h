@@ -1,6 +1,7 @@
 // What becomes of the values of a card when another flows into it, or takes its place.
 #pragma once
 
+#include "core/ZRExport.h"
 #include "interchange/import/CardContent.h"
 #include "platform/value/Value.h"
 
@@ -22,7 +23,7 @@ struct ValueChange {
     };
 
     Kind kind;
-    /// "image" for the picture.
+    /// kZRImageProperty for the picture.
     std::string property;
     /// Of an entry of a multi-value; empty for a single value.
     std::string label;
@@ -40,6 +41,6 @@ std::vector<ValueChange> changesBetween(const CardContent& before, const CardCon
 std::vector<ValueChange> displacedValues(const CardContent& incoming, const CardContent& after);
 
 /// The properties of the changes, each once, in their order.
-std::vector<std::string> changedProperties(const std::vector<ValueChange>& changes);
+ZR_EXPORT std::vector<std::string> changedProperties(const std::vector<ValueChange>& changes);
 
 } // namespace interchange

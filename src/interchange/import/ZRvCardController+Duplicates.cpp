@@ -96,8 +96,8 @@ void ZRvCardController::makePlan()
         return;
     const auto roster =
         state.outcome == Outcome::saved ? state.roster : state.target->parallelUniverseRoster();
-    state.plan.emplace(mergerFor(roster), handling,
-        cardWasDecided ? ImportPlan::Detail::changes : ImportPlan::Detail::fate);
+    state.plan.emplace(
+        mergerFor(roster), handling, cardWasDecided ? ImportPlan::Detail::changes : ImportPlan::Detail::fate);
 }
 
 void ZRvCardController::settleCards()
@@ -114,8 +114,8 @@ void ZRvCardController::settleCards()
         const auto& person = waiting.card.person;
         const auto decision = state.plan && person ? state.plan->decide(waiting.card) : ImportDecision();
         if (cardWasDecided)
-            cardWasDecided({state.sources[waiting.file].name, waiting.number, waiting.line,
-                waiting.firstLine, waiting.text, person.get(), waiting.refusal, decision});
+            cardWasDecided({state.sources[waiting.file].name, waiting.number, waiting.line, waiting.firstLine,
+                waiting.text, person.get(), waiting.refusal, decision});
         if (person)
             carryOut(decision, person);
     }
@@ -127,7 +127,7 @@ void ZRvCardController::carryOut(const ImportDecision& decision, const Ref<ZRPer
     auto& state = *_state;
     auto& done = state.underWay;
     const bool isNew = decision.fate == Fate::added || decision.fate == Fate::replaced;
-    ++(decision.fate == Fate::added      ? done.added
+    ++(decision.fate == Fate::added       ? done.added
             : decision.fate == Fate::same ? done.same
             : decision.fate == Fate::kept ? done.kept
                                           : done.updated);
@@ -152,7 +152,8 @@ void ZRvCardController::carryOut(const ImportDecision& decision, const Ref<ZRPer
 }
 
 // In transactions of their own: there may be many, and nothing is lost when the import ends before its first.
-// They are saved past the roster: that somebody came with an import says nothing about when the card was changed.
+// They are saved past the roster: that somebody came with an import says nothing about when the card was
+// changed.
 void ZRvCardController::beginLastImport()
 {
     auto& state = *_state;
@@ -165,8 +166,8 @@ void ZRvCardController::beginLastImport()
         const auto ids = idsOfMarked(*context);
         for (std::size_t from = 0; from < ids.size(); from += kCardsUnmarkedAtOnce) {
             const auto to = std::min(from + kCardsUnmarkedAtOnce, ids.size());
-            const std::vector<std::string> some(
-                ids.begin() + static_cast<std::ptrdiff_t>(from), ids.begin() + static_cast<std::ptrdiff_t>(to));
+            const std::vector<std::string> some(ids.begin() + static_cast<std::ptrdiff_t>(from),
+                ids.begin() + static_cast<std::ptrdiff_t>(to));
             for (const auto& contact : context->zrContactsForUniqueIDs(some)) {
                 const std::int64_t left = contact->integer(flags) & ~kLastImport;
                 contact->setPrimitiveValue(flags, left == 0 ? Value() : Value(left));
@@ -175,6 +176,7 @@ void ZRvCardController::beginLastImport()
                 return platform::log(fmt::format("Cannot clear the last import: {}", saved.error().text));
         }
     });
+    static_cast<void>(state.roster->managedObjectContext()->catchUp());
     if (state.target->isSharedInstance()) {
         ApplicationHost::shared()->clearLastImportGroup();
         ApplicationHost::shared()->setShowsLastImportGroup(true);

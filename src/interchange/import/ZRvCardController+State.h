@@ -2,6 +2,7 @@
 #pragma once
 
 #include "interchange/import/CardFeed.h"
+#include "interchange/import/ImportPlan.h"
 #include "interchange/import/ZRvCardController.h"
 #include "interchange/vcard/RosterReaderContext.h"
 #include "store/ZRRoster.h"
@@ -10,12 +11,27 @@
 #include <optional>
 
 struct ZRvCardController::State {
+    /// A card that was read and waits for its transaction; a refused one only to be told of in its turn.
+    struct Waiting {
+        interchange::ImportPlan::Card card;
+        std::size_t file = 0;
+        std::size_t number = 0;
+        std::size_t line = 0;
+        std::string firstLine = {};
+        std::string text = {};
+        std::string refusal = {};
+    };
+
     const std::string& nameOf(const interchange::CardData& data) const { return sources[data.file].name; }
+
+    /// Takes a card that was read and is not saved out of the roster again, with its picture.
+    void drop(ZRPerson& card);
 
     platform::Ref<ZRRoster> target;
     platform::Ref<ZRGroup> group;
     Preparation preparation = Preparation::full;
     Outcome outcome = Outcome::saved;
+    std::optional<interchange::DuplicateHandling> handling;
 
     std::vector<interchange::CardSource> sources;
     std::uint64_t totalBytes = 0;
@@ -29,9 +45,19 @@ struct ZRvCardController::State {
     platform::Ref<ZRRoster> roster;
     platform::Ref<ZRGroup> groupHere;
     std::optional<RosterReaderContext> surroundings;
-    /// Read and not yet saved, and the bytes that they were read from.
-    ZRRecordList importedCards;
+    /// Absent where nobody can be there already.
+    std::optional<interchange::ImportPlan> plan;
+    /// Updates the people of one transaction.
+    platform::Ref<ZRNewMerger> merger;
+    /// Whether the cards of the import before have lost their mark.
+    bool hasBegunLastImport = false;
+
+    /// Read and not yet saved; how many of them are people, and the bytes that they were read from.
+    std::vector<Waiting> waiting;
+    std::size_t peopleWaiting = 0;
     std::size_t bytesWaiting = 0;
     std::size_t cardsRead = 0;
+    /// What the transaction under way will have done.
+    ZRvCardImport underWay;
     ZRvCardImport result;
 };

@@ -59,6 +59,10 @@ ZRvCardController::~ZRvCardController() { cleanUp(); }
 
 void ZRvCardController::setPreparation(Preparation preparation) { _state->preparation = preparation; }
 void ZRvCardController::setOutcome(Outcome outcome) { _state->outcome = outcome; }
+void ZRvCardController::setDuplicateHandling(interchange::DuplicateHandling handling)
+{
+    _state->handling = handling;
+}
 void ZRvCardController::cancel() { _state->isCancelled = true; }
 const ZRvCardImport& ZRvCardController::result() const { return _state->result; }
 bool ZRvCardController::hasImportErrors() const { return _state->hasImportErrors; }
@@ -106,13 +110,17 @@ bool ZRvCardController::openRosters()
         return fail({"ZRRosterErrorDomain", 1, "there is no roster to import into"});
     locked(*state.roster, ZRAccess::write, [&]() ZR_NTS { state.roster->nts_SetKeepsPictures(true); });
     state.surroundings.emplace(*state.roster);
-    if (state.group && state.outcome == Outcome::saved) {
-        state.groupHere =
-            platform::refCast<ZRGroup>(state.roster->recordForUniqueId(state.group->uniqueId()));
-        if (!state.groupHere)
-            return fail({"ZRRosterErrorDomain", 1, "the group is not in the roster"});
-    }
-    return true;
+    makePlan();
+    return findGroup();
+}
+
+bool ZRvCardController::findGroup()
+{
+    auto& state = *_state;
+    if (!state.group || state.outcome == Outcome::readOnly)
+        return true;
+    state.groupHere = platform::refCast<ZRGroup>(state.roster->recordForUniqueId(state.group->uniqueId()));
+    return state.groupHere || fail({"ZRRosterErrorDomain", 1, "the group is not in the roster"});
 }
 
 const CardData* ZRvCardController::nextData()
@@ -124,8 +132,8 @@ void ZRvCardController::importData(const CardData& data)
 {
     std::size_t number = data.number;
     if (!data.refusal.empty())
-        return cardRead(
-            data, number, nullptr, {_state->nameOf(data), number, data.line, data.firstLine, data.refusal});
+        return cardRead(data, number, nullptr, {},
+            {_state->nameOf(data), number, data.line, data.firstLine, data.refusal});
     const std::string_view bytes = data.bytes();
     const auto parser = ZRVCardParser::initWithData(bytes, *_state->surroundings);
     std::size_t offset = 0;
@@ -137,32 +145,39 @@ void ZRvCardController::importData(const CardData& data)
         if (!person) {
             const auto line =
                 data.line + static_cast<std::size_t>(std::ranges::count(bytes.substr(0, offset), '\n'));
-            return cardRead(data, number, nullptr,
+            return cardRead(data, number, nullptr, {},
                 {_state->nameOf(data), number, line, std::string(firstLineOf(bytes.substr(offset))),
                     parser->failureReason()});
         }
-        offset += length;
         _state->bytesWaiting += length;
-        cardRead(data, number, person, {});
+        cardRead(data, number, person, bytes.substr(offset, length), {});
+        offset += length;
     }
     if (!parser)
-        cardRead(data, number, nullptr, {_state->nameOf(data), 0, 0, "", "there is nothing in it"});
+        cardRead(data, number, nullptr, {}, {_state->nameOf(data), 0, 0, "", "there is nothing in it"});
 }
 
-void ZRvCardController::cardRead(
-    const CardData& data, std::size_t number, const Ref<ZRPerson>& person, ZRvCardRefusal refusal)
+void ZRvCardController::cardRead(const CardData& data, std::size_t number, const Ref<ZRPerson>& person,
+    std::string_view text, ZRvCardRefusal refusal)
 {
     auto& state = *_state;
     if (cardWasRead)
         cardWasRead({state.nameOf(data), data, number, person.get(), refusal.reason});
     if (importContinued && ++state.cardsRead % kCardsBetweenReports == 0)
         importContinued(data.bytesDone);
+    State::Waiting waiting{{person, interchange::digestOfCard(text)}, data.file, number};
+    if (cardWasDecided) {
+        waiting.line = person ? data.line : refusal.line;
+        waiting.firstLine = person ? data.firstLine : refusal.firstLine;
+        waiting.text = data.text;
+        waiting.refusal = refusal.reason;
+    }
+    if (person || cardWasDecided)
+        state.waiting.push_back(std::move(waiting));
     if (!person)
         return refuse(std::move(refusal));
-    state.importedCards.push_back(person);
-    if (state.groupHere)
-        state.groupHere->addMember(*person);
-    if (state.importedCards.size() >= kCardsInTransaction || state.bytesWaiting >= kBytesInTransaction)
+    ++state.peopleWaiting;
+    if (state.peopleWaiting >= kCardsInTransaction || state.bytesWaiting >= kBytesInTransaction)
         commit();
 }
 
@@ -193,13 +208,17 @@ bool ZRvCardController::commit()
     auto& state = *_state;
     if (!state.result.failure.domain.empty())
         return false;
-    if (state.outcome == Outcome::saved && !state.importedCards.empty() && !state.roster->save()) {
+    settleCards();
+    if (state.outcome == Outcome::saved && !state.roster->save()) {
         auto error = state.roster->lastSaveError();
         if (error.domain.empty())
             error = {"ZRRosterErrorDomain", 1, "the roster could not be saved"};
         return fail(std::move(error));
     }
-    state.result.added += state.importedCards.size();
+    state.result.added += state.underWay.added;
+    state.result.updated += state.underWay.updated;
+    state.result.same += state.underWay.same;
+    state.result.kept += state.underWay.kept;
     forgetPeople();
     return true;
 }
@@ -209,12 +228,14 @@ void ZRvCardController::forgetPeople()
 {
     auto& state = *_state;
     if (state.outcome == Outcome::readOnly)
-        for (const auto& person : state.importedCards) {
-            static_cast<ZRPerson&>(*person).setImageData(platform::Value());
-            state.roster->removeRecord(person);
-        }
-    state.importedCards.clear();
+        for (const auto& waiting : state.waiting)
+            if (waiting.card.person)
+                state.drop(*waiting.card.person);
+    state.waiting.clear();
+    state.peopleWaiting = 0;
     state.bytesWaiting = 0;
+    state.merger = nullptr;
+    state.underWay = {};
 }
 
 bool ZRvCardController::fail(platform::Error error)

@@ -19,7 +19,9 @@ class ZRPerson;
 
 namespace interchange {
 struct CardData;
-}
+enum class DuplicateHandling;
+struct ImportDecision;
+} // namespace interchange
 
 /// Why a card, or a whole file, was not imported.
 struct ZRvCardRefusal {
@@ -34,8 +36,14 @@ struct ZRvCardRefusal {
 
 /// What came of an import.
 struct ZRvCardImport {
-    /// Cards that are on the disk now.
+    /// New cards that are on the disk now.
     std::size_t added = 0;
+    /// People of the roster into whom a card flowed, or whose place one took.
+    std::size_t updated = 0;
+    /// Cards that bring nothing new.
+    std::size_t same = 0;
+    /// Cards passed over since somebody of their name is there, who is to be kept.
+    std::size_t kept = 0;
     /// Files left out: they are this roster's own cached cards.
     std::size_t skipped = 0;
     /// Cards that could not be read. The first `kMostRefusals` are told in `refusals`.
@@ -55,7 +63,12 @@ struct ZRvCardImport {
 /// are made in a second roster on the target's store and saved there: up to 2,000 cards in one transaction,
 /// more in several, so that memory stays bounded. The pictures of a transaction are on the disk before it is.
 ///
-/// It looks for no duplicates, and it has no panel: callbacks tell how the work goes on.
+/// Who is in the roster already is updated, unless another way was set; `interchange/import/ImportPlan.h`
+/// says how it is decided about each card. What a transaction changes, and the cards that it adds, are saved
+/// together. Cards that came or were changed carry the mark of the last import, which those of the one before
+/// lose.
+///
+/// It has no panel: callbacks tell how the work goes on.
 ///
 /// Ownership: shares ownership of the target; borrows the bytes it is given while it works.
 /// Threads:   one, which works; `cancel` from any. Callbacks come on the working thread, without locks. Files
@@ -76,8 +89,11 @@ public:
     ZRvCardController& operator=(const ZRvCardController&) = delete;
 
     void setPreparation(Preparation preparation);
-    /// `readOnly` opens no store and writes nothing.
+    /// `readOnly` writes nothing. Without a target it opens no store either, and all cards are new.
     void setOutcome(Outcome outcome);
+    /// What is done about people who are there already. Until it is set: they are updated, or, where the
+    /// preference "ZRDontAutoMerge" is true, both cards stay.
+    void setDuplicateHandling(interchange::DuplicateHandling handling);
 
     // ---- callbacks, all of which may be empty
 
@@ -95,6 +111,22 @@ public:
         const std::string& refusal;
     };
     std::function<void(const CardRead&)> cardWasRead;
+    /// Each card, in order, once it is decided what becomes of it, which is when its transaction is full.
+    /// With this callback decisions tell what changes; that takes longer.
+    struct CardDecided {
+        const std::string& file;
+        /// The number of the card in its file, and of its first line.
+        std::size_t number;
+        std::size_t line;
+        /// A line that tells people which card is meant, and the card as prepared.
+        const std::string& firstLine;
+        const std::string& text;
+        /// Null when it was refused, for that reason.
+        ZRPerson* person;
+        const std::string& refusal;
+        const interchange::ImportDecision& decision;
+    };
+    std::function<void(const CardDecided&)> cardWasDecided;
 
     // ---- importing
 
@@ -144,13 +176,19 @@ private:
     /// The next data, or null at the end, at an unreadable file and once cancelled.
     const interchange::CardData* nextData();
     bool openRosters();
+    bool findGroup();
     void importData(const interchange::CardData& data);
     void cardRead(const interchange::CardData& data, std::size_t number,
-        const platform::Ref<ZRPerson>& person, ZRvCardRefusal refusal);
+        const platform::Ref<ZRPerson>& person, std::string_view text, ZRvCardRefusal refusal);
     void refuse(ZRvCardRefusal refusal);
     void nameUnread();
     bool commit();
     void forgetPeople();
+    /// What becomes of the cards that wait, and doing it.                 (ZRvCardController+Duplicates.cpp)
+    void makePlan();
+    void settleCards();
+    void carryOut(const interchange::ImportDecision& decision, const platform::Ref<ZRPerson>& card);
+    void beginLastImport();
     bool fail(platform::Error error);
 
     std::unique_ptr<State> _state;
