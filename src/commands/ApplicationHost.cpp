@@ -3,6 +3,7 @@
 
 #include "core/ZRLastImportGroup.h"
 #include "platform/run/Mutex.h"
+#include "store/ZRDBCache.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRRoster.h"
 
@@ -34,6 +35,8 @@ Ref<ZRManagedObjectContext> ApplicationHost::cardContext()
 }
 
 Ref<ZRRoster> ApplicationHost::aggregateRoster() { return ZRRoster::sharedRoster(); }
+
+Ref<ZRDBCache> ApplicationHost::listsOf(ZRRoster& roster) { return roster.dbCache(); }
 
 void ApplicationHost::clearLastImportGroup()
 {

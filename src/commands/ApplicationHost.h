@@ -9,6 +9,7 @@
 #include <memory>
 
 class ZRCardMergeController;
+class ZRDBCache;
 class ZRManagedObjectContext;
 
 /// The program that works with the shared roster, as commands, mergers and imports see it.
@@ -27,6 +28,10 @@ public:
     virtual platform::Ref<ZRManagedObjectContext> cardContext();
     /// The roster in which all cards are found: by default the shared one.
     virtual platform::Ref<ZRRoster> aggregateRoster();
+
+    /// The sorted lists of a roster that commands tell of their changes: by default the roster's own. A host
+    /// that shows lists gives those of a subclass, whose selection commands then restore.
+    virtual platform::Ref<ZRDBCache> listsOf(ZRRoster& roster);
 
     // ---- the last import
 

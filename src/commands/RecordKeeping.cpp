@@ -101,9 +101,14 @@ void restoreImage(ZRPerson& person, const Value& image)
         person.setImageData(image);
 }
 
-bool canBeOfLastImport(const ZRRecord& record, ZRRoster& roster)
+bool isOfLastImport(const ZRRecord& record)
 {
-    return roster.isSharedInstance() && dynamic_cast<const ZRPerson*>(&record);
+    const auto* const person = dynamic_cast<const ZRPerson*>(&record);
+    if (!person || !record.nts_Roster()->isSharedInstance())
+        return false;
+    const auto lastImport = ZRLastImportGroup::lastImportGroup();
+    return locked(
+        *record.nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return lastImport->nts_HasMember(*person); });
 }
 
 } // namespace
@@ -226,6 +231,7 @@ KeptRecord::KeptRecord(Ref<ZRRecord> record)
     : _record(std::move(record))
     , _properties(allPropertiesIncludingImage(*_record))
     , _parentGroups(_record->parentGroups())
+    , _isOfLastImport(isOfLastImport(*_record))
 {
     if (auto* const group = dynamic_cast<ZRGroup*>(_record.get()))
         locked(*group->nts_Roster(), ZRAccess::read, [&]() ZR_NTS { gatherContents(*group); });
@@ -257,11 +263,10 @@ std::optional<KeptRecord> KeptRecord::remove(const Ref<ZRRecord>& record, ZRRost
     if (!record || record->nts_Roster() != &roster || !storedObject(*record))
         return {};
     KeptRecord kept(record);
-    if (canBeOfLastImport(*record, roster))
-        kept._isOfLastImport =
-            ZRLastImportGroup::lastImportGroup()->removeMember(static_cast<ZRPerson&>(*record));
     if (!roster.removeRecord(record))
         return {};
+    if (kept._isOfLastImport)
+        ZRLastImportGroup::lastImportGroup()->removeMember(static_cast<ZRPerson&>(*record));
     return kept;
 }
 

@@ -61,7 +61,7 @@ ZR_EXPORT bool leaveGroup(ZRGroup& group, const platform::Ref<ZRRecord>& record)
 /// Errors:    none; a group or member that is gone for good is left out.
 class ZR_EXPORT KeptRecord {
 public:
-    /// Gathers what is lost when the record is removed. Its membership in the last import is not.
+    /// Gathers what is lost when the record is removed.
     explicit KeptRecord(platform::Ref<ZRRecord> record);
     /// The same, and removes it. Absent for a record that is not in the roster, and for special groups.
     static std::optional<KeptRecord> remove(const platform::Ref<ZRRecord>& record, ZRRoster& roster);

@@ -41,7 +41,7 @@ public:
 
     /// Adds an operation to the open group; without one, it is a step by itself. Nothing while registration
     /// is off. An absent target raises.
-    void registerUndoWithTarget(platform::Ref<platform::Object> target, Operation operation);
+    virtual void registerUndoWithTarget(platform::Ref<platform::Object> target, Operation operation);
     /// The same, for who likes to write `prepareWithInvocationTarget(target)(operation)`.
     auto prepareWithInvocationTarget(platform::Ref<platform::Object> target)
     {

@@ -1,6 +1,7 @@
 // What all commands share: their roster, their undo manager, and how they get there.
 #include "commands/ZRCommand.h"
 
+#include "commands/ApplicationHost.h"
 #include "commands/ZRUndoer.h"
 #include "core/ZRFailure.h"
 #include "core/ZRFrameworkBundle.h"
@@ -85,7 +86,7 @@ void ZRCommand::registerUndoWithActionName(std::string_view key)
 ZRDBCache& ZRCommand::cache()
 {
     if (!_cache)
-        _cache = rosterInUse().dbCache();
+        _cache = ApplicationHost::shared()->listsOf(rosterInUse());
     return *_cache;
 }
 

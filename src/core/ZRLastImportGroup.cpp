@@ -166,6 +166,12 @@ ZRRecordList ZRLastImportGroup::nts_Members() const
     return _lastImports;
 }
 
+bool ZRLastImportGroup::nts_HasMember(const ZRPerson& person) const
+{
+    nts_LoadContent();
+    return _known.contains(&person);
+}
+
 bool ZRLastImportGroup::nts_AddMember(ZRPerson& person)
 {
     nts_LoadContent();
@@ -220,10 +226,21 @@ void ZRLastImportGroup::dataBaseChanged(const platform::Notification& notice)
     });
 }
 
+// A notice comes after the fact: who was deleted may have been brought back meanwhile, and stays then.
 void ZRLastImportGroup::nts_Drop(const std::unordered_set<std::string_view>& uniqueIds)
 {
+    std::vector<std::string> named;
+    for (const auto& member : _lastImports)
+        if (uniqueIds.contains(member->nts_UniqueId()))
+            named.push_back(member->nts_UniqueId());
+    if (named.empty())
+        return;
+    std::unordered_set<std::string> stillHere;
+    for (const auto& person : peopleOf(named, *nts_Roster()))
+        stillHere.insert(person->nts_UniqueId());
     const auto isGone = [&](const Ref<ZRRecord>& member) ZR_NTS {
-        return uniqueIds.contains(member->nts_UniqueId()) && _known.erase(member.get()) > 0;
+        const auto& id = member->nts_UniqueId();
+        return uniqueIds.contains(id) && !stillHere.contains(id) && _known.erase(member.get()) > 0;
     };
     if (std::erase_if(_lastImports, isGone) > 0)
         _hasChanged = true;

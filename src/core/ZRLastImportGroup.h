@@ -29,6 +29,7 @@ public:
     ZRRecordList nts_Members() const override ZR_NTS;
     ZRRecordList nts_Subgroups() const override ZR_NTS { return {}; }
     ZRRecordList membersAndSubgroups() const override { return members(); }
+    bool nts_HasMember(const ZRPerson& person) const ZR_NTS;
     /// False for a member, who stays one.
     bool nts_AddMember(ZRPerson& person) override ZR_NTS;
     /// False for one who is none.

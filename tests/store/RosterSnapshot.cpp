@@ -105,6 +105,14 @@ ZRRecordList allRecords(ZRRoster& roster) ZR_NTS
     return all;
 }
 
+/// Those who are in the roster: others leave the group when a notice of their deletion comes.
+Lines lastImportIn(ZRRoster& roster)
+{
+    Lines ids = idsOf(ZRLastImportGroup::lastImportGroup()->members());
+    std::erase_if(ids, [&](const auto& id) { return !roster.recordForUniqueId(id); });
+    return ids;
+}
+
 Lines linesOf(const std::string& text)
 {
     Lines lines;
@@ -144,7 +152,7 @@ Snapshot snapshotOf(const Ref<ZRRoster>& roster)
     const auto me = roster->me();
     snapshot["me"] = me ? me->uniqueId() : "nobody";
     if (roster->isSharedInstance())
-        snapshot["last import"] = joined(idsOf(ZRLastImportGroup::lastImportGroup()->members()), "\n");
+        snapshot["last import"] = joined(lastImportIn(*roster), "\n");
     return snapshot;
 }
 
