@@ -110,9 +110,14 @@ Value ZRNewMerger::nts_takeSnapshot(const Ref<ZRPerson>& person, const Value& pi
     return _updatedPeopleProperties.back();
 }
 
+// Asked of the roster once: finding out is a fetch.
 bool ZRNewMerger::nts_isMe(const ZRPerson& person)
 {
-    return _meCard ? _meCard->nts_UniqueId() == person.nts_UniqueId() : _targetRoster->nts_IsMe(person);
+    if (!_meUniqueId) {
+        const auto me = _meCard ? _meCard : _targetRoster->nts_Me();
+        _meUniqueId = me ? me->nts_UniqueId() : std::string();
+    }
+    return *_meUniqueId == person.nts_UniqueId();
 }
 
 // A card that was updated before has no snapshot any more, and nothing is skipped.

@@ -60,8 +60,12 @@ public:
     /// The one store that is looked at and written to; null, as at first: whatever the target has.
     objectstore::PersistentStore* targetPersistentStore() const { return _targetPersistentStore; }
     void setTargetPersistentStore(objectstore::PersistentStore* store) { _targetPersistentStore = store; }
-    /// Who counts as Me; without one, that of the target roster.
-    void setMeCard(platform::Ref<ZRPerson> meCard) { _meCard = std::move(meCard); }
+    /// Who counts as Me; without one, that of the target roster as it is at the first update.
+    void setMeCard(platform::Ref<ZRPerson> meCard)
+    {
+        _meCard = std::move(meCard);
+        _meUniqueId.reset();
+    }
 
     // ---- what is there                                            (ZRNewMerger+Duplicates.cpp)
 
@@ -177,6 +181,8 @@ private:
     platform::Ref<ZRCommand> newCommand(const merge::CardWriting& writing) const;
 
     platform::Ref<ZRPerson> _meCard;
+    /// Of who counts as Me, once that was found out; empty for nobody.
+    std::optional<std::string> _meUniqueId;
     platform::Ref<ZRGroup> _group;
     std::optional<ZRRecordList> _allPeople;
     ZRPropertyTypes _personProperties;
