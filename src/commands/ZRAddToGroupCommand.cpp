@@ -64,7 +64,7 @@ bool ZRAddToGroupCommand::doIt()
     if (_records.empty() && _copies.empty())
         return false;
     cache().addedMembers(_records, _group);
-    cache().addedMembers(peopleAmong(_copies));
+    tellAddedPeople(peopleAmong(_copies));
     cache().addedGroups(groupsAmong(_copies));
     if (!_copies.empty())
         _deleteAssimilatedRecordsCommand =

@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include <map>
 #include <string>
 
 using platform::Ref;
@@ -88,6 +89,15 @@ ZRDBCache& ZRCommand::cache()
     if (!_cache)
         _cache = ApplicationHost::shared()->listsOf(rosterInUse());
     return *_cache;
+}
+
+void ZRCommand::tellAddedPeople(const ZRRecordList& people)
+{
+    std::map<std::string, ZRRecordList> peopleByLocation;
+    for (const auto& person : people)
+        peopleByLocation[person->remoteLocation()].push_back(person);
+    for (const auto& [location, some] : peopleByLocation)
+        cache().addedMembers(some);
 }
 
 void ZRCommand::saveIfWanted()

@@ -58,6 +58,8 @@ protected:
     ZRRoster& rosterInUse() const;
     /// Its sorted lists.
     ZRDBCache& cache();
+    /// Tells the lists of people that came, each that of their location.
+    void tellAddedPeople(const ZRRecordList& people);
     /// Saves, and has the user told when that fails; nothing while `save` is off.
     void saveIfWanted();
     /// Selects what the user saw when the command was made; an absent group is not selected.

@@ -52,7 +52,7 @@ void ZRDeleteRecordsCommand::undoIt()
     bringBackRecords(_kept, rosterInUse());
     clearListsOf(_kept, cache());
     cache().nonThreadedSave();
-    cache().addedMembers(_deletedPeople);
+    tellAddedPeople(_deletedPeople);
     cache().addedGroups(_deletedGroups);
     restoreSelection(_selectedGroup, _records);
 }

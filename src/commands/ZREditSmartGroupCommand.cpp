@@ -46,5 +46,7 @@ void ZREditSmartGroupCommand::_swap()
         _group->removeValueForProperty(zr::kZRSearchElementProperty);
     _group->setTracksModification(hilights);
     cache().changedGroups({_group});
+    // As a subgroup it stands in a list of members under its name.
+    cache().changedMember(_group);
     cache().nonThreadedSave();
 }

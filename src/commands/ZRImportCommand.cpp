@@ -32,10 +32,13 @@ bool ZRImportCommand::doIt()
     if (_addedToGroup.empty() && _updatedPeople.empty() && _addedPeople.empty() && !_deletePeopleCommand
         && _mergedIntoGroupsCommands.empty())
         return false;
-    if (!_nestedCommandsAreDone)
+    // What somebody else did there, the lists have not been told.
+    if (_nestedCommandsAreDone)
+        cache().clearAll();
+    else
         doNestedCommands();
     rememberLastImport();
-    cache().addedMembers(_addedPeople);
+    tellAddedPeople(_addedPeople);
     cache().changedMembers(_updatedPeople);
     cache().addedMembers(_addedToGroup, _selectedGroup);
     cache().nonThreadedSave();

@@ -33,5 +33,7 @@ void ZRRenameGroupCommand::_swapName()
     const Value name = std::exchange(_name, _group->valueForProperty(zr::kZRGroupNameProperty));
     _group->setValue(name, zr::kZRGroupNameProperty);
     cache().changedGroups({_group});
+    // As a subgroup it stands in a list of members under its name.
+    cache().changedMember(_group);
     cache().nonThreadedSave();
 }

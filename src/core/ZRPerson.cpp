@@ -109,6 +109,9 @@ void ZRPerson::nts_CascadeRemove()
     for (const auto& group : nts_ParentGroups())
         if (auto* parent = dynamic_cast<ZRGroup*>(group.get()))
             parent->nts_RemoveMember(*this);
+    // Also one that waits for the save, which would write it without a card.
+    if (!nts_Roster()->nts_PendingPicture(nts_UniqueId(), zr::kZRImageProperty).isAbsent())
+        nts_Roster()->nts_KeepPicture(nts_UniqueId(), zr::kZRImageProperty, Value());
     if (const auto path = nts_PathForUIDTaggedImage(); path && platform::isPlainFile(*path))
         static_cast<void>(platform::removeFile(*path));
 }

@@ -3,11 +3,14 @@
 
 #include "core/ZRMutableMultiValue.h"
 #include "core/ZRPerson.h"
+#include "search/ZRSmartGroup.h"
+#include "store/ListWorld.h"
 #include "store/ZRManagedObjectContext.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <set>
 
 namespace test {
 
@@ -34,6 +37,27 @@ Snapshot snapshotFrom(const std::string& text)
         snapshot[text.substr(at, line - at)] = text.substr(line + 1, end - line - 1);
     }
     return snapshot;
+}
+
+/// What is wrong with the sorted lists that commands have edited in place.
+std::string faultOfLists(const Ref<ZRRoster>& roster)
+{
+    const auto cache = roster->dbCache();
+    std::string fault = faultOf(cache->allPeople()->records(), roster->people(), *cache);
+    // Looking at the members of a smart group changes it.
+    for (const auto& record : roster->groups())
+        if (const auto group = platform::refCast<ZRGroup>(record);
+            fault.empty() && !dynamic_cast<const ZRSmartGroup*>(group.get()))
+            fault = faultOf(cache->membersOfGroup(group)->records(), group->membersAndSubgroups(), *cache);
+    const auto groupsOf = [](ZRDBCache& lists) {
+        const ZRRecordList groups = lists.allGroups();
+        std::set<const ZRRecord*> handles;
+        for (const auto& group : groups)
+            handles.insert(group.get());
+        return handles;
+    };
+    const bool hasAllGroups = groupsOf(*cache) == groupsOf(*ZRDBCache::initWithRoster(roster));
+    return !fault.empty() || hasAllGroups ? fault : "other groups than there are";
 }
 
 /// Without what only the shared roster has.
@@ -123,6 +147,8 @@ std::string CommandDriver::difference(const std::string& what, bool reopens) con
     if (wrong.empty())
         wrong = told("the store",
             differenceOf(withoutLastImport(expected), snapshotOf(_roster->parallelUniverseRoster())));
+    if (wrong.empty())
+        wrong = told("the lists", faultOfLists(_roster));
     if (wrong.empty() && reopens)
         wrong = told(
             "a new process", differenceOf(expected, snapshotFrom(play("open and tell everything").answer)));
