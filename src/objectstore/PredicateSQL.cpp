@@ -486,9 +486,12 @@ private:
         if (isFoundByFold(test, comparator))
             column.folded = foldedColumn(entity, slot);
         const auto plain = [&] { value(test, comparator, column); };
-        if (const Filter filter = filterOf(test, comparator, entity, slot); filter.entry.entity)
-            return filtered(filter, plain);
-        plain();
+        const Filter filter = filterOf(test, comparator, entity, slot);
+        if (!filter.entry.entity)
+            return plain();
+        if (isWholeTrigram(test, comparator, slot))
+            return inIndex(filter);
+        filtered(filter, plain);
     }
 
     void largeAttribute(const StorePredicate::Comparison& test, Comparator comparator, const Slot& slot)
@@ -560,13 +563,18 @@ private:
         return common;
     }
 
-    void filtered(const Filter& filter, const Write& test)
+    void inIndex(const Filter& filter)
     {
         const std::string table = filter.entry.entity->textTable();
+        write(fmt::format("{} IN (SELECT rowid FROM {} WHERE {} MATCH ?)", filter.entry.key, table, table));
+        bind(Value(filter.trigrams));
+    }
+
+    void filtered(const Filter& filter, const Write& test)
+    {
         bracketed("", [&] {
-            write(fmt::format(
-                "{} IN (SELECT rowid FROM {} WHERE {} MATCH ?) AND ", filter.entry.key, table, table));
-            bind(Value(filter.trigrams));
+            inIndex(filter);
+            write(" AND ");
             const bool before = std::exchange(_isFiltered, true);
             test();
             _isFiltered = before;

@@ -139,6 +139,15 @@ std::optional<std::string> necessaryTrigrams(
     return trigramQuery(part);
 }
 
+bool isWholeTrigram(const StorePredicate::Comparison& test, Comparator comparator, const Slot& slot)
+{
+    if (!isTextIndex(slot) || test.option != TextOption::exact || comparator != Comparator::contains)
+        return false;
+    const std::string_view wanted = test.operand.value.asText();
+    return wanted.size() == kTrigram
+        && std::ranges::all_of(wanted, [](char c) { return c > kIndexedForNul && c < '\x7f'; });
+}
+
 std::optional<TextDriver> textDriver(
     const StorePredicate& predicate, const Entity& entity, const std::function<bool()>& hasEveryEntry)
 {

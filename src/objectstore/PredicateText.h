@@ -19,6 +19,10 @@ namespace objectstore {
 std::optional<std::string> necessaryTrigrams(
     const StorePredicate::Comparison& test, Comparator comparator, const Slot& slot);
 
+/// Whether exactly the entries that fulfil that query are meant, so that no text need be read: the test asks
+/// the indexed text itself for one trigram of ASCII.
+bool isWholeTrigram(const StorePredicate::Comparison& test, Comparator comparator, const Slot& slot);
+
 /// Where a fetch of the first few objects gets its candidates from, in the order of their keys.
 struct TextDriver {
     const Entity* entry = nullptr;

@@ -172,7 +172,7 @@ void configure(StoreState& store)
 {
     auto& connection = *store.connection;
     connection.execute("PRAGMA temp_store = MEMORY");
-    connection.execute("PRAGMA cache_size = -16000");
+    connection.execute("PRAGMA cache_size = -2000");
     connection.execute("PRAGMA foreign_keys = OFF");
     connection.execute("PRAGMA trusted_schema = OFF");
     if (const int code = registerPredicateFunctions(connection.native()); code != SQLITE_OK)

@@ -52,6 +52,8 @@ struct StoreState {
     FileIdentity identity;
     bool isInMemory = false;
     bool isReadOnly = false;
+    /// How often was read, until SQLite keeps as many pages as those want who stay: negative then.
+    int readings = 0;
     platform::ProcessMark mark;
 
     /// How deep transactions are nested, and whether the outermost one writes.

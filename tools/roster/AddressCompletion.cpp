@@ -1,8 +1,6 @@
 // How mail addresses are found and ranked for a few typed letters.
 #include "AddressCompletion.h"
 
-#include "CardJson.h"
-
 #include "core/ZRConstants.h"
 #include "core/ZRLabels.h"
 #include "core/ZRMultiValue.h"
@@ -10,6 +8,7 @@
 #include "platform/text/Compare.h"
 #include "platform/text/Digits.h"
 #include "platform/text/Fold.h"
+#include "search/ZRPeopleMatching.h"
 #include "search/ZRSearchElement.h"
 
 #include <algorithm>
@@ -17,6 +16,7 @@
 #include <cctype>
 #include <optional>
 #include <tuple>
+#include <unordered_map>
 #include <unordered_set>
 
 using platform::foldCaseAndDiacritics;
@@ -65,7 +65,7 @@ bool startsWord(std::string_view text, std::string_view term)
 
 /// A card with the text in it, and the texts that say how well it fits.
 struct Candidate {
-    Ref<ZRPerson> person;
+    std::string uniqueId;
     std::string name, nameKey;
     /// The name and the nickname, folded.
     std::string foldedName;
@@ -120,8 +120,8 @@ private:
     void findCandidates()
     {
         const auto wanted = ZRPerson::searchElementForTerms(ZRPerson::recordClassDescription, _terms);
-        for (const auto& person : _roster.recordsMatchingSearchElement(wanted))
-            addCandidate(platform::refCast<ZRPerson>(person));
+        for (auto& person : ZRNamesOfPeopleMatching(_roster, wanted))
+            addCandidate(std::move(person));
         const auto byName =
             std::ranges::count(_candidates, MatchPlace::startOfNameWord, &Candidate::bestPlace);
         if (_candidates.size() > _limit && static_cast<std::size_t>(byName) < _limit)
@@ -131,12 +131,12 @@ private:
         });
     }
 
-    void addCandidate(const Ref<ZRPerson>& person)
+    void addCandidate(ZRFoundPerson person)
     {
-        Candidate card{person, displayName(*person), {}, {}, MatchPlace::startOfAddress};
+        Candidate card{
+            std::move(person.uniqueId), std::move(person.name), {}, {}, MatchPlace::startOfAddress};
         card.nameKey = platform::collationKey(card.name);
-        card.foldedName = foldCaseAndDiacritics(
-            card.name + " " + std::string(person->valueForProperty(zr::kZRNicknameProperty).asText()));
+        card.foldedName = foldCaseAndDiacritics(card.name + " " + person.nickname);
         const bool isByName =
             std::ranges::all_of(_terms, [&](const auto& term) { return startsWord(card.foldedName, term); });
         if (isByName)
@@ -152,11 +152,10 @@ private:
             starts.push_back(ZRPerson::searchElementForProperty(zr::kZREmailProperty, std::nullopt,
                 std::nullopt, platform::Value(term), kZRPrefixMatchCaseInsensitive));
         const auto element = ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, starts);
-        std::unordered_set<std::string> ids;
-        for (const auto& person : _roster.recordsMatchingSearchElement(element))
-            ids.insert(person->uniqueId());
+        const auto found = ZRIdsOfPeopleMatching(_roster, element);
+        const std::unordered_set<std::string> ids(found.begin(), found.end());
         for (auto& card : _candidates)
-            if (card.bestPlace == MatchPlace::startOfAddress && !ids.contains(card.person->uniqueId()))
+            if (card.bestPlace == MatchPlace::startOfAddress && !ids.contains(card.uniqueId))
                 card.bestPlace = MatchPlace::inside;
     }
 
@@ -171,17 +170,21 @@ private:
 
     void readAddresses(std::size_t from, std::size_t to)
     {
-        ZRRecordList people;
-        for (std::size_t i = from; i < to; ++i)
-            people.push_back(_candidates[i].person);
+        std::unordered_map<std::string, const Candidate*> cards;
+        std::vector<std::string> ids;
+        for (std::size_t i = from; i < to; ++i) {
+            ids.push_back(_candidates[i].uniqueId);
+            cards.emplace(ids.back(), &_candidates[i]);
+        }
+        const auto people = _roster.recordsForUniqueIds(ids);
         _roster.prefetchDataForRecords(people, {zr::kZREmailProperty});
-        for (std::size_t i = from; i < to; ++i)
-            addCompletions(_candidates[i]);
+        for (const auto& person : people)
+            addCompletions(*cards.at(person->uniqueId()), *person);
     }
 
-    void addCompletions(const Candidate& card)
+    void addCompletions(const Candidate& card, const ZRRecord& person)
     {
-        const platform::Value emails = card.person->valueForProperty(zr::kZREmailProperty);
+        const platform::Value emails = person.valueForProperty(zr::kZREmailProperty);
         const auto* const entries = emails.as<ZRMultiValue>();
         if (!entries)
             return;
@@ -190,9 +193,8 @@ private:
             addresses.push_back(foldCaseAndDiacritics(entries->valueAtIndex(i).asText()));
         for (ZRIndex i = 0; i < entries->count(); ++i)
             if (const auto place = worstPlace(card, addresses[static_cast<std::size_t>(i)], addresses))
-                _found.push_back(
-                    {*place, std::string(entries->valueAtIndex(i).asText()), card.name, card.nameKey,
-                        ZRLocalizedPropertyOrLabel(entries->labelAtIndex(i)), card.person->uniqueId()});
+                _found.push_back({*place, std::string(entries->valueAtIndex(i).asText()), card.name,
+                    card.nameKey, ZRLocalizedPropertyOrLabel(entries->labelAtIndex(i)), card.uniqueId});
     }
 
     std::optional<MatchPlace> worstPlace(
