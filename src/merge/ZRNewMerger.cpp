@@ -8,6 +8,7 @@
 #include "merge/MergedProperties.h"
 #include "store/ZRDBCache.h"
 #include "store/ZRManagedObjectContext.h"
+#include "store/ZRModelSlots.h"
 #include "store/ZRRoster.h"
 
 using platform::Ref;
@@ -110,12 +111,15 @@ Value ZRNewMerger::nts_takeSnapshot(const Ref<ZRPerson>& person, const Value& pi
     return _updatedPeopleProperties.back();
 }
 
-// Asked of the roster once: finding out is a fetch.
+// Asked of the context, and once: a roster keeps its Me alive, which would keep the throw-away alive for
+// good.
 bool ZRNewMerger::nts_isMe(const ZRPerson& person)
 {
+    if (!_meUniqueId && _meCard)
+        _meUniqueId = _meCard->nts_UniqueId();
     if (!_meUniqueId) {
-        const auto me = _meCard ? _meCard : _targetRoster->nts_Me();
-        _meUniqueId = me ? me->nts_UniqueId() : std::string();
+        const auto me = _targetRoster->managedObjectContext()->myContact();
+        _meUniqueId = me ? std::string(me->text(contactSlots().uniqueId)) : std::string();
     }
     return *_meUniqueId == person.nts_UniqueId();
 }

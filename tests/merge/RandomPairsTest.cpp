@@ -16,7 +16,6 @@ namespace {
 /// One value of a card: of a single property, or of an entry with its label.
 struct Fact {
     std::string property, label, value;
-    friend auto operator<=>(const Fact&, const Fact&) = default;
 };
 using Facts = std::vector<Fact>;
 
