@@ -74,6 +74,9 @@ private:
 /// All kinds of this room.
 CommandDriver::Kinds allCommandKinds();
 
+/// The custom properties that `someProperties` names.
+void declareProperties(const Ref<ZRRoster>& roster);
+
 /// People with everything that a card can have, groups in groups, a smart group, records that came with a
 /// subscription, a Me card, choices, pictures: saved.
 void populate(CommandDriver& driver);

@@ -260,11 +260,16 @@ CommandDriver::Kinds allCommandKinds()
         {"import", import}};
 }
 
+void declareProperties(const Ref<ZRRoster>& roster)
+{
+    ZRPerson::addPropertiesAndTypes(
+        Value::dictionary({{"driverText", Value(1)}, {"driverTexts", Value(257)}}), roster.get());
+}
+
 void populate(CommandDriver& driver)
 {
     const auto& roster = driver.roster();
-    ZRPerson::addPropertiesAndTypes(
-        Value::dictionary({{"driverText", Value(1)}, {"driverTexts", Value(257)}}), roster.get());
+    declareProperties(roster);
     for (int i = 0; i < 8; ++i)
         driver.newPerson();
     for (int i = 0; i < 4; ++i)
