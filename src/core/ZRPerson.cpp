@@ -14,6 +14,7 @@
 #include "search/ZRSmartGroup.h"
 #include "store/ZRCustomProperties.h"
 #include "store/ZROSRecord.h"
+#include "store/ZRPictureChanges.h"
 #include "store/ZRRoster.h"
 #include "store/ZRServices.h"
 
@@ -112,8 +113,11 @@ void ZRPerson::nts_CascadeRemove()
     // Also one that waits for the save, which would write it without a card.
     if (!nts_Roster()->nts_PendingPicture(nts_UniqueId(), zr::kZRImageProperty).isAbsent())
         nts_Roster()->nts_KeepPicture(nts_UniqueId(), zr::kZRImageProperty, Value());
-    if (const auto path = nts_PathForUIDTaggedImage(); path && platform::isPlainFile(*path))
-        static_cast<void>(platform::removeFile(*path));
+    const auto path = nts_PathForUIDTaggedImage();
+    if (!path || !platform::isPlainFile(*path))
+        return;
+    ZRPictureWillChange(*nts_Roster(), nts_UniqueId(), zr::kZRImageProperty, Value());
+    static_cast<void>(platform::removeFile(*path));
 }
 
 Ref<ZRPerson> ZRPerson::personFromDictionary(const Value& dictionary)

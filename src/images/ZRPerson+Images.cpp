@@ -6,6 +6,7 @@
 #include "platform/notify/NotificationCenter.h"
 #include "platform/run/Log.h"
 #include "store/ZROSRecord.h"
+#include "store/ZRPictureChanges.h"
 #include "store/ZRRoster.h"
 #include "store/ZRServices.h"
 
@@ -125,6 +126,7 @@ bool ZRPerson::nts_SetImageData(const Value& data, std::string_view kind)
     const bool isUsers =
         kind == zr::kZRImageProperty && setUserPicture && roster.nts_IsMe(*this) && setUserPicture(data);
     if (!isUsers) {
+        ZRPictureWillChange(roster, nts_UniqueId(), kind, data);
         // A picture of a card that is not saved yet waits for the save: a card whose picture is missing must
         // not come to be, and a file of a card that never comes is litter.
         if (roster.nts_KeepsPictures() && zrDatabaseImpl() && zrDatabaseImpl()->isInserted()) {
@@ -145,5 +147,9 @@ bool ZRPerson::nts_SetImageData(const Value& data, std::string_view kind)
 bool ZRPerson::setLargeImageData(const Value& data)
 {
     const auto path = largeImagePath();
+    if (path)
+        locked(*nts_Roster(), ZRAccess::write, [&]() ZR_NTS {
+            ZRPictureWillChange(*nts_Roster(), nts_UniqueId(), zr::kZRLargeImageProperty, data);
+        });
     return path && writePicture(*path, nts_Roster()->rosterImagesDirectory(), data);
 }

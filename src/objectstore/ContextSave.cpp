@@ -54,16 +54,14 @@ public:
             Part& part = *_parts.back();
             takeInOthers(part);
             part.write = std::make_unique<StoreWrite>(_context, *store);
-            part.write->run();
-            if (part.merge)
-                part.merge->finishWriting();
+            writeObserved(part);
         }
     }
 
     void commit()
     {
         for (auto& part : _parts)
-            part->transaction.commit();
+            commit(*part);
     }
 
     /// What was not committed is undone while the coordinator is still locked.
@@ -94,6 +92,26 @@ private:
         std::unique_ptr<UnitMerge> merge;
         std::unique_ptr<StoreWrite> write;
     };
+
+    void writeObserved(Part& part)
+    {
+        SaveObserver* const observer = part.store.state().saveObserver;
+        const auto roots = observer ? part.write->touchedRoots(*observer) : std::vector<SavedRoot>();
+        if (observer)
+            observer->willWrite(part.store.state(), roots);
+        part.write->run();
+        if (part.merge)
+            part.merge->finishWriting();
+        if (observer)
+            observer->didWrite(part.store.state(), roots);
+    }
+
+    static void commit(Part& part)
+    {
+        part.transaction.commit();
+        if (SaveObserver* const observer = part.store.state().saveObserver)
+            observer->didCommit();
+    }
 
     /// What others saved is taken in before anything is written over it; what was derived of both is made
     /// anew.

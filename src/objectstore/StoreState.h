@@ -16,6 +16,8 @@
 
 namespace objectstore {
 
+class SaveObserver;
+
 /// Which file stands at a path.
 struct FileIdentity {
     dev_t device = 0;
@@ -61,6 +63,9 @@ struct StoreState {
     bool isWriting = false;
     /// The number of the last commit, as the transaction under way sees it.
     std::int64_t commitNumber = 0;
+
+    /// Sees what saves write; null for nobody.
+    SaveObserver* saveObserver = nullptr;
 
     /// What `readRow` collects fields in.
     std::array<FieldValue, 128> scratch;

@@ -186,30 +186,26 @@ void StoreWrite::writeInserts()
     }
 }
 
-namespace {
-
-std::string insertSQL(const Entity& entity)
+const std::string& insertSQL(StoreState& store, const Entity& entity)
 {
+    std::string& sql = store.insertSQL[entity.index()];
+    if (!sql.empty())
+        return sql;
     std::string columns = "\"_key\", \"_version\", \"_entity\"", marks = "?, ?, ?";
     for (const Slot* slot : entity.fields()) {
         columns += ", " + slot->column;
         marks += ", ?";
     }
-    return fmt::format("INSERT INTO {}({}) VALUES({})", entity.family()->table, columns, marks);
+    return sql = fmt::format("INSERT INTO {}({}) VALUES({})", entity.family()->table, columns, marks);
 }
-
-} // namespace
 
 void StoreWrite::writeInsert(Written& written)
 {
     StoreObject& object = *written.object;
     const Entity& entity = object.entity();
-    std::string& sql = _state.insertSQL[entity.index()];
-    if (sql.empty())
-        sql = insertSQL(entity);
     const auto fields = collectFields(object);
     {
-        sqlite::Use insert(prepared(sql));
+        sqlite::Use insert(prepared(insertSQL(_state, entity)));
         insert->bind(1, written.key).bind(2, _version).bind(3, _state.numberOf(entity));
         for (std::size_t i = 0; i < fields.size(); ++i)
             bindField(*insert, static_cast<int>(i) + 4, fields[i]);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "objectstore/ContextState.h"
+#include "objectstore/SaveObserver.h"
 #include "objectstore/TextIndex.h"
 
 #include <cstdint>
@@ -23,6 +24,9 @@ struct Written {
     bool isLost = false;
 };
 
+/// The statement that inserts a row of that entity: key, version, the entity's number, then its fields.
+const std::string& insertSQL(StoreState& store, const Entity& entity);
+
 /// Writes the unsaved changes of a context to one store, within a write transaction, and changes nothing of
 /// the context: that waits for the commit.
 ///
@@ -36,6 +40,9 @@ public:
     StoreWrite(ContextState& context, PersistentStore& store);
 
     void run();
+
+    /// The roots that `run` will touch. Before it.
+    std::vector<SavedRoot> touchedRoots(const SaveObserver& observer);
 
     PersistentStore& store() const { return _store; }
     std::int64_t version() const { return _version; }
@@ -69,6 +76,7 @@ private:
     void pruneDeletions();
     void writeState();
 
+    std::vector<std::int64_t> rootsTiedTo(const std::vector<std::int64_t>& deleted);
     void noteOwner(std::int64_t key, const Slot& owner);
     FieldValue resolved(StoreObject& object, const Slot& slot) const;
     std::span<const FieldValue> collectFields(StoreObject& object);

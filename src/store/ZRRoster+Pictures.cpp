@@ -3,9 +3,29 @@
 #include "core/ZRUniqueId.h"
 #include "platform/files/Files.h"
 #include "store/PictureWriting.h"
+#include "store/ZRPictureChanges.h"
 #include "store/ZRRosterState.h"
 
 using platform::Value;
+
+namespace {
+
+ZRPictureObserver& pictureObserver()
+{
+    static auto* const observer = new ZRPictureObserver;
+    return *observer;
+}
+
+} // namespace
+
+void ZRObservePictures(ZRPictureObserver observer) { pictureObserver() = std::move(observer); }
+
+void ZRPictureWillChange(
+    ZRRoster& roster, const std::string& uniqueId, std::string_view kind, const Value& data)
+{
+    if (const auto& observer = pictureObserver())
+        observer(roster, uniqueId, kind, data);
+}
 
 void ZRRoster::nts_SetKeepsPictures(bool keeps) { _state->keepsPictures = keeps; }
 bool ZRRoster::nts_KeepsPictures() const { return _state->keepsPictures; }

@@ -1,0 +1,261 @@
+// How images are put together, table by table.
+#include "objectstore/ImageReader.h"
+
+#include "objectstore/RowReader.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace objectstore {
+
+namespace {
+
+constexpr std::size_t kRootsAtOnce = 500;
+constexpr int kFirstField = 3;
+
+int columnOf(const Entity& entity, const Slot& slot)
+{
+    return kFirstField + entity.familyColumns()[slot.field];
+}
+
+} // namespace
+
+std::string nameOfRow(const ImageModel& model, const Entity& entity, const sqlite::Statement& row)
+{
+    for (const auto& keys : model.rules().names) {
+        std::string name;
+        for (const std::string_view key : keys) {
+            const Slot* slot = entity.slot(key);
+            const std::string_view text = slot ? row.text(columnOf(entity, *slot)) : std::string_view();
+            name.append(name.empty() || text.empty() ? "" : " ").append(text);
+        }
+        if (!name.empty())
+            return name;
+    }
+    return {};
+}
+
+std::vector<ObjectImage> ImageReader::read(std::span<const std::int64_t> keys, Want want)
+{
+    _want = want;
+    _references.clear();
+    std::vector<ObjectImage> images;
+    for (std::size_t from = 0; from < keys.size(); from += kRootsAtOnce) {
+        readBatch(keys.subspan(from, std::min(kRootsAtOnce, keys.size() - from)));
+        for (auto& one : _building) {
+            one.image.contentHash = one.content.value();
+            one.image.tiesHash = one.ties.value();
+            images.push_back(std::move(one.image));
+        }
+    }
+    _building.clear();
+    return images;
+}
+
+std::int64_t ImageReader::keyOf(std::string_view uniqueId)
+{
+    for (const auto& roots : _model.roots()) {
+        sqlite::Use find(_store.connection->prepared(fmt::format(
+            "SELECT \"_key\" FROM {} WHERE {} = ?", roots.family->table, roots.uniqueId->column)));
+        find->bindText(1, uniqueId);
+        if (find->step())
+            return find->integer(0);
+    }
+    return 0;
+}
+
+void ImageReader::readBatch(std::span<const std::int64_t> keys)
+{
+    _building.clear();
+    _at.clear();
+    const std::string all = jsonOf(keys);
+    for (const auto& roots : _model.roots()) {
+        const std::size_t before = _building.size();
+        readRoots(roots, all);
+        if (_building.size() == before)
+            continue;
+        for (const auto& parts : roots.parts)
+            readParts(parts, all, Section::content);
+        for (const Slot* slot : roots.large)
+            readLarge(*slot, all);
+        for (const auto& ties : roots.ties)
+            readParts(ties, all, Section::ties);
+        for (const Slot* slot : roots.memberships)
+            readMemberships(*slot, all);
+        for (const Slot* slot : roots.pointers)
+            readPointers(*slot, all);
+    }
+}
+
+void ImageReader::readRoots(const ImageModel::Roots& roots, const std::string& keys)
+{
+    sqlite::Use find(_store.connection->prepared(
+        fmt::format("SELECT {} FROM {} WHERE \"_key\" IN (SELECT value FROM json_each(?))",
+            rowColumns(*roots.family), roots.family->table)));
+    find->bindText(1, keys);
+    while (find->step()) {
+        const Entity* entity = _store.entityNumbered(find->integer(2));
+        if (!entity)
+            continue;
+        Building& one = _building.emplace_back();
+        one.image.key = find->integer(0);
+        one.image.entity = entity;
+        one.image.uniqueId = find->text(columnOf(*entity, *roots.uniqueId));
+        one.image.name = nameOfRow(_model, *entity, *find);
+        _at.emplace(one.image.key, _building.size() - 1);
+        addRow(*find, nullptr, one, Section::content);
+    }
+}
+
+ImageReader::Building* ImageReader::building(std::int64_t key)
+{
+    const auto at = _at.find(key);
+    return at == _at.end() ? nullptr : &_building[at->second];
+}
+
+void ImageReader::readParts(const ImageModel::Found& parts, const std::string& keys, Section section)
+{
+    sqlite::Use find(_store.connection->prepared(
+        fmt::format("SELECT {} FROM {} WHERE {} IN (SELECT value FROM json_each(?))",
+            rowColumns(*parts.family), parts.family->table, parts.by->column)));
+    find->bindText(1, keys);
+    while (find->step()) {
+        const Entity* entity = _store.entityNumbered(find->integer(2));
+        if (Building* one = entity ? building(find->integer(columnOf(*entity, *parts.by))) : nullptr)
+            addRow(*find, parts.by, *one, section);
+    }
+}
+
+void ImageReader::addRow(const sqlite::Statement& row, const Slot* owner, Building& into, Section section)
+{
+    const Entity& entity = *_store.entityNumbered(row.integer(2));
+    _bytes.clear();
+    _counted.clear();
+    appendObject(_bytes, entity.name());
+    _counted = _bytes;
+    for (const Slot* slot : entity.fields()) {
+        if (slot == owner)
+            continue;
+        FieldValue value = readField(row, columnOf(entity, *slot));
+        if (value.kind == FieldKind::absent)
+            continue;
+        _item.clear();
+        if (slot->kind == SlotKind::toOne)
+            appendReference(_item, slot->key, reference(*slot, value.integer));
+        else
+            appendField(_item, ImageItem::Kind::field, slot->key, value);
+        _bytes += _item;
+        if (!_model.isCounted(*slot))
+            continue;
+        if (const std::int64_t bits = _model.uncountedBits(*slot); bits && value.kind == FieldKind::integer) {
+            value.integer &= ~bits;
+            _item.clear();
+            appendField(_item, ImageItem::Kind::field, slot->key, value);
+        }
+        _counted += _item;
+    }
+    // An entry of the text index comes and goes with what it is made of.
+    finishPart(into, section, !entity.textIndex());
+}
+
+void ImageReader::finishPart(Building& into, Section section, bool isCounted)
+{
+    if (isCounted)
+        (section == Section::content ? into.content : into.ties).add(_counted);
+    if (_want == Want::images)
+        (section == Section::content ? into.image.content : into.image.ties) += _bytes;
+}
+
+void ImageReader::readLarge(const Slot& slot, const std::string& keys)
+{
+    sqlite::Use find(_store.connection->prepared(fmt::format(
+        "SELECT \"_key\", value FROM {} WHERE \"_key\" IN (SELECT value FROM json_each(?))", slot.table)));
+    find->bindText(1, keys);
+    while (find->step()) {
+        Building* one = building(find->integer(0));
+        if (!one)
+            continue;
+        _bytes.clear();
+        appendField(_bytes, ImageItem::Kind::large, slot.key, readField(*find, 1));
+        _counted = _bytes;
+        finishPart(*one, Section::content, true);
+    }
+}
+
+void ImageReader::addTie(
+    std::int64_t key, ImageItem::Kind kind, std::string_view name, std::string_view uniqueId)
+{
+    Building* one = building(key);
+    if (!one)
+        return;
+    _bytes.clear();
+    appendTie(_bytes, kind, name, uniqueId);
+    _counted = _bytes;
+    finishPart(*one, Section::ties, true);
+}
+
+void ImageReader::readMemberships(const Slot& slot, const std::string& keys)
+{
+    for (const Family* family : slot.destination->families()) {
+        const Slot* uniqueId = uniqueSlot(*slot.destination);
+        sqlite::Use find(_store.connection->prepared(
+            fmt::format("SELECT j.{0}, f.{1} FROM {2} AS j JOIN {3} AS f ON f.\"_key\" = j.{4}"
+                        " WHERE j.{0} IN (SELECT value FROM json_each(?))",
+                slot.column, uniqueId->column, slot.table, family->table, slot.farColumn)));
+        find->bindText(1, keys);
+        while (find->step())
+            addTie(find->integer(0), ImageItem::Kind::link, slot.table, find->text(1));
+    }
+}
+
+void ImageReader::readPointers(const Slot& slot, const std::string& keys)
+{
+    const Slot* uniqueId = uniqueSlot(*slot.destination);
+    for (const Family* family : slot.destination->families()) {
+        sqlite::Use find(_store.connection->prepared(
+            fmt::format("SELECT {0}, {1} FROM {2} WHERE {0} IN (SELECT value FROM json_each(?))",
+                slot.inverse->column, uniqueId->column, family->table)));
+        find->bindText(1, keys);
+        while (find->step())
+            addTie(find->integer(0), ImageItem::Kind::pointer, slot.key, find->text(1));
+    }
+}
+
+/// Few objects are referred to again and again: services, definitions, groups.
+const std::string& ImageReader::reference(const Slot& slot, std::int64_t key)
+{
+    const auto known = _references.find(key);
+    if (known != _references.end())
+        return known->second;
+    return _references.emplace(key, encodedReference(referenceTo(*slot.destination, key))).first->second;
+}
+
+ImageReference ImageReader::referenceTo(const Entity& destination, std::int64_t key)
+{
+    ImageReference to;
+    to.entity = destination.name();
+    const bool isShared = !destination.sharedBy().empty();
+    to.kind = isShared                   ? ImageReference::Kind::shared
+        : destination.owner() != nullptr ? ImageReference::Kind::part
+                                         : ImageReference::Kind::root;
+    const RowRef row = findRow(_store, *destination.family(), key);
+    if (!row)
+        return to;
+    to.entity = row->entity().name();
+    if (!isShared) {
+        const Slot* name = destination.owner() ? destination.unit().identifier : uniqueSlot(destination);
+        to.name = name ? row->bytes(name->field) : std::string_view();
+        return to;
+    }
+    for (const Slot* slot : row->entity().fields())
+        if (slot->kind == SlotKind::attribute && !row->isAbsent(slot->field)) {
+            FieldValue value = row->value(slot->field);
+            to.held.push_back(std::make_unique<std::string>(value.bytes));
+            value.bytes = *to.held.back();
+            to.fields.emplace_back(slot->key, value);
+        }
+    return to;
+}
+
+} // namespace objectstore
