@@ -52,6 +52,10 @@ struct Options {
     bool plan = false;
     bool explain = false;
     bool once = false;
+    /// Of undo and redo: go on though records are not as the step left them.
+    bool force = false;
+    /// Of the history: forget it.
+    bool clear = false;
 };
 
 namespace exitStatus {
@@ -126,3 +130,6 @@ int runSmartGroupShow(const Options&);
 int runStats(const Options&);
 int runCheck(const Options&);
 int runWatch(const Options&);
+int runUndo(const Options&);
+int runRedo(const Options&);
+int runHistory(const Options&);

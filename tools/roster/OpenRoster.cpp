@@ -1,6 +1,7 @@
 // How the tool gets at the roster that its options name.
 #include "Command.h"
 
+#include "history/ZRHistoryStep.h"
 #include "platform/files/Preferences.h"
 
 #include <filesystem>
@@ -48,7 +49,14 @@ platform::Ref<ZRRoster> openRoster(const Options& options, bool withSamples)
     return roster;
 }
 
-platform::Ref<ZRRoster> openRosterToChange(const Options& options) { return openRoster(options); }
+platform::Ref<ZRRoster> openRosterToChange(const Options& options)
+{
+    auto roster = openRoster(options);
+    // It ends with the process, and then others may undo it.
+    static const auto* const step = new ZRHistoryStep(*roster, options.title);
+    static_cast<void>(step);
+    return roster;
+}
 
 void save(ZRRoster& roster)
 {

@@ -59,6 +59,12 @@ have numbered columns, as many as any of the cards needs and one at least: "Emai
 "Address 1 Label", then its Street, City, State, ZIP, Country and CountryCode; "Group 1". Labels are English
 words or your own; days are written 1970-05-01.)";
 
+constexpr char historyHelp[] =
+    R"(Whatever one command changes is one step, an import of many cards too. undo takes the last step back, redo
+makes it again; a new step drops what was undone. Records that others changed since are named, and then nothing
+is changed; --force goes on all the same, as far as it can. The last 1,000 steps and 64 MB are kept, a bigger
+step by itself. See docs/history.md.)";
+
 struct CommandLine {
     CLI::App app{"Keeps people: a contact store for the desktop", "roster"};
     Options options;
@@ -84,6 +90,7 @@ struct CommandLine {
         addGroups();
         addSmartGroups();
         addUpkeep();
+        addHistory();
     }
 
     CLI::App* add(const std::string& name, const std::string& what, Run command)
@@ -295,6 +302,19 @@ struct CommandLine {
         add("check", "Check that the store is sound, and show its locks, versions and other holders",
             runCheck);
         addWatch();
+    }
+
+    void addHistory()
+    {
+        for (CLI::App* replay : {add("undo", "Take back the last step: what one command changed", runUndo),
+                 add("redo", "Make the step again that was undone last", runRedo)}) {
+            replay->add_flag("--force", options.force, "Also where records were changed since by others");
+            replay->footer(historyHelp);
+        }
+        CLI::App* history = add("history", "List the steps, the last one first", runHistory);
+        history->add_option("--limit", options.limit, "At most this many");
+        history->add_flag("--clear", options.clear, "Forget all steps; records stay as they are");
+        history->footer(historyHelp);
     }
 
     void addWatch()

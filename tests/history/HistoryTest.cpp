@@ -1,0 +1,301 @@
+// What a step is, which records stand in the way of taking it back, and how much is kept.
+#include "history/ZRHistory.h"
+
+#include "core/ZRGroup.h"
+#include "history/ZRHistoryStep.h"
+#include "store/RosterSnapshot.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+using namespace test;
+using Status = ZRHistoryOutcome::Status;
+
+class HistoryTest : public testing::Test {
+protected:
+    Ref<ZRPerson> add(std::string_view name)
+    {
+        return person(roster,
+            {{kZRFirstNameProperty, Value(name)},
+                {kZREmailProperty, multiValue({{Value("a@b.example"), kZRWorkLabel}})}});
+    }
+    Ref<ZRGroup> addGroup(std::string_view name)
+    {
+        auto group = ZRGroup::initWithRoster(roster);
+        group->setValue(Value(name), kZRGroupNameProperty);
+        return group;
+    }
+    Ref<ZRPerson> named(std::string_view id)
+    {
+        return platform::refCast<ZRPerson>(roster->recordForUniqueId(id));
+    }
+    /// What `edit` changes is one step.
+    void step(const std::function<void()>& edit, std::string title = "a step")
+    {
+        const ZRHistoryStep step(*roster, std::move(title));
+        edit();
+        ASSERT_TRUE(roster->save());
+    }
+    /// As a program does that keeps no history.
+    void unnoted(const std::function<void()>& edit)
+    {
+        edit();
+        ASSERT_TRUE(roster->save());
+    }
+    Status undo(ZRHistoryForce force = ZRHistoryForce::no) { return history.undo(force).status; }
+    Status redo(ZRHistoryForce force = ZRHistoryForce::no) { return history.redo(force).status; }
+    std::size_t countOfSteps() { return history.steps()->size(); }
+    void expectState(const Snapshot& expected) { EXPECT_EQ(differenceOf(expected, snapshotOf(roster)), ""); }
+
+    Ref<ZRRoster> roster = ZRRoster::emptyMemoryBackedRoster();
+    ZRHistory history{*roster};
+};
+
+TEST_F(HistoryTest, TakesAllSavesOfAStepBackAtOnce)
+{
+    unnoted([&] { add("Before"); });
+    const Snapshot before = snapshotOf(roster);
+    step([&] {
+        const auto ana = add("Ana");
+        ASSERT_TRUE(roster->save());
+        ana->setValue(Value("Lima"), kZRLastNameProperty);
+        const auto passing = add("Passing");
+        ASSERT_TRUE(roster->save());
+        roster->removeRecord(passing);
+    });
+    const Snapshot after = snapshotOf(roster);
+    const auto steps = history.steps();
+    ASSERT_EQ(steps->size(), 1U);
+    EXPECT_EQ(steps->front().added, 1);
+    EXPECT_EQ(steps->front().changed + steps->front().removed, 0);
+    ASSERT_EQ(undo(), Status::done);
+    expectState(before);
+    ASSERT_EQ(redo(), Status::done);
+    expectState(after);
+    EXPECT_EQ(redo(), Status::nothing);
+}
+
+TEST_F(HistoryTest, LeavesNoStepOfWhatComesToNothing)
+{
+    unnoted([&] { add("Ana"); });
+    step([&] {
+        const auto passing = add("Passing");
+        ASSERT_TRUE(roster->save());
+        roster->removeRecord(passing);
+    });
+    step([&] {
+        platform::refCast<ZRPerson>(roster->people().front())->setValue(Value("Ana"), kZRFirstNameProperty);
+    });
+    EXPECT_EQ(countOfSteps(), 0U);
+    EXPECT_EQ(undo(), Status::nothing);
+}
+
+TEST_F(HistoryTest, DropsWhatWasUndoneWithANewStep)
+{
+    step([&] { add("One"); }, "one");
+    step([&] { add("Two"); }, "two");
+    ASSERT_EQ(undo(), Status::done);
+    step([&] { add("Three"); }, "three");
+    EXPECT_EQ(redo(), Status::nothing);
+    const auto steps = history.steps();
+    ASSERT_EQ(steps->size(), 2U);
+    EXPECT_EQ((*steps)[0].title, "three");
+    EXPECT_EQ((*steps)[1].title, "one");
+}
+
+TEST_F(HistoryTest, IsNotUndoneWhileItIsMade)
+{
+    Home home;
+    const auto outcome = home.play("undo a step under way");
+    EXPECT_EQ(outcome.status, 0) << outcome.log;
+    EXPECT_EQ(outcome.answer, "2 0");
+}
+
+const Role underWay("undo a step under way", [](const Words&) {
+    const auto roster = openShared();
+    ZRHistory history(*roster);
+    Status during = Status::done;
+    {
+        const ZRHistoryStep step(*roster, "under way");
+        person(roster, {{kZRFirstNameProperty, Value("Ana")}});
+        if (!roster->save())
+            throw std::runtime_error("not saved");
+        during = history.undo().status;
+    }
+    const Status afterwards = history.undo().status;
+    return std::to_string(static_cast<int>(during)) + " " + std::to_string(static_cast<int>(afterwards));
+});
+
+// ---- what stands in the way
+
+struct Meddling {
+    const char* what;
+    /// The step, and what somebody else does then. They share the ids of records that are there at first.
+    std::function<void(HistoryTest&, ZRRoster&)> edit;
+    std::function<void(HistoryTest&, ZRRoster&)> meddle;
+    const char* reason;
+};
+
+Ref<ZRPerson> first(ZRRoster& roster)
+{
+    for (const auto& record : roster.people())
+        if (record->valueForProperty(kZRFirstNameProperty).asText() == "Ana")
+            return platform::refCast<ZRPerson>(record);
+    return nullptr;
+}
+
+Ref<ZRGroup> onlyGroup(ZRRoster& roster) { return platform::refCast<ZRGroup>(roster.groups().front()); }
+
+const Meddling meddlings[] = {
+    {"a changed card was changed again",
+        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("Lima"), kZRLastNameProperty); },
+        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("Porto"), kZRLastNameProperty); },
+        "was changed"},
+    {"an entry of a changed card was changed",
+        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("Lima"), kZRLastNameProperty); },
+        [](auto&, ZRRoster& roster) {
+            first(roster)->setValue(multiValue({{Value("x@y.example"), kZRHomeLabel}}), kZREmailProperty);
+        },
+        "was changed"},
+    {"a changed card was removed",
+        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("Lima"), kZRLastNameProperty); },
+        [](auto&, ZRRoster& roster) { roster.removeRecord(first(roster)); }, "is missing"},
+    {"somebody else left the group",
+        [](auto&, ZRRoster& roster) { onlyGroup(roster)->addMember(*first(roster)); },
+        [](auto&, ZRRoster& roster) { onlyGroup(roster)->removeMember(*first(roster)); }, "was changed"},
+    {"Me was chosen anew", [](auto&, ZRRoster& roster) { roster.setMe(first(roster)); },
+        [](auto&, ZRRoster& roster) { roster.setMe(nullptr); }, "was changed"},
+    // What does not count.
+    {"another card was changed",
+        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("Lima"), kZRLastNameProperty); },
+        [](auto&, ZRRoster& roster) {
+            const auto other = ZRPerson::initWithRoster(Ref<ZRRoster>(&roster));
+            other->setValue(Value("Bo"), kZRFirstNameProperty);
+        },
+        nullptr},
+    {"the card came into a group",
+        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("L"), kZRNoteProperty); },
+        [](auto&, ZRRoster& roster) { onlyGroup(roster)->addMember(*first(roster)); }, nullptr},
+    {"the mark of the last import was set",
+        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("L"), kZRNoteProperty); },
+        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value(0x80), kZRPersonFlags); }, nullptr},
+};
+
+TEST_F(HistoryTest, NamesWhatWasChangedSince)
+{
+    for (const auto& meddling : meddlings) {
+        SCOPED_TRACE(meddling.what);
+        roster = ZRRoster::emptyMemoryBackedRoster();
+        ZRHistory own(*roster);
+        std::string ana;
+        unnoted([&] {
+            ana = add("Ana")->uniqueId();
+            addGroup("Friends");
+        });
+        const Snapshot start = snapshotOf(roster);
+        step([&] { meddling.edit(*this, *roster); });
+        unnoted([&] { meddling.meddle(*this, *roster); });
+        const Snapshot meddled = snapshotOf(roster);
+        const auto outcome = own.undo();
+        if (!meddling.reason) {
+            EXPECT_EQ(outcome.status, Status::done);
+            EXPECT_TRUE(outcome.conflicts.empty());
+            continue;
+        }
+        EXPECT_EQ(outcome.status, Status::conflict);
+        ASSERT_EQ(outcome.conflicts.size(), 1U);
+        EXPECT_EQ(outcome.conflicts[0].uniqueId, ana);
+        EXPECT_EQ(outcome.conflicts[0].name, "Ana");
+        EXPECT_EQ(outcome.conflicts[0].reason, meddling.reason);
+        expectState(meddled);
+        EXPECT_EQ(own.undo(ZRHistoryForce::yes).status, Status::done);
+        if (std::string_view(meddling.reason) == "was changed")
+            expectState(start);
+        ASSERT_EQ(own.redo(ZRHistoryForce::yes).status, Status::done);
+        expectState(meddled);
+    }
+}
+
+TEST_F(HistoryTest, GivesMeBackUnlessSomebodyElseIsMe)
+{
+    std::string ana, bo;
+    unnoted([&] {
+        ana = add("Ana")->uniqueId();
+        bo = add("Bo")->uniqueId();
+        roster->setMe(named(ana));
+    });
+    step([&] { roster->removeRecord(named(ana)); });
+    unnoted([&] { roster->setMe(named(bo)); });
+    ASSERT_EQ(undo(), Status::done);
+    ASSERT_TRUE(named(ana));
+    EXPECT_EQ(roster->me()->uniqueId(), bo);
+}
+
+TEST_F(HistoryTest, BringsDefinitionsAndGroupsBackThatTheirValuesNeed)
+{
+    ZRPerson::addPropertiesAndTypes(
+        Value::dictionary({{"org.example.shoe", Value(static_cast<std::int64_t>(kZRPropertyTypeString))}}),
+        roster.get());
+    std::string ana;
+    unnoted([&] {
+        const auto card = add("Ana");
+        ana = card->uniqueId();
+        card->setValue(Value("42"), "org.example.shoe");
+        const auto friends = addGroup("Friends");
+        friends->addMember(*card);
+        friends->setDistributionIdentifier(
+            card->valueForProperty(kZREmailProperty).as<ZRMultiValue>()->identifierAtIndex(0),
+            kZREmailProperty, *card);
+    });
+    const Snapshot before = snapshotOf(roster);
+    step([&] {
+        roster->removeRecord(onlyGroup(*roster));
+        roster->removeRecord(named(ana));
+    });
+    ASSERT_EQ(undo(), Status::done);
+    expectState(before);
+    EXPECT_EQ(named(ana)->valueForProperty("org.example.shoe").asText(), "42");
+    EXPECT_EQ(roster->peopleMatchingText("ana").size(), 1U) << "not found by its text";
+}
+
+// ---- how much is kept
+
+TEST_F(HistoryTest, KeepsTheLastThousandSteps)
+{
+    unnoted([&] { add("Ana"); });
+    for (int i = 0; i < 1'005; ++i)
+        step([&] { first(*roster)->setValue(Value(i), kZRPersonFlags); }, std::to_string(i));
+    const auto steps = history.steps();
+    ASSERT_EQ(steps->size(), 1'000U);
+    EXPECT_EQ(steps->front().title, "1004");
+    EXPECT_EQ(steps->back().title, "5");
+}
+
+TEST_F(HistoryTest, KeepsSixtyFourMegabytesAndABiggerStepAlone)
+{
+    const auto note = [&](std::size_t megabytes, char c) {
+        step([&] { first(*roster)->setValue(Value(std::string(megabytes << 20, c)), kZRHomePageProperty); });
+    };
+    unnoted([&] { add("Ana"); });
+    note(20, 'a');
+    for (const char c : {'b', 'c', 'd', 'e', 'f'})
+        note(20, c);
+    std::int64_t size = 0;
+    for (const auto& kept : *history.steps())
+        size += kept.size;
+    EXPECT_EQ(countOfSteps(), 3U);
+    EXPECT_LE(size, 64 << 20);
+    note(70, 'g');
+    note(1, 'h');
+    EXPECT_EQ(countOfSteps(), 1U) << "what keeps 70 MB is alone";
+    ASSERT_EQ(undo(), Status::done);
+    EXPECT_EQ(first(*roster)->valueForProperty(kZRHomePageProperty).asText().size(), std::size_t{70} << 20);
+    ASSERT_TRUE(history.clear());
+    EXPECT_EQ(countOfSteps(), 0U);
+    EXPECT_EQ(redo(), Status::nothing);
+}
+
+} // namespace
