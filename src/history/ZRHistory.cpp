@@ -3,6 +3,7 @@
 
 #include "core/ZRConstants.h"
 #include "core/ZRPerson.h"
+#include "history/HistoryModel.h"
 #include "history/HistoryReplay.h"
 #include "history/StepInUse.h"
 #include "objectstore/PersistentStore.h"
@@ -57,12 +58,24 @@ Error notWritable(const ZRRoster& roster)
     return {"ZRRosterErrorDomain", 513, roster.databaseDirectory() + ": the roster may not be written"};
 }
 
+/// The roster's own facts are made when somebody asks for them, and wait for a save without harm.
+bool hasUnsavedRecords(ZRRoster& roster) ZR_NTS
+{
+    const auto context = roster.managedObjectContext();
+    for (const auto& objects :
+        {context->insertedObjects(), context->updatedObjects(), context->deletedObjects()})
+        for (const auto& object : objects)
+            if (object->entity().owner() || history::imageModel().rootsOf(object->entity()))
+                return true;
+    return false;
+}
+
 /// Why nothing may be replayed in this roster, or an Error without a domain.
 Error refusalOf(ZRRoster& roster) ZR_NTS
 {
     if (roster._isReadOnlyIgnoresInert(true))
         return notWritable(roster);
-    if (roster.nts_hasUnsavedChanges())
+    if (roster.nts_hasUnsavedChanges() && hasUnsavedRecords(roster))
         return {"ZRRosterErrorDomain", 3, "the roster has unsaved changes"};
     return {};
 }

@@ -69,12 +69,17 @@ void ImageReader::readBatch(std::span<const std::int64_t> keys)
 {
     _building.clear();
     _at.clear();
-    const std::string all = jsonOf(keys);
+    const std::string wanted = jsonOf(keys);
     for (const auto& roots : _model.roots()) {
         const std::size_t before = _building.size();
-        readRoots(roots, all);
+        readRoots(roots, wanted);
         if (_building.size() == before)
             continue;
+        // Roots of several tables may have parts in one.
+        std::vector<std::int64_t> found;
+        for (std::size_t i = before; i < _building.size(); ++i)
+            found.push_back(_building[i].image.key);
+        const std::string all = jsonOf(found);
         for (const auto& parts : roots.parts)
             readParts(parts, all, Section::content);
         for (const Slot* slot : roots.large)

@@ -68,7 +68,7 @@ private:
     Value entries(std::size_t most)
     {
         std::vector<Entry> list;
-        constexpr std::string_view labels[] = {kZRWorkLabel, kZRHomeLabel, "holiday"};
+        const std::string_view labels[] = {kZRWorkLabel, kZRHomeLabel, "holiday"};
         for (std::size_t count = dice(most) + 1; count > 0; --count)
             list.push_back({Value(word() + "@example.com"), labels[dice(3)]});
         return multiValue(list, static_cast<ZRIndex>(dice(list.size())));

@@ -54,9 +54,10 @@ const Role acts("act on the history", [](const Words& words) {
     if (outcome.status == ZRHistoryOutcome::Status::nothing)
         return found + kBetween + found;
     if (outcome.status != ZRHistoryOutcome::Status::done)
-        throw std::runtime_error(fmt::format("{} of '{}': {} {} conflicts, the first: {}", words.at(0),
-            outcome.step->title, outcome.error.text, outcome.conflicts.size(),
-            outcome.conflicts.empty() ? "" : outcome.conflicts[0].uniqueId + outcome.conflicts[0].reason));
+        throw std::runtime_error(fmt::format("{}: {}, {} conflicts, the first: {}", words.at(0),
+            outcome.error.text, outcome.conflicts.size(),
+            outcome.conflicts.empty() ? ""
+                                      : outcome.conflicts[0].uniqueId + " " + outcome.conflicts[0].reason));
     return found + kBetween + textOfRoster(roster);
 });
 
@@ -116,7 +117,10 @@ TEST_P(RandomSteps, LeadToStatesThatWereThere)
     const int last = steps();
     for (int step = 0; step < last; ++step) {
         const auto chance = random() % 10;
-        ASSERT_TRUE(act(chance < 6 ? "edit" : chance < 8 ? "undo" : "redo", random() % 1'000'000));
+        ASSERT_TRUE(act(chance < 6 ? "edit"
+                : chance < 8       ? "undo"
+                                   : "redo",
+            static_cast<std::uint32_t>(random() % 1'000'000)));
     }
     EXPECT_GT(walk.position(), 5U);
     while (walk.position() > 0)
