@@ -28,37 +28,46 @@ bool belongsToTheRecord(const Slot& slot)
         || &slot == &slots.displayFlags;
 }
 
-bool mergeFields(ZROSContact& target, ZROSContact& source)
+void mergeFields(ZROSContact& target, ZROSContact& source)
 {
-    bool hasChanged = false;
     for (const Slot* slot : contactSlots().entity.slots())
         if (!belongsToTheRecord(*slot))
-            hasChanged |= merge::copyAttribute(*slot, target, source);
+            merge::copyAttribute(*slot, target, source);
     const Slot& displayFlags = contactSlots().displayFlags;
     const std::int64_t flags =
         (source.integer(displayFlags) & ~lastImportFlag) | (target.integer(displayFlags) & lastImportFlag);
-    if (flags == target.integer(displayFlags))
-        return hasChanged;
-    target.setValue(displayFlags, flags == 0 ? Value() : Value(flags));
-    return true;
+    if (flags != target.integer(displayFlags))
+        target.setValue(displayFlags, flags == 0 ? Value() : Value(flags));
 }
 
 /// A note without a text goes with the next save.
-bool mergeNote(ZROSContact& target, ZROSContact& source)
+void mergeNote(ZROSContact& target, ZROSContact& source)
 {
     const Slot &note = contactSlots().note, &text = noteSlots().text;
     const ObjectRef theirs = source.related(note);
     ObjectRef mine = target.related(note);
     const Value wanted = theirs ? theirs->value(text) : Value();
     if (wanted == (mine ? mine->value(text) : Value()))
-        return false;
+        return;
     if (!mine) {
         mine = target.context()->insertObjectOfEntity(noteSlots().entity);
         target.context()->assignObjectToStore(*mine, target.store());
         target.setRelated(note, mine.get());
     }
     mine->setValue(text, wanted);
-    return true;
+}
+
+/// Fields and texts make stale what follows from them; that an entry went or moved does not.
+void mergeEntries(ZROSContact& target, ZROSContact& source)
+{
+    bool hasChanged = false;
+    for (const Slot* slot : contactSlots().entity.slots())
+        if (merge::holdsEntries(*slot))
+            hasChanged |= merge::mergeRows(*slot, target, source);
+    if (!hasChanged)
+        return;
+    target.clearSortNames();
+    target.clearStringForIndexing();
 }
 
 platform::Ref<ZRPerson> personOf(ZROSContact& contact) ZR_NTS
@@ -114,14 +123,8 @@ void mergeContact(ZROSContact& target, ZROSContact& source)
     requireThere(source);
     target.readAllParts();
     source.readAllParts();
-    bool hasChanged = mergeFields(target, source);
-    for (const Slot* slot : contactSlots().entity.slots())
-        if (merge::holdsEntries(*slot))
-            hasChanged |= merge::mergeRows(*slot, target, source);
-    hasChanged |= mergeNote(target, source);
-    if (hasChanged) {
-        target.clearSortNames();
-        target.clearStringForIndexing();
-    }
+    mergeFields(target, source);
+    mergeEntries(target, source);
+    mergeNote(target, source);
     mergePictures(target, source);
 }

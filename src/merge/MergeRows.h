@@ -13,7 +13,7 @@ bool holdsEntries(const objectstore::Slot& slot);
 /// Makes the rows of `slot` in `target` say what those in `source` say; answers whether anything changed.
 bool mergeRows(const objectstore::Slot& slot, ZROSContact& target, ZROSContact& source);
 
-/// Copies an attribute unless both say the same; answers whether anything changed.
+/// Copies a stored attribute unless both say the same; answers whether anything changed.
 bool copyAttribute(
     const objectstore::Slot& slot, objectstore::StoreObject& target, objectstore::StoreObject& source);
 

@@ -164,15 +164,19 @@ TEST_F(Merger, FindsValuesThatReadTheSame)
         {"ZRDate a: 1999-01-01 | ZRDate b: 1999-01-01", "ZRDate a: 1999-01-01"},
         {"Email a: x | Phone a: x", "Email a: x | Phone a: x"},
     };
+    recordUndo();
     for (const auto& [line, cleaned] : cases) {
         SCOPED_TRACE(line);
         const auto person = saved(line);
+        const auto before = snapshotOf(roster);
         merger = ZRNewMerger::initWithGroup(nullptr);
         EXPECT_EQ(
             merger->findSimilarMultiValuesForPerson(inTarget(*person)), line != std::string_view(cleaned));
         EXPECT_EQ(lineOf(*person), line) << "before it is applied";
         merger->applyChanges();
         EXPECT_EQ(lineOf(*reread(*person)), cleaned);
+        if (line != std::string_view(cleaned))
+            expectUndoable(before);
     }
 }
 
