@@ -160,26 +160,33 @@ void HistoryRecorder::write(StoreState& store, std::vector<Saved>& changes)
 {
     Tables tables(store);
     beginStep(tables);
+    bool isRewritten = false;
+    std::int64_t size = 0;
     for (Saved& saved : changes) {
-        if (!_isNewStep)
-            mergeEarlier(tables, saved);
+        isRewritten |= !_isNewStep && mergeEarlier(tables, saved);
         if (!saved.change.before.isThere && !saved.change.after.isThere) {
             tables.remove(_step, saved.change.record);
             continue;
         }
         tables.put(_step, saved.change);
-        if (saved.picturesBefore)
-            tables.putPictures(_step, saved.change.record, Side::before, *saved.picturesBefore);
+        size += Tables::sizeOf(saved.change);
+        if (!saved.picturesBefore)
+            continue;
+        tables.putPictures(_step, saved.change.record, Side::before, *saved.picturesBefore);
+        size += Tables::sizeOf(*saved.picturesBefore);
     }
-    tables.settle(_step);
+    if (isRewritten)
+        tables.settle(_step);
+    else
+        tables.grow(_step, size);
 }
 
-/// An earlier save of this step touched the record too: what was there before that one counts.
-void HistoryRecorder::mergeEarlier(Tables& tables, Saved& saved) const
+/// Where an earlier save of this step touched the record too, what was there before that one counts.
+bool HistoryRecorder::mergeEarlier(Tables& tables, Saved& saved) const
 {
     auto earlier = tables.change(_step, saved.change.record);
     if (!earlier)
-        return;
+        return false;
     Change& change = saved.change;
     change.before.isThere = earlier->before.isThere;
     if (earlier->left.content || earlier->before.content)
@@ -189,7 +196,7 @@ void HistoryRecorder::mergeEarlier(Tables& tables, Saved& saved) const
     if (earlier->left.picture || !earlier->after.isThere)
         saved.picturesBefore.reset();
     if (!change.after.isThere)
-        return;
+        return true;
     const auto keep = [](std::optional<std::int64_t>& now, const std::optional<std::int64_t>& former) {
         if (!now)
             now = former;
@@ -197,6 +204,7 @@ void HistoryRecorder::mergeEarlier(Tables& tables, Saved& saved) const
     keep(change.left.content, earlier->left.content);
     keep(change.left.ties, earlier->left.ties);
     keep(change.left.picture, earlier->left.picture);
+    return true;
 }
 
 } // namespace history

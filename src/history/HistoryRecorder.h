@@ -50,7 +50,7 @@ private:
     void notePictures(Saved& saved, const std::string& record) const;
     void write(objectstore::StoreState& store, std::vector<Saved>& changes);
     void beginStep(Tables& tables);
-    void mergeEarlier(Tables& tables, Saved& saved) const;
+    bool mergeEarlier(Tables& tables, Saved& saved) const;
 
     const std::string _title;
     const std::string _directory;

@@ -27,7 +27,9 @@ constexpr char kChangeColumns[] =
     "SELECT record, key, name, beforeThere, beforeContent, beforeTies, afterThere, afterContent, afterTies,"
     " leftContent, leftTies, leftPicture FROM history_change";
 
-/// What a row takes beside its images, about.
+/// What a row takes beside its images, about; as in the statement below.
+constexpr std::size_t kSizeOfRow = 120;
+
 constexpr char kSizeOfStep[] =
     "UPDATE history_step SET size = (SELECT total(120 + ifnull(length(beforeContent), 0)"
     " + ifnull(length(beforeTies), 0) + ifnull(length(afterContent), 0) + ifnull(length(afterTies), 0))"
@@ -177,6 +179,29 @@ void Tables::settle(std::int64_t step)
     Use measure(prepared(kSizeOfStep));
     measure->bind(1, step).run();
     prune(step);
+}
+
+void Tables::grow(std::int64_t step, std::int64_t bytes)
+{
+    Use add(prepared("UPDATE history_step SET size = size + ? WHERE id = ?"));
+    add->bind(1, bytes).bind(2, step).run();
+    prune(step);
+}
+
+std::int64_t Tables::sizeOf(const Change& change)
+{
+    std::size_t size = kSizeOfRow;
+    for (const ChangeSide* side : {&change.before, &change.after})
+        size += side->content.value_or("").size() + side->ties.value_or("").size();
+    return static_cast<std::int64_t>(size);
+}
+
+std::int64_t Tables::sizeOf(const Pictures& pictures)
+{
+    std::size_t size = 0;
+    for (const auto& [kind, bytes] : pictures)
+        size += kSizeOfRow + bytes.size();
+    return static_cast<std::int64_t>(size);
 }
 
 void Tables::prune(std::int64_t kept)

@@ -70,6 +70,10 @@ struct StepRow {
 /// Errors:    throws sqlite::Failure.
 class Tables {
 public:
+    /// What a change takes in the tables, about.
+    static std::int64_t sizeOf(const Change& change);
+    static std::int64_t sizeOf(const Pictures& pictures);
+
     explicit Tables(objectstore::StoreState& store) : _store(store) { }
 
     bool exist();
@@ -86,6 +90,8 @@ public:
     /// Writes down how big the step is now, and drops the oldest ones that are too many. What was undone is
     /// kept as long as it can be redone. A step without changes goes.
     void settle(std::int64_t step);
+    /// The same, where so many bytes came to it and nothing else changed: the step is not walked.
+    void grow(std::int64_t step, std::int64_t bytes);
     void clear();
 
     std::optional<Change> change(std::int64_t step, std::string_view record);

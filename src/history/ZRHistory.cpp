@@ -165,6 +165,11 @@ Result<void> ZRHistory::clear()
     });
 }
 
+Result<void> ZRHistory::settlePictures()
+{
+    return locked(*_state->roster, ZRAccess::write, [&] { return _state->settlePictures(); });
+}
+
 // ---- one step
 
 ZRHistoryOutcome ZRHistory::State::replay(Side towards, ZRHistoryForce force)

@@ -85,6 +85,9 @@ public:
     ZRHistoryOutcome undo(ZRHistoryForce force = ZRHistoryForce::no);
     /// Makes the step again that was undone last.
     ZRHistoryOutcome redo(ZRHistoryForce force = ZRHistoryForce::no);
+    /// Puts pictures in place that a process decided on which was killed then. Costs one look into the store
+    /// when there are none. For whoever opens a roster; undo and redo do it by themselves.
+    platform::Result<void> settlePictures();
     /// Forgets all steps. Records stay as they are.
     platform::Result<void> clear();
 

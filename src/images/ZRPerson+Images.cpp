@@ -37,6 +37,16 @@ bool writePicture(const std::string& path, const std::string& directory, const V
     return bool(written);
 }
 
+/// Nothing takes the file away.
+bool replacePicture(const std::string& path, const std::string& directory, const Value& data)
+{
+    if (!data.isNothing())
+        return writePicture(path, directory, data);
+    if (platform::isPlainFile(path))
+        static_cast<void>(platform::removeFile(path));
+    return true;
+}
+
 } // namespace
 
 std::string ZRPerson::nts_imageNameForPerson() const
@@ -126,16 +136,14 @@ bool ZRPerson::nts_SetImageData(const Value& data, std::string_view kind)
     const bool isUsers =
         kind == zr::kZRImageProperty && setUserPicture && roster.nts_IsMe(*this) && setUserPicture(data);
     if (!isUsers) {
-        ZRPictureWillChange(roster, nts_UniqueId(), kind, data);
         // A picture of a card that is not saved yet waits for the save: a card whose picture is missing must
         // not come to be, and a file of a card that never comes is litter.
         if (roster.nts_KeepsPictures() && zrDatabaseImpl() && zrDatabaseImpl()->isInserted()) {
             roster.nts_KeepPicture(nts_UniqueId(), kind, data);
-        } else if (data.isNothing()) {
-            if (platform::isPlainFile(*path))
-                static_cast<void>(platform::removeFile(*path));
-        } else if (!writePicture(*path, roster.rosterImagesDirectory(), data)) {
-            return false;
+        } else {
+            ZRPictureWillChange(roster, nts_UniqueId(), kind, data);
+            if (!replacePicture(*path, roster.rosterImagesDirectory(), data))
+                return false;
         }
     }
     nts_Touch();

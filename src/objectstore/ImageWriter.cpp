@@ -220,6 +220,13 @@ void ImageWriter::cutLinks(const Slot& slot, const std::string& keys)
 void ImageWriter::removeTies(const ImageModel::Roots& roots, const std::string& keys)
 {
     for (const auto& ties : roots.ties) {
+        const Slot& owner = *ties.family->owner;
+        for (const Family* family : owner.destination->families()) {
+            sqlite::Use touchOwner(prepared(fmt::format(
+                "UPDATE {} SET \"_version\" = ? WHERE \"_key\" IN (SELECT {} FROM {} WHERE {} {})",
+                family->table, owner.column, ties.family->table, ties.by->column, kAmongKeys)));
+            touchOwner->bind(1, _version).bindText(2, keys).run();
+        }
         sqlite::Use remove(prepared(
             fmt::format("DELETE FROM {} WHERE {} {}", ties.family->table, ties.by->column, kAmongKeys)));
         remove->bindText(1, keys).run();
@@ -360,8 +367,13 @@ void ImageWriter::writeTie(const ImageModel::Roots& roots, const Part& part, std
 {
     const auto table = std::ranges::find(roots.ties, part.entity->family(), &ImageModel::Found::family);
     const auto leads = [&](const auto& reference) { return resolve(reference.second, key) != 0; };
-    if (table != roots.ties.end() && std::ranges::all_of(part.references, leads))
-        writeRow(part, ++_sequence, table->by, key);
+    if (table == roots.ties.end() || !std::ranges::all_of(part.references, leads))
+        return;
+    writeRow(part, ++_sequence, table->by, key);
+    for (const auto& [slot, reference] : part.references)
+        if (slot == part.entity->owner())
+            for (const Family* family : slot->destination->families())
+                touch(*family, resolve(reference, key));
 }
 
 // ---- what references lead to

@@ -32,6 +32,7 @@ bool ZRRoster::nts_KeepsPictures() const { return _state->keepsPictures; }
 
 void ZRRoster::nts_KeepPicture(const std::string& uniqueId, std::string_view kind, const Value& data)
 {
+    ZRPictureWillChange(*this, uniqueId, kind, data);
     _state->pictures[{uniqueId, std::string(kind)}] = data;
 }
 

@@ -61,7 +61,7 @@ int statusOf(const ZRHistoryOutcome& outcome, std::string_view verb)
     case Status::conflict:
         complainOfConflicts(outcome);
         complain(fmt::format(
-            "'{}' cannot be taken up: others changed it since; --force goes on all the same", title));
+            "cannot {} '{}': others changed that since; --force goes on all the same", verb, title));
         return exitStatus::refused;
     case Status::failed:
         complain(outcome.error.text);

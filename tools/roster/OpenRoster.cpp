@@ -1,6 +1,7 @@
 // How the tool gets at the roster that its options name.
 #include "Command.h"
 
+#include "history/ZRHistory.h"
 #include "history/ZRHistoryStep.h"
 #include "platform/files/Preferences.h"
 
@@ -46,6 +47,8 @@ platform::Ref<ZRRoster> openRoster(const Options& options, bool withSamples)
         throw Failure(exitStatus::noStore, report.empty() ? "the roster cannot be opened" : report);
     if (!report.empty())
         complain(report);
+    if (const auto settled = ZRHistory(*roster).settlePictures(); !settled)
+        complain(settled.error().text);
     return roster;
 }
 
