@@ -1,6 +1,7 @@
 // What records cost on a store that is there: the first names, all names, the sorted list and its edits, one
-// edit and save, one new card.
+// edit and save, one new card, a group and its members.
 #include "core/ZRConstants.h"
+#include "core/ZRGroup.h"
 #include "core/ZRMutableMultiValue.h"
 #include "core/ZRPerson.h"
 #include "store/ZRDBCache.h"
@@ -124,6 +125,45 @@ int changedMember(const std::string& directory, std::size_t changes)
     return 0;
 }
 
+constexpr std::string_view kGroup = "Many members";
+
+void save(ZRRoster& roster)
+{
+    if (!roster.save())
+        bench::fail(roster.lastSaveError().text);
+}
+
+/// Puts the first people of the list into a group, for `members`.
+int makeGroup(const std::string& directory, std::size_t members)
+{
+    const auto roster = bench::openRoster(directory);
+    const auto group = ZRGroup::initWithRoster(roster);
+    group->setValue(Value(kGroup), zr::kZRGroupNameProperty);
+    Result result("group", "roster", directory, members);
+    result.time([&] {
+        group->addMembers(roster->sortedPeople(ZRNameOrder::preferred, members));
+        save(*roster);
+    });
+    result.print();
+    return 0;
+}
+
+/// The members of that group, as a process that has read nothing else gets them.
+int members(const std::string& directory, std::size_t)
+{
+    const auto roster = bench::openRoster(directory);
+    for (const auto& record : roster->groups())
+        if (const auto group = platform::refCast<ZRGroup>(record); group->name() == kGroup) {
+            const bench::Stopwatch watch;
+            const ZRRecordList people = group->members();
+            Result result("members", "roster", directory, people.size());
+            result.add(watch.wall(), watch.processor());
+            result.print();
+            return 0;
+        }
+    bench::fail(directory + ": no group was made");
+}
+
 std::vector<std::string> allIds(ZRRoster& roster)
 {
     std::vector<std::string> ids;
@@ -132,12 +172,6 @@ std::vector<std::string> allIds(ZRRoster& roster)
     if (ids.empty())
         bench::fail("the roster holds no cards");
     return ids;
-}
-
-void save(ZRRoster& roster)
-{
-    if (!roster.save())
-        bench::fail(roster.lastSaveError().text);
 }
 
 /// A job title and the address of the first e-mail, from the id to the disk.
@@ -199,7 +233,7 @@ int add(const std::string& directory, std::size_t cards)
 }
 
 constexpr bench::Command kCommands[] = {{"open", listFirst}, {"list", listAll}, {"sorted", sortedList},
-    {"changed", changedMember}, {"edit", edit}, {"add", add}};
+    {"changed", changedMember}, {"edit", edit}, {"add", add}, {"group", makeGroup}, {"members", members}};
 
 } // namespace
 
@@ -207,6 +241,6 @@ int main(int count, char** arguments)
 {
     return bench::runCommand(kCommands, {arguments, static_cast<std::size_t>(count)},
         "open ROSTER LIMIT | list ROSTER 1 | sorted ROSTER 1 | changed ROSTER CHANGES | edit ROSTER EDITS | "
-        "add ROSTER CARDS\n"
-        "edit and add change the roster: give them a copy.");
+        "add ROSTER CARDS | group ROSTER MEMBERS | members ROSTER 1\n"
+        "edit, add and group change the roster: give them a copy.");
 }

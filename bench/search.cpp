@@ -269,12 +269,53 @@ int all(const std::string& directory, std::size_t)
     return 0;
 }
 
-constexpr bench::Command kCommands[] = {{"all", all}};
+std::size_t hitsOf(Database& store, const std::string& term)
+{
+    bench::Statement statement =
+        store.prepare("SELECT count(*) FROM contact_index WHERE instr(stringForIndexing, ?1) > 0");
+    statement.bind(1, std::string_view(term)).step();
+    return static_cast<std::size_t>(statement.integer(0));
+}
+
+/// Parts of cards by how many cards have them, in steps of ten times as many.
+std::vector<Kind> kindsByHits(Database& store)
+{
+    constexpr std::string_view names[] = {
+        "1 to 9 hits", "10 to 99 hits", "100 to 999 hits", "1,000 to 9,999 hits", "10,000 hits and more"};
+    constexpr std::size_t most = 20;
+    auto example = kinds(store).front();
+    std::vector<Kind> byHits;
+    for (const auto name : names)
+        byHits.push_back({name, Answer::ids, {}, example.predicate, example.floor});
+    Terms terms(store);
+    for (const std::size_t length : {3, 4, 5, 6, 8, 10, 12})
+        for (const auto& term : terms.of("stringForIndexing", "contact_index", length, length, 40)) {
+            std::size_t step = 0;
+            for (std::size_t hits = hitsOf(store, term); hits >= 10 && step + 1 < byHits.size(); hits /= 10)
+                ++step;
+            if (byHits[step].terms.size() < most)
+                byHits[step].terms.push_back(term);
+        }
+    std::erase_if(byHits, [](const Kind& kind) { return kind.terms.empty(); });
+    return byHits;
+}
+
+int curve(const std::string& directory, std::size_t)
+{
+    const auto roster = bench::openRoster(directory);
+    Database store(storeIn(directory));
+    const auto cards = static_cast<std::size_t>(store.integer("SELECT count(*) FROM contact"));
+    for (const auto& kind : kindsByHits(store))
+        run(*roster, store, directory, cards, kind);
+    return 0;
+}
+
+constexpr bench::Command kCommands[] = {{"all", all}, {"curve", curve}};
 
 } // namespace
 
 int main(int count, char** arguments)
 {
-    return bench::runCommand(
-        kCommands, {arguments, static_cast<std::size_t>(count)}, "all ROSTER 1: a line a kind and subject");
+    return bench::runCommand(kCommands, {arguments, static_cast<std::size_t>(count)},
+        "all ROSTER 1 | curve ROSTER 1: a line a kind and subject");
 }
