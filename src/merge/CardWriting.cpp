@@ -2,6 +2,7 @@
 #include "merge/CardWriting.h"
 
 #include "commands/ZRAddToGroupCommand.h"
+#include "core/ZRFailure.h"
 #include "core/ZRPerson.h"
 #include "core/ZRUniqueId.h"
 #include "merge/MergeContact.h"
@@ -50,6 +51,7 @@ ZROSContact* contactBehind(const ZRRecord& person)
 CardWriting::CardWriting(Ref<ZRManagedObjectContext> context, PersistentStore& store)
     : _context(std::move(context)), _roster(_context->owningRoster()), _store(storeLike(*_context, store))
 {
+    zrRequire(bool(_roster), "[context owningRoster] != nil");
     _work.nestedCommandsAreDone = true;
 }
 

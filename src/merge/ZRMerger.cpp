@@ -35,7 +35,9 @@ ZRNewMerger::Duplicates ZRMerger::duplicatesForPeople(const ZRRecordList& people
 {
     const auto& sorted = allPeople();
     const auto roster = targetRoster();
-    const ZRNameComparison comparison{.byLastName = roster->dbCache()->nameSorting() != 0};
+    // Held, or each look at it would make it anew.
+    const auto cache = roster->dbCache();
+    const ZRNameComparison comparison{.byLastName = cache->nameSorting() != 0};
     const ZRRecordSet incoming(people.begin(), people.end());
     Duplicates duplicates;
     locked(*roster, ZRAccess::read, [&]() ZR_NTS {

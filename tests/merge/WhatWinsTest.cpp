@@ -122,6 +122,19 @@ TEST_F(WhatWins, WhenACardIsUpdated)
     }
 }
 
+// What the second newcomer says was true before the first one came.
+TEST_F(WhatWins, WhenACardIsUpdatedTwice)
+{
+    const auto existing = saved("First: Ana | Email home: a");
+    const auto merger = ZRNewMerger::initWithGroup(nullptr);
+    const auto card =
+        platform::refCast<ZRPerson>(merger->targetRoster()->recordForUniqueId(existing->uniqueId()));
+    merger->updateCard(card, imported("First: Bea | Email home: b"));
+    merger->updateCard(card, imported("First: Ana | Email work: a"));
+    merger->applyChanges();
+    EXPECT_EQ(lineOf(*reread(*existing)), "Email home: b | Email work: a | First: Ana");
+}
+
 TEST_F(WhatWins, WhenAnUpdateIsPreviewed)
 {
     const auto merger = ZRNewMerger::initWithGroup(nullptr);
