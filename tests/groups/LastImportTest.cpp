@@ -112,6 +112,24 @@ const Role answers("ask for everything", [](const Words&) {
     return told + " " + textOf(group->valueForProperty(kZRCreationDateProperty));
 });
 
+/// Who is left when the notice of a deletion comes after it was undone.
+const Role bringsBack("bring back", [](const Words&) {
+    const auto roster = openShared();
+    const auto group = ZRLastImportGroup::lastImportGroup();
+    const auto ana = named(roster, "Ana"), bo = named(roster, "Bo");
+    group->addMembers({ana, bo});
+    roster->save();
+    for (const auto& person : {ana, bo})
+        roster->removeRecord(person);
+    roster->save();
+    roster->addRecord(ana);
+    ana->setValue(Value("Ana"), kZRFirstNameProperty);
+    const Value ids = Value::array({Value(ana->uniqueId()), Value(bo->uniqueId())});
+    group->dataBaseChanged({kZRDatabaseChangedNotification, nullptr,
+        Value::dictionary({{std::string(zr::kZRDeletedRecords), ids}})});
+    return membersOf(*group);
+});
+
 /// Who is left when somebody is deleted here, elsewhere with a notice, and elsewhere past counting.
 const Role loses("lose members", [](const Words& words) {
     NoticeWorld world;
@@ -184,6 +202,13 @@ TEST(LastImport, HearsOfTheDeleted)
         const Outcome outcome = home.play("lose members", {where});
         EXPECT_EQ(outcome.answer, "Bo Di | Bo Di") << where << "\n" << outcome.log;
     }
+}
+
+TEST(LastImport, KeepsThoseWhoAreBackBeforeTheNoticeComes)
+{
+    const Home home;
+    const Outcome outcome = home.play("bring back");
+    EXPECT_EQ(outcome.answer, "Ana") << outcome.log;
 }
 
 TEST(LastImport, FindsItsMembersAgainAfterAReset)

@@ -59,6 +59,15 @@ TEST_F(Pictures, GoWithTheirCard)
     EXPECT_FALSE(fs::exists(fileOf(one)));
 }
 
+TEST_F(Pictures, ThatWaitForASaveGoWithTheirCardToo)
+{
+    locked(*roster, ZRAccess::write, [&]() ZR_NTS { roster->nts_SetKeepsPictures(true); });
+    one->setImageData(picture);
+    roster->removeRecord(one);
+    ASSERT_TRUE(roster->save());
+    EXPECT_FALSE(fs::exists(fileOf(one)));
+}
+
 TEST_F(Pictures, MarkTheCardAsModified)
 {
     ASSERT_TRUE(roster->save());
