@@ -58,7 +58,7 @@ objectstore::ObjectList choicesOf(ZROSRecord& record)
 /// Calls `visit(other, property, identifier)` for each choice at a person or a group; `end` leads to who is
 /// at the other end of it.
 template <class Visit>
-void forEachChoice(ZROSRecord& record, const objectstore::Slot& end, Visit&& visit)
+void forEachChoice(ZROSRecord& record, const objectstore::Slot& end, Visit&& visit) ZR_NTS
 {
     for (const auto& choice : choicesOf(record)) {
         const std::string property(choice->text(distributionListConfigSlots().propertyName));
