@@ -45,7 +45,7 @@ struct ZRDuplicates {
 
     /// Cards of one name as a merge of them meets them once identical ones are one card: each identical card
     /// but the first is left out, and so are cards that have no name.
-    ZRDuplicateBuckets similarAlone() const;
+    ZR_EXPORT ZRDuplicateBuckets similarAlone() const;
 };
 
 /// Looks through all people of `roster` as it stands, unsaved changes included.

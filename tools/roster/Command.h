@@ -43,6 +43,9 @@ struct Options {
     /// Of a card: what is set and taken out.
     std::vector<std::string> sets;
     std::vector<std::string> unsets;
+    /// Of duplicates: which kinds are listed (none named: all), and which are merged.
+    std::vector<std::string> kinds;
+    std::vector<std::string> merges;
     /// Of an export: where it goes, what is in it though the preferences say otherwise, whether all must be.
     std::string output;
     std::optional<bool> withNotes;
@@ -111,6 +114,8 @@ int runMe(const Options&);
 int runAdd(const Options&);
 int runEdit(const Options&);
 int runRemove(const Options&);
+int runDuplicates(const Options&);
+int runMerge(const Options&);
 int runExport(const Options&);
 int runSearch(const Options&);
 int runQuery(const Options&);

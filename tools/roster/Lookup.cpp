@@ -110,6 +110,18 @@ Ref<ZRPerson> personCalled(ZRRoster& roster, const std::string& text)
     return platform::refCast<ZRPerson>(called.front());
 }
 
+std::vector<Ref<ZRPerson>> peopleCalled(ZRRoster& roster, const std::vector<std::string>& texts)
+{
+    std::vector<Ref<ZRPerson>> people;
+    for (const auto& text : texts) {
+        auto person = personCalled(roster, text);
+        requireWritable(*person);
+        if (std::ranges::find(people, person) == people.end())
+            people.push_back(std::move(person));
+    }
+    return people;
+}
+
 void requireWritable(ZRPerson& person)
 {
     if (person.isReadOnly())

@@ -15,6 +15,8 @@ platform::Ref<ZRPerson> personNamed(ZRRoster& roster, const std::string& text);
 /// case and with any accents: for what cannot be taken back. Anything else raises a Failure that names the
 /// candidates.
 platform::Ref<ZRPerson> personCalled(ZRRoster& roster, const std::string& text);
+/// Several of them, each once, however often it is named; all may be changed here.
+std::vector<platform::Ref<ZRPerson>> peopleCalled(ZRRoster& roster, const std::vector<std::string>& texts);
 /// Raises a Failure for a card that its source alone may change.
 void requireWritable(ZRPerson& person);
 

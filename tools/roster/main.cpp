@@ -65,6 +65,16 @@ makes it again; a new step drops what was undone. Records that others changed si
 is changed; --force goes on all the same, as far as it can. The last 1,000 steps and 64 MB are kept, a bigger
 step by itself. See docs/history.md.)";
 
+constexpr char duplicatesHelp[] =
+    R"(Kinds of duplicates:
+  identical  equal in everything but ids, dates of making and change, groups and pictures
+  similar    of the same name, in any case
+  inner      a card that says something twice: numbers that dial the same, texts that differ in punctuation
+  shared     of different names, with an e-mail address or telephone number in common
+A merge leaves the card that came first. It joins the groups of the others, is Me if one of them was, and takes
+their single values and pictures; lists and notes grow by what is new. "similar" merges identical cards, too;
+"shared" puts together cards that have each nothing but a card in common. Exit status 1 when there are none.)";
+
 struct CommandLine {
     CLI::App app{"Keeps people: a contact store for the desktop", "roster"};
     Options options;
@@ -173,6 +183,26 @@ struct CommandLine {
             ->allow_extra_args(false);
         CLI::App* remove = add("remove", "Remove cards: all that are named, or none", runRemove);
         remove->add_option("ID|NAME", options.words, "Cards, by unique id or by their name")->required();
+        addMerging();
+    }
+
+    void addMerging()
+    {
+        const auto isKind = CLI::IsMember({"identical", "similar", "inner", "shared"});
+        CLI::App* duplicates =
+            add("duplicates", "List cards that stand for one person, or merge them", runDuplicates);
+        duplicates->add_option("--kind", options.kinds, "List this kind alone; may be repeated")
+            ->check(isKind)
+            ->allow_extra_args(false);
+        duplicates->add_option("--merge", options.merges, "Merge this kind; may be repeated")
+            ->check(isKind)
+            ->allow_extra_args(false);
+        duplicates->footer(duplicatesHelp);
+        CLI::App* merge = add("merge", "Make one new card of several, which go", runMerge);
+        merge
+            ->add_option("ID|NAME", options.words, "Cards, by unique id or by their name; the first one wins")
+            ->required();
+        merge->footer("The first card's values stay. What the others say joins the lists, or the note.");
     }
 
     static void addChoice(
