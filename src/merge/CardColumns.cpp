@@ -93,16 +93,16 @@ public:
         const std::int64_t ordering = flags() & nameParts::kNameOrderingMask;
         return (ordering != 0 ? ordering : _defaultOrdering) == nameParts::kLastNameFirst;
     }
-    std::string fullName(bool auxiliary) const { return nameParts::fullName(*this, auxiliary); }
+    std::string fullName(bool auxiliary) const ZR_NTS { return nameParts::fullName(*this, auxiliary); }
     /// As far as the card's own columns say it.
     std::string alternateName() const
     {
         const auto& column = _fields[hasNickname() ? _nickname : _organization];
         return std::string(column.bytes);
     }
-    bool isNameless() const { return nameParts::realCompositeName(*this, false).empty(); }
+    bool isNameless() const ZR_NTS { return nameParts::realCompositeName(*this, false).empty(); }
     /// Whether what the card is called, if anything, stands in its entries.
-    bool isUnnamed() const
+    bool isUnnamed() const ZR_NTS
     {
         return isNameless() && !hasNickname() && _fields[_organization].kind == FieldKind::absent;
     }
