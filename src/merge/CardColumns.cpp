@@ -3,6 +3,7 @@
 
 #include "core/NameParts.h"
 #include "merge/ColumnReading.h"
+#include "merge/MergedProperties.h"
 #include "platform/files/Resources.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZRPropertyPlaces.h"
@@ -42,11 +43,13 @@ public:
                 _keys.push_back(place.key->key);
             }
         _keys.push_back(contactSlots().uniqueId.key);
+        _indexOfFlags = indexOf(zr::kZRPersonFlags);
     }
 
     const std::vector<std::string_view>& keys() const { return _keys; }
     std::size_t count() const { return _properties.size(); }
     std::size_t indexOfUniqueId() const { return _properties.size(); }
+    std::size_t indexOfFlags() const { return _indexOfFlags; }
     std::size_t indexOf(std::string_view property) const
     {
         return static_cast<std::size_t>(std::ranges::find(_properties, property) - _properties.begin());
@@ -63,6 +66,7 @@ private:
 
     std::vector<std::string_view> _properties;
     std::vector<std::string_view> _keys;
+    std::size_t _indexOfFlags = 0;
 };
 
 /// A row as the rules of names see it.
@@ -129,7 +133,9 @@ std::uint64_t contentOf(const CardKeys& keys, Fields fields)
 {
     std::uint64_t content = 0;
     for (std::size_t i = 0; i < keys.count(); ++i)
-        content = mixed(content, fieldNumber(fields[i]));
+        content = mixed(content,
+            i == keys.indexOfFlags() ? static_cast<std::uint64_t>(flagsOfPerson(fields[i].integer))
+                                     : fieldNumber(fields[i]));
     return content;
 }
 

@@ -16,8 +16,10 @@ using platform::Value;
 
 namespace {
 
-bool isSameValue(const Value& a, const Value& b)
+bool isSameValue(const Value& a, const Value& b, std::string_view property)
 {
+    if (property == zr::kZRPersonFlags)
+        return merge::flagsOfPerson(a.asInteger()) == merge::flagsOfPerson(b.asInteger());
     const auto* entries = a.as<ZRMultiValue>();
     const auto* others = b.as<ZRMultiValue>();
     return entries && others ? entries->isEqual(*others, ZRMultiValue::CompareIdentifiers::no) : a == b;
@@ -52,8 +54,8 @@ bool peopleAreIdentical(const ZRPerson& a, const ZRPerson& b)
         const auto types = ZRCustomProperties::propertyTypesForClass(a.recordClass(), *a.nts_Roster(), false);
         return std::ranges::all_of(types, [&](const auto& property) ZR_NTS {
             return merge::isOfOneCardOnly(property.first)
-                || isSameValue(
-                    a.nts_ValueForProperty(property.first), b.nts_ValueForProperty(property.first));
+                || isSameValue(a.nts_ValueForProperty(property.first), b.nts_ValueForProperty(property.first),
+                    property.first);
         });
     });
 }

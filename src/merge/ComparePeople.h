@@ -7,7 +7,8 @@
 #include <cstddef>
 
 /// Whether both cards say the same: every property but the id and the two dates, labels and order of entries
-/// included. Identifiers of entries, pictures and memberships do not count. Never across rosters.
+/// included. Identifiers of entries, pictures and memberships, that of the last import too, do not count.
+/// Never across rosters.
 ZR_EXPORT bool peopleAreIdentical(const ZRPerson& a, const ZRPerson& b);
 /// Whether both go by the same name (`similarNameForHashing`), whatever else they say. Never across rosters.
 ZR_EXPORT bool peopleAreSimilar(const ZRPerson& a, const ZRPerson& b);

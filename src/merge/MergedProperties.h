@@ -3,6 +3,7 @@
 
 #include "core/ZRConstants.h"
 
+#include <cstdint>
 #include <string_view>
 
 namespace merge {
@@ -13,5 +14,9 @@ inline bool isOfOneCardOnly(std::string_view property)
     return property == zr::kZRUIDProperty || property == zr::kZRCreationDateProperty
         || property == zr::kZRModificationDateProperty;
 }
+
+/// What a card's flags say of the person: all but the mark that it came with the last import.
+constexpr std::int64_t kLastImportFlag = 128;
+inline std::int64_t flagsOfPerson(std::int64_t flags) { return flags & ~kLastImportFlag; }
 
 } // namespace merge

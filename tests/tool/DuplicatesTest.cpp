@@ -35,7 +35,7 @@ protected:
         std::string text;
         for (const auto& lines : cards)
             text += cardOf(lines);
-        done({"--default", "kZRDontAutoMerge=true", "import", world.write("cards.vcf", text)});
+        done({"import", "--duplicates", "both", world.write("cards.vcf", text)});
     }
 
     Ended done(const std::vector<std::string>& words)
@@ -130,7 +130,12 @@ TEST_F(DuplicatesTest, AreMergedKindByKindAndSharedOnesOnlyWhenNamed)
     done({"group", "add", "Choir", second});
     done({"me", second});
 
+    const auto before = world.cards();
     EXPECT_THAT(done({"duplicates", "--merge", "identical"}).out, HasSubstr("Merged one card into Ana Lima"));
+    done({"undo"});
+    EXPECT_EQ(world.cards(), before);
+    EXPECT_EQ(world.json({"me"}).at("id"), second);
+    done({"redo"});
     EXPECT_EQ(idsOf("Ana Lima"), std::vector{first});
     EXPECT_EQ(world.json({"me"}).at("id"), first) << "Me went with the card";
     EXPECT_THAT(done({"group", "members", "Choir"}).out, HasSubstr("Ana Lima"));
@@ -178,6 +183,8 @@ TEST_F(DuplicatesTest, ChosenCardsBecomeOneNewCard)
     EXPECT_EQ(world.json({"me"}).at("id"), card.at("id"));
     for (const char* group : {"Choir", "Crew"})
         EXPECT_THAT(done({"group", "members", group}).out, HasSubstr("Anna Lima")) << group;
+    done({"undo"});
+    EXPECT_EQ(world.cards(), before);
 }
 
 TEST_F(DuplicatesTest, RefuseWhatCannotBeMeantWithOneLine)
@@ -223,7 +230,7 @@ TEST_F(DuplicatesTest, PlantedOnesAreAllFoundAndNoneInvented)
         if (card.planting != bench::Planting::none)
             planted[std::string(nameOf(card.planting))].insert(bench::ownWord(card.person));
     }
-    done({"--default", "kZRDontAutoMerge=true", "import", world.write("planted.vcf", text)});
+    done({"import", "--duplicates", "both", world.write("planted.vcf", text)});
     const Json listed = world.json({"duplicates"});
     for (const auto& [kind, buckets] : listed.items())
         for (const auto& bucket : buckets) {

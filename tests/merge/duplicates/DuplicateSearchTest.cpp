@@ -39,7 +39,7 @@ public:
         setText(*card, 2, kZRNicknameProperty, {"Bo", ""});
         setText(*card, 1, kZRNoteProperty, {"one", "two"});
         if (chance(3))
-            card->setValue(Value(pick<int>({0, 1, 16, 17, 32})), kZRPersonFlags);
+            card->setValue(Value(pick<int>({0, 1, 16, 17, 32, 128, 129})), kZRPersonFlags);
         if (chance(2))
             card->setValue(Value(*platform::noonOf({1970, 5, pick<int>({1, 2})})), kZRBirthdayProperty);
         setEntries(*card, kZREmailProperty,
@@ -159,8 +159,9 @@ Buckets withSharedValues(const ZRRecordList& people)
         }
     Buckets ids;
     for (const auto& [key, of] : owners) {
-        const auto isNamesake = [&](const ZRPerson* other) { return peopleAreSimilar(*of.front(), *other); };
-        const bool isOneName = !of.front()->_realCompositeNameIncludingAuxiliaryElements(false).empty()
+        const ZRPerson& first = *of.front();
+        const auto isNamesake = [&](const ZRPerson* other) { return peopleAreSimilar(first, *other); };
+        const bool isOneName = !first._realCompositeNameIncludingAuxiliaryElements(false).empty()
             && std::ranges::all_of(of, isNamesake);
         std::vector<std::string> bucket;
         for (const auto* person : of)
