@@ -18,7 +18,7 @@ using Clock = std::chrono::steady_clock;
 // As with imports that are killed, the usual run with sanitizers is a short one; ROSTER_KILLS=50 is the full
 // one.
 #ifdef SLOW_BUILD
-constexpr int kCards = 1500, kUsualKills = 8;
+constexpr int kCards = 800, kUsualKills = 6;
 #else
 constexpr int kCards = 10'000, kUsualKills = 50;
 #endif
