@@ -4,6 +4,7 @@
 #include "history/ZRHistory.h"
 #include "history/ZRHistoryStep.h"
 #include "platform/files/Preferences.h"
+#include "platform/run/NeverDestroyed.h"
 
 #include <filesystem>
 
@@ -56,8 +57,7 @@ platform::Ref<ZRRoster> openRosterToChange(const Options& options)
 {
     auto roster = openRoster(options);
     // It ends with the process, and then others may undo it.
-    static const auto* const step = new ZRHistoryStep(*roster, options.title);
-    static_cast<void>(step);
+    static const platform::NeverDestroyed<ZRHistoryStep> step(*roster, options.title);
     return roster;
 }
 
