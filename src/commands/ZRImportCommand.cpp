@@ -14,7 +14,7 @@ using platform::Ref;
 ZRImportCommand::ZRImportCommand(Work work, Ref<ZRRoster> roster)
     : ZRCommand(std::move(roster))
     , _selectedGroup(std::move(work.selectedGroup))
-    , _addedToGroup(std::move(work.addedToGroup))
+    , _addedToGroup(_selectedGroup ? std::move(work.addedToGroup) : ZRRecordList())
     , _updatedPeople(std::move(work.updatedPeople))
     , _updatedPeopleProperties(std::move(work.updatedPeopleProperties))
     , _addedPeople(std::move(work.addedPeople))

@@ -3,7 +3,9 @@
 
 #include "core/ZRConstants.h"
 #include "core/ZRFrameworkBundle.h"
+#include "core/ZRUniqueId.h"
 #include "platform/files/Pasteboard.h"
+#include "platform/run/Log.h"
 #include "store/ZRDBCache.h"
 
 #include <fmt/format.h>
@@ -55,11 +57,11 @@ Value withPresentIds(const Value& value, ZRRoster& roster, const IdsByOriginal& 
     return Value::dictionary(std::move(entries));
 }
 
-/// The dictionary of a new group, whose members are those of this roster.
-Value adapted(const Value& dictionary, ZRRoster& roster)
+/// The dictionary of a new group of that id, whose members are those of this roster.
+Value adapted(const Value& dictionary, ZRRoster& roster, std::string_view uniqueId)
 {
     const IdsByOriginal copies = copiesIn(roster);
-    Entries entries;
+    Entries entries{{std::string(zr::kZRUIDProperty), Value(uniqueId)}};
     for (const auto& [key, value] : dictionary.asDictionary()->entries())
         if (key != zr::kZRUIDProperty)
             entries.emplace_back(
@@ -97,14 +99,25 @@ std::string ZRPasteGroupsCommand::unusedName(const std::string& name) const
 Ref<ZRGroup> ZRPasteGroupsCommand::pastedGroup(std::string_view uniqueId, const Value& dictionary)
 {
     ZRRoster& roster = rosterInUse();
-    const std::string name = unusedName(std::string(dictionary[zr::kZRGroupNameProperty].asText()));
-    auto group = ZRGroup::addGroupFromDictionary(adapted(dictionary, roster), Ref<ZRRoster>(&roster));
-    if (!group)
+    const Value& name = dictionary[zr::kZRGroupNameProperty];
+    const bool isSmart = dictionary[zr::kZRGroupClassKey].asText() == zr::kZRSmartGroupRecordType;
+    const std::string newId =
+        _newUniqueIdForTable(isSmart ? zr::kZRSmartGroupRecordType : zr::kZRGroupRecordType);
+    const std::string newName = unusedName(std::string(name.asText()));
+    try {
+        auto group =
+            ZRGroup::addGroupFromDictionary(adapted(dictionary, roster, newId), Ref<ZRRoster>(&roster));
+        if (name.isString())
+            group->setValue(Value(newName), zr::kZRGroupNameProperty);
+        ZRRecord::pastedRecordWithUniqueId(newId, uniqueId);
+        return group;
+    } catch (const std::exception& failure) {
+        // What another program put there may not fit a group, which is half made then.
+        platform::log(fmt::format("Could not paste a group: {}", failure.what()));
+        if (const auto half = roster.recordForUniqueId(newId))
+            roster.removeRecord(half);
         return nullptr;
-    if (dictionary[zr::kZRGroupNameProperty].isString())
-        group->setValue(Value(name), zr::kZRGroupNameProperty);
-    ZRRecord::pastedRecordWithUniqueId(group->uniqueId(), uniqueId);
-    return group;
+    }
 }
 
 bool ZRPasteGroupsCommand::doIt()

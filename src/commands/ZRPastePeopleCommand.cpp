@@ -4,7 +4,10 @@
 #include "core/ZRConstants.h"
 #include "core/ZRUniqueId.h"
 #include "platform/files/Pasteboard.h"
+#include "platform/run/Log.h"
 #include "store/ZRDBCache.h"
+
+#include <fmt/format.h>
 
 using platform::Ref;
 using platform::Value;
@@ -31,6 +34,21 @@ ZRRecordList ZRPastePeopleCommand::pastedPeople() const
     return all;
 }
 
+// As `personFromDictionary` does, but what another program put there may not fit a card.
+Ref<ZRPerson> ZRPastePeopleCommand::copyOf(const Value& dictionary)
+{
+    ZRRoster& roster = rosterInUse();
+    auto copy = ZRPerson::initWithRoster(Ref<ZRRoster>(&roster));
+    try {
+        copy->populateWithDictionary(dictionary, false, true, true);
+    } catch (const std::exception& failure) {
+        platform::log(fmt::format("Could not paste a card: {}", failure.what()));
+        roster.removeRecord(copy);
+        return nullptr;
+    }
+    return copy;
+}
+
 void ZRPastePeopleCommand::paste(std::string_view uniqueId, const Value& dictionary)
 {
     ZRRoster& roster = rosterInUse();
@@ -39,8 +57,8 @@ void ZRPastePeopleCommand::paste(std::string_view uniqueId, const Value& diction
             _linkedPeople.push_back(std::move(known));
         return;
     }
-    auto copy = ZRPerson::personFromDictionary(dictionary, Ref<ZRRoster>(&roster), false, true);
-    if (!copy || !roster.addRecord(copy))
+    auto copy = copyOf(dictionary);
+    if (!copy)
         return;
     ZRRecord::pastedRecordWithUniqueId(copy->uniqueId(), uniqueId);
     if (hasRealGroup())

@@ -37,6 +37,7 @@ private:
     ~ZRPastePeopleCommand() override;
 
     bool hasRealGroup() const;
+    platform::Ref<ZRPerson> copyOf(const platform::Value& dictionary);
     void paste(std::string_view uniqueId, const platform::Value& dictionary);
     ZRRecordList pastedPeople() const;
     void tellOfPasted();

@@ -563,6 +563,50 @@ TEST_F(Commands, FindTheCopiesOfMembersElsewhere)
     EXPECT_THAT(pasted->members(), ElementsAre(elsewhere->people().front()));
 }
 
+// What another program put there may be anything.
+TEST_F(Commands, PasteWhatCanBeReadOfAStrangePasteboard)
+{
+    const Value odd = Value::array({Value(5), Value(), Value(platform::NullMarker()), Value("no id")});
+    const auto dictionary = [](std::vector<std::pair<std::string, Value>> entries) {
+        return Value::dictionary(std::move(entries));
+    };
+    struct Pasted {
+        Value value;
+        std::size_t people, groups;
+    };
+    const std::vector<Pasted> pasted = {
+        {Value("text"), 0, 0},
+        {odd, 0, 0},
+        {dictionary({{"x", Value("no dictionary")}, {"", odd}}), 0, 0},
+        {dictionary({{"", dictionary({})}}), 1, 1},
+        {dictionary({{"short", dictionary({{"UID", Value(7)}, {"First", odd}, {"GroupName", odd}})}}), 0, 0},
+        {dictionary({{ana->uniqueId(), dictionary({{"First", Value("Eve")}, {"Email", Value("plain")}})}}), 1,
+            1},
+        {dictionary({{"x",
+             dictionary({{std::string(kZRMembersDictionaryKey), odd},
+                 {std::string(kZRSubgroupsDictionaryKey), odd},
+                 {std::string(kZREmailDistributionListDictionaryKey), odd}, {"ZRMembers", Value("x")}})}}),
+            0, 1},
+    };
+    for (const auto& [value, peopleCount, groupsCount] : pasted) {
+        const std::shared_ptr<platform::Pasteboard> board = platform::makePasteboard();
+        board->setValue(value, ZRGroupDictPboardType);
+        board->setValue(value, ZRPeopleDictPboardType);
+        const Snapshot before = snapshotOf(roster);
+        const auto people = platform::makeRef<ZRPastePeopleCommand>(nullptr, roster, board);
+        const auto groups = platform::makeRef<ZRPasteGroupsCommand>(roster, board);
+        EXPECT_EQ(people->doIt(), peopleCount != 0) << value.description();
+        EXPECT_EQ(groups->doIt(), groupsCount != 0) << value.description();
+        EXPECT_EQ(people->people().size(), peopleCount) << value.description();
+        EXPECT_EQ(groups->madeGroups().size(), groupsCount) << value.description();
+        EXPECT_EQ(
+            snapshotOf(roster).size(), before.size() + people->people().size() + groups->madeGroups().size());
+        groups->undoIt();
+        people->undoIt();
+        EXPECT_EQ(differenceOf(before, snapshotOf(roster)), "") << value.description();
+    }
+}
+
 // ---- the lists' own manager
 
 TEST_F(Commands, GiveListsAnUndoManager)
