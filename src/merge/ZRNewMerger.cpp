@@ -32,10 +32,16 @@ Ref<ZRNewMerger> ZRNewMerger::initWithGroup(Ref<ZRGroup> group)
 
 Ref<ZRRoster> ZRNewMerger::targetRoster()
 {
-    if (!_targetRoster)
-        if (const auto cards = ApplicationHost::shared()->aggregateRoster())
-            setTargetRoster(cards->parallelUniverseRoster());
+    makeTargetRoster();
     return _targetRoster;
+}
+
+void ZRNewMerger::makeTargetRoster()
+{
+    if (_targetRoster)
+        return;
+    if (const auto cards = ApplicationHost::shared()->aggregateRoster())
+        setTargetRoster(cards->parallelUniverseRoster());
 }
 
 void ZRNewMerger::setTargetRoster(Ref<ZRRoster> roster)
@@ -46,7 +52,8 @@ void ZRNewMerger::setTargetRoster(Ref<ZRRoster> roster)
 
 ZRRoster& ZRNewMerger::requireTarget()
 {
-    zrRequire(bool(targetRoster()), "targetRoster != nil");
+    makeTargetRoster();
+    zrRequire(bool(_targetRoster), "targetRoster != nil");
     return *_targetRoster;
 }
 
@@ -145,7 +152,7 @@ Ref<ZRPerson> ZRNewMerger::emulateUpdateCard(
 {
     allPersonProperties();
     makePreviewRoster();
-    const auto preview = ZRPerson::initWithRoster(_previewRoster);
+    auto preview = ZRPerson::initWithRoster(_previewRoster);
     const Value picture = imported.imageData();
     locked(*_previewRoster, ZRAccess::write, [&]() ZR_NTS {
         for (const auto& [property, type] : _personProperties)

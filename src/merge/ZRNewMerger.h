@@ -166,6 +166,7 @@ private:
     /// Of those whose name key is known: their id, and that of the stored card.
     std::vector<std::pair<std::string, std::string>> idsOfNamesakes(const ZRRecordList& people);
     CleanedValues nts_cleanedValues(const ZRPerson& person) ZR_NTS;
+    void makeTargetRoster();
     ZRRoster& requireTarget();
     void makePreviewRoster();
     /// Keeps what the person says now and answers it; absent when that was kept before.
