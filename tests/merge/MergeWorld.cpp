@@ -53,9 +53,4 @@ std::string MergeTest::groupsOf(const ZRRecord& record)
     return text;
 }
 
-std::string MergeTest::entriesOf(const ZRRecord& record, std::string_view property)
-{
-    return textOf(record.valueForProperty(property));
-}
-
 } // namespace test

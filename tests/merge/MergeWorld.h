@@ -40,7 +40,6 @@ protected:
     Ref<ZRPerson> reread(const ZRRecord& record);
     /// The names of the groups that a card is in, in order.
     static std::string groupsOf(const ZRRecord& record);
-    static std::string entriesOf(const ZRRecord& record, std::string_view property);
 
     Home home;
     Ref<ZRRoster> roster;

@@ -1,7 +1,6 @@
 // What a merger writes once it is told to, what it leaves alone until then, and how that is undone.
 #include "commands/ZRUndoManager.h"
 #include "core/ZRFailure.h"
-#include "core/ZRLastImportGroup.h"
 #include "core/ZRMutableMultiValue.h"
 #include "merge/MergeWorld.h"
 #include "merge/ZRMergePeopleCommand.h"
@@ -292,7 +291,6 @@ TEST_F(Merger, OfChosenCardsMakesOneCardThatIsInTheirPlace)
     second->setImageData(kOldPicture);
     third->setImageData(kNewPicture);
     const auto friends = group("Friends", {first, second}), family = group("Family", {third});
-    const Value emails = second->valueForProperty(kZREmailProperty);
     friends->setDistributionIdentifier(
         first->valueForProperty(kZREmailProperty).as<ZRMultiValue>()->identifierAtIndex(0), kZREmailProperty,
         *first);
