@@ -18,7 +18,7 @@ using namespace test;
 
 // A process takes a quarter of a second with sanitizers. ROSTER_STEPS=200 is the full length anywhere.
 #ifdef SLOW_BUILD
-constexpr int kUsualSteps = 70;
+constexpr int kUsualSteps = 50;
 #else
 constexpr int kUsualSteps = 200;
 #endif

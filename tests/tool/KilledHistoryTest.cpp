@@ -95,8 +95,9 @@ TEST(KilledHistory, LeavesOneStateOrTheOther)
         reached += (left == with) != isImported;
         isImported = left == with;
         // As many undos as redos are killed, whoever came through.
-        if (isImported == (kill % 2 == 0))
+        if (isImported == (kill % 2 == 0)) {
             ASSERT_EQ(world.tool({isImported ? "undo" : "redo"}).status, 0);
+        }
         isImported = kill % 2 != 0;
     }
     std::cout << last << " kills, " << reached << " of which came too late\n";
