@@ -75,6 +75,16 @@ protected:
         return ids.empty() ? Json() : world.json({"show", ids.front()});
     }
 
+    /// All cards without the moment of their last change: the history leaves it at one that a merge has
+    /// touched and not changed.
+    Json cardsButForChange()
+    {
+        Json cards = world.cards();
+        for (auto& card : cards)
+            card.at("properties").erase("Modification");
+        return cards;
+    }
+
     static std::string valuesIn(const Json& card, const char* property)
     {
         std::string text;
@@ -130,10 +140,10 @@ TEST_F(DuplicatesTest, AreMergedKindByKindAndSharedOnesOnlyWhenNamed)
     done({"group", "add", "Choir", second});
     done({"me", second});
 
-    const auto before = world.cards();
+    const auto before = cardsButForChange();
     EXPECT_THAT(done({"duplicates", "--merge", "identical"}).out, HasSubstr("Merged one card into Ana Lima"));
     done({"undo"});
-    EXPECT_EQ(world.cards(), before);
+    EXPECT_EQ(cardsButForChange(), before);
     EXPECT_EQ(world.json({"me"}).at("id"), second);
     done({"redo"});
     EXPECT_EQ(idsOf("Ana Lima"), std::vector{first});
@@ -169,7 +179,7 @@ TEST_F(DuplicatesTest, ChosenCardsBecomeOneNewCard)
         done({"group", "add", group, member});
     }
     done({"me", "Bo Ek"});
-    const auto before = world.cards();
+    const auto before = cardsButForChange();
     const Json made = world.json({"merge", "Anna Lima", "Ana Lima", only("Bo Ek").at("id")});
     for (const auto& card : before)
         EXPECT_NE(card.at("id"), made.at("id"));
@@ -184,7 +194,7 @@ TEST_F(DuplicatesTest, ChosenCardsBecomeOneNewCard)
     for (const char* group : {"Choir", "Crew"})
         EXPECT_THAT(done({"group", "members", group}).out, HasSubstr("Anna Lima")) << group;
     done({"undo"});
-    EXPECT_EQ(world.cards(), before);
+    EXPECT_EQ(cardsButForChange(), before);
 }
 
 TEST_F(DuplicatesTest, RefuseWhatCannotBeMeantWithOneLine)
