@@ -21,6 +21,7 @@ public:
     /// What to read, in this order, in front of whatever else is read of a row.
     static constexpr std::array<std::string_view, 8> keys = {
         "firstName", "middleName", "lastName", "title", "suffix", "organization", "nickname", "displayFlags"};
+    static constexpr std::size_t indexOfOrganization = 5, indexOfNickname = 6, indexOfFlags = 7;
 
     /// `defaultOrdering` is that of cards that have none of their own (`ZRRoster::defaultNameOrdering`).
     explicit NamedColumns(std::int64_t defaultOrdering) : _defaultOrdering(defaultOrdering) { }
@@ -40,17 +41,21 @@ public:
     }
     std::string fullName(bool auxiliary) const { return nameParts::fullName(*this, auxiliary); }
     /// As far as the card's own columns say it.
-    std::string alternateName() const { return std::string(_fields[isThere(6) ? 6 : 5].bytes); }
+    std::string alternateName() const
+    {
+        return std::string(_fields[isThere(indexOfNickname) ? indexOfNickname : indexOfOrganization].bytes);
+    }
 
     /// Whether what the card is called, if anything, stands in its entries.
     bool isUnnamed() const
     {
-        return !isThere(5) && !isThere(6) && nameParts::realCompositeName(*this, false).empty();
+        return !isThere(indexOfOrganization) && !isThere(indexOfNickname)
+            && nameParts::realCompositeName(*this, false).empty();
     }
 
 private:
     bool isThere(std::size_t at) const { return _fields[at].kind != objectstore::FieldKind::absent; }
-    std::int64_t flags() const { return _fields[7].integer; }
+    std::int64_t flags() const { return _fields[indexOfFlags].integer; }
 
     static constexpr std::array<std::string_view, 7> _properties = {zr::kZRFirstNameProperty,
         zr::kZRMiddleNameProperty, zr::kZRLastNameProperty, zr::kZRTitleProperty, zr::kZRSuffixProperty,

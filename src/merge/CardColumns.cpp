@@ -1,7 +1,7 @@
 // How columns become names, and numbers that are equal where values are.
 #include "merge/CardColumns.h"
 
-#include "core/NameParts.h"
+#include "core/NamedColumns.h"
 #include "merge/ColumnReading.h"
 #include "merge/MergedProperties.h"
 #include "platform/files/Resources.h"
@@ -31,29 +31,21 @@ std::uint64_t fieldNumber(const FieldValue& field)
                                             : mixed(2, numberOf(field.bytes));
 }
 
-/// The columns of a card that its name and its content are made of.
+/// The columns of a card that its name and its content are made of, and its id.
 class CardKeys {
 public:
-    CardKeys()
+    CardKeys() : _keys(NamedColumns::keys.begin(), NamedColumns::keys.end())
     {
-        const Entity& contact = contactSlots().entity;
-        for (const auto& [property, place] : zrPropertiesOf(contact))
-            if (isPlain(place) && property != zr::kZRUIDProperty) {
-                _properties.push_back(property);
+        for (const auto& [property, place] : zrPropertiesOf(contactSlots().entity))
+            if (isPlain(place) && property != zr::kZRUIDProperty
+                && std::ranges::find(_keys, place.key->key) == _keys.end())
                 _keys.push_back(place.key->key);
-            }
         _keys.push_back(contactSlots().uniqueId.key);
-        _indexOfFlags = indexOf(zr::kZRPersonFlags);
     }
 
     const std::vector<std::string_view>& keys() const { return _keys; }
-    std::size_t count() const { return _properties.size(); }
-    std::size_t indexOfUniqueId() const { return _properties.size(); }
-    std::size_t indexOfFlags() const { return _indexOfFlags; }
-    std::size_t indexOf(std::string_view property) const
-    {
-        return static_cast<std::size_t>(std::ranges::find(_properties, property) - _properties.begin());
-    }
+    /// How many there are of the content, which come first.
+    std::size_t count() const { return _keys.size() - 1; }
 
 private:
     /// What equal values say equally in their column: texts and whole numbers.
@@ -64,69 +56,7 @@ private:
             && (place.key->type == AttributeType::string || place.key->type == AttributeType::integer);
     }
 
-    std::vector<std::string_view> _properties;
     std::vector<std::string_view> _keys;
-    std::size_t _indexOfFlags = 0;
-};
-
-/// A row as the rules of names see it.
-class NamedRow {
-public:
-    NamedRow(const CardKeys& keys, std::int64_t defaultOrdering)
-        : _first(keys.indexOf(zr::kZRFirstNameProperty))
-        , _middle(keys.indexOf(zr::kZRMiddleNameProperty))
-        , _last(keys.indexOf(zr::kZRLastNameProperty))
-        , _title(keys.indexOf(zr::kZRTitleProperty))
-        , _suffix(keys.indexOf(zr::kZRSuffixProperty))
-        , _organization(keys.indexOf(zr::kZROrganizationProperty))
-        , _nickname(keys.indexOf(zr::kZRNicknameProperty))
-        , _flags(keys.indexOf(zr::kZRPersonFlags))
-        , _defaultOrdering(defaultOrdering)
-    {
-    }
-
-    void set(Fields fields) { _fields = fields; }
-
-    std::string text(std::string_view property) const
-    {
-        return std::string(_fields[indexOf(property)].bytes);
-    }
-    bool isCompany() const { return (flags() & nameParts::kShowAsMask) == nameParts::kShowAsCompany; }
-    bool isLastNameFirst() const
-    {
-        const std::int64_t ordering = flags() & nameParts::kNameOrderingMask;
-        return (ordering != 0 ? ordering : _defaultOrdering) == nameParts::kLastNameFirst;
-    }
-    std::string fullName(bool auxiliary) const ZR_NTS { return nameParts::fullName(*this, auxiliary); }
-    /// As far as the card's own columns say it.
-    std::string alternateName() const
-    {
-        const auto& column = _fields[hasNickname() ? _nickname : _organization];
-        return std::string(column.bytes);
-    }
-    bool isNameless() const ZR_NTS { return nameParts::realCompositeName(*this, false).empty(); }
-    /// Whether what the card is called, if anything, stands in its entries.
-    bool isUnnamed() const ZR_NTS
-    {
-        return isNameless() && !hasNickname() && _fields[_organization].kind == FieldKind::absent;
-    }
-
-private:
-    bool hasNickname() const { return _fields[_nickname].kind != FieldKind::absent; }
-    std::int64_t flags() const { return _fields[_flags].integer; }
-    std::size_t indexOf(std::string_view property) const
-    {
-        return property == zr::kZRFirstNameProperty ? _first
-            : property == zr::kZRLastNameProperty   ? _last
-            : property == zr::kZRMiddleNameProperty ? _middle
-            : property == zr::kZRSuffixProperty     ? _suffix
-            : property == zr::kZRTitleProperty      ? _title
-                                                    : _organization;
-    }
-
-    const std::size_t _first, _middle, _last, _title, _suffix, _organization, _nickname, _flags;
-    const std::int64_t _defaultOrdering;
-    Fields _fields;
 };
 
 std::uint64_t contentOf(const CardKeys& keys, Fields fields)
@@ -134,8 +64,8 @@ std::uint64_t contentOf(const CardKeys& keys, Fields fields)
     std::uint64_t content = 0;
     for (std::size_t i = 0; i < keys.count(); ++i)
         content = mixed(content,
-            i == keys.indexOfFlags() ? static_cast<std::uint64_t>(flagsOfPerson(fields[i].integer))
-                                     : fieldNumber(fields[i]));
+            i == NamedColumns::indexOfFlags ? static_cast<std::uint64_t>(flagsOfPerson(fields[i].integer))
+                                            : fieldNumber(fields[i]));
     return content;
 }
 
@@ -144,7 +74,7 @@ std::uint64_t contentOf(const CardKeys& keys, Fields fields)
 CardTable::CardTable(ZRRoster& roster) : _roster(roster)
 {
     const CardKeys keys;
-    NamedRow row(keys, roster.defaultNameOrdering());
+    NamedColumns row(roster.defaultNameOrdering());
     const std::string nameless = platform::StringTables::shared().string("NO_NAME", "ZRStrings");
     std::vector<std::uint32_t> unnamed;
     readColumns(roster, contactSlots().entity, keys.keys(), [&](std::int64_t key, Fields fields) ZR_NTS {
@@ -153,8 +83,8 @@ CardTable::CardTable(ZRRoster& roster) : _roster(roster)
         _indexes.emplace(key, index);
         if (row.isUnnamed())
             unnamed.push_back(index);
-        _cards.push_back({std::string(fields[keys.indexOfUniqueId()].bytes),
-            nameParts::similarName(row, nameless), row.isNameless(), contentOf(keys, fields)});
+        _cards.push_back({std::string(fields.back().bytes), nameParts::similarName(row, nameless),
+            nameParts::realCompositeName(row, false).empty(), contentOf(keys, fields)});
     });
     nameTheRest(unnamed);
 }
