@@ -1,7 +1,9 @@
 // What counts as the same number, word or value.
 #include "core/ZRStringAdditions.h"
 
-#include <gtest/gtest.h>
+#include "core/ZRTokens.h"
+
+#include <gmock/gmock.h>
 
 namespace {
 
@@ -29,6 +31,25 @@ TEST(StandardizedPhoneNumber, KeepsWhatIsDialled)
     };
     for (const auto& c : cases)
         EXPECT_EQ(zrStandardizedPhoneNumber(c.written), c.kept) << c.written;
+}
+
+TEST(Tokens, AreWordsWithWhatJoinsThemToAddresses)
+{
+    const struct {
+        const char* typed;
+        std::vector<std::string> tokens;
+    } cases[] = {
+        {"", {}},
+        {" ?! ", {}},
+        {"@", {}},
+        {"Ana Lima", {"Ana", "Lima"}},
+        {"ana@mail.example.org, lima", {"ana@mail.example.org", "lima"}},
+        {"Smith-Jones", {"Smith-Jones"}},
+        {"-a_-b c-", {"-a_-b", "c-"}},
+        {"x. y", {"x.", "y"}},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(zrTokens(c.typed), c.tokens) << c.typed;
 }
 
 TEST(StringByRemovingPunctuation, LeavesLettersBlanksAndSymbols)

@@ -17,7 +17,7 @@ using Fate = ImportDecision::Fate;
 
 bool isOfOneWriting(std::string_view line)
 {
-    constexpr std::array<std::string_view, 3> names{"UID", "REV", "PRODID"};
+    constexpr std::array<std::string_view, 4> names{"UID", "X-ZRUID", "REV", "PRODID"};
     return std::ranges::any_of(names, [&](std::string_view name) {
         return line.starts_with(name) && line.size() > name.size()
             && (line[name.size()] == ':' || line[name.size()] == ';');
@@ -39,8 +39,8 @@ std::uint64_t digestOfCard(std::string_view text)
     return digest;
 }
 
-ImportPlan::ImportPlan(Ref<ZRNewMerger> merger, DuplicateHandling handling, Detail detail)
-    : _merger(std::move(merger)), _handling(handling), _detail(detail), _namesakes(_merger)
+ImportPlan::ImportPlan(Ref<ZRNewMerger> merger, DuplicateHandling handling)
+    : _merger(std::move(merger)), _handling(handling), _namesakes(_merger)
 {
 }
 
@@ -50,17 +50,16 @@ void ImportPlan::lookAt(const std::vector<Card>& cards)
 {
     _looks.clear();
     _candidates.clear();
-    _previews = nullptr;
     if (_handling == DuplicateHandling::both)
         return;
     for (const auto& card : cards)
         if (const auto key = Namesakes::keyOf(*card.person))
             _looks.emplace(
-                card.person.get(), Look{*key, _namesakes.idsFor(*key, *card.person), std::nullopt, {}});
+                card.person.get(), Look{*key, _namesakes.find(*key, *card.person), std::nullopt, {}});
     readCandidates();
     for (const auto& card : cards) {
         const auto at = _looks.find(card.person.get());
-        if (at == _looks.end() || at->second.ids.empty())
+        if (at == _looks.end() || at->second.there.ids.empty())
             continue;
         Look& look = at->second;
         look.content.emplace(Ref<const ZRPerson>(card.person));
@@ -75,7 +74,7 @@ void ImportPlan::readCandidates()
 {
     std::vector<std::string> ids;
     for (const auto& [person, look] : _looks)
-        for (const auto& id : look.ids)
+        for (const auto& id : look.there.ids)
             if (_candidates.try_emplace(id).second)
                 ids.push_back(id);
     if (ids.empty())
@@ -105,7 +104,7 @@ const CardContent& ImportPlan::contentOf(Candidate& candidate)
 
 // ---- choosing
 
-bool ImportPlan::isSame(const CardContent& existing, const CardContent& incoming) const
+bool ImportPlan::isKnown(const CardContent& existing, const CardContent& incoming) const
 {
     return _handling == DuplicateHandling::update ? existing.knowsAllOf(incoming) : existing.says(incoming);
 }
@@ -113,7 +112,7 @@ bool ImportPlan::isSame(const CardContent& existing, const CardContent& incoming
 std::string ImportPlan::findSame(const Look& look)
 {
     std::string same;
-    for (const auto& id : look.ids) {
+    for (const auto& id : look.there.ids) {
         Candidate* const there = candidate(id);
         if (!there || !contentOf(*there).says(*look.content))
             continue;
@@ -124,13 +123,13 @@ std::string ImportPlan::findSame(const Look& look)
     return same;
 }
 
-/// The best of those who belong to no card yet: `ids` begins with those who share an address, and ends with
-/// the one whom the merger names. Empty for none.
+/// Of those who belong to no card yet the first who shares an address, else the one whom the merger names, or
+/// would name without the others. Empty for none.
 std::string ImportPlan::findFree(const Look& look)
 {
-    for (const auto& id : look.ids)
-        if (isFree(id))
-            return id;
+    for (std::size_t at = 0; at < look.there.sharing; ++at)
+        if (isFree(look.there.ids[at]))
+            return look.there.ids[at];
     const auto all = _merger->uniqueIdsForCollisionMapKey(look.key);
     const auto at = std::find_if(all.rbegin(), all.rend(), [&](const std::string& id) { return isFree(id); });
     return at == all.rend() ? std::string() : *at;
@@ -147,20 +146,21 @@ ImportDecision ImportPlan::decide(const Card& card)
 
 ImportDecision ImportPlan::decideAbout(const Look& look, const Card& card)
 {
-    if (look.ids.empty())
+    if (look.there.ids.empty())
         return {};
     if (!look.same.empty())
         return {Fate::same, candidate(look.same)->person, {}};
     if (_handling == DuplicateHandling::keep) {
-        const auto at = std::ranges::find_if(look.ids, [&](const std::string& id) { return candidate(id); });
-        return at == look.ids.end() ? ImportDecision()
-                                    : ImportDecision{Fate::kept, candidate(*at)->person, {}};
+        const auto at =
+            std::ranges::find_if(look.there.ids, [&](const std::string& id) { return candidate(id); });
+        return at == look.there.ids.end() ? ImportDecision()
+                                          : ImportDecision{Fate::kept, candidate(*at)->person, {}};
     }
     if (const std::string id = findFree(look); !id.empty())
         return change(id, look, card);
     // Everybody of that name belongs to another card. What one of them has taken in needs no card of its own.
-    for (const auto& id : look.ids)
-        if (Candidate* const there = candidate(id); there && isSame(contentOf(*there), *look.content))
+    for (const auto& id : look.there.ids)
+        if (Candidate* const there = candidate(id); there && isKnown(contentOf(*there), *look.content))
             return {Fate::same, there->person, {}};
     return {};
 }
@@ -171,38 +171,39 @@ ImportDecision ImportPlan::change(const std::string& id, const Look& look, const
 {
     Candidate& existing = *candidate(id);
     _taken.insert(id);
-    if (isSame(contentOf(existing), *look.content))
+    if (isKnown(contentOf(existing), *look.content))
         return {Fate::same, existing.person, {}};
-    ImportDecision decision{Fate::updated, existing.person, {}};
-    if (_handling == DuplicateHandling::update && contentOf(existing).knowsNoteOf(*look.content))
-        card.person->removeValueForProperty(zr::kZRNoteProperty);
-    if (_handling == DuplicateHandling::replace) {
-        decision.fate = Fate::replaced;
-        if (_detail == Detail::changes)
-            decision.changes = changesBetween(contentOf(existing), *look.content);
-        existing = {card.person, look.content};
-    } else if (_detail == Detail::changes) {
-        existing.content = preview(existing, look, card, decision);
-    } else {
-        existing.content.reset();
-    }
+    if (_handling == DuplicateHandling::update)
+        return update(existing, look, card);
+    ImportDecision decision{
+        Fate::replaced, existing.person, changesBetween(contentOf(existing), *look.content)};
+    existing = {card.person, look.content};
     return decision;
 }
 
-CardContent ImportPlan::preview(
-    Candidate& existing, const Look& look, const Card& card, ImportDecision& decision)
+// Entries of the card may replace each other until what was there is there again.
+ImportDecision ImportPlan::update(Candidate& existing, const Look& look, const Card& card)
 {
-    if (!_previews) {
-        _previews = ZRNewMerger::initWithGroup(nullptr);
-        _previews->setTargetRoster(_merger->targetRoster());
-    }
-    ZRPropertyChanges changes;
-    CardContent after(_previews->emulateUpdateCard(*existing.person, *card.person, changes));
-    const CardContent& before = contentOf(existing);
-    after.setPicture(look.content->picture().isNothing() ? before.picture() : look.content->picture());
-    decision.changes = changesBetween(before, after);
+    if (contentOf(existing).knowsNoteOf(*look.content))
+        card.person->removeValueForProperty(zr::kZRNoteProperty);
+    CardContent after = preview(existing, look, card);
+    ImportDecision decision{Fate::updated, existing.person, changesBetween(contentOf(existing), after)};
+    if (decision.changes.empty())
+        return {Fate::same, existing.person, {}};
     for (auto& displaced : displacedValues(*look.content, after))
         decision.changes.push_back(std::move(displaced));
+    existing.content = std::move(after);
+    return decision;
+}
+
+CardContent ImportPlan::preview(Candidate& existing, const Look& look, const Card& card)
+{
+    ZRPropertyChanges unused;
+    const auto made = _merger->emulateUpdateCard(*existing.person, *card.person, unused);
+    CardContent after{Ref<const ZRPerson>(made)};
+    const auto& picture = look.content->picture();
+    after.setPicture(picture.isNothing() ? contentOf(existing).picture() : picture);
+    made->roster()->removeRecord(made);
     return after;
 }
 

@@ -35,7 +35,7 @@ struct ImportDecision {
     /// Who is in the roster: said of every fate but `added`. Null where the card that says the same came with
     /// this very import.
     platform::Ref<ZRPerson> existing;
-    /// What an update or a replacement changes, when that was asked for.
+    /// What an update or a replacement changes.
     std::vector<ValueChange> changes;
 };
 
@@ -43,7 +43,7 @@ struct ImportDecision {
 /// that an incoming card is the card of the same name.
 ///
 /// - A card without a name is nobody's duplicate.
-/// - A card that brings nothing new to the one that is there is the *same*; where the old one is to be
+/// - A card that would change nothing of the one that is there is the *same*; where the old one is to be
 ///   replaced, only one that says exactly as much.
 /// - Of several people of one name the one who says the same is meant, then one who shares an e-mail address
 /// or
@@ -61,10 +61,7 @@ struct ImportDecision {
 /// Errors:    a store that cannot be read makes every card new, which is logged.
 class ImportPlan {
 public:
-    /// Whether decisions tell what changes: that takes a preview of each update.
-    enum class Detail { fate, changes };
-
-    ImportPlan(platform::Ref<ZRNewMerger> merger, DuplicateHandling handling, Detail detail);
+    ImportPlan(platform::Ref<ZRNewMerger> merger, DuplicateHandling handling);
 
     struct Card {
         platform::Ref<ZRPerson> person;
@@ -87,7 +84,7 @@ private:
     /// What is known of a card that was looked at.
     struct Look {
         std::string key;
-        std::vector<std::string> ids;
+        Namesakes::Found there;
         std::optional<CardContent> content;
         /// The id of the one who says the same.
         std::string same;
@@ -98,18 +95,17 @@ private:
     const CardContent& contentOf(Candidate& candidate);
     /// Who says the same, by id; a person who belongs to no other card before one who does.
     std::string findSame(const Look& look);
-    bool isSame(const CardContent& existing, const CardContent& incoming) const;
+    /// Whether nothing comes of the card once more.
+    bool isKnown(const CardContent& existing, const CardContent& incoming) const;
     std::string findFree(const Look& look);
     bool isFree(const std::string& id) { return !_taken.contains(id) && candidate(id); }
     ImportDecision decideAbout(const Look& look, const Card& card);
     ImportDecision change(const std::string& id, const Look& look, const Card& card);
-    CardContent preview(Candidate& existing, const Look& look, const Card& card, ImportDecision& decision);
+    ImportDecision update(Candidate& existing, const Look& look, const Card& card);
+    CardContent preview(Candidate& existing, const Look& look, const Card& card);
 
     const platform::Ref<ZRNewMerger> _merger;
-    /// Holds the previews of one transaction.
-    platform::Ref<ZRNewMerger> _previews;
     const DuplicateHandling _handling;
-    const Detail _detail;
     Namesakes _namesakes;
     std::unordered_map<const ZRPerson*, Look> _looks;
     std::unordered_map<std::string, Candidate> _candidates;

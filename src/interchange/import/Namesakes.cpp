@@ -127,21 +127,22 @@ bool Namesakes::hasAddresses(const std::string& uniqueId) const
     return std::ranges::binary_search(*_addresses, hashOf(uniqueId), {}, &OwnedAddress::first);
 }
 
-std::vector<std::string> Namesakes::idsFor(const std::string& key, const ZRPerson& card)
+Namesakes::Found Namesakes::find(const std::string& key, const ZRPerson& card)
 {
     auto ids = _merger->uniqueIdsForCollisionMapKey(key);
     if (ids.size() < 2 || !readAddresses())
-        return ids;
+        return {std::move(ids)};
     const Addresses addresses = addressesOf(card);
-    // Whoever has the very content of the card has its addresses, too.
-    const auto isWorthALook = [&](const std::string& id) {
-        return addresses.empty() ? !hasAddresses(id) : shares(id, addresses);
-    };
-    std::vector<std::string> worthy;
-    std::ranges::copy_if(ids, std::back_inserter(worthy), isWorthALook);
-    if (worthy.empty() || worthy.back() != ids.back())
-        worthy.push_back(ids.back());
-    return worthy;
+    Found found;
+    std::ranges::copy_if(
+        ids, std::back_inserter(found.ids), [&](const std::string& id) { return shares(id, addresses); });
+    found.sharing = found.ids.size();
+    // Whoever says the very same as the card has its addresses, too.
+    std::ranges::copy_if(ids, std::back_inserter(found.ids),
+        [&](const std::string& id) { return addresses.empty() && !hasAddresses(id); });
+    if (found.ids.empty())
+        found.ids.push_back(ids.back());
+    return found;
 }
 
 } // namespace interchange

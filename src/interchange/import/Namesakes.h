@@ -30,9 +30,13 @@ public:
 
     /// The name that a card is looked for by; absent where it has none, or nothing but blanks.
     static std::optional<std::string> keyOf(const ZRPerson& card);
-    /// The unique ids of those who may be the person of the card, as the collision map took them up: the last
-    /// is the one that the map answers.
-    std::vector<std::string> idsFor(const std::string& key, const ZRPerson& card);
+    struct Found {
+        /// The unique ids of those who may be the person of the card, or say the same.
+        std::vector<std::string> ids;
+        /// So many of them, the first ones, share an address with the card.
+        std::size_t sharing = 0;
+    };
+    Found find(const std::string& key, const ZRPerson& card);
 
 private:
     /// E-mail addresses and telephone numbers, as hashes of what they are compared by. Sorted.

@@ -96,8 +96,7 @@ void ZRvCardController::makePlan()
         return;
     const auto roster =
         state.outcome == Outcome::saved ? state.roster : state.target->parallelUniverseRoster();
-    state.plan.emplace(
-        mergerFor(roster), handling, cardWasDecided ? ImportPlan::Detail::changes : ImportPlan::Detail::fate);
+    state.plan.emplace(mergerFor(roster), handling);
 }
 
 void ZRvCardController::settleCards()
