@@ -56,11 +56,12 @@ bool saysSame(const Value& a, const Value& b)
     return entries && others ? entries->isEqual(*others, ZRMultiValue::CompareIdentifiers::no) : a == b;
 }
 
-CardContent::CardContent(platform::Ref<const ZRPerson> person) : _person(std::move(person))
+CardContent::CardContent(platform::Ref<const ZRPerson> person, const ZRPropertyTypes& properties)
+    : _person(std::move(person))
 {
     ZRRoster& roster = *_person->nts_Roster();
     locked(roster, ZRAccess::read, [&]() ZR_NTS {
-        for (const auto& [property, type] : roster.nts_PropertyTypesForRecordOfClass(_person->recordClass()))
+        for (const auto& [property, type] : properties)
             if (!merge::isOfOneCardOnly(property))
                 if (Value value = _person->nts_ValueForProperty(property); !saysNothing(value))
                     _properties.emplace_back(property, std::move(value));

@@ -21,7 +21,8 @@ namespace interchange {
 /// Errors:    a person that was deleted elsewhere says nothing.
 class CardContent {
 public:
-    explicit CardContent(platform::Ref<const ZRPerson> person);
+    /// `properties` are those of people in the person's roster.
+    CardContent(platform::Ref<const ZRPerson> person, const ZRPropertyTypes& properties);
 
     /// The properties with a value, by name.
     const std::vector<std::pair<std::string, platform::Value>>& properties() const { return _properties; }

@@ -50,8 +50,11 @@ void ImportPlan::lookAt(const std::vector<Card>& cards)
 {
     _looks.clear();
     _candidates.clear();
-    if (_handling == DuplicateHandling::both)
+    if (_handling == DuplicateHandling::both || cards.empty())
         return;
+    _properties = _merger->allPersonProperties();
+    _propertiesOfCards = ZRRecord::propertyTypesWithRoster(
+        ZRPerson::recordClassDescription, cards.front().person->nts_Roster());
     for (const auto& card : cards)
         if (const auto key = Namesakes::keyOf(*card.person))
             _looks.emplace(
@@ -62,7 +65,7 @@ void ImportPlan::lookAt(const std::vector<Card>& cards)
         if (at == _looks.end() || at->second.there.ids.empty())
             continue;
         Look& look = at->second;
-        look.content.emplace(Ref<const ZRPerson>(card.person));
+        look.content.emplace(card.person, _propertiesOfCards);
         look.same = findSame(look);
         if (!look.same.empty())
             _taken.insert(look.same);
@@ -98,7 +101,7 @@ ImportPlan::Candidate* ImportPlan::candidate(const std::string& id)
 const CardContent& ImportPlan::contentOf(Candidate& candidate)
 {
     if (!candidate.content)
-        candidate.content.emplace(Ref<const ZRPerson>(candidate.person));
+        candidate.content.emplace(candidate.person, _properties);
     return *candidate.content;
 }
 
@@ -200,7 +203,7 @@ CardContent ImportPlan::preview(Candidate& existing, const Look& look, const Car
 {
     ZRPropertyChanges unused;
     const auto made = _merger->emulateUpdateCard(*existing.person, *card.person, unused);
-    CardContent after{Ref<const ZRPerson>(made)};
+    CardContent after(made, _properties);
     const auto& picture = look.content->picture();
     after.setPicture(picture.isNothing() ? contentOf(existing).picture() : picture);
     made->roster()->removeRecord(made);

@@ -107,6 +107,8 @@ private:
     const platform::Ref<ZRNewMerger> _merger;
     const DuplicateHandling _handling;
     Namesakes _namesakes;
+    /// Of people in the merger's roster, and in that of the cards.
+    ZRPropertyTypes _properties, _propertiesOfCards;
     std::unordered_map<const ZRPerson*, Look> _looks;
     std::unordered_map<std::string, Candidate> _candidates;
     /// The ids of those who belong to a card of this import.

@@ -83,36 +83,35 @@ Namesakes::Addresses Namesakes::addressesOf(const ZRPerson& card)
     return addresses;
 }
 
+// Asked of a context of its own: what waits in the roster need not be looked through.
 bool Namesakes::readAddresses()
 {
     if (_addresses)
         return true;
-    const auto roster = _merger->targetRoster();
-    return locked(*roster, ZRAccess::read, [&]() ZR_NTS {
-        auto& context = *roster->managedObjectContext();
-        auto owners = readOwners(context);
-        platform::Result<void> read = owners ? platform::Result<void>() : owners.error();
-        std::vector<OwnedAddress> addresses;
-        for (const auto& kind : kinds) {
-            const std::array<std::string_view, 2> keys{"owner", kind.column};
-            if (read)
-                read = objectstore::fetchColumns(context,
-                    objectstore::StoreFetch(*context.coordinator()->model().entity(kind.entity)), keys,
-                    [&](std::int64_t, std::span<const FieldValue> fields) {
-                        const auto owner = owners->find(fields[0].integer);
-                        const auto text = kind.compared(fields[1].bytes);
-                        if (owner != owners->end() && !text.empty())
-                            addresses.emplace_back(owner->second, hashOf(text));
-                    });
-        }
-        if (!read) {
-            platform::log(fmt::format("Cannot read the addresses of all people: {}", read.error().text));
-            return false;
-        }
-        std::ranges::sort(addresses);
-        _addresses = std::move(addresses);
-        return true;
-    });
+    const auto context = platform::makeRef<ZRManagedObjectContext>(
+        platform::Ref<objectstore::StoreCoordinator>(_merger->targetRoster()->storeCoordinator()));
+    auto owners = readOwners(*context);
+    platform::Result<void> read = owners ? platform::Result<void>() : owners.error();
+    std::vector<OwnedAddress> addresses;
+    for (const auto& kind : kinds) {
+        const std::array<std::string_view, 2> keys{"owner", kind.column};
+        const auto take = [&](std::int64_t, std::span<const FieldValue> fields) {
+            const auto owner = owners->find(fields[0].integer);
+            const auto text = kind.compared(fields[1].bytes);
+            if (owner != owners->end() && !text.empty())
+                addresses.emplace_back(owner->second, hashOf(text));
+        };
+        if (read)
+            read = objectstore::fetchColumns(*context,
+                objectstore::StoreFetch(*context->coordinator()->model().entity(kind.entity)), keys, take);
+    }
+    if (!read) {
+        platform::log(fmt::format("Cannot read the addresses of all people: {}", read.error().text));
+        return false;
+    }
+    std::ranges::sort(addresses);
+    _addresses = std::move(addresses);
+    return true;
 }
 
 bool Namesakes::shares(const std::string& uniqueId, const Addresses& addresses) const
