@@ -116,9 +116,12 @@ bool Namesakes::readAddresses()
 
 bool Namesakes::shares(const std::string& uniqueId, const Addresses& addresses) const
 {
-    const auto own = std::ranges::equal_range(*_addresses, hashOf(uniqueId), {}, &OwnedAddress::first);
-    return std::ranges::any_of(own,
-        [&](const OwnedAddress& address) { return std::ranges::binary_search(addresses, address.second); });
+    const std::uint64_t owner = hashOf(uniqueId);
+    auto at = std::ranges::lower_bound(*_addresses, owner, {}, &OwnedAddress::first);
+    for (; at != _addresses->end() && at->first == owner; ++at)
+        if (std::ranges::binary_search(addresses, at->second))
+            return true;
+    return false;
 }
 
 bool Namesakes::hasAddresses(const std::string& uniqueId) const
