@@ -66,6 +66,10 @@ public:
             copy->setValue(Value(pick<std::string>({"three", "four"})), kZRNoteProperty);
         if (chance(2))
             copy->setValue(Value(), kZRPhoneProperty);
+        constexpr std::int64_t lastImport = 128;
+        if (chance(4))
+            copy->zrosSetValue(
+                Value(copy->zrosValueForKey("displayFlags").asInteger() ^ lastImport), "displayFlags");
     }
 
     bool chance(int inTen) { return static_cast<int>(_random() % 10) < inTen; }
