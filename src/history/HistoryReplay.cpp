@@ -52,12 +52,13 @@ HistoryReplay::HistoryReplay(
 template <class Visit>
 void HistoryReplay::forEachBatch(Visit visit)
 {
-    std::string last;
-    for (;;) {
-        auto batch = _tables.changesAfter(_step, last, kChangesAtOnce);
+    // A record that gets another key meanwhile is not met again.
+    const std::int64_t last = _tables.lastKey(_step);
+    for (std::int64_t key = 0; key < last;) {
+        auto batch = _tables.changesBetween(_step, key, last, kChangesAtOnce);
         if (batch.empty())
             return;
-        last = batch.back().record;
+        key = batch.back().key;
         visit(batch);
     }
 }

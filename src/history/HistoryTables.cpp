@@ -19,6 +19,7 @@ constexpr char kTables[] =
     " name TEXT NOT NULL, beforeThere INTEGER NOT NULL, beforeContent BLOB, beforeTies BLOB,"
     " afterThere INTEGER NOT NULL, afterContent BLOB, afterTies BLOB, leftContent INTEGER, leftTies INTEGER,"
     " leftPicture INTEGER, PRIMARY KEY(step, record));"
+    "CREATE INDEX history_change_key ON history_change(step, key);"
     "CREATE TABLE history_picture(step INTEGER NOT NULL, record TEXT NOT NULL, kind TEXT NOT NULL,"
     " side INTEGER NOT NULL, data BLOB, PRIMARY KEY(step, record, kind, side));"
     "CREATE INDEX history_picture_side ON history_picture(side);";
@@ -265,12 +266,20 @@ void Tables::remove(std::int64_t step, std::string_view record)
     pictures->bind(1, step).bindText(2, record).run();
 }
 
-std::vector<Change> Tables::changesAfter(std::int64_t step, std::string_view record, std::size_t count)
+std::int64_t Tables::lastKey(std::int64_t step)
+{
+    Use find(prepared("SELECT ifnull(max(key), 0) FROM history_change WHERE step = ?"));
+    find->bind(1, step);
+    return find->step() ? find->integer(0) : 0;
+}
+
+std::vector<Change> Tables::changesBetween(
+    std::int64_t step, std::int64_t after, std::int64_t last, std::size_t count)
 {
     std::vector<Change> changes;
-    Use find(
-        prepared(std::string(kChangeColumns) + " WHERE step = ? AND record > ? ORDER BY record LIMIT ?"));
-    find->bind(1, step).bindText(2, record).bind(3, static_cast<std::int64_t>(count));
+    Use find(prepared(
+        std::string(kChangeColumns) + " WHERE step = ? AND key > ? AND key <= ? ORDER BY key LIMIT ?"));
+    find->bind(1, step).bind(2, after).bind(3, last).bind(4, static_cast<std::int64_t>(count));
     while (find->step())
         changes.push_back(changeAt(*find));
     return changes;

@@ -97,8 +97,12 @@ public:
     std::optional<Change> change(std::int64_t step, std::string_view record);
     void put(std::int64_t step, const Change& change);
     void remove(std::int64_t step, std::string_view record);
-    /// Changes of the step behind that record, in the order of their ids, at most so many.
-    std::vector<Change> changesAfter(std::int64_t step, std::string_view record, std::size_t count);
+    /// The highest key of a record of the step.
+    std::int64_t lastKey(std::int64_t step);
+    /// Changes of the step with keys above `after` and up to `last`, in the order of the keys, at most so
+    /// many: tables and the text index take rows in that order fastest.
+    std::vector<Change> changesBetween(
+        std::int64_t step, std::int64_t after, std::int64_t last, std::size_t count);
 
     void putPictures(std::int64_t step, std::string_view record, Side side, const Pictures& pictures);
     Pictures pictures(std::int64_t step, std::string_view record, Side side);
