@@ -186,22 +186,28 @@ void HistoryReplay::bringRecords()
 {
     static const auto& logged = *rosterModel()->entity("ZROSDeletedRecordLog")->slot("deletedRecordUniqueId");
     forEachBatch([&](std::vector<Change>& batch) {
-        for (Change& change : batch) {
-            const ChangeSide& to = wanted(change);
-            if (!to.isThere)
-                continue;
-            if (present(change).isThere) {
-                if (to.content)
-                    _writer.replaceContent(change.key, *to.content);
-                _replayed.changed.push_back(change.record);
-            } else if (to.content) {
-                change.key = _writer.insert(*to.content, change.key);
-                _writer.removePlain(logged, change.record);
-                _tables.put(_step, change);
-                _replayed.added.push_back(change.record);
-            }
-        }
+        const std::size_t before = _replayed.added.size();
+        for (Change& change : batch)
+            bringRecord(change);
+        _writer.removePlain(logged, std::span(_replayed.added).subspan(before));
     });
+}
+
+void HistoryReplay::bringRecord(Change& change)
+{
+    const ChangeSide& to = wanted(change);
+    if (!to.isThere)
+        return;
+    if (present(change).isThere) {
+        if (to.content)
+            _writer.replaceContent(change.key, *to.content);
+        _replayed.changed.push_back(change.record);
+    } else if (to.content) {
+        const std::int64_t former = std::exchange(change.key, _writer.insert(*to.content, change.key));
+        if (change.key != former)
+            _tables.put(_step, change);
+        _replayed.added.push_back(change.record);
+    }
 }
 
 void HistoryReplay::addTies()

@@ -65,6 +65,7 @@ private:
     void clearTies();
     void removeRecords();
     void bringRecords();
+    void bringRecord(Change& change);
     void addTies();
     void bringPictures();
     void writeFiles(const std::vector<std::pair<std::string, Pictures>>& pictures);

@@ -21,7 +21,7 @@ constexpr char kTables[] =
     " leftPicture INTEGER, PRIMARY KEY(step, record));"
     "CREATE INDEX history_change_key ON history_change(step, key);"
     "CREATE TABLE history_picture(step INTEGER NOT NULL, record TEXT NOT NULL, kind TEXT NOT NULL,"
-    " side INTEGER NOT NULL, data BLOB, PRIMARY KEY(step, record, kind, side));"
+    " side INTEGER NOT NULL, data BLOB, PRIMARY KEY(step, record, side, kind));"
     "CREATE INDEX history_picture_side ON history_picture(side);";
 
 constexpr char kChangeColumns[] =

@@ -80,6 +80,30 @@ Error refusalOf(ZRRoster& roster) ZR_NTS
     return {};
 }
 
+/// Lets SQLite keep what a long transaction comes back to: pages of many tables and indexes in turn.
+class RoomyCache {
+public:
+    explicit RoomyCache(StoreState& store)
+        : _store(store), _before(store.connection->integer("PRAGMA cache_size"))
+    {
+        _store.connection->execute("PRAGMA cache_size = -64000");
+    }
+    ~RoomyCache()
+    {
+        try {
+            _store.connection->execute(fmt::format("PRAGMA cache_size = {}", _before).c_str());
+        } catch (const objectstore::sqlite::Failure&) {
+            // It stays roomy, which harms nobody.
+        }
+    }
+    RoomyCache(const RoomyCache&) = delete;
+    RoomyCache& operator=(const RoomyCache&) = delete;
+
+private:
+    StoreState& _store;
+    const std::int64_t _before;
+};
+
 /// Gives the pictures back that were written for records that do not come.
 class WrittenPictures {
 public:
@@ -192,6 +216,7 @@ ZRHistoryOutcome ZRHistory::State::replay(Side towards, ZRHistoryForce force)
             outcome.status = Status::inUse;
             if (history::StepInUse::isHeld(directory(), step->id))
                 return;
+            const RoomyCache cache(store);
             HistoryReplay replay(store, step->id, towards, roster->rosterImagesDirectory());
             WrittenPictures pictures(replay);
             if (!replayInStore(replay, force, outcome))

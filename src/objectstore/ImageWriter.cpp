@@ -16,6 +16,22 @@ namespace {
 
 constexpr std::string_view kAmongKeys = "IN (SELECT value FROM json_each(?))";
 
+/// To be bound as one value, like the keys of `jsonOf`.
+std::string jsonOfTexts(std::span<const std::string> texts)
+{
+    std::string json = "[";
+    for (const auto& text : texts) {
+        json += json.size() > 1 ? ",\"" : "\"";
+        for (const char c : text)
+            if (c == '"' || c == '\\' || static_cast<unsigned char>(c) < ' ')
+                json += fmt::format("\\u{:04x}", static_cast<unsigned char>(c));
+            else
+                json += c;
+        json += '"';
+    }
+    return json + "]";
+}
+
 } // namespace
 
 /// One object of an image. Texts lie in the image.
@@ -146,7 +162,9 @@ std::int64_t ImageWriter::insert(std::string_view content, std::int64_t formerKe
     sqlite::Use revive(prepared("DELETE FROM store_deletion WHERE key = ?"));
     revive->bind(1, key).run();
     writeRow(root, key, nullptr, key);
-    writeLarge(root, key);
+    _inserted.insert(key);
+    if (root.entity->hasLarge() && !root.large.empty())
+        writeLarge(root, key);
     writeParts(parts, key);
     return key;
 }
@@ -272,16 +290,17 @@ void ImageWriter::remove(const ImageModel::Roots& roots, std::span<const std::in
     remove->bindText(1, keys).run();
 }
 
-void ImageWriter::removePlain(const Slot& slot, std::string_view text)
+void ImageWriter::removePlain(const Slot& slot, std::span<const std::string> texts)
 {
     const std::string& table = slot.entity->family()->table;
+    const std::string all = jsonOfTexts(texts);
     sqlite::Use record(prepared(fmt::format(
         "INSERT OR REPLACE INTO store_deletion(key, entity, version) SELECT \"_key\", \"_entity\", ?"
-        " FROM {} WHERE {} = ?",
-        table, slot.column)));
-    record->bind(1, _version).bindText(2, text).run();
-    sqlite::Use remove(prepared(fmt::format("DELETE FROM {} WHERE {} = ?", table, slot.column)));
-    remove->bindText(1, text).run();
+        " FROM {} WHERE {} {}",
+        table, slot.column, kAmongKeys)));
+    record->bind(1, _version).bindText(2, all).run();
+    sqlite::Use remove(prepared(fmt::format("DELETE FROM {} WHERE {} {}", table, slot.column, kAmongKeys)));
+    remove->bindText(1, all).run();
 }
 
 // ---- ties
@@ -351,7 +370,8 @@ void ImageWriter::clearTies(std::span<const std::int64_t> all)
 void ImageWriter::addTies(std::int64_t key, std::string_view ties)
 {
     const ImageModel::Roots& roots = rootsOfKey(key);
-    touch(*roots.family, key);
+    if (!_inserted.contains(key))
+        touch(*roots.family, key);
     ImageItems items(ties);
     for (ImageItem item; items.next(item);)
         if (item.kind == ImageItem::Kind::link)

@@ -11,6 +11,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace objectstore {
@@ -39,8 +40,8 @@ public:
     void addTies(std::int64_t key, std::string_view ties);
     /// Roots of one table with all that belongs to them.
     void remove(const ImageModel::Roots& roots, std::span<const std::int64_t> keys);
-    /// Rows of a root entity without parts, those whose `slot` has that text.
-    void removePlain(const Slot& slot, std::string_view text);
+    /// Rows of a root entity without parts, those whose `slot` has one of these texts.
+    void removePlain(const Slot& slot, std::span<const std::string> texts);
     /// Makes the commit number and the sequence of keys those of what was written.
     void finish();
 
@@ -71,6 +72,7 @@ private:
     const ImageModel& _model;
     const std::int64_t _version;
     std::int64_t _sequence;
+    std::unordered_set<std::int64_t> _inserted;
     std::map<const Entity*, TextIndex> _textIndexes;
     std::map<std::string, std::int64_t, std::less<>> _shared;
 };
