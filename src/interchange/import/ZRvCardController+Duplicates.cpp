@@ -6,6 +6,7 @@
 #include "core/ZRGroup.h"
 #include "core/ZRPerson.h"
 #include "merge/ZRNewMerger.h"
+#include "objectstore/SaveObserver.h"
 #include "objectstore/StoreContext.h"
 #include "platform/files/UserDefaults.h"
 #include "platform/run/Log.h"
@@ -66,6 +67,32 @@ std::vector<std::string> idsOfMarked(ZRManagedObjectContext& context)
             ids.emplace_back(id.asText());
     return ids;
 }
+
+/// Keeps the observer of a store's saves away from those that change nothing people would take back.
+class Unobserved {
+public:
+    explicit Unobserved(objectstore::StoreCoordinator& coordinator)
+        : _coordinator(coordinator)
+        , _store(coordinator.firstStore())
+        , _observer(_store ? objectstore::saveObserver(coordinator, *_store) : nullptr)
+    {
+        exchange(nullptr);
+    }
+    ~Unobserved() { exchange(_observer); }
+    Unobserved(const Unobserved&) = delete;
+    Unobserved& operator=(const Unobserved&) = delete;
+
+private:
+    void exchange(objectstore::SaveObserver* observer)
+    {
+        if (_observer)
+            objectstore::setSaveObserver(_coordinator, *_store, observer);
+    }
+
+    objectstore::StoreCoordinator& _coordinator;
+    objectstore::PersistentStore* const _store;
+    objectstore::SaveObserver* const _observer;
+};
 
 /// The card takes the other's place: in its groups, and as Me.
 void takePlaceOf(const Ref<ZRPerson>& former, const Ref<ZRPerson>& card, ZRRoster& roster)
@@ -162,14 +189,15 @@ void ZRvCardController::beginLastImport()
     locked(*other, ZRAccess::write, [&] {
         const auto& flags = contactSlots().displayFlags;
         const auto context = other->managedObjectContext();
+        const Unobserved unobserved(*context->coordinator());
         const auto ids = idsOfMarked(*context);
         for (std::size_t from = 0; from < ids.size(); from += kCardsUnmarkedAtOnce) {
             const auto to = std::min(from + kCardsUnmarkedAtOnce, ids.size());
             const std::vector<std::string> some(ids.begin() + static_cast<std::ptrdiff_t>(from),
                 ids.begin() + static_cast<std::ptrdiff_t>(to));
             for (const auto& contact : context->zrContactsForUniqueIDs(some)) {
-                const std::int64_t left = contact->integer(flags) & ~kLastImport;
-                contact->setPrimitiveValue(flags, left == 0 ? Value() : Value(left));
+                // 0 stays 0: the history tells a card that says nothing of its flags from one that says none.
+                contact->setPrimitiveValue(flags, Value(contact->integer(flags) & ~kLastImport));
             }
             if (const auto saved = context->save(); !saved)
                 return platform::log(fmt::format("Cannot clear the last import: {}", saved.error().text));
