@@ -11,6 +11,7 @@ namespace history {
 using objectstore::FieldValue;
 using objectstore::ImageReader;
 using objectstore::ObjectImage;
+using objectstore::RowRef;
 using objectstore::SavedRoot;
 using objectstore::StoreState;
 
@@ -61,23 +62,38 @@ void HistoryRecorder::willWrite(StoreState& store, const std::vector<SavedRoot>&
         _before.emplace(image.key, std::move(image));
 }
 
-void HistoryRecorder::didWrite(StoreState& store, const std::vector<SavedRoot>& roots)
+// An import adds many and changes nobody: what it has just written need not be read back.
+void HistoryRecorder::didWrite(
+    StoreState& store, const std::vector<SavedRoot>& roots, const std::vector<RowRef>* inserted)
 {
     std::vector<Saved> changes;
-    std::vector<std::int64_t> staying;
+    std::vector<std::int64_t> toRead;
     for (const SavedRoot& root : roots)
         if (root.fate == SavedRoot::Fate::deleted)
             noteRemoved(changes, root);
-        else
-            staying.push_back(root.key);
-    for (const auto& image : ImageReader(store, imageModel()).read(staying, ImageReader::Want::hashes))
+        else if (root.fate == SavedRoot::Fate::changed || !inserted)
+            toRead.push_back(root.key);
+    ImageReader reader(store, imageModel());
+    for (const auto& image : reader.read(toRead, ImageReader::Want::hashes))
         noteStaying(changes, image);
+    if (inserted)
+        for (const auto& image : reader.readInserted(*inserted))
+            noteStaying(changes, image);
     _before.clear();
+    _savedRecords.clear();
+    for (const auto& saved : changes)
+        _savedRecords.push_back(saved.change.record);
     if (!changes.empty())
         write(store, changes);
 }
 
-void HistoryRecorder::didCommit() { _pictures.clear(); }
+// Pictures of records that wait for another save are still to be told of.
+void HistoryRecorder::didCommit()
+{
+    for (const auto& record : _savedRecords)
+        _pictures.erase(record);
+    _savedRecords.clear();
+}
 
 // ---- one record
 

@@ -31,7 +31,8 @@ public:
     bool counts(const objectstore::Slot& slot, const objectstore::FieldValue& before,
         const objectstore::FieldValue& after) const override;
     void willWrite(objectstore::StoreState& store, const std::vector<objectstore::SavedRoot>& roots) override;
-    void didWrite(objectstore::StoreState& store, const std::vector<objectstore::SavedRoot>& roots) override;
+    void didWrite(objectstore::StoreState& store, const std::vector<objectstore::SavedRoot>& roots,
+        const std::vector<objectstore::RowRef>* inserted) override;
     void didCommit() override;
 
 private:
@@ -60,6 +61,8 @@ private:
     StepInUse _inUse;
     std::unordered_map<std::int64_t, objectstore::ObjectImage> _before;
     std::map<std::string, PictureNote, std::less<>> _pictures;
+    /// Of the save under way.
+    std::vector<std::string> _savedRecords;
 };
 
 } // namespace history

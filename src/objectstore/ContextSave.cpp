@@ -102,8 +102,10 @@ private:
         part.write->run();
         if (part.merge)
             part.merge->finishWriting();
-        if (observer)
-            observer->didWrite(part.store.state(), roots);
+        if (!observer)
+            return;
+        const auto inserted = part.merge ? std::optional<std::vector<RowRef>>() : part.write->insertedRows();
+        observer->didWrite(part.store.state(), roots, inserted ? &*inserted : nullptr);
     }
 
     static void commit(Part& part)

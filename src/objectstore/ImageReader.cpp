@@ -14,20 +14,29 @@ namespace {
 constexpr std::size_t kRootsAtOnce = 500;
 constexpr int kFirstField = 3;
 
-int columnOf(const Entity& entity, const Slot& slot)
-{
-    return kFirstField + entity.familyColumns()[slot.field];
-}
+/// The fields of a row as a query brings them, and of one that is in memory.
+struct QueriedFields {
+    const sqlite::Statement& row;
+    const Entity& entity;
+    FieldValue operator()(const Slot& slot) const
+    {
+        return readField(row, kFirstField + entity.familyColumns()[slot.field]);
+    }
+};
+struct RowFields {
+    const Row& row;
+    FieldValue operator()(const Slot& slot) const { return row.value(slot.field); }
+};
 
-} // namespace
-
-std::string nameOfRow(const ImageModel& model, const Entity& entity, const sqlite::Statement& row)
+/// The name that the rules give to a root.
+template <class Fields>
+std::string nameOfRoot(const ImageModel& model, const Entity& entity, const Fields& fields)
 {
     for (const auto& keys : model.rules().names) {
         std::string name;
         for (const std::string_view key : keys) {
             const Slot* slot = entity.slot(key);
-            const std::string_view text = slot ? row.text(columnOf(entity, *slot)) : std::string_view();
+            const std::string_view text = slot ? fields(*slot).bytes : std::string_view();
             name.append(name.empty() || text.empty() ? "" : " ").append(text);
         }
         if (!name.empty())
@@ -36,6 +45,8 @@ std::string nameOfRow(const ImageModel& model, const Entity& entity, const sqlit
     return {};
 }
 
+} // namespace
+
 std::vector<ObjectImage> ImageReader::read(std::span<const std::int64_t> keys, Want want)
 {
     _want = want;
@@ -43,15 +54,54 @@ std::vector<ObjectImage> ImageReader::read(std::span<const std::int64_t> keys, W
     std::vector<ObjectImage> images;
     for (std::size_t from = 0; from < keys.size(); from += kRootsAtOnce) {
         readBatch(keys.subspan(from, std::min(kRootsAtOnce, keys.size() - from)));
-        for (auto& one : _building) {
-            one.image.contentHash = one.content.value();
-            one.image.tiesHash = one.ties.value();
-            images.push_back(std::move(one.image));
-        }
+        finishImages(images);
     }
-    _building.clear();
     return images;
 }
+
+void ImageReader::finishImages(std::vector<ObjectImage>& images)
+{
+    for (auto& one : _building) {
+        one.image.contentHash = one.content.value();
+        one.image.tiesHash = one.ties.value();
+        images.push_back(std::move(one.image));
+    }
+    _building.clear();
+    _at.clear();
+}
+
+// ---- what is in memory
+
+std::vector<ObjectImage> ImageReader::readInserted(std::span<const RowRef> rows)
+{
+    _want = Want::hashes;
+    _references.clear();
+    std::unordered_map<const ImageModel::Roots*, std::vector<std::int64_t>> keys;
+    for (const auto& row : rows)
+        if (const auto* roots = _model.rootsOf(row->entity()); roots && !row->entity().owner()) {
+            addRoot(row->entity(), row->key(), *roots, RowFields{*row});
+            keys[roots].push_back(row->key());
+        }
+    for (const auto& row : rows)
+        if (row->entity().owner())
+            addInsertedPart(*row);
+    for (const auto& [roots, found] : keys)
+        readTies(*roots, jsonOf(found));
+    std::vector<ObjectImage> images;
+    finishImages(images);
+    return images;
+}
+
+void ImageReader::addInsertedPart(const Row& row)
+{
+    for (const auto& roots : _model.roots())
+        for (const auto& parts : roots.parts)
+            if (parts.family == row.entity().family())
+                if (Building* one = building(row.integer(parts.by->field)); one && one->roots == &roots)
+                    addRow(row.entity(), RowFields{row}, parts.by, *one, Section::content);
+}
+
+// ---- what is in tables
 
 std::int64_t ImageReader::keyOf(std::string_view uniqueId)
 {
@@ -82,15 +132,21 @@ void ImageReader::readBatch(std::span<const std::int64_t> keys)
         const std::string all = jsonOf(found);
         for (const auto& parts : roots.parts)
             readParts(parts, all, Section::content);
-        for (const Slot* slot : roots.large)
-            readLarge(*slot, all);
-        for (const auto& ties : roots.ties)
-            readParts(ties, all, Section::ties);
-        for (const Slot* slot : roots.memberships)
-            readMemberships(*slot, all);
-        for (const Slot* slot : roots.pointers)
-            readPointers(*slot, all);
+        readTies(roots, all);
     }
+}
+
+/// And what lies in tables of its own.
+void ImageReader::readTies(const ImageModel::Roots& roots, const std::string& keys)
+{
+    for (const Slot* slot : roots.large)
+        readLarge(*slot, keys);
+    for (const auto& ties : roots.ties)
+        readParts(ties, keys, Section::ties);
+    for (const Slot* slot : roots.memberships)
+        readMemberships(*slot, keys);
+    for (const Slot* slot : roots.pointers)
+        readPointers(*slot, keys);
 }
 
 void ImageReader::readRoots(const ImageModel::Roots& roots, const std::string& keys)
@@ -103,14 +159,22 @@ void ImageReader::readRoots(const ImageModel::Roots& roots, const std::string& k
         const Entity* entity = _store.entityNumbered(find->integer(2));
         if (!entity)
             continue;
-        Building& one = _building.emplace_back();
-        one.image.key = find->integer(0);
-        one.image.entity = entity;
-        one.image.uniqueId = find->text(columnOf(*entity, *roots.uniqueId));
-        one.image.name = nameOfRow(_model, *entity, *find);
-        _at.emplace(one.image.key, _building.size() - 1);
-        addRow(*find, nullptr, one, Section::content);
+        addRoot(*entity, find->integer(0), roots, QueriedFields{*find, *entity});
     }
+}
+
+template <class Fields>
+void ImageReader::addRoot(
+    const Entity& entity, std::int64_t key, const ImageModel::Roots& roots, const Fields& fields)
+{
+    Building& one = _building.emplace_back();
+    one.roots = &roots;
+    one.image.key = key;
+    one.image.entity = &entity;
+    one.image.uniqueId = fields(*roots.uniqueId).bytes;
+    one.image.name = nameOfRoot(_model, entity, fields);
+    _at.emplace(key, _building.size() - 1);
+    addRow(entity, fields, nullptr, one, Section::content);
 }
 
 ImageReader::Building* ImageReader::building(std::int64_t key)
@@ -127,14 +191,18 @@ void ImageReader::readParts(const ImageModel::Found& parts, const std::string& k
     find->bindText(1, keys);
     while (find->step()) {
         const Entity* entity = _store.entityNumbered(find->integer(2));
-        if (Building* one = entity ? building(find->integer(columnOf(*entity, *parts.by))) : nullptr)
-            addRow(*find, parts.by, *one, section);
+        if (!entity)
+            continue;
+        const QueriedFields fields{*find, *entity};
+        if (Building* one = building(fields(*parts.by).integer))
+            addRow(*entity, fields, parts.by, *one, section);
     }
 }
 
-void ImageReader::addRow(const sqlite::Statement& row, const Slot* owner, Building& into, Section section)
+template <class Fields>
+void ImageReader::addRow(
+    const Entity& entity, const Fields& fields, const Slot* owner, Building& into, Section section)
 {
-    const Entity& entity = *_store.entityNumbered(row.integer(2));
     _bytes.clear();
     _counted.clear();
     appendObject(_bytes, entity.name());
@@ -142,7 +210,7 @@ void ImageReader::addRow(const sqlite::Statement& row, const Slot* owner, Buildi
     for (const Slot* slot : entity.fields()) {
         if (slot == owner)
             continue;
-        FieldValue value = readField(row, columnOf(entity, *slot));
+        FieldValue value = fields(*slot);
         if (value.kind == FieldKind::absent)
             continue;
         _item.clear();
@@ -154,7 +222,10 @@ void ImageReader::addRow(const sqlite::Statement& row, const Slot* owner, Buildi
         if (!_model.isCounted(*slot))
             continue;
         if (const std::int64_t bits = _model.uncountedBits(*slot); bits && value.kind == FieldKind::integer) {
+            // No other bits are as good as no value.
             value.integer &= ~bits;
+            if (value.integer == 0)
+                continue;
             _item.clear();
             appendField(_item, ImageItem::Kind::field, slot->key, value);
         }

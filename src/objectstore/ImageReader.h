@@ -41,24 +41,36 @@ public:
 
     /// Those of these keys that are there and are roots of the model, in the order of their keys.
     std::vector<ObjectImage> read(std::span<const std::int64_t> keys, Want want);
+    /// The hashes of the roots among these rows, which with their parts were just inserted: most of it need
+    /// not be read. Parts of other roots are passed over.
+    std::vector<ObjectImage> readInserted(std::span<const RowRef> rows);
     /// The key of the root with that unique id, 0 for none.
     std::int64_t keyOf(std::string_view uniqueId);
 
 private:
     struct Building {
         ObjectImage image;
+        const ImageModel::Roots* roots = nullptr;
         ImageHash content;
         ImageHash ties;
     };
     enum class Section : bool { content, ties };
 
     void readBatch(std::span<const std::int64_t> keys);
+    void finishImages(std::vector<ObjectImage>& images);
     void readRoots(const ImageModel::Roots& roots, const std::string& keys);
+    void readTies(const ImageModel::Roots& roots, const std::string& keys);
+    void addInsertedPart(const Row& row);
     void readParts(const ImageModel::Found& parts, const std::string& keys, Section section);
     void readLarge(const Slot& slot, const std::string& keys);
     void readMemberships(const Slot& slot, const std::string& keys);
     void readPointers(const Slot& slot, const std::string& keys);
-    void addRow(const sqlite::Statement& row, const Slot* owner, Building& into, Section section);
+    template <class Fields>
+    void addRoot(
+        const Entity& entity, std::int64_t key, const ImageModel::Roots& roots, const Fields& fields);
+    template <class Fields>
+    void addRow(
+        const Entity& entity, const Fields& fields, const Slot* owner, Building& into, Section section);
     void addTie(std::int64_t key, ImageItem::Kind kind, std::string_view name, std::string_view uniqueId);
     void finishPart(Building& into, Section section, bool isCounted);
     Building* building(std::int64_t key);
@@ -75,8 +87,5 @@ private:
     std::string _bytes;
     std::string _counted;
 };
-
-/// The name that the rules give to a root, by its row: fields as `readRow` has them.
-std::string nameOfRow(const ImageModel& model, const Entity& entity, const sqlite::Statement& row);
 
 } // namespace objectstore

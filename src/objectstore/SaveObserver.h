@@ -36,8 +36,10 @@ public:
     /// Before the first row is written: the store still shows what was. Inserted roots have their keys
     /// already.
     virtual void willWrite(StoreState& store, const std::vector<SavedRoot>& roots) = 0;
-    /// All is written and nothing is committed.
-    virtual void didWrite(StoreState& store, const std::vector<SavedRoot>& roots) = 0;
+    /// All is written and nothing is committed. `inserted` are the new rows, if all that belongs to the new
+    /// roots is among them; else it is null.
+    virtual void didWrite(
+        StoreState& store, const std::vector<SavedRoot>& roots, const std::vector<RowRef>* inserted) = 0;
     virtual void didCommit() = 0;
 };
 

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
 
 namespace objectstore {
@@ -114,6 +115,21 @@ std::vector<SavedRoot> StoreWrite::touchedRoots(const SaveObserver& observer)
     for (const std::int64_t key : deletedRoots)
         roots.add(key, SavedRoot::Fate::deleted);
     return roots.list();
+}
+
+std::optional<std::vector<RowRef>> StoreWrite::insertedRows() const
+{
+    const auto isPart = [](const Written& written) { return written.object->entity().owner() != nullptr; };
+    if (std::ranges::any_of(_updated, isPart))
+        return std::nullopt;
+    std::vector<RowRef> rows;
+    rows.reserve(_inserted.size());
+    for (const auto& written : _inserted)
+        if (!written.row)
+            return std::nullopt;
+        else
+            rows.push_back(written.row);
+    return rows;
 }
 
 /// What stands at the other end of links and of parts that go with these roots.

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -43,6 +44,8 @@ public:
 
     /// The roots that `run` will touch. Before it.
     std::vector<SavedRoot> touchedRoots(const SaveObserver& observer);
+    /// The rows that `run` has inserted, when no other parts can be those of new roots.
+    std::optional<std::vector<RowRef>> insertedRows() const;
 
     PersistentStore& store() const { return _store; }
     std::int64_t version() const { return _version; }
