@@ -99,6 +99,29 @@ TEST_F(HistoryTest, LeavesNoStepOfWhatComesToNothing)
     EXPECT_EQ(undo(), Status::nothing);
 }
 
+// So an import clears the mark of the one before while its own cards wait with their pictures.
+TEST_F(HistoryTest, KnowsPicturesThatWaitWhileAnotherContextSaves)
+{
+    constexpr std::int64_t lastImport = 128;
+    const auto marked = add("Marked");
+    unnoted([&] { marked->setValue(Value(lastImport), kZRPersonFlags); });
+    const Snapshot before = snapshotOf(roster);
+    {
+        const ZRHistoryStep step(*roster, "import");
+        const auto reading = roster->parallelUniverseRoster();
+        person(reading, {{kZRFirstNameProperty, "Ana"}})->setImageData(Value::data("her picture"));
+        marked->removeValueForProperty(kZRPersonFlags);
+        ASSERT_TRUE(roster->save());
+        ASSERT_TRUE(reading->save());
+    }
+    EXPECT_EQ(history.steps()->front().changed, 0) << "the mark does not count";
+    const Snapshot after = snapshotOf(roster);
+    ASSERT_EQ(undo(), Status::done);
+    EXPECT_EQ(snapshotOf(roster).size(), before.size());
+    ASSERT_EQ(redo(), Status::done);
+    expectState(after);
+}
+
 TEST_F(HistoryTest, DropsWhatWasUndoneWithANewStep)
 {
     step([&] { add("One"); }, "one");
