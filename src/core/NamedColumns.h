@@ -39,7 +39,7 @@ public:
         const std::int64_t ordering = flags() & nameParts::kNameOrderingMask;
         return (ordering != 0 ? ordering : _defaultOrdering) == nameParts::kLastNameFirst;
     }
-    std::string fullName(bool auxiliary) const { return nameParts::fullName(*this, auxiliary); }
+    std::string fullName(bool auxiliary) const ZR_NTS { return nameParts::fullName(*this, auxiliary); }
     /// As far as the card's own columns say it.
     std::string alternateName() const
     {
@@ -47,7 +47,7 @@ public:
     }
 
     /// Whether what the card is called, if anything, stands in its entries.
-    bool isUnnamed() const
+    bool isUnnamed() const ZR_NTS
     {
         return !isThere(indexOfOrganization) && !isThere(indexOfNickname)
             && nameParts::realCompositeName(*this, false).empty();
