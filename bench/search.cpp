@@ -259,16 +259,6 @@ void run(ZRRoster& roster, Database& store, const std::string& path, std::size_t
 
 std::string storeIn(const std::string& directory) { return directory + "/Roster-v22.zrosdb"; }
 
-int all(const std::string& directory, std::size_t)
-{
-    const auto roster = bench::openRoster(directory);
-    Database store(storeIn(directory));
-    const auto cards = static_cast<std::size_t>(store.integer("SELECT count(*) FROM contact"));
-    for (const auto& kind : kinds(store))
-        run(*roster, store, directory, cards, kind);
-    return 0;
-}
-
 std::size_t hitsOf(Database& store, const std::string& term)
 {
     bench::Statement statement =
@@ -300,17 +290,18 @@ std::vector<Kind> kindsByHits(Database& store)
     return byHits;
 }
 
-int curve(const std::string& directory, std::size_t)
+template <auto kindsOf>
+int ask(const std::string& directory, std::size_t)
 {
     const auto roster = bench::openRoster(directory);
     Database store(storeIn(directory));
     const auto cards = static_cast<std::size_t>(store.integer("SELECT count(*) FROM contact"));
-    for (const auto& kind : kindsByHits(store))
+    for (const auto& kind : kindsOf(store))
         run(*roster, store, directory, cards, kind);
     return 0;
 }
 
-constexpr bench::Command kCommands[] = {{"all", all}, {"curve", curve}};
+constexpr bench::Command kCommands[] = {{"all", ask<kinds>}, {"curve", ask<kindsByHits>}};
 
 } // namespace
 

@@ -1,6 +1,7 @@
 // How cards are shown as people or as companies, and back.
 #include "commands/ZRShowAsCommand.h"
 
+#include "core/PersonFlags.h"
 #include "core/ZRConstants.h"
 #include "store/ZRDBCache.h"
 
@@ -12,8 +13,6 @@ using platform::Value;
 
 namespace {
 
-constexpr std::int64_t kShowAsMask = 7;
-
 std::int64_t flagsOf(const ZRRecord& person)
 {
     return person.valueForProperty(zr::kZRPersonFlags).asInteger();
@@ -21,12 +20,12 @@ std::int64_t flagsOf(const ZRRecord& person)
 
 void show(ZRRecord& person, std::int64_t type)
 {
-    person.setValue(Value((flagsOf(person) & ~kShowAsMask) | type), zr::kZRPersonFlags);
+    person.setValue(Value((flagsOf(person) & ~personFlags::kShowAsMask) | type), zr::kZRPersonFlags);
 }
 
 bool changes(const ZRRecord& record, std::int64_t type)
 {
-    return dynamic_cast<const ZRPerson*>(&record) && (flagsOf(record) & kShowAsMask) != type;
+    return dynamic_cast<const ZRPerson*>(&record) && (flagsOf(record) & personFlags::kShowAsMask) != type;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // The rules by which a card's names are made of its fields, whoever reads the fields.
 #pragma once
 
+#include "core/PersonFlags.h"
 #include "core/ZRConstants.h"
 #include "core/ZRGlobalLock.h"
 #include "platform/text/Fold.h"
@@ -22,11 +23,6 @@
 /// Threads:   expect the global lock.
 /// Errors:    none of their own.
 namespace nameParts {
-
-constexpr std::int64_t kShowAsMask = 7;
-constexpr std::int64_t kShowAsCompany = 1;
-constexpr std::int64_t kNameOrderingMask = 56;
-constexpr std::int64_t kLastNameFirst = 16;
 
 /// A name part counts as present by the low eight bits of its length: one of 256 characters is empty to us,
 /// as it always was to programs that store these names.

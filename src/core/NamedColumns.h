@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/NameParts.h"
+#include "core/PersonFlags.h"
 #include "objectstore/Row.h"
 
 #include <algorithm>
@@ -33,11 +34,11 @@ public:
         const auto at = std::ranges::find(_properties, property) - _properties.begin();
         return std::string(_fields[static_cast<std::size_t>(at)].bytes);
     }
-    bool isCompany() const { return (flags() & nameParts::kShowAsMask) == nameParts::kShowAsCompany; }
+    bool isCompany() const { return (flags() & personFlags::kShowAsMask) == personFlags::kShowAsCompany; }
     bool isLastNameFirst() const
     {
-        const std::int64_t ordering = flags() & nameParts::kNameOrderingMask;
-        return (ordering != 0 ? ordering : _defaultOrdering) == nameParts::kLastNameFirst;
+        const std::int64_t ordering = flags() & personFlags::kNameOrderingMask;
+        return (ordering != 0 ? ordering : _defaultOrdering) == personFlags::kLastNameFirst;
     }
     std::string fullName(bool auxiliary) const ZR_NTS { return nameParts::fullName(*this, auxiliary); }
     /// As far as the card's own columns say it.

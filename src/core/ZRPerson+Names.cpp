@@ -1,5 +1,6 @@
 // How a card's name is made of its fields: full, composite, alternate and phonetic.
 #include "core/NameParts.h"
+#include "core/PersonFlags.h"
 #include "core/ZRMultiValue.h"
 #include "core/ZRPerson.h"
 #include "platform/files/Resources.h"
@@ -172,7 +173,7 @@ std::string ZRPerson::alternateName() const
 
 bool ZRPerson::nts__isCompany() const
 {
-    return (flags(*this) & nameParts::kShowAsMask) == nameParts::kShowAsCompany;
+    return (flags(*this) & personFlags::kShowAsMask) == personFlags::kShowAsCompany;
 }
 
 bool ZRPerson::_isCompany() const
@@ -182,18 +183,18 @@ bool ZRPerson::_isCompany() const
 
 bool ZRPerson::nts__isLastNameFirst() const
 {
-    const std::int64_t ordering = flags(*this) & nameParts::kNameOrderingMask;
-    return (ordering != 0 ? ordering : nts_Roster()->defaultNameOrdering()) == nameParts::kLastNameFirst;
+    const std::int64_t ordering = flags(*this) & personFlags::kNameOrderingMask;
+    return (ordering != 0 ? ordering : nts_Roster()->defaultNameOrdering()) == personFlags::kLastNameFirst;
 }
 
 // Unlike the form under the lock, which stays with the first answer of the process, this one sees a changed
 // preference at once.
 bool ZRPerson::_isLastNameFirst() const
 {
-    const std::int64_t ordering = locked(
-        *nts_Roster(), ZRAccess::read, [&]() ZR_NTS { return flags(*this) & nameParts::kNameOrderingMask; });
+    const std::int64_t ordering = locked(*nts_Roster(), ZRAccess::read,
+        [&]() ZR_NTS { return flags(*this) & personFlags::kNameOrderingMask; });
     if (ordering != 0)
-        return ordering == nameParts::kLastNameFirst;
+        return ordering == personFlags::kLastNameFirst;
     return nts_Roster()->localizedDefaults()[kZRNameDisplay].asInteger() == 1;
 }
 

@@ -2,6 +2,7 @@
 #include "merge/CardWriting.h"
 
 #include "commands/ZRAddToGroupCommand.h"
+#include "core/PersonFlags.h"
 #include "core/ZRFailure.h"
 #include "core/ZRPerson.h"
 #include "core/ZRUniqueId.h"
@@ -29,8 +30,6 @@ using platform::Value;
 namespace merge {
 
 namespace {
-
-constexpr std::int64_t lastImportFlag = 128;
 
 /// The store of `context` that lies where `store` does: the same one, unless they are of two coordinators.
 PersistentStore* storeLike(ZRManagedObjectContext& context, PersistentStore& store)
@@ -141,7 +140,7 @@ void CardWriting::markAsLastImport()
     const auto& displayFlags = contactSlots().displayFlags;
     locked(*_roster, ZRAccess::write, [&] {
         for (const auto& contact : _written)
-            contact->setValue(displayFlags, Value(contact->integer(displayFlags) | lastImportFlag));
+            contact->setValue(displayFlags, Value(contact->integer(displayFlags) | personFlags::kLastImport));
     });
 }
 

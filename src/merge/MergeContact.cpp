@@ -1,6 +1,7 @@
 // What one card takes over from another, and what it keeps.
 #include "merge/MergeContact.h"
 
+#include "core/PersonFlags.h"
 #include "core/ZRConstants.h"
 #include "core/ZRPerson.h"
 #include "merge/MergeRows.h"
@@ -19,8 +20,6 @@ using platform::Value;
 
 namespace {
 
-constexpr std::int64_t lastImportFlag = 128;
-
 bool belongsToTheRecord(const Slot& slot)
 {
     const auto& slots = contactSlots();
@@ -34,8 +33,8 @@ void mergeFields(ZROSContact& target, ZROSContact& source)
         if (!belongsToTheRecord(*slot))
             merge::copyAttribute(*slot, target, source);
     const Slot& displayFlags = contactSlots().displayFlags;
-    const std::int64_t flags =
-        (source.integer(displayFlags) & ~lastImportFlag) | (target.integer(displayFlags) & lastImportFlag);
+    const std::int64_t flags = (source.integer(displayFlags) & ~personFlags::kLastImport)
+        | (target.integer(displayFlags) & personFlags::kLastImport);
     if (flags != target.integer(displayFlags))
         target.setValue(displayFlags, flags == 0 ? Value() : Value(flags));
 }

@@ -1,6 +1,7 @@
 // Which properties of a person take part when cards are compared and merged.
 #pragma once
 
+#include "core/PersonFlags.h"
 #include "core/ZRConstants.h"
 
 #include <cstdint>
@@ -16,7 +17,6 @@ inline bool isOfOneCardOnly(std::string_view property)
 }
 
 /// What a card's flags say of the person: all but the mark that it came with the last import.
-constexpr std::int64_t kLastImportFlag = 128;
-inline std::int64_t flagsOfPerson(std::int64_t flags) { return flags & ~kLastImportFlag; }
+inline std::int64_t flagsOfPerson(std::int64_t flags) { return flags & ~personFlags::kLastImport; }
 
 } // namespace merge

@@ -1,6 +1,7 @@
 // Which incoming cards are there already: found by the keys of their names.
 #include "merge/ZRNewMerger.h"
 
+#include "core/PersonFlags.h"
 #include "core/ZRConstants.h"
 #include "core/ZRStringAdditions.h"
 #include "objectstore/ColumnFetch.h"
@@ -31,9 +32,8 @@ struct NameFields {
 
 std::optional<std::string> nameKey(const NameFields& fields)
 {
-    constexpr std::int64_t showAsMask = 7;
     constexpr std::string_view missing = " ";
-    switch (fields.displayFlags & showAsMask) {
+    switch (fields.displayFlags & personFlags::kShowAsMask) {
     case 0:
         return zrCaseNormalizedCopy(
             fmt::format("{} {}", fields.lastName.value_or(missing), fields.firstName.value_or(missing)));

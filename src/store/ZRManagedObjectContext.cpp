@@ -1,6 +1,7 @@
 // Reading, refreshing and pruning records many at a time.
 #include "store/ZRManagedObjectContext.h"
 
+#include "core/PersonFlags.h"
 #include "core/ZRConstants.h"
 #include "core/ZRUniqueId.h"
 #include "objectstore/PersistentStore.h"
@@ -27,8 +28,6 @@ using objectstore::StorePredicate;
 using platform::Value;
 
 namespace {
-
-constexpr std::int64_t lastImportFlag = 128;
 
 Value valuesOf(const std::vector<std::string>& texts) { return Value::array({texts.begin(), texts.end()}); }
 
@@ -206,9 +205,10 @@ void ZRManagedObjectContext::zrClearLastImportGroup()
 {
     const Slot& flags = contactSlots().displayFlags;
     const auto marked = ZROSRecord::compoundPredicateForKey("displayFlags", ZRNullOption::andNotNull,
-        ZROSRecord::bitwiseAndPredicateForKey("displayFlags", lastImportFlag, 0, Comparator::notEqual));
+        ZROSRecord::bitwiseAndPredicateForKey(
+            "displayFlags", personFlags::kLastImport, 0, Comparator::notEqual));
     for (const auto& contact : zrContactsForPredicate(marked)) {
-        const std::int64_t left = contact->integer(flags) ^ lastImportFlag;
+        const std::int64_t left = contact->integer(flags) ^ personFlags::kLastImport;
         contact->setValue(flags, left == 0 ? Value() : Value(left));
     }
 }

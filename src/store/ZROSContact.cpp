@@ -1,4 +1,5 @@
 // The stored side of a card: its sort names, its index string, and what a change of a field makes stale.
+#include "core/PersonFlags.h"
 #include "core/ZRConstants.h"
 #include "objectstore/StoreContext.h"
 #include "platform/text/Digits.h"
@@ -17,8 +18,6 @@ using platform::Value;
 
 namespace {
 
-constexpr std::int64_t showAsMask = 7;
-constexpr std::int64_t showAsCompany = 1;
 void append(std::string& text, std::string_view piece)
 {
     if (!piece.empty())
@@ -182,7 +181,7 @@ std::string ZROSContact::newSortingName(
 {
     const auto& slots = contactSlots();
     std::string base;
-    if ((integer(slots.displayFlags) & showAsMask) == showAsCompany)
+    if ((integer(slots.displayFlags) & personFlags::kShowAsMask) == personFlags::kShowAsCompany)
         base = text(slots.organization);
     if (base.empty()) {
         if (isPresent(*this, phoneticA, writtenA))
@@ -198,7 +197,8 @@ std::string ZROSContact::newSortingName(
 std::string ZROSContact::createFirstLastSorting(bool a, bool part1)
 {
     const auto& slots = contactSlots();
-    if ((integer(slots.displayFlags) & showAsMask) == showAsCompany && !isAbsent(slots.organization))
+    if ((integer(slots.displayFlags) & personFlags::kShowAsMask) == personFlags::kShowAsCompany
+        && !isAbsent(slots.organization))
         return part1 ? std::string(text(slots.organization)) : std::string();
     return std::string(part1 != a ? firstPresent(*this, slots.phoneticLastName, slots.lastName)
                                   : firstPresent(*this, slots.phoneticFirstName, slots.firstName));

@@ -2,6 +2,7 @@
 #include "interchange/import/ZRvCardController+State.h"
 
 #include "commands/ApplicationHost.h"
+#include "core/PersonFlags.h"
 #include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
 #include "core/ZRPerson.h"
@@ -26,8 +27,6 @@ using platform::Value;
 
 namespace {
 
-/// The mark of the last import, among the flags of a card.
-constexpr std::int64_t kLastImport = 0x80;
 /// How many cards lose the mark in one transaction.
 constexpr std::size_t kCardsUnmarkedAtOnce = 2000;
 
@@ -50,7 +49,7 @@ void mark(ZRRecord& card)
     locked(*card.nts_Roster(), ZRAccess::write, [&] {
         const auto& flags = contactSlots().displayFlags;
         if (ZROSRecord* const contact = card.zrDatabaseImpl())
-            contact->setPrimitiveValue(flags, Value(contact->integer(flags) | kLastImport));
+            contact->setPrimitiveValue(flags, Value(contact->integer(flags) | personFlags::kLastImport));
     });
 }
 
@@ -59,7 +58,7 @@ std::vector<std::string> idsOfMarked(ZRManagedObjectContext& context)
     objectstore::StoreFetch fetch(contactSlots().entity,
         ZROSRecord::compoundPredicateForKey("displayFlags", ZRNullOption::andNotNull,
             ZROSRecord::bitwiseAndPredicateForKey(
-                "displayFlags", kLastImport, 0, objectstore::Comparator::notEqual)));
+                "displayFlags", personFlags::kLastImport, 0, objectstore::Comparator::notEqual)));
     const auto found = context.fetchValues(fetch, "uniqueId");
     std::vector<std::string> ids;
     if (found)
@@ -197,7 +196,7 @@ void ZRvCardController::beginLastImport()
                 ids.begin() + static_cast<std::ptrdiff_t>(to));
             for (const auto& contact : context->zrContactsForUniqueIDs(some)) {
                 // 0 stays 0: the history tells a card that says nothing of its flags from one that says none.
-                contact->setPrimitiveValue(flags, Value(contact->integer(flags) & ~kLastImport));
+                contact->setPrimitiveValue(flags, Value(contact->integer(flags) & ~personFlags::kLastImport));
             }
             if (const auto saved = context->save(); !saved)
                 return platform::log(fmt::format("Cannot clear the last import: {}", saved.error().text));

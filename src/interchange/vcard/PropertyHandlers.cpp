@@ -1,21 +1,13 @@
 // What each property of a card means: texts, names, flags and pictures.
 #include "interchange/vcard/ZRVCardParser+State.h"
 
+#include "core/PersonFlags.h"
 #include "core/ZRConstants.h"
 #include "interchange/vcard/DataDecoding.h"
 
 #include <utility>
 
 using namespace vcard;
-
-namespace {
-
-/// The bits of the person flags.
-constexpr std::int64_t kNameOrderBits = 0x38;
-constexpr std::int64_t kLastNameFirst = 16;
-constexpr std::int64_t kFirstNameFirst = 32;
-
-} // namespace
 
 // ---- reading a value
 
@@ -150,11 +142,12 @@ bool ZRVCardParser::State::parseOrder()
     const auto list = parseList();
     if (list.empty())
         return true;
-    const bool firstNameFirst = context.defaultNameOrdering() == kFirstNameFirst;
+    const bool firstNameFirst = context.defaultNameOrdering() == personFlags::kFirstNameFirst;
     const std::string_view other = firstNameFirst ? "LAST" : "FIRST";
     std::int64_t flags = personFlags();
     if (equalInAnyCase(list.front(), other))
-        flags = (flags & ~kNameOrderBits) | (firstNameFirst ? kLastNameFirst : kFirstNameFirst);
+        flags = (flags & ~personFlags::kNameOrderingMask)
+            | (firstNameFirst ? personFlags::kLastNameFirst : personFlags::kFirstNameFirst);
     setPersonFlags(flags);
     return true;
 }

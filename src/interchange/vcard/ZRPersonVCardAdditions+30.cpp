@@ -1,4 +1,5 @@
 // A person as vCard 3.0.
+#include "core/PersonFlags.h"
 #include "interchange/vcard/VCardText.h"
 #include "interchange/vcard/ZRPersonVCardAdditions.h"
 #include "store/ZRModelSlots.h"
@@ -14,11 +15,6 @@ using vcard::EntryLines;
 using Writer = ZRPersonVCardAdditions;
 
 namespace {
-
-constexpr std::int64_t kShowAsBits = 7;
-constexpr std::int64_t kShowAsCompany = 1;
-constexpr std::int64_t kLastNameFirst = 16;
-constexpr std::int64_t kFirstNameFirst = 32;
 
 void appendGroup(std::string& to, std::int64_t group)
 {
@@ -165,10 +161,10 @@ void Writer::propertyLineForGenericABProperty(
 void Writer::writeFlags()
 {
     const std::int64_t flags = _card.flags();
-    if ((flags & kShowAsBits) == kShowAsCompany)
+    if ((flags & personFlags::kShowAsMask) == personFlags::kShowAsCompany)
         _to += "X-ZRShowAs:COMPANY\r\n";
-    if (flags & kFirstNameFirst)
+    if (flags & personFlags::kFirstNameFirst)
         _to += "X-ZROrder:FIRST\r\n";
-    else if (flags & kLastNameFirst)
+    else if (flags & personFlags::kLastNameFirst)
         _to += "X-ZROrder:LAST\r\n";
 }
