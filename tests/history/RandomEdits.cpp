@@ -14,7 +14,6 @@
 
 namespace test {
 
-
 namespace {
 
 /// One roster and the dice.

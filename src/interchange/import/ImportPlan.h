@@ -46,8 +46,7 @@ struct ImportDecision {
 /// - A card that would change nothing of the one that is there is the *same*; where the old one is to be
 ///   replaced, only one that says exactly as much.
 /// - Of several people of one name the one who says the same is meant, then one who shares an e-mail address
-/// or
-///   a telephone number, then the one whom the merger names.
+///   or a telephone number, then the one whom the merger names.
 /// - Cards of one import are different people, as whoever wrote the file kept them apart: each person of the
 ///   roster is updated or replaced by one card at most, and a further card of the name is added. Only a card
 ///   that is in the import twice, word for word, is taken once. So a second import of a file changes nothing.
