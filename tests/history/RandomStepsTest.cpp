@@ -29,12 +29,13 @@ int steps()
     return wanted ? std::atoi(wanted) : kUsualSteps;
 }
 
-/// The whole roster as one text, a record a line.
+/// The whole roster as one text, a record a line; the history does not keep the list of the last import.
 std::string textOfRoster(const Ref<ZRRoster>& roster)
 {
     std::string text;
     for (const auto& [id, content] : snapshotOf(roster))
-        text += id + " = " + content + "\n\n";
+        if (id != "last import")
+            text += id + " = " + content + "\n\n";
     return text;
 }
 
