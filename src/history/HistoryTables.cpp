@@ -106,37 +106,44 @@ bool Tables::hasOpenStep(std::int64_t step)
     return find->step();
 }
 
-std::vector<StepRow> Tables::readSteps(const char* sql, std::int64_t limit)
+std::vector<ZRHistoryEntry> Tables::readSteps(const char* sql, std::int64_t limit)
 {
-    std::vector<StepRow> steps;
+    std::vector<ZRHistoryEntry> steps;
     Use find(prepared(sql));
     find->bind(1, limit);
     while (find->step())
-        steps.push_back({find->integer(0), std::string(find->text(1)), find->real(2), find->integer(3) != 0,
-            find->integer(4)});
+        steps.push_back({.number = find->integer(0),
+            .title = std::string(find->text(1)),
+            .date = find->real(2),
+            .isUndone = find->integer(3) != 0,
+            .size = find->integer(4)});
     return steps;
 }
 
-std::vector<StepRow> Tables::steps(std::size_t limit)
+std::vector<ZRHistoryEntry> Tables::steps(std::size_t limit)
 {
     auto steps =
         readSteps("SELECT id, title, date, isUndone, size FROM history_step ORDER BY id DESC LIMIT ?",
             limit == 0 ? -1 : static_cast<std::int64_t>(limit));
-    for (StepRow& step : steps) {
-        Use count(
-            prepared("SELECT total(beforeThere = 0), total(beforeThere AND afterThere), total(afterThere = 0)"
-                     " FROM history_change WHERE step = ?"));
-        count->bind(1, step.id);
-        if (count->step()) {
-            step.added = count->integer(0);
-            step.changed = count->integer(1);
-            step.removed = count->integer(2);
-        }
+    if (steps.empty())
+        return steps;
+    Use count(prepared(
+        "SELECT step, total(beforeThere = 0), total(beforeThere AND afterThere), total(afterThere = 0)"
+        " FROM history_change WHERE step >= ? GROUP BY step ORDER BY step DESC"));
+    count->bind(1, steps.back().number);
+    for (auto step = steps.begin(); count->step();) {
+        step =
+            std::find_if(step, steps.end(), [&](const auto& one) { return one.number == count->integer(0); });
+        if (step == steps.end())
+            break;
+        step->added = count->integer(1);
+        step->changed = count->integer(2);
+        step->removed = count->integer(3);
     }
     return steps;
 }
 
-std::optional<StepRow> Tables::nextStep(Side towards)
+std::optional<ZRHistoryEntry> Tables::nextStep(Side towards)
 {
     const auto found =
         readSteps(towards == Side::before ? "SELECT id, title, date, isUndone, size FROM history_step WHERE "
@@ -165,9 +172,9 @@ void Tables::drop(std::int64_t step)
 
 void Tables::dropUndone()
 {
-    for (const StepRow& step :
+    for (const ZRHistoryEntry& step :
         readSteps("SELECT id, title, date, isUndone, size FROM history_step WHERE isUndone = 1 LIMIT ?", -1))
-        drop(step.id);
+        drop(step.number);
 }
 
 void Tables::settle(std::int64_t step)

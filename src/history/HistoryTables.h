@@ -2,6 +2,7 @@
 #pragma once
 
 #include "history/HistoryPictures.h"
+#include "history/ZRHistory.h"
 #include "objectstore/StoreState.h"
 
 #include <cstdint>
@@ -48,17 +49,6 @@ struct Change {
     LeftBehind left;
 };
 
-struct StepRow {
-    std::int64_t id = 0;
-    std::string title;
-    double date = 0;
-    bool isUndone = false;
-    std::int64_t size = 0;
-    std::int64_t added = 0;
-    std::int64_t changed = 0;
-    std::int64_t removed = 0;
-};
-
 /// Reads and writes the tables, which a store has from the first step on:
 ///
 /// - `history_step`: a row a step, numbered in the order in which they were begun;
@@ -83,9 +73,9 @@ public:
     std::int64_t addStep(std::string_view title, double date);
     bool hasOpenStep(std::int64_t step);
     /// The newest first; 0: all.
-    std::vector<StepRow> steps(std::size_t limit);
-    /// The next one to undo, or to redo.
-    std::optional<StepRow> nextStep(Side towards);
+    std::vector<ZRHistoryEntry> steps(std::size_t limit);
+    /// The next one to undo, or to redo; what it changed is not counted.
+    std::optional<ZRHistoryEntry> nextStep(Side towards);
     void setUndone(std::int64_t step, bool isUndone);
     /// Writes down how big the step is now, and drops the oldest ones that are too many. What was undone is
     /// kept as long as it can be redone. A step without changes goes.
@@ -120,7 +110,7 @@ private:
     void dropUndone();
     void prune(std::int64_t kept);
     std::vector<std::int64_t> oldestBeyondLimits(std::int64_t kept);
-    std::vector<StepRow> readSteps(const char* sql, std::int64_t limit);
+    std::vector<ZRHistoryEntry> readSteps(const char* sql, std::int64_t limit);
     objectstore::sqlite::Statement& prepared(std::string_view sql)
     {
         return _store.connection->prepared(sql);

@@ -42,11 +42,6 @@ struct ZRHistory::State {
 
 namespace {
 
-ZRHistoryEntry entryOf(const history::StepRow& row)
-{
-    return {row.id, row.title, row.date, row.isUndone, row.added, row.changed, row.removed, row.size};
-}
-
 std::string_view reasonOf(Deviation::Kind kind)
 {
     constexpr std::string_view reasons[] = {"is missing", "is there again", "was changed"};
@@ -151,10 +146,8 @@ Result<std::vector<ZRHistoryEntry>> ZRHistory::steps(std::size_t limit)
     const auto read = locked(*_state->roster, ZRAccess::read, [&] {
         return within<ReadTransaction>(*_state->roster, [&](StoreState& store, ReadTransaction&) {
             Tables tables(store);
-            if (!tables.exist())
-                return;
-            for (const auto& row : tables.steps(limit))
-                entries.push_back(entryOf(row));
+            if (tables.exist())
+                entries = tables.steps(limit);
         });
     });
     if (!read)
@@ -212,12 +205,12 @@ ZRHistoryOutcome ZRHistory::State::replay(Side towards, ZRHistoryForce force)
             const auto step = tables.exist() ? tables.nextStep(towards) : std::nullopt;
             if (!step)
                 return;
-            outcome.step = entryOf(*step);
+            outcome.step = *step;
             outcome.status = Status::inUse;
-            if (history::StepInUse::isHeld(directory(), step->id))
+            if (history::StepInUse::isHeld(directory(), step->number))
                 return;
             const RoomyCache cache(store);
-            HistoryReplay replay(store, step->id, towards, roster->rosterImagesDirectory());
+            HistoryReplay replay(store, step->number, towards, roster->rosterImagesDirectory());
             WrittenPictures pictures(replay);
             if (!replayInStore(replay, force, outcome))
                 return;

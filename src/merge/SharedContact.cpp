@@ -3,10 +3,9 @@
 
 #include "core/ZRConstants.h"
 #include "core/ZRStringAdditions.h"
+#include "format/WhiteSpace.h"
 #include "platform/text/Digits.h"
 #include "platform/text/Fold.h"
-
-#include <algorithm>
 
 namespace merge {
 
@@ -15,17 +14,9 @@ namespace {
 /// Shorter numbers are extensions, short codes and emergency calls.
 constexpr std::size_t kFewestDigits = 6;
 
-std::string_view withoutBlanksAround(std::string_view text)
-{
-    constexpr std::string_view blanks = " \t\r\n";
-    const auto first = text.find_first_not_of(blanks);
-    return first == text.npos ? std::string_view()
-                              : text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
 std::string addressKey(std::string_view value)
 {
-    const std::string_view address = withoutBlanksAround(value);
+    const std::string_view address = trimmedWhiteSpace(value);
     const auto at = address.rfind('@');
     if (at == address.npos || at == 0 || at + 1 == address.size())
         return {};
