@@ -58,6 +58,7 @@ Result<FileDescriptor> listenAt(const std::string& path)
     return socket;
 }
 
+/// 0 where nothing lies, as when a socket is gone before it was looked at: no file has that number.
 ino_t inodeOf(const std::string& path)
 {
     struct stat info { };
@@ -243,7 +244,7 @@ bool ServedPort::isReachable() const
     if (_state->mark.isForeign())
         return false;
     Lock lock(_state->mutex);
-    return _state->socket && inodeOf(_state->path) == _state->inode;
+    return _state->socket && _state->inode != 0 && inodeOf(_state->path) == _state->inode;
 }
 
 Result<std::unique_ptr<ServedPort>> MessagePort::serve(const std::string& name, PortHandler handler)
