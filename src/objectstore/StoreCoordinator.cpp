@@ -6,6 +6,7 @@
 #include "objectstore/Transaction.h"
 #include "platform/value/PropertyList.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
@@ -61,22 +62,26 @@ void backUp(sqlite::Connection& from, sqlite::Connection& to)
         sqlite::raise(to.native(), finished != SQLITE_OK ? finished : stepped, "backup");
 }
 
-void copyToFile(sqlite::Connection& from, const std::string& path)
+/// SQLite fills an empty file as it would a new one, and gives its journal the same mode. The mask of a process for
+/// new files belongs to its host.
+void makePrivateFile(const std::string& path)
 {
-    struct stat status;
-    if (lstat(path.c_str(), &status) == 0)
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (file < 0 && errno == EEXIST)
         throw StoreFailure(
             storeError(StoreFault::notPermitted, fmt::format("{}: there is a file already", path)));
-    const mode_t before = umask(0077);
+    if (file >= 0)
+        close(file);
+}
+
+void copyToFile(sqlite::Connection& from, const std::string& path)
+{
+    makePrivateFile(path);
     try {
-        {
-            sqlite::Connection target(path, sqlite::Connection::Access::readWrite, "", 0);
-            target.execute("PRAGMA synchronous = FULL");
-            backUp(from, target);
-        }
-        umask(before);
+        sqlite::Connection target(path, sqlite::Connection::Access::readWrite, "", 0);
+        target.execute("PRAGMA synchronous = FULL");
+        backUp(from, target);
     } catch (...) {
-        umask(before);
         unlink(path.c_str());
         throw;
     }

@@ -25,7 +25,8 @@ namespace {
 constexpr double kSecondsToSend = 1.0;
 constexpr double kLongestGoodbye = 1.0;
 
-/// The directory of the library that this code is in, or of the program when it is part of one.
+/// The directory of the library that this code is in, or of the program when it is part of one; without symbolic
+/// links, because what lies beside a link to a directory (such as /lib) is not what lies beside the directory.
 std::string ownDirectory()
 {
     Dl_info info{};
@@ -35,7 +36,8 @@ std::string ownDirectory()
     std::error_code failure;
     if (!file.is_absolute())
         file = std::filesystem::read_symlink("/proc/self/exe", failure);
-    return file.parent_path();
+    const auto directory = std::filesystem::canonical(file.parent_path(), failure);
+    return failure ? file.parent_path() : directory;
 }
 
 bool isProgram(const std::string& path) { return isPlainFile(path) && access(path.c_str(), X_OK) == 0; }
@@ -98,8 +100,7 @@ std::optional<std::string> ownProgram(const std::string& name)
         return isProgram(path) ? std::optional(path) : std::nullopt;
     }
     const auto own = ownDirectory();
-    // The last for libraries in a directory of their architecture.
-    for (const auto* beside : {"/", "/../bin/", "/../../bin/"})
+    for (const auto* beside : {"/", "/../bin/", "/" ROSTER_HELPERS_FROM_LIBRARY "/"})
         if (const auto path = standardizedPath((own + beside).append(name)); isProgram(path))
             return path;
     return {};
