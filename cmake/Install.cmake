@@ -28,6 +28,7 @@ install(EXPORT RosterTargets NAMESPACE Roster:: FILE RosterConfig.cmake DESTINAT
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/RosterConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 file(RELATIVE_PATH ROSTER_PREFIX_FROM_PKGCONFIG
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" ROSTER_PREFIX_FROM_PKGCONFIG ${ROSTER_PREFIX_FROM_PKGCONFIG})
 configure_file(cmake/roster.pc.in roster.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/RosterConfigVersion.cmake DESTINATION ${packages} COMPONENT Development)
 install(FILES ${PROJECT_BINARY_DIR}/roster.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)

@@ -1,6 +1,8 @@
 # The headers that programs see. Programs name the entries; an entry brings with it whatever it includes, and nothing
 # else of the house is installed.
 set(ROSTER_PUBLIC_HEADERS
+    # The plain functions, for C.
+    api/roster.h
     # The words of the system, what it answers, and what it runs on.
     core/ZRConstants.h core/ZRFailure.h core/ZRLabels.h core/ZRMainQueue.h core/BuiltInProperties.h
     platform/files/Preferences.h platform/notify/NotificationCenter.h

@@ -3,14 +3,13 @@
 
 #include "core/ZRExport.h"
 #include "core/ZRGroup.h"
+#include "core/ZRPerson.h"
 #include "platform/run/Mutex.h"
 #include "store/ZRRoster.h"
 
 #include <map>
 #include <string>
 #include <vector>
-
-class ZRPerson;
 
 /// One message to be, with the vCard of the Me card enclosed.
 ///
