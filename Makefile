@@ -2,7 +2,7 @@
 #   make demo    install what is missing, build, import real cards into a throwaway roster, look at them
 #   make check   install what is missing, build and pass all tests, with sanitizers and in release
 
-.PHONY: demo check bootstrap dev release bench fuzz interop tidy thread-safety format
+.PHONY: demo check bootstrap dev release deb bench fuzz interop tidy thread-safety format
 
 demo: release
 	tools/demo build/release/bin/roster
@@ -21,6 +21,13 @@ bootstrap:
 dev release: bootstrap
 	cmake --preset $@
 	cmake --build --preset $@
+
+# The packages libroster1, libroster-dev and roster, in build/deb/packages.
+deb: bootstrap
+	@tools/bootstrap --deb
+	cmake --preset deb
+	cmake --build --preset deb
+	cpack --config build/deb/CPackConfig.cmake -B build/deb/packages
 
 bench: bootstrap
 	cmake --preset bench

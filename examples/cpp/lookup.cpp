@@ -1,0 +1,42 @@
+// Address lookup as a mail program does it, over the object interface: the mail addresses of everybody in
+// whose card the text stands, whatever the case and the accents, a line each, with a tab between address and
+// name.
+//
+//   c++ -std=c++20 lookup.cpp -o lookup $(pkg-config --cflags --libs roster)
+//   ./lookup lima
+#include <roster/core/ZRConstants.h>
+#include <roster/core/ZRMultiValue.h>
+#include <roster/core/ZRPerson.h>
+#include <roster/store/ZRRoster.h>
+
+#include <iostream>
+
+namespace {
+
+void printAddresses(const ZRPerson& person)
+{
+    const platform::Value value = person.valueForProperty(kZREmailProperty);
+    const auto* addresses = value.as<ZRMultiValue>(); // null for a card without addresses
+    for (ZRIndex i = 0; addresses && i < addresses->count(); ++i)
+        std::cout << addresses->valueAtIndex(i).asText() << '\t' << person.compositeName() << '\n';
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2) {
+        std::cerr << "usage: lookup TEXT\n";
+        return 2;
+    }
+    const auto roster = ZRRoster::sharedRoster();
+    if (!roster) {
+        std::cerr << "lookup: the contacts cannot be opened\n";
+        return 3;
+    }
+    const auto people = roster->peopleMatchingText(argv[1]);
+    for (const auto& record : people)
+        if (const auto* person = dynamic_cast<const ZRPerson*>(record.get()))
+            printAddresses(*person);
+    return people.empty() ? 1 : 0;
+}
