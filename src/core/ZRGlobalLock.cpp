@@ -1,6 +1,7 @@
 // The three process-wide mutexes, their log lines and the hooks of the outermost lock.
 #include "core/ZRGlobalLock.h"
 
+#include "core/ZRForkedChild.h"
 #include "core/ZRLog.h"
 #include "core/ZRProfile.h"
 #include "platform/run/Clock.h"
@@ -20,9 +21,14 @@ using platform::RecursiveMutex;
 
 namespace {
 
+/// Whether the locks were made: whoever only asks must not make them.
+std::atomic<bool> areLocksMade = false;
+
 /// Everything behind the locks. Made by the first lock of the process, so that a program may fork its workers
 /// first and use the library in each.
 struct Locks {
+    Locks() { areLocksMade.store(true, std::memory_order_release); }
+
     RecursiveMutex global{LockRank::global};
     RecursiveMutex mailRecents{LockRank::mailRecents};
     RecursiveMutex ignoreCertErrors;
@@ -95,6 +101,11 @@ const char* ZRForkedProcess::what() const noexcept
     return "The roster was used before this process was forked; a forked process must execute a program of "
            "its "
            "own before it uses the roster";
+}
+
+bool zrIsForkedChild() noexcept
+{
+    return areLocksMade.load(std::memory_order_acquire) && locks().process.isForeign();
 }
 
 const ZRGlobalLock zrGlobalLock;

@@ -1,0 +1,150 @@
+// How a program reaches the contact database: the roster and its records.
+#include "api/ZRRosterFunctions.h"
+
+#include "api/Border.h"
+#include "core/ZRPerson.h"
+#include "platform/run/Mutex.h"
+#include "platform/run/NeverDestroyed.h"
+#include "search/ZRSearchElement.h"
+#include "store/ZRRoster.h"
+
+#include <unordered_set>
+
+using border::as;
+using border::borrowed;
+using border::guarded;
+using border::owned;
+using border::shared;
+using platform::Ref;
+
+namespace {
+
+/// The cards that ZRGetMe lent out. Me may become another card at any time, by another process too, so the
+/// roster's own reference is not enough for a borrower; there are few such cards in the life of a process.
+class LentCards {
+public:
+    ZRTypeRef lend(Ref<ZRPerson> card)
+    {
+        if (!card)
+            return nullptr;
+        platform::Lock lock(_mutex);
+        return borrowed(_cards.insert(std::move(card)).first->get());
+    }
+
+    static LentCards& ofProcess()
+    {
+        static const platform::NeverDestroyed<LentCards> cards;
+        return *cards;
+    }
+
+private:
+    platform::Mutex _mutex;
+    std::unordered_set<Ref<ZRPerson>> _cards ZR_GUARDED_BY(_mutex);
+};
+
+} // namespace
+
+// ---- the roster
+
+ZRRosterRef ZRGetSharedRoster()
+{
+    return guarded([] { return borrowed(ZRRoster::sharedRoster().get()); });
+}
+
+ZRArrayRef ZRCopyArrayOfAllPeople(ZRRosterRef roster)
+{
+    return guarded([&] { return owned(as<ZRRoster>(roster).people()); });
+}
+
+ZRArrayRef ZRCopyArrayOfAllGroups(ZRRosterRef roster)
+{
+    return guarded([&] { return owned(as<ZRRoster>(roster).groups()); });
+}
+
+ZRRecordRef ZRCopyRecordForUniqueId(ZRRosterRef roster, const char* uniqueId)
+{
+    return guarded([&] { return owned(as<ZRRoster>(roster).recordForUniqueId(border::text(uniqueId))); });
+}
+
+ZRStringRef ZRCopyRecordTypeFromUniqueId(ZRRosterRef roster, const char* uniqueId)
+{
+    return guarded([&] {
+        const std::string type = as<ZRRoster>(roster).recordClassFromUniqueId(border::text(uniqueId));
+        return type.empty() ? nullptr : owned(type);
+    });
+}
+
+ZRArrayRef ZRCopyArrayOfMatchingRecords(ZRRosterRef roster, ZRSearchElementRef search)
+{
+    return guarded([&] {
+        return owned(as<ZRRoster>(roster).recordsMatchingSearchElement(shared<ZRSearchElement>(search)));
+    });
+}
+
+ZRPersonRef ZRGetMe(ZRRosterRef roster)
+{
+    return guarded([&] { return LentCards::ofProcess().lend(as<ZRRoster>(roster).me()); });
+}
+
+void ZRSetMe(ZRRosterRef roster, ZRPersonRef person)
+{
+    guarded([&] { as<ZRRoster>(roster).setMe(person ? shared<ZRPerson>(person) : Ref<ZRPerson>()); });
+}
+
+bool ZRHasUnsavedChanges(ZRRosterRef roster)
+{
+    return guarded([&] { return as<ZRRoster>(roster).hasUnsavedChanges(); });
+}
+
+bool ZRSave(ZRRosterRef roster)
+{
+    return guarded([&] { return as<ZRRoster>(roster).save(); });
+}
+
+bool ZRAddRecord(ZRRosterRef roster, ZRRecordRef record)
+{
+    return guarded([&] { return as<ZRRoster>(roster).addRecord(shared<ZRRecord>(record)); });
+}
+
+bool ZRRemoveRecord(ZRRosterRef roster, ZRRecordRef record)
+{
+    return guarded([&] { return as<ZRRoster>(roster).removeRecord(shared<ZRRecord>(record)); });
+}
+
+// ---- records
+
+ZRTypeRef ZRRecordCopyValue(ZRRecordRef record, const char* property)
+{
+    return guarded([&] { return owned(as<ZRRecord>(record).valueForProperty(border::text(property))); });
+}
+
+bool ZRRecordSetValue(ZRRecordRef record, const char* property, ZRTypeRef value)
+{
+    return guarded(
+        [&] { return as<ZRRecord>(record).setValue(border::value(value), border::text(property)); });
+}
+
+bool ZRRecordRemoveValue(ZRRecordRef record, const char* property)
+{
+    return guarded([&] { return as<ZRRecord>(record).removeValueForProperty(border::text(property)); });
+}
+
+ZRStringRef ZRRecordCopyUniqueId(ZRRecordRef record)
+{
+    return guarded([&] { return owned(as<ZRRecord>(record).uniqueId()); });
+}
+
+ZRStringRef ZRRecordCopyRecordType(ZRRecordRef record)
+{
+    return guarded([&] { return owned(as<ZRRecord>(record)._table()); });
+}
+
+ZRRecordRef ZRRecordCreateCopy(ZRRecordRef record)
+{
+    return guarded([&] { return owned(as<ZRRecord>(record).duplicate()); });
+}
+
+bool ZRRecordIsReadOnly(ZRRecordRef record)
+{
+    return guarded([&] { return as<ZRRecord>(record).isReadOnly(); });
+}
