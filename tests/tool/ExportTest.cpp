@@ -2,6 +2,7 @@
 #include "tool/FullCard.h"
 #include "tool/PeopleWorld.h"
 
+#include <array>
 #include <filesystem>
 
 #include <sys/stat.h>
@@ -33,6 +34,14 @@ std::vector<std::vector<std::string>> tableIn(const std::string& text)
     EXPECT_EQ(table.back(), std::vector<std::string>{""}) << "no line end at the end";
     table.pop_back();
     return table;
+}
+
+int countOf(const std::string& text, std::string_view line)
+{
+    int count = 0;
+    for (std::size_t at = 0; (at = text.find(line, at)) != text.npos; ++at)
+        ++count;
+    return count;
 }
 
 class ExportTest : public PeopleWorld {
@@ -96,6 +105,24 @@ TEST_F(ExportTest, WritesJsonAsAListDoes)
         done({"remove", name});
     EXPECT_EQ(done({"export", "--format", "json"}).out, "[]\n");
     EXPECT_EQ(done({"export"}).out, "");
+}
+
+TEST_F(ExportTest, WritesGroupsAsCardsOnlyWhereTheyAreACard)
+{
+    done({"group", "make", "Friends"});
+    done({"group", "make", "Family"});
+    done({"group", "add", "Friends", "Lima"});
+    const auto kinds = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"export", "--format", "vcard4"});
+        const auto cards = done(words).out;
+        return std::array{
+            countOf(cards, "BEGIN:VCARD"), countOf(cards, "KIND:group"), countOf(cards, "MEMBER:")};
+    };
+    EXPECT_EQ(kinds({}), (std::array{5, 0, 0}));
+    EXPECT_EQ(kinds({"--with-groups"}), (std::array{7, 2, 1}));
+    EXPECT_EQ(kinds({"--with-groups", "--group", "Friends"}), (std::array{2, 1, 1}));
+    EXPECT_THAT(done({"export", "--format", "vcard4", "Anvil"}).out, HasSubstr("\r\nKIND:org\r\n"));
+    expectRefusal({"export", "--with-groups"}, 2, "--with-groups: only vcard4 has cards of groups");
 }
 
 TEST_F(ExportTest, PutsAFileInPlaceWholeOrNotAtAll)
@@ -187,6 +214,7 @@ TEST_F(FullExportTest, NamesEachThingThatAFormatCannotCarry)
         return at == ended.err.npos ? std::string() : ended.err.substr(at);
     };
     EXPECT_EQ(notCarried("json"), "not carried by json: Picture (1 card)\n");
+    EXPECT_EQ(notCarried("vcard4"), notCarried("vcard3").replace(15, 6, "vcard4"));
     EXPECT_EQ(notCarried("csv"),
         "not carried by csv: Picture (1 card), x.bytes (1 card), x.list (1 card), x.table (1 card), x.tables "
         "(1 "

@@ -29,7 +29,7 @@ public:
     virtual std::string end() { return {}; }
 };
 
-/// The writer of "vcard3", "vcard21", "json" or "csv".
+/// The writer of "vcard3", "vcard4", "vcard21", "json" or "csv".
 std::unique_ptr<CardWriter> cardWriterFor(const std::string& format, ExportScope scope, ZRRoster& roster);
 
 /// One JSON array, byte for byte as `roster list --json` prints it.

@@ -50,6 +50,7 @@ struct Options {
     std::string output;
     std::optional<bool> withNotes;
     std::optional<bool> withPhotos;
+    bool withGroups = false;
     bool strict = false;
     bool withSamples = false;
     bool plan = false;

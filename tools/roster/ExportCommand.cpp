@@ -8,6 +8,7 @@
 
 #include "core/ZRGroup.h"
 #include "core/ZRPerson.h"
+#include "interchange/vcard/VCard40.h"
 #include "search/ZRSearchElement.h"
 #include "store/ZRIdsOfPeople.h"
 
@@ -84,6 +85,18 @@ ExportScope scopeOf(const Options& options)
         .pictures = options.withPhotos.value_or(ZRPerson::includePhotosInVCards())};
 }
 
+std::string cardsOfGroups(const Options& options, ZRRoster& roster)
+{
+    std::string cards;
+    if (!options.withGroups)
+        return cards;
+    const auto groups = options.group.empty() ? groupsByName(roster, GroupKind::ordinary)
+                                              : std::vector{groupNamed(roster, options.group)};
+    for (const auto& group : groups)
+        zrAppendVCard40(*group, cards);
+    return cards;
+}
+
 void refuseLosses(const Options& options, ZRRoster& roster, const Ids& ids)
 {
     ExportLosses losses(formatOf(options), scopeOf(options), roster);
@@ -105,6 +118,8 @@ void tell(const Options& options, const ExportLosses& losses)
 
 int runExport(const Options& options)
 {
+    if (options.withGroups && formatOf(options) != "vcard4")
+        throw Failure(exitStatus::usage, "--with-groups: only vcard4 has cards of groups");
     const auto roster = openRoster(options);
     const Ids ids = wanted(options, *roster);
     if (options.strict)
@@ -121,6 +136,7 @@ int runExport(const Options& options)
         destination.write(writer->card(person));
         ++written;
     });
+    destination.write(cardsOfGroups(options, *roster));
     destination.write(writer->end());
     destination.finish();
     tell(options, losses);

@@ -2,11 +2,14 @@
 #include "CardWriter.h"
 
 #include "core/ZRPerson.h"
+#include "interchange/vcard/VCard40.h"
 
 namespace {
 
-/// Version 3.0 or 2.1.
-template <auto append>
+using Append = void (*)(const ZRPerson& person, std::string& cards, ZRVCardOptions options);
+
+/// Of any version.
+template <Append append>
 class VCardWriter final : public CardWriter {
 public:
     explicit VCardWriter(ExportScope scope)
@@ -17,13 +20,23 @@ public:
     std::string card(ZRPerson& person) override
     {
         std::string text;
-        (person.*append)(text, _options);
+        append(person, text, _options);
         return text;
     }
 
 private:
     const ZRVCardOptions _options;
 };
+
+void append21(const ZRPerson& person, std::string& cards, ZRVCardOptions options)
+{
+    person._append21vCardRepresentation(cards, options);
+}
+
+void append30(const ZRPerson& person, std::string& cards, ZRVCardOptions options)
+{
+    person._appendVCardRepresentation(cards, options);
+}
 
 } // namespace
 
@@ -34,6 +47,8 @@ std::unique_ptr<CardWriter> cardWriterFor(const std::string& format, ExportScope
     if (format == "csv")
         return csvWriter(scope, roster);
     if (format == "vcard21")
-        return std::make_unique<VCardWriter<&ZRPerson::_append21vCardRepresentation>>(scope);
-    return std::make_unique<VCardWriter<&ZRPerson::_appendVCardRepresentation>>(scope);
+        return std::make_unique<VCardWriter<append21>>(scope);
+    if (format == "vcard4")
+        return std::make_unique<VCardWriter<zrAppendVCard40>>(scope);
+    return std::make_unique<VCardWriter<append30>>(scope);
 }

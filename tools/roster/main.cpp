@@ -219,13 +219,16 @@ struct CommandLine {
         CLI::App* sub = add("export", "Write cards for other programs", runExport);
         sub->add_option("QUERY", options.words, "Text somewhere in the card, or an id; everybody without");
         sub->add_option("--format", options.format, "The form")
-            ->check(CLI::IsMember({"vcard3", "vcard21", "json", "csv"}))
+            ->check(CLI::IsMember({"vcard3", "vcard4", "vcard21", "json", "csv"}))
             ->default_str("vcard3");
         sub->add_option("--group", options.group, "Those of this group, smart or not")->type_name("NAME");
         sub->add_option("-o,--output", options.output, "The file, in place of standard output")
             ->type_name("FILE");
         addChoice(*sub, "photos", "pictures", options.withPhotos);
         addChoice(*sub, "notes", "notes", options.withNotes);
+        sub->add_flag("--with-groups", options.withGroups,
+            "Write groups as cards too, of which only vcard4 has a kind: that of --group, or all but smart "
+            "ones");
         sub->add_flag("--strict", options.strict, "Write nothing when the form cannot hold everything");
         sub->footer(exportHelp);
     }

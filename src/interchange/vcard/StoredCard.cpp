@@ -149,19 +149,20 @@ platform::Value StoredCard::note() const
     return note ? note->value(noteSlots().text) : platform::Value();
 }
 
-std::string StoredCard::groupNames() const
+platform::Value StoredCard::lastChange() const
 {
-    std::string names;
+    return _contact ? _contact->value(contactSlots().modificationDate) : platform::Value();
+}
+
+std::vector<std::string> StoredCard::groupNames() const
+{
+    std::vector<std::string> names;
     if (!_contact)
         return names;
     const Slot& name = groupSlots().name;
-    bool isFirst = true;
-    for (const auto& group : _contact->objects(contactSlots().parentGroups)) {
-        if (group->isAbsent(name))
-            continue;
-        names.append(isFirst ? "" : ",").append(group->text(name));
-        isFirst = false;
-    }
+    for (const auto& group : _contact->objects(contactSlots().parentGroups))
+        if (!group->isAbsent(name))
+            names.emplace_back(group->text(name));
     return names;
 }
 

@@ -72,8 +72,10 @@ public:
     std::optional<double> birthday() const;
     /// The note, whole; absent without one.
     platform::Value note() const;
-    /// The names of the groups that the person is in, with "," between them.
-    std::string groupNames() const;
+    /// When the record last changed; absent where nobody noted it.
+    platform::Value lastChange() const;
+    /// The names of the groups that the person is in.
+    std::vector<std::string> groupNames() const;
     /// Calls `write` with each entry that the card shows, in their order.
     template <class Write>
     void forEachEntry(const EntryKeys& keys, Write&& write)

@@ -1,6 +1,8 @@
 // A person as a vCard: what the class itself offers, and what the store asks for.
 #include "core/ZRLog.h"
 #include "core/ZRPerson.h"
+#include "interchange/vcard/Card40.h"
+#include "interchange/vcard/VCard40.h"
 #include "interchange/vcard/VCardCharsets.h"
 #include "interchange/vcard/VCardText.h"
 #include "interchange/vcard/ZRPersonVCardAdditions.h"
@@ -18,12 +20,12 @@ namespace {
 constexpr std::size_t kUsualCard = 1024;
 
 /// A card that fails half-way ends there.
-template <class Write>
+template <class Card, class Write>
 void append(const ZRPerson& person, std::string& to, Write&& write)
 {
     try {
         locked(*person.nts_Roster(), ZRAccess::read, [&]() ZR_NTS {
-            ZRPersonVCardAdditions card(person, to);
+            Card card(person, to);
             write(card);
         });
     } catch (const std::exception& failure) {
@@ -37,13 +39,19 @@ ZRVCardOptions optionsOfPreferences()
         | (ZRPerson::includePhotosInVCards() ? kZRVCardWithPhoto : 0);
 }
 
+/// It is a file: to be read before the lock is taken.
+platform::Value photoOf(const ZRPerson& person, ZRVCardOptions options)
+{
+    return options & kZRVCardWithPhoto ? person.imageData() : platform::Value();
+}
+
 } // namespace
 
-// The picture is a file: it is read before the lock is taken.
 void ZRPerson::_appendVCardRepresentation(std::string& cards, ZRVCardOptions options) const
 {
-    const platform::Value photo = options & kZRVCardWithPhoto ? imageData() : platform::Value();
-    append(*this, cards, [&](ZRPersonVCardAdditions& card) ZR_NTS { card.writeVersion30(options, photo); });
+    const platform::Value photo = photoOf(*this, options);
+    append<ZRPersonVCardAdditions>(
+        *this, cards, [&](ZRPersonVCardAdditions& card) ZR_NTS { card.writeVersion30(options, photo); });
 }
 
 std::string ZRPerson::_vCardRepresentationAsStringUsingImageCache(
@@ -74,7 +82,8 @@ std::optional<std::string> ZRPerson::vCardRepresentation() const
 void ZRPerson::_append21vCardRepresentation(std::string& cards, ZRVCardOptions options) const
 {
     const std::string charset = zrPreferred21Charset();
-    append(*this, cards, [&](ZRPersonVCardAdditions& card) ZR_NTS { card.writeVersion21(options, charset); });
+    append<ZRPersonVCardAdditions>(
+        *this, cards, [&](ZRPersonVCardAdditions& card) ZR_NTS { card.writeVersion21(options, charset); });
 }
 
 std::string ZRPerson::_21vCardRepresentationAsData(ZRVCardOptions options) const
@@ -87,6 +96,12 @@ std::string ZRPerson::_21vCardRepresentationAsData(ZRVCardOptions options) const
 std::string ZRPerson::_21vCardRepresentationAsData() const
 {
     return _21vCardRepresentationAsData(optionsOfPreferences());
+}
+
+void zrAppendVCard40(const ZRPerson& person, std::string& cards, ZRVCardOptions options)
+{
+    const platform::Value photo = photoOf(person, options);
+    append<vcard::Card40>(person, cards, [&](vcard::Card40& card) ZR_NTS { card.write(options, photo); });
 }
 
 namespace {

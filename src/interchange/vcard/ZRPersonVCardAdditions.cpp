@@ -128,6 +128,10 @@ void Writer::writeBirthday()
 /// The names of groups have nothing escaped.
 void Writer::writeCategories(std::string& to) const
 {
-    if (const std::string names = _card.groupNames(); !names.empty())
-        to.append("CATEGORIES:").append(names).append("\r\n");
+    const auto names = _card.groupNames();
+    std::string joined;
+    for (const auto& name : names)
+        joined.append(&name == &names.front() ? "" : ",").append(name);
+    if (!joined.empty())
+        to.append("CATEGORIES:").append(joined).append("\r\n");
 }
