@@ -41,9 +41,10 @@ QJsonObject customsOf(const KContacts::Addressee& person)
 QJsonObject cardOf(const KContacts::Addressee& person)
 {
     QStringList urls;
-    urls << person.url().url().toString();
     for (const auto& url : person.extraUrlList())
         urls << url.url().toString();
+    if (!urls.contains(person.url().url().toString()))
+        urls.prepend(person.url().url().toString());
     QString photo = QString::fromLatin1(person.photo().rawData().toBase64());
     return {{"name",
                 arrayOf({person.familyName(), person.givenName(), person.additionalName(), person.prefix(),

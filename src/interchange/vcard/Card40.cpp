@@ -20,43 +20,12 @@ namespace vcard {
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
-constexpr std::string_view kExtension = " ext. ";
 
 /// Blanks at its ends are no part of a value, and would be escaped in a URI.
 std::string_view trimmed(std::string_view text)
 {
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
     return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
-bool isOnly(std::string_view text, std::string_view characters)
-{
-    return text.find_first_not_of(characters) == text.npos;
-}
-
-/// A number as a URI (RFC 3966) that gives the same text back; empty where none does.
-std::string telephoneURI(std::string_view number)
-{
-    const std::size_t end = std::min(number.find(kExtension), number.size());
-    const std::string_view global = number.substr(0, end), digits = number.substr(end);
-    if (!global.starts_with('+') || !isOnly(global.substr(1), "0123456789-.()")
-        || global.find_first_of("0123456789") == global.npos)
-        return {};
-    std::string uri = "tel:" + std::string(global);
-    if (digits.empty())
-        return uri;
-    const std::string_view extension = digits.substr(kExtension.size());
-    return extension.empty() || !isOnly(extension, "0123456789") ? std::string()
-                                                                 : uri.append(";ext=").append(extension);
-}
-
-void endWithPhone(Line40& line, std::string_view number)
-{
-    const std::string uri = telephoneURI(number);
-    if (uri.empty())
-        line.text(number);
-    else
-        line.with("VALUE", "uri").uri(uri);
 }
 
 /// "1970-05-01" in the basic form of RFC 6350 §4.3.1, which knows years of four digits alone.
@@ -133,34 +102,31 @@ Line40 Card40::begin(std::string_view name, std::string_view types, const Entry&
 
 void Card40::label(const Entry& entry, std::int64_t group)
 {
-    Line40(_to, "X-ZRLabel", group).text(entry.label());
+    const std::string_view label = entry.label();
+    Line40(_to, "X-ZRLabel", group).texts({&label, 1}, ';');
 }
 
 template <class End>
-void Card40::entry(
-    std::string_view name, std::string_view types, bool typesSayAll, const Entry& entry, End&& end)
+void Card40::entry(std::string_view name, Type40 type, const Entry& entry, End&& end)
 {
-    const bool isGrouped = types.empty() || !typesSayAll;
-    const std::int64_t group = isGrouped ? _group++ : 0;
-    Line40 line = begin(name, types, entry, group);
+    const std::int64_t group = type.saysAll ? 0 : _group++;
+    Line40 line = begin(name, type.words, entry, group);
     end(line);
-    if (isGrouped)
+    if (group)
         label(entry, group);
 }
 
+/// Telephones are texts, as the standard still allows: readers show a tel: address as it stands.
 void Card40::writeTexts()
 {
-    const auto& lines = EntryLines::shared();
-    _card.forEachEntry(lines.phones, [&](const Entry& phone) {
-        if (const std::string_view number = value(phone); !number.empty())
-            entry("TEL", typeOfPhoneLabel40(phone.label()), true, phone,
-                [&](Line40& line) { endWithPhone(line, number); });
-    });
-    _card.forEachEntry(lines.emails, [&](const Entry& email) {
-        if (const std::string_view address = value(email); !address.empty())
-            entry("EMAIL", typeOfLabel40(email.label()), true, email,
-                [&](Line40& line) { line.text(address); });
-    });
+    const auto write = [&](std::string_view name, const EntryKeys& keys, auto typeOf) {
+        _card.forEachEntry(keys, [&](const Entry& each) {
+            if (const std::string_view text = value(each); !text.empty())
+                entry(name, typeOf(each.label()), each, [&](Line40& line) { line.text(text); });
+        });
+    };
+    write("TEL", EntryLines::shared().phones, typeOfPhone40);
+    write("EMAIL", EntryLines::shared().emails, typeOfEntry40);
 }
 
 /// Each address is in a group, which holds its country code. Nothing stands in the first two fields: other
@@ -170,12 +136,12 @@ void Card40::writeAddresses()
     const auto& slots = addressSlots();
     _card.forEachEntry(EntryLines::shared().addresses, [&](const Entry& address) {
         auto& row = address.row;
-        const std::string_view types = typeOfLabel40(address.label());
+        const Type40 type = typeOfEntry40(address.label());
         const std::array fields = {std::string_view(), std::string_view(), row.text(slots.street),
             row.text(slots.city), row.text(slots.state), row.text(slots.zipCode),
             row.text(slots.countryName)};
-        begin("ADR", types, address, _group).texts(fields, ';');
-        if (types.empty())
+        begin("ADR", type.words, address, _group).texts(fields, ';');
+        if (!type.saysAll)
             label(address, _group);
         writeCountry(address, _group++);
     });
@@ -190,12 +156,15 @@ void Card40::writeCountry(const Entry& entry, std::int64_t group)
 
 void Card40::writeURIs()
 {
-    for (const auto& [name, keys] : EntryLines::shared().links)
-        _card.forEachEntry(keys, [&, name = name](const Entry& link) {
+    const auto write = [&](std::string_view name, std::string_view property, auto typeOf) {
+        _card.forEachEntry(*EntryKeys::of(property), [&](const Entry& link) {
             if (const std::string_view url = trimmed(value(link)); !url.empty())
-                entry(name, typeOfLabel40(link.label()), true, link,
+                entry(name, typeOf(link.label()), link,
                     [&](Line40& line) { line.uri(platform::addingPercentEscapesIfNecessary(url)); });
         });
+    };
+    write("URL", zr::kZRURLsProperty, typeOfURL40);
+    write("CALURI", zr::kZRCalendarURIsProperty, typeOfEntry40);
 }
 
 void Card40::writeMessaging()
@@ -209,8 +178,7 @@ void Card40::writeMessaging()
                 return;
             std::string uri(schemeOfService40(property));
             uri.append(":").append(platform::percentEscaped(address, kPlain));
-            entry(
-                "IMPP", typeOfLabel40(message.label()), true, message, [&](Line40& line) { line.uri(uri); });
+            entry("IMPP", typeOfEntry40(message.label()), message, [&](Line40& line) { line.uri(uri); });
         });
 }
 
@@ -225,20 +193,17 @@ void Card40::writeDays()
     _card.forEachEntry(*EntryKeys::of(zr::kZROtherDatesProperty), [&](const Entry& date) {
         const bool isAnniversary = !hasAnniversary && date.label() == zr::kZRAnniversaryLabel;
         hasAnniversary |= isAnniversary;
-        const std::int64_t group = isAnniversary ? 0 : _group++;
-        Line40 line = begin(isAnniversary ? "ANNIVERSARY" : "X-ZRDATE", {}, date, group);
-        endWithDay(line, std::string(value(date)));
-        if (group)
-            label(date, group);
+        const Type40 type{{}, isAnniversary || date.label() == zr::kZROtherLabel};
+        entry(isAnniversary ? "ANNIVERSARY" : "X-ZRDATE", type, date,
+            [&](Line40& line) { endWithDay(line, std::string(value(date))); });
     });
 }
 
 void Card40::writeRelated()
 {
     _card.forEachEntry(*EntryKeys::of(zr::kZRRelatedNamesProperty), [&](const Entry& related) {
-        const Relation40 relation = relationOfLabel40(related.label());
         if (const std::string_view name = value(related); !name.empty())
-            entry("RELATED", relation.type, relation.saysAll, related,
+            entry("RELATED", typeOfRelated40(related.label()), related,
                 [&](Line40& line) { line.with("VALUE", "text").text(name); });
     });
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "interchange/vcard/Line40.h"
+#include "interchange/vcard/Names40.h"
 #include "interchange/vcard/StoredCard.h"
 
 #include <cstdint>
@@ -45,11 +46,10 @@ private:
     std::string_view value(const Entry& entry) { return entry.value(_scratch); }
     Line40 begin(std::string_view name, std::string_view types, const Entry& entry, std::int64_t group);
     void label(const Entry& entry, std::int64_t group);
-    /// The line of one entry; `end` is given it for its value. Without `types`, or with those that do not say
-    /// all, a label follows.
+    /// The line of one entry, and its label where the type does not say all; `end` is given the line for its
+    /// value.
     template <class End>
-    void entry(
-        std::string_view name, std::string_view types, bool typesSayAll, const Entry& entry, End&& end);
+    void entry(std::string_view name, Type40 type, const Entry& entry, End&& end);
 
     const ZRPerson& _person;
     StoredCard _card;

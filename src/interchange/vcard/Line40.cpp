@@ -13,8 +13,8 @@ constexpr std::size_t kLongestLine = 75;
 /// The bytes of a character of UTF-8 behind its first one.
 constexpr std::size_t kMostFollowing = 3;
 
-/// Any line end becomes one "\n".
-void appendEscaped(std::string& to, std::string_view text)
+/// Any line end becomes one "\n". A "," is escaped in every text, `separator` too.
+void appendEscaped(std::string& to, std::string_view text, char separator)
 {
     for (std::size_t at = 0; at < text.size(); ++at) {
         const char c = text[at];
@@ -22,7 +22,7 @@ void appendEscaped(std::string& to, std::string_view text)
             continue;
         if (c == '\r' || c == '\n')
             to += "\\n";
-        else if (c == '\\' || c == ',' || c == ';')
+        else if (c == '\\' || c == ',' || c == separator)
             (to += '\\') += c;
         else
             to += c;
@@ -55,7 +55,7 @@ Line40& Line40::with(std::string_view parameter, std::string_view value)
     return *this;
 }
 
-void Line40::text(std::string_view text) { texts({&text, 1}, ';'); }
+void Line40::text(std::string_view text) { texts({&text, 1}, ','); }
 
 void Line40::uri(std::string_view uri)
 {
@@ -68,7 +68,7 @@ void Line40::texts(std::span<const std::string_view> texts, char separator)
     char before = ':';
     for (const std::string_view text : texts) {
         _line += before;
-        appendEscaped(_line, text);
+        appendEscaped(_line, text, separator);
         before = separator;
     }
     end();

@@ -26,10 +26,11 @@ public:
 
     // ---- the value, which ends the line
 
+    /// A ";" in it stays as it is: some readers take no escape of it where it parts nothing.
     void text(std::string_view text);
     /// Nothing of a URI is escaped.
     void uri(std::string_view uri);
-    /// Fields, or the entries of a list, with `separator` between them.
+    /// Fields, or the entries of a list, with `separator` between them, which is escaped in each.
     void texts(std::span<const std::string_view> texts, char separator);
 
 private:

@@ -11,29 +11,28 @@ namespace vcard {
 
 namespace {
 
-using Row = std::pair<std::string_view, std::string_view>;
+using TypeRow = std::pair<std::string_view, Type40>;
 
-constexpr Row kTypes[] = {{zr::kZRHomeLabel, "home"}, {zr::kZRWorkLabel, "work"}};
+constexpr TypeRow kTypes[] = {{zr::kZRHomeLabel, {"home", true}}, {zr::kZRWorkLabel, {"work", true}}};
 
-constexpr Row kPhoneTypes[] = {{zr::kZRPhoneHomeLabel, "home"}, {zr::kZRPhoneWorkLabel, "work"},
-    {zr::kZRPhoneMobileLabel, "cell"}, {zr::kZRPhoneHomeFAXLabel, "home,fax"},
-    {zr::kZRPhoneWorkFAXLabel, "work,fax"}, {zr::kZRPhonePagerLabel, "pager"}};
+/// A line without a type is that of a home page.
+constexpr TypeRow kURLTypes[] = {{zr::kZRHomePageLabel, {"", true}}, kTypes[0], kTypes[1]};
 
-constexpr std::pair<std::string_view, Relation40> kRelations[] = {
-    {zr::kZRSpouseLabel, {"spouse", true}},
-    {zr::kZRChildLabel, {"child", true}},
-    {zr::kZRParentLabel, {"parent", true}},
-    {zr::kZRFriendLabel, {"friend", true}},
-    {zr::kZRMotherLabel, {"parent"}},
-    {zr::kZRFatherLabel, {"parent"}},
-    {zr::kZRBrotherLabel, {"sibling"}},
-    {zr::kZRSisterLabel, {"sibling"}},
-    {zr::kZRAssistantLabel, {"agent"}},
-};
+/// "main" is no word of the standard, but one that programs know.
+constexpr TypeRow kPhoneTypes[] = {kTypes[0], kTypes[1], {zr::kZRPhoneMobileLabel, {"cell", true}},
+    {zr::kZRPhoneHomeFAXLabel, {"home,fax", true}}, {zr::kZRPhoneWorkFAXLabel, {"work,fax", true}},
+    {zr::kZRPhonePagerLabel, {"pager", true}}, {zr::kZRPhoneMainLabel, {"main", true}},
+    {zr::kZROtherLabel, {"", true}}};
 
-constexpr Row kSchemes[] = {{zr::kZRAIMInstantProperty, "aim"}, {zr::kZRJabberInstantProperty, "xmpp"},
-    {zr::kZRMSNInstantProperty, "msnim"}, {zr::kZRYahooInstantProperty, "ymsgr"},
-    {zr::kZRICQInstantProperty, "icq"}};
+constexpr TypeRow kRelations[] = {{zr::kZRSpouseLabel, {"spouse", true}},
+    {zr::kZRChildLabel, {"child", true}}, {zr::kZRParentLabel, {"parent", true}},
+    {zr::kZRFriendLabel, {"friend", true}}, {zr::kZROtherLabel, {"", true}}, {zr::kZRMotherLabel, {"parent"}},
+    {zr::kZRFatherLabel, {"parent"}}, {zr::kZRBrotherLabel, {"sibling"}}, {zr::kZRSisterLabel, {"sibling"}},
+    {zr::kZRAssistantLabel, {"agent"}}};
+
+constexpr std::pair<std::string_view, std::string_view> kSchemes[] = {{zr::kZRAIMInstantProperty, "aim"},
+    {zr::kZRJabberInstantProperty, "xmpp"}, {zr::kZRMSNInstantProperty, "msnim"},
+    {zr::kZRYahooInstantProperty, "ymsgr"}, {zr::kZRICQInstantProperty, "icq"}};
 
 struct Picture {
     std::string_view begin, type;
@@ -51,7 +50,9 @@ constexpr Picture kPictures[] = {
     {"RIFF", "image/webp", "WEBP"},
 };
 
-std::string_view valueOf(std::span<const Row> rows, std::string_view key)
+/// Nothing where there is no row.
+template <class Value>
+Value valueOf(std::span<const std::pair<std::string_view, Value>> rows, std::string_view key)
 {
     for (const auto& [known, value] : rows)
         if (known == key)
@@ -61,18 +62,15 @@ std::string_view valueOf(std::span<const Row> rows, std::string_view key)
 
 } // namespace
 
-std::string_view typeOfLabel40(std::string_view label) { return valueOf(kTypes, label); }
-std::string_view typeOfPhoneLabel40(std::string_view label) { return valueOf(kPhoneTypes, label); }
+Type40 typeOfEntry40(std::string_view label) { return valueOf<Type40>(kTypes, label); }
+Type40 typeOfPhone40(std::string_view label) { return valueOf<Type40>(kPhoneTypes, label); }
+Type40 typeOfURL40(std::string_view label) { return valueOf<Type40>(kURLTypes, label); }
+Type40 typeOfRelated40(std::string_view label) { return valueOf<Type40>(kRelations, label); }
 
-Relation40 relationOfLabel40(std::string_view label)
+std::string_view schemeOfService40(std::string_view property)
 {
-    for (const auto& [known, relation] : kRelations)
-        if (known == label)
-            return relation;
-    return {};
+    return valueOf<std::string_view>(kSchemes, property);
 }
-
-std::string_view schemeOfService40(std::string_view property) { return valueOf(kSchemes, property); }
 
 std::string_view mediaTypeOfPicture(std::string_view bytes)
 {

@@ -5,19 +5,20 @@
 
 namespace vcard {
 
-/// The TYPE of an entry with this label, in lower case; empty where none says the same.
-std::string_view typeOfLabel40(std::string_view label);
-/// Of a telephone, which has more of them.
-std::string_view typeOfPhoneLabel40(std::string_view label);
-
-/// What somebody is to the person (RFC 6350 §6.6.6).
-struct Relation40 {
-    /// Empty where there is none.
-    std::string_view type;
-    /// Whether a reader of the type knows the label.
+/// What a line says of its entry's label by TYPE.
+struct Type40 {
+    /// In lower case; empty for none.
+    std::string_view words;
+    /// Whether a reader of the line knows the label.
     bool saysAll = false;
 };
-Relation40 relationOfLabel40(std::string_view label);
+
+/// Of an e-mail address, a postal one, a calendar or a messaging address.
+Type40 typeOfEntry40(std::string_view label);
+Type40 typeOfPhone40(std::string_view label);
+Type40 typeOfURL40(std::string_view label);
+/// What somebody is to the person (RFC 6350 §6.6.6).
+Type40 typeOfRelated40(std::string_view label);
 
 /// The scheme of addresses in the service of this property, such as "xmpp" (RFC 6350 §6.4.3).
 std::string_view schemeOfService40(std::string_view property);
