@@ -30,7 +30,7 @@ Preparation::Preparation(std::string_view bytes, Options options)
     , _report(std::move(options.file))
     , _charsets(_bytes, options.preferredEncoding)
     , _reader(_bytes)
-    , _writer(_charsets, _report)
+    , _writer(_charsets, _report, options.groups)
 {
 }
 
@@ -45,7 +45,7 @@ bool Preparation::next(CanonicalCard& card)
     card.line = _raw.line;
     card.firstLine = firstTellingLine(_raw);
     card.refusal = refusalOf(_raw);
-    if (!card.refusal && !_writer.write(_raw, _number, card.text))
+    if (!card.refusal && !_writer.write(_raw, card))
         card.refusal = Finding::cardEmpty;
     if (card.refusal) {
         card.text.clear();

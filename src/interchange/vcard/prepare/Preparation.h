@@ -1,6 +1,7 @@
 // What stands in front of the reader of cards: a file's bytes in, canonical cards and a report out.
 #pragma once
 
+#include "interchange/vcard/prepare/CanonicalCard.h"
 #include "interchange/vcard/prepare/Cards.h"
 #include "interchange/vcard/prepare/Charset.h"
 #include "interchange/vcard/prepare/Report.h"
@@ -12,22 +13,6 @@
 #include <string_view>
 
 namespace vcard::prepare {
-
-/// One card of a file, ready for a reader of its own.
-struct CanonicalCard {
-    /// BEGIN:VCARD, VERSION:3.0, one physical line a property in UTF-8 with CR LF, END:VCARD. No
-    /// quoted-printable, base64 as one line of `;ENCODING=b`, no escapes but `\\ \n \, \;`, types as TYPE
-    /// lists, and only properties that the reader knows. Empty when the card is refused.
-    std::string text;
-    /// Its number in the file, from 1, refused cards included.
-    std::size_t number = 0;
-    /// The number of its first line in the file, from 1.
-    std::size_t line = 0;
-    /// Its first line that is neither BEGIN nor VERSION, to tell people which card is meant; may be cut.
-    std::string firstLine;
-    /// Why there is no text, or absent.
-    std::optional<Finding> refusal;
-};
 
 /// Turns a file of cards, of any version and character set, into canonical cards, one at a time.
 ///
@@ -45,6 +30,7 @@ public:
         std::string file;
         /// Tried where neither card nor file names a set; 0 for none.
         TextEncoding preferredEncoding = 0;
+        GroupWishes groups = {};
     };
 
     Preparation(std::string_view bytes, Options options);

@@ -3,6 +3,8 @@
 
 #include "interchange/vcard/prepare/Ascii.h"
 
+#include <utility>
+
 namespace vcard::prepare {
 
 namespace {
@@ -24,22 +26,39 @@ std::string_view cut(std::string_view& text, char separator)
     return first;
 }
 
+constexpr std::pair<std::string_view, ParameterName> kParameterNames[] = {{"TYPE", ParameterName::type},
+    {"CHARSET", ParameterName::charset}, {"ENCODING", ParameterName::encoding}, {"PREF", ParameterName::pref},
+    {"ALTID", ParameterName::altid}, {"LABEL", ParameterName::label}, {"GEO", ParameterName::geo},
+    {"TZ", ParameterName::tz}, {"SORT-AS", ParameterName::sortAs}};
+
+ParameterName parameterNameOf(std::string_view name)
+{
+    if (name.empty())
+        return ParameterName::bare;
+    for (const auto& [known, meaning] : kParameterNames)
+        if (equalInAnyCase(name, known))
+            return meaning;
+    return ParameterName::other;
+}
+
 Parameter parameterOf(std::string_view written)
 {
     const auto equals = written.find('=');
     if (equals == written.npos)
         return {{}, trimmed(written)};
-    return {trimmed(written.substr(0, equals)), trimmed(written.substr(equals + 1))};
+    const auto name = trimmed(written.substr(0, equals));
+    return {name, trimmed(written.substr(equals + 1)), parameterNameOf(name)};
 }
 
 Transfer transferOf(const Parameter& parameter)
 {
-    if (!parameter.name.empty() && !equalInAnyCase(parameter.name, "ENCODING"))
+    const bool bare = parameter.known == ParameterName::bare;
+    if (!bare && parameter.known != ParameterName::encoding)
         return Transfer::plain;
     const auto word = unquoted(parameter.value);
     if (equalInAnyCase(word, "QUOTED-PRINTABLE"))
         return Transfer::quotedPrintable;
-    if (equalInAnyCase(word, "BASE64") || (!parameter.name.empty() && equalInAnyCase(word, "B")))
+    if (equalInAnyCase(word, "BASE64") || (!bare && equalInAnyCase(word, "B")))
         return Transfer::base64;
     return Transfer::plain;
 }
@@ -97,17 +116,17 @@ bool Property::parse(std::string_view line)
             continue;
         if (transfer == Transfer::plain)
             transfer = transferOf(parameter);
-        if (equalInAnyCase(parameter.name, "CHARSET"))
+        if (parameter.known == ParameterName::charset)
             charset = unquoted(parameter.value);
         parameters.push_back(parameter);
     }
     return true;
 }
 
-std::string_view Property::parameter(std::string_view parameterName) const
+std::string_view Property::parameter(ParameterName parameterName) const
 {
     for (const auto& parameter : parameters)
-        if (equalInAnyCase(parameter.name, parameterName))
+        if (parameter.known == parameterName)
             return unquoted(parameter.value);
     return {};
 }

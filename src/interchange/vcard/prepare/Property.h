@@ -11,11 +11,27 @@ namespace vcard::prepare {
 /// How a line's value was packed for the way through seven-bit mail.
 enum class Transfer : std::uint8_t { plain, quotedPrintable, base64 };
 
+/// The parameters that mean something here.
+enum class ParameterName : std::uint8_t {
+    other,
+    bare,
+    type,
+    pref,
+    altid,
+    encoding,
+    charset,
+    label,
+    geo,
+    tz,
+    sortAs
+};
+
 /// `NAME=value`, or a bare word as vCard 2.1 writes it: then the name is empty and the word is the value.
 struct Parameter {
     std::string_view name;
     /// As written, quotes included.
     std::string_view value;
+    ParameterName known = ParameterName::bare;
 };
 
 /// One property line, taken apart but not decoded.
@@ -38,7 +54,7 @@ struct Property {
     bool parse(std::string_view line);
 
     /// The value of the first parameter of that name without its quotes, or empty.
-    std::string_view parameter(std::string_view parameterName) const;
+    std::string_view parameter(ParameterName parameterName) const;
 
     /// The line again, without what blanks stood around its parts.
     std::string text() const;

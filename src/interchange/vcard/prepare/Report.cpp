@@ -42,6 +42,11 @@ constexpr auto kWords = std::to_array<Words>({
     {Finding::pictureDamaged, Action::repaired, "has characters that are not base64"},
     {Finding::pictureByReference, Action::keptInNote, "is not in the card, only its address"},
     {Finding::pictureUnreadable, Action::dropped, "holds no picture that can be read"},
+    {Finding::nameTaken, Action::repaired, "is the name, as N is missing or empty"},
+    {Finding::nicknameTaken, Action::repaired, "differs from the name, kept as the nickname"},
+    {Finding::dateWithoutYear, Action::keptInNote, "is no whole date"},
+    {Finding::alternative, Action::keptInNote, "says in another way what another line says"},
+    {Finding::memberUnknown, Action::dropped, "is nobody of this file"},
 });
 
 constexpr bool isTableSound()

@@ -40,9 +40,14 @@ enum class Finding : std::uint8_t {
     timeOfDay,
     pictureDamaged,
     pictureByReference,
-    pictureUnreadable
+    pictureUnreadable,
+    nameTaken,
+    nicknameTaken,
+    dateWithoutYear,
+    alternative,
+    memberUnknown
 };
-inline constexpr std::size_t kFindings = static_cast<std::size_t>(Finding::pictureUnreadable) + 1;
+inline constexpr std::size_t kFindings = static_cast<std::size_t>(Finding::memberUnknown) + 1;
 
 /// What was found, in words.
 PLATFORM_EXPORT std::string_view textOf(Finding finding);

@@ -1,15 +1,20 @@
 // How a raw card becomes a canonical one, line by line.
 #pragma once
 
+#include "interchange/vcard/prepare/CanonicalCard.h"
+#include "interchange/vcard/prepare/CardLines.h"
 #include "interchange/vcard/prepare/Cards.h"
-#include "interchange/vcard/prepare/Carry.h"
 #include "interchange/vcard/prepare/Charset.h"
+#include "interchange/vcard/prepare/Countries.h"
+#include "interchange/vcard/prepare/Map.h"
 #include "interchange/vcard/prepare/Property.h"
 #include "interchange/vcard/prepare/Report.h"
 
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace vcard::prepare {
@@ -24,52 +29,111 @@ namespace vcard::prepare {
 /// Errors:    none; what cannot be read is told.
 class CardWriter {
 public:
-    CardWriter(Charsets& charsets, Report& report);
+    CardWriter(Charsets& charsets, Report& report, GroupWishes wishes);
 
-    /// Writes the card into `out`, whose content is replaced. False when no line of it can be kept.
-    bool write(const RawCard& card, std::size_t number, std::string& out);
+    /// Writes the text of `card`, whose number is known, and what it says of groups. False when no line of it
+    /// can be kept.
+    bool write(const RawCard& raw, CanonicalCard& card);
 
 private:
-    struct Span {
-        std::size_t start = 0;
-        std::size_t length = 0;
-    };
+    using Index = CardLines::Index;
+    /// What KIND says; an unknown kind is not a person either.
+    enum class Kind : std::uint8_t { person, organization, other };
 
+    void begin(const RawCard& raw, CanonicalCard& card);
     void writeLine(std::string_view line);
+    void write(const Row& row);
+    void finish();
+
+    // Places                                                                       (WriterPlaces.cpp)
     void writeKept(const Row& row);
-    void writeDay(const Row& row);
+    void cutSurplus(const Row& row, bool& surplus);
+    void carryParameters(const Row& row);
     void writePicture(const Row& row);
-    void writeLabel();
+    void carryPictureReference();
     void addToNote();
-    void carryUnknown();
+    void writePosition();
+    void carryText(Finding finding);
     void carryUnreadable(std::string_view line);
 
+    // Entries                                                                      (WriterEntries.cpp)
+    void writeText(const Row& row, std::string_view text);
+    void writeTelephone(const Row& row);
+    void writeEmail(const Row& row);
+    void writeMessaging();
+    void writeService(const Row& row);
+    void writeAddressOf(std::string_view scheme, std::string_view address, std::string_view whole);
+    void writeRelated(const Row& row);
+    void writeRelation(std::string_view name, std::string_view label);
+    void writeDay(const Row& row, std::string_view name);
+    void writeOtherDate(const Row& row);
+
+    // Names, once all lines are there                                              (WriterNames.cpp)
+    void finishNames();
+    void finishOrganization();
+    void makeName(Index formatted, bool whole);
+    void makeNickname(Index formatted);
+    void writeList(const Row& row);
+
+    // Groups of lines, and groups of people                                        (WriterGroups.cpp)
+    void writeLabel();
+    void writeCountryCode(const Row& row);
+    void finishItems();
+    void dropUnusedLabels();
+    void addCountryCodes();
+    void addLabels();
+    void writeBehind(Index entry, std::string_view name, std::string_view canonical);
+    std::uint32_t nextItem();
+    void writeCategories();
+    void writeKind();
+    void writeMember();
+    bool isGroup(const RawCard& raw);
+    void finishGroup();
+
+    // Values and lines                                                             (Writer.cpp)
     std::string_view value();
     std::string decoded(std::string_view bytes, std::string_view charset);
+    std::string canonicalValue(Shape shape = Shape::onePart);
     Escapes escapes() const;
-    void appendHeader(std::string_view name, bool base64 = false);
+    void beginLine(const Row* row, std::string_view name, bool base64 = false);
     void appendTypes();
     void appendType(std::string_view type, bool& open);
-    bool keepLine(const Row& row, std::size_t lineStart, std::size_t valueStart, Finding ifRepeated);
+    void prefer(std::uint8_t rank);
+    Index keepLine(const Row& row, Finding ifRepeated);
+    Index firstOf(const Row& row) const { return _first[indexOf(row)]; }
+    Index firstOf(std::string_view name) const { return firstOf(*rowOf(name, _raw->version)); }
+    static std::size_t indexOf(const Row& row) { return static_cast<std::size_t>(&row - mapTable().data()); }
+    void writeBookkeeping();
+    bool isAlternative();
     void carry(std::string_view name, std::string_view canonical, Finding finding);
-    void endLine();
     static void join(std::string& text, std::string_view more);
     void tell(Finding finding, std::string_view subject);
-    std::string_view written(std::size_t start) const { return std::string_view(*_out).substr(start); }
 
     Charsets& _charsets;
     Report& _report;
-    const RawCard* _card = nullptr;
-    std::size_t _number = 0;
+    const GroupWishes _wishes;
+    Countries _countries;
+    const RawCard* _raw = nullptr;
+    CanonicalCard* _card = nullptr;
     std::size_t _line = 0;
-    std::string* _out = nullptr;
     Property _property;
     std::string _text;
+    CardLines _lines;
     /// The value of NOTE lines, and what has no line of its own; both canonical.
     std::string _note;
     std::string _carried;
-    /// Where the value of each row's first line stands in the output; only rows with room for one have it.
-    std::vector<Span> _first;
+    /// The first line of each row; only rows with room for one have it.
+    std::vector<Index> _first;
+    /// Lines that are joined with others of their group at the end.
+    std::vector<Index> _labels, _codes, _addresses;
+    /// Lines that get a label of ours, and that label.
+    std::vector<std::pair<Index, std::string>> _ownLabels;
+    std::uint32_t _item = 0;
+    Kind _kind = Kind::person;
+    /// The card becomes a group: nothing of it goes to a note, since there will be none.
+    bool _isGroup = false;
+    /// The properties with an ALTID, each with it.
+    std::unordered_set<std::string> _alternatives;
 };
 
 } // namespace vcard::prepare

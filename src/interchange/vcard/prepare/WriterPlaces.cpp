@@ -1,7 +1,10 @@
-// What is written for each place that a property can go to.
+// What is written of a property that stands for itself: a text, a picture, a line of the note.
 #include "interchange/vcard/prepare/Writer.h"
 
 #include "interchange/vcard/prepare/Ascii.h"
+#include "interchange/vcard/prepare/Names.h"
+
+#include <algorithm>
 
 namespace vcard::prepare {
 
@@ -9,123 +12,138 @@ namespace {
 
 constexpr std::size_t kShortestUndeclaredPicture = 80;
 
-bool isDataURI(std::string_view value) { return startsInAnyCase(trimmed(value), "data:"); }
+bool isDataURI(std::string_view value) { return startsInAnyCase(value, "data:"); }
+
+bool isNumber(std::string_view text)
+{
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return (c >= '0' && c <= '9') || c == '.' || c == '-' || c == '+';
+    });
+}
+
+/// A picture within its address (RFC 2397): what is in front of the comma, and the digits behind it.
+struct DataURI {
+    std::string_view header, digits;
+
+    /// Some writers escape the comma like that of a text.
+    explicit DataURI(std::string_view uri)
+    {
+        const auto comma = std::min(uri.find(','), uri.size());
+        header = uri.substr(0, comma > 0 && uri[comma - 1] == '\\' ? comma - 1 : comma);
+        digits = uri.substr(std::min(comma + 1, uri.size()));
+    }
+
+    bool isBase64() const
+    {
+        constexpr std::string_view mark = ";base64";
+        return header.size() > mark.size()
+            && equalInAnyCase(header.substr(header.size() - mark.size()), mark);
+    }
+
+    /// "PNG" of "data:image/png;base64", or empty.
+    std::string_view type() const
+    {
+        const auto slash = header.find('/');
+        const auto type =
+            slash == header.npos ? "" : header.substr(slash + 1, header.find(';', slash) - slash - 1);
+        return isName(type) ? type : "";
+    }
+};
 
 } // namespace
 
 void CardWriter::writeKept(const Row& row)
 {
-    const auto lineStart = _out->size();
-    appendHeader(_property.name);
-    const auto valueStart = _out->size();
-    appendValue(*_out, value(), row.shape, escapes());
+    beginLine(&row, _property.name);
+    appendValue(_lines.text(), value(), row.shape, escapes());
+    if (row.use == Use::names)
+        joinNameValues(_lines.text(), _lines.begun().value);
     bool surplus = false;
-    if (const auto end = valueStart + (row.fields ? endOfFields(written(valueStart), row.fields) : 0);
-        row.fields && end < _out->size()) {
-        if (!isEmptyValue(written(end), Shape::fields)) {
-            surplus = true;
-            carry(_property.name, written(end + 1), Finding::surplusFields);
-        }
-        _out->resize(end);
-        _out->resize(valueStart + trimmed(written(valueStart)).size());
-    }
-    if (isEmptyValue(written(valueStart), row.shape)) {
-        _out->resize(lineStart);
+    if (row.fields != 0)
+        cutSurplus(row, surplus);
+    if (isEmptyValue(_lines.begunValue(), row.shape)) {
+        _lines.giveUp();
         if (!surplus)
             tell(Finding::emptyValue, _property.name);
     } else {
-        for (auto fields = row.least ? countFields(written(valueStart)) : 0; fields < row.least; ++fields)
-            *_out += ';';
-        keepLine(row, lineStart, valueStart, Finding::repeated);
+        for (auto fields = row.least ? countFields(_lines.begunValue()) : 0; fields < row.least; ++fields)
+            _lines.text() += ';';
+        const auto kept = keepLine(row, Finding::repeated);
+        if (row.entries == Entries::addresses)
+            _addresses.push_back(kept);
     }
-    if (row.least && !_property.parameters.empty())
-        if (const auto label = _property.parameter("LABEL"); !label.empty())
-            carry("LABEL", decoded(decodedCarets(label), {}), Finding::noPlace);
+    carryParameters(row);
 }
 
-/// Ends the line, unless the record has room for one value and has it: a different one goes to the note or
-/// is told, and the line is taken back. Answers whether the line stays.
-bool CardWriter::keepLine(const Row& row, std::size_t lineStart, std::size_t valueStart, Finding ifRepeated)
+/// What stands in fields that the reader has no place for goes to the note.
+void CardWriter::cutSurplus(const Row& row, bool& surplus)
 {
-    if (row.count == Count::one) {
-        auto& first = _first[static_cast<std::size_t>(&row - carryTable().data())];
-        if (first.length != 0) {
-            const auto kept = std::string_view(*_out).substr(first.start, first.length);
-            if (kept != written(valueStart) && actionOf(ifRepeated) == Action::keptInNote)
-                carry(_property.name, written(valueStart), ifRepeated);
-            else if (kept != written(valueStart))
-                tell(ifRepeated, _property.name);
-            _out->resize(lineStart);
-            return false;
+    const auto end = endOfFields(_lines.begunValue(), row.fields);
+    if (end == _lines.begunValue().size())
+        return;
+    surplus = !isEmptyValue(_lines.begunValue().substr(end), Shape::fields);
+    if (surplus)
+        carry(_property.name, _lines.begunValue().substr(end + 1), Finding::surplusFields);
+    _lines.cutValue(end);
+    _lines.cutValue(trimmed(_lines.begunValue()).size());
+}
+
+/// Parameters that say something of their own.
+void CardWriter::carryParameters(const Row& row)
+{
+    for (const auto& [name, written, known] : _property.parameters) {
+        const bool isOfAddress =
+            known == ParameterName::label || known == ParameterName::geo || known == ParameterName::tz;
+        if (isOfAddress && row.entries == Entries::addresses) {
+            std::string canonical;
+            appendValue(
+                canonical, decoded(decodedCarets(unquoted(written)), {}), Shape::onePart, Escapes::rfc);
+            carry(name, canonical, Finding::noPlace);
+        } else if (known == ParameterName::sortAs) {
+            tell(Finding::bookkeeping, name);
         }
-        first = {valueStart, _out->size() - valueStart};
     }
-    endLine();
-    return true;
-}
-
-void CardWriter::writeDay(const Row& row)
-{
-    const auto text = value();
-    const auto length = lengthOfDay(text);
-    if (text.empty())
-        return tell(Finding::emptyValue, _property.name);
-    if (!length) {
-        std::string canonical;
-        appendValue(canonical, text, Shape::onePart, escapes());
-        return carry(_property.name, canonical, Finding::dateUnreadable);
-    }
-    const auto lineStart = _out->size();
-    appendHeader(_property.name);
-    const auto valueStart = _out->size();
-    _out->append(text.substr(0, *length));
-    if (keepLine(row, lineStart, valueStart, Finding::repeated) && *length < text.size())
-        tell(Finding::timeOfDay, _property.name);
 }
 
 void CardWriter::writePicture(const Row& row)
 {
-    const auto raw = trimmed(_property.value);
+    auto raw = trimmed(_property.value);
     if (raw.empty())
         return tell(Finding::emptyValue, _property.name);
-    if (raw.find(':') != raw.npos && !isDataURI(raw)) {
-        // An address is none of base64's digits, whatever the line declares.
-        if (_property.transfer == Transfer::base64)
-            _property.transfer = Transfer::plain;
-        std::string canonical;
-        appendValue(canonical, value(), Shape::wholeLine, escapes());
-        return carry(_property.name, canonical, Finding::pictureByReference);
+    const bool isData = isDataURI(raw);
+    if (!isData && raw.find(':') != raw.npos)
+        return carryPictureReference();
+    const DataURI uri(isData ? raw : "");
+    beginLine(&row, _property.name, true);
+    if (isData && !uri.type().empty() && _property.parameter(ParameterName::type).empty()) {
+        _lines.cutValue(0);
+        _lines.text().pop_back();
+        _lines.text() += ";TYPE=";
+        std::transform(uri.type().begin(), uri.type().end(), std::back_inserter(_lines.text()),
+            [](char c) { return upper(c); });
+        _lines.text() += ':';
+        _lines.beginValue();
     }
-    const auto lineStart = _out->size();
-    appendHeader(_property.name, true);
-    const auto valueStart = _out->size();
     bool sound = true;
-    if (!isDataURI(raw))
-        appendBase64(*_out, raw, sound);
+    if (!isData || uri.isBase64())
+        appendBase64(_lines.text(), isData ? uri.digits : raw, sound);
     // Some writers leave the parameter out; then only text that cannot be anything else is a picture.
-    const bool declared = _property.transfer == Transfer::base64;
+    const bool declared = isData || _property.transfer == Transfer::base64;
     const bool meant = declared || (sound && raw.size() >= kShortestUndeclaredPicture);
-    if (written(valueStart).empty() || !meant) {
-        _out->resize(lineStart);
+    if (_lines.begunValue().empty() || !meant) {
+        _lines.giveUp();
         return tell(Finding::pictureUnreadable, _property.name);
     }
-    if (keepLine(row, lineStart, valueStart, Finding::binary) && !sound)
+    if (keepLine(row, Finding::binary) != CardLines::kNone && !sound)
         tell(Finding::pictureDamaged, _property.name);
 }
 
-void CardWriter::writeLabel()
+/// An address is none of base64's digits, whatever the line declares.
+void CardWriter::carryPictureReference()
 {
-    if (!isName(_property.group))
-        return carryUnknown();
-    const auto lineStart = _out->size();
-    _out->append(_property.group).append(".").append(kLabelName).append(":");
-    const auto valueStart = _out->size();
-    appendValue(*_out, value(), Shape::onePart, escapes());
-    if (written(valueStart).empty()) {
-        _out->resize(lineStart);
-        return tell(Finding::emptyValue, _property.name);
-    }
-    endLine();
+    if (_property.transfer == Transfer::base64)
+        _property.transfer = Transfer::plain;
+    carry(_property.name, canonicalValue(Shape::wholeLine), Finding::pictureByReference);
 }
 
 void CardWriter::addToNote()
@@ -133,21 +151,29 @@ void CardWriter::addToNote()
     const auto text = value();
     if (text.empty())
         return tell(Finding::emptyValue, _property.name);
-    std::string canonical;
-    appendValue(canonical, text, Shape::onePart, escapes());
-    join(_note, canonical);
+    join(_note, canonicalValue());
 }
 
-void CardWriter::carryUnknown()
+/// vCard 2.1 gives longitude and latitude with a comma between them, its successors "latitude;longitude".
+void CardWriter::writePosition()
+{
+    const auto text = value();
+    const auto separator = text.find_first_of(",;");
+    const auto first = trimmed(text.substr(0, separator));
+    const auto second = separator == text.npos ? "" : trimmed(text.substr(separator + 1));
+    if (!isNumber(first) || !isNumber(second))
+        return carryText(Finding::noPlace);
+    carry(_property.name, std::string(second).append(";").append(first), Finding::noPlace);
+}
+
+void CardWriter::carryText(Finding finding)
 {
     const auto text = value();
     if (text.empty())
         return tell(Finding::emptyValue, _property.name);
     if (_property.transfer == Transfer::base64 || isDataURI(text))
         return tell(Finding::binary, _property.name);
-    std::string canonical;
-    appendValue(canonical, text, Shape::onePart, escapes());
-    carry(_property.name, canonical, Finding::noPlace);
+    carry(_property.name, canonicalValue(), finding);
 }
 
 void CardWriter::carryUnreadable(std::string_view line)
@@ -158,27 +184,6 @@ void CardWriter::carryUnreadable(std::string_view line)
     appendValue(canonical, trimmed(decoded(line, {})), Shape::onePart, Escapes::oldEncoded);
     join(_carried, canonical);
     tell(Finding::nameUnreadable, line);
-}
-
-/// Adds "NAME: value" to the note. `canonical` may be of any shape.
-void CardWriter::carry(std::string_view name, std::string_view canonical, Finding finding)
-{
-    canonical = trimmed(canonical);
-    if (canonical.empty())
-        return tell(Finding::emptyValue, name);
-    std::string text(name);
-    text += ": ";
-    appendValue(text, canonical, Shape::onePart, Escapes::rfc);
-    join(_carried, text);
-    tell(finding, name);
-}
-
-/// A line of a text behind the lines that it has.
-void CardWriter::join(std::string& text, std::string_view more)
-{
-    if (!text.empty() && !more.empty())
-        text += "\\n";
-    text += more;
 }
 
 } // namespace vcard::prepare

@@ -1,42 +1,10 @@
 // What becomes of each line: the canonical card and the report, side by side.
-#include "interchange/vcard/prepare/Carry.h"
+#include "interchange/vcard/prepare/Map.h"
 
-#include "PreparedFile.h"
-
-#include <gmock/gmock.h>
+#include "WriterCases.h"
 
 namespace vcard::prepare {
 namespace {
-
-/// The lines between VERSION and END, ended by LF, and behind "--" the report without file and place.
-std::string outcome(std::string_view version, std::string_view lines)
-{
-    const auto file = prepared(card(version, lines));
-    EXPECT_EQ(prepared(file.text()).text(), file.text());
-    std::string text;
-    for (const char c : file.text())
-        if (c != '\r')
-            text += c;
-    const auto start = text.find('\n', text.find("VERSION:3.0")) + 1;
-    text = text.empty() ? text : text.substr(start, text.find("END:VCARD") - start);
-    for (std::size_t at = 0; at < file.report.size(); at = file.report.find('\n', at) + 1) {
-        const auto words = file.report.find(": ", file.report.find("line ", at)) + 2;
-        text += "--" + file.report.substr(words, file.report.find('\n', words) - words) + "\n";
-    }
-    return text;
-}
-
-struct Case {
-    const char* version;
-    const char* lines;
-    const char* expected;
-};
-
-void check(std::span<const Case> cases)
-{
-    for (const auto& [version, lines, expected] : cases)
-        EXPECT_EQ(outcome(version, lines), expected) << version << "\n" << lines;
-}
 
 TEST(Writer, TurnsLinesIntoWhatTheReaderKnows)
 {
@@ -109,8 +77,7 @@ TEST(Writer, KeepsOnePictureAsOneLineOfBase64)
             "--PHOTO is not in the card, only its address (kept in the note)\n"},
         {"3.0", "FN:a\nPHOTO:none\n", "FN:a\n--PHOTO holds no picture that can be read (dropped)\n"},
         {"4.0", "FN:a\nPHOTO:data:image/png;base64,QUJD\nPHOTO;BASE64:.\n",
-            "FN:a\n--PHOTO holds no picture that can be read (dropped)\n--PHOTO holds no picture that can be "
-            "read (dropped)\n"},
+            "FN:a\nPHOTO;ENCODING=b;TYPE=PNG:QUJD\n--PHOTO holds no picture that can be read (dropped)\n"},
     }));
 }
 
@@ -121,7 +88,7 @@ TEST(Writer, KeepsDaysThatTheReaderUnderstands)
         {"3.0", "BDAY:19700501\n", "BDAY:19700501\n"},
         {"3.0", "BDAY:19700501T000000Z\n",
             "BDAY:19700501\n--BDAY has a time of day, kept as a day (repaired)\n"},
-        {"4.0", "BDAY:--0501\n", "NOTE:BDAY: --0501\n--BDAY is no calendar day (kept in the note)\n"},
+        {"4.0", "BDAY:--0501\n", "NOTE:BDAY: --0501\n--BDAY is no whole date (kept in the note)\n"},
         {"3.0", "BDAY:1970-02-30\n", "NOTE:BDAY: 1970-02-30\n--BDAY is no calendar day (kept in the note)\n"},
         {"3.0", "BDAY:1970-05-012\n",
             "NOTE:BDAY: 1970-05-012\n--BDAY is no calendar day (kept in the note)\n"},
@@ -144,13 +111,15 @@ TEST(Writer, TellsWhatTheCardItselfLacked)
         "f: line 9: text outside cards: x (dropped)\n");
 }
 
-TEST(Carry, FindsARowInAnyCaseAndNoOther)
+TEST(Map, FindsTheRowOfAVersionInAnyCaseAndNoOther)
 {
-    for (const auto& row : carryTable())
-        EXPECT_EQ(rowOf(row.name), &row) << row.name;
-    EXPECT_EQ(rowOf("x-zrlabel"), rowOf(kLabelName));
+    for (const auto& row : mapTable())
+        for (const auto& [bit, version] :
+            {std::pair{kVersion21, Version::v21}, {kVersion30, Version::v30}, {kVersion40, Version::v40}})
+            EXPECT_EQ(rowOf(row.name, version) == &row, (row.versions & bit) != 0) << row.name;
+    EXPECT_EQ(rowOf("x-zrlabel", Version::v30), rowOf(kLabelName, Version::missing));
     for (const auto* name : {"", "X", "XX", "NOTES", "X-PHONETIC-MIDDLE-NAMES"})
-        EXPECT_EQ(rowOf(name), nullptr) << name;
+        EXPECT_EQ(rowOf(name, Version::v30), nullptr) << name;
 }
 
 } // namespace

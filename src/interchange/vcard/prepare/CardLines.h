@@ -1,0 +1,84 @@
+// The lines of a canonical card while it is made, and the order that they get.
+#pragma once
+
+#include "interchange/vcard/prepare/Map.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vcard::prepare {
+
+/// The lines of one card, each without its group and its end.
+///
+/// It knows nothing of values: what is written is taken as it is. Lines come out as they were begun, but for
+/// entries of a list of which some are preferred: these change places, the preferred ones first.
+///
+/// Ownership: owns the text; borrows the names of groups.
+/// Threads:   one thread at a time.
+/// Errors:    none.
+class CardLines {
+public:
+    using Index = std::uint32_t;
+    static constexpr Index kNone = ~Index{0};
+    /// The rank of an entry that is not preferred; a lower one stands before it.
+    static constexpr std::uint8_t kNoRank = 255;
+
+    struct Line {
+        const Row* row = nullptr;
+        /// The group that was written, or, where that is empty, the number of one of ours: "item1"; 0 for
+        /// none.
+        std::string_view group;
+        std::uint32_t item = 0;
+        Entries entries = Entries::none;
+        std::uint8_t rank = kNoRank;
+        bool isGone = false;
+        std::size_t start = 0, value = 0, end = 0;
+        /// A line that was begun later and stands right behind this one.
+        Index next = kNone;
+    };
+
+    void clear();
+    bool empty() const;
+
+    /// Begins a line of which `text()` gets the name, the parameters and the colon, then `beginValue`, then
+    /// the value. It counts once it is kept.
+    void begin(const Row* row);
+    void beginValue() { _line.value = _text.size(); }
+    /// Begins a whole line, without parameters.
+    void begin(const Row* row, std::string_view name, std::string_view value);
+    std::string& text() { return _text; }
+    Line& begun() { return _line; }
+    /// What of the value is there.
+    std::string_view begunValue() const { return std::string_view(_text).substr(_line.value); }
+    void cutValue(std::size_t length) { _text.resize(_line.value + length); }
+    Index keep();
+    /// Keeps it as what stands behind, or in the place of, a line that is there.
+    Index keepBehind(Index line);
+    void keepInsteadOf(Index line);
+    void giveUp() { _text.resize(_line.start); }
+
+    std::vector<Line>& lines() { return _lines; }
+    const Line& operator[](Index line) const { return _lines[line]; }
+    std::string_view valueOf(const Line& line) const
+    {
+        return std::string_view(_text).substr(line.value, line.end - line.value);
+    }
+
+    /// Appends all lines, each with its group and CR LF.
+    void appendTo(std::string& out) const;
+
+private:
+    std::vector<Index> order() const;
+    void appendTo(std::string& out, Index line) const;
+
+    std::string _text;
+    Line _line;
+    std::vector<Line> _lines;
+    /// The lists of which an entry is preferred, as bits.
+    std::uint32_t _preferred = 0;
+};
+
+} // namespace vcard::prepare

@@ -1,0 +1,120 @@
+// How a card's names are completed once all of its lines are there.
+#include "interchange/vcard/prepare/Writer.h"
+
+#include "interchange/vcard/prepare/Ascii.h"
+#include "interchange/vcard/prepare/Names.h"
+
+namespace vcard::prepare {
+
+namespace {
+
+bool isOneWord(std::string_view text) { return text.find_first_of(" ,\t\\") == text.npos; }
+
+/// "Ana Lima" where the name is "Lima;Ana", as most cards have it.
+bool isFirstAndLast(std::string_view text, std::string_view name)
+{
+    const auto last = name.substr(0, name.find(';'));
+    const auto behind = name.substr(std::min(last.size() + 1, name.size()));
+    const auto first = behind.substr(0, behind.find(';'));
+    return text.size() == first.size() + 1 + last.size() && text.starts_with(first)
+        && text[first.size()] == ' ' && text.ends_with(last);
+}
+
+} // namespace
+
+/// Repeated lines are values of one list.
+void CardWriter::writeList(const Row& row)
+{
+    const auto first = firstOf(row);
+    beginLine(&row, _property.name);
+    if (first != CardLines::kNone)
+        _lines.text().append(_lines.valueOf(_lines[first])).append("\\, ");
+    const auto own = _lines.text().size();
+    appendValue(_lines.text(), value(), row.shape, escapes());
+    joinListValues(_lines.text(), own);
+    if (_lines.text().size() == own) {
+        _lines.giveUp();
+        tell(Finding::emptyValue, _property.name);
+    } else if (first == CardLines::kNone) {
+        keepLine(row, Finding::repeated);
+    } else {
+        _lines.keepInsteadOf(first);
+    }
+}
+
+/// FN gives what the name lacks. What it says beyond the name has a place as the nickname only; an
+/// organization needs no name.
+void CardWriter::finishNames()
+{
+    if (_kind == Kind::organization)
+        finishOrganization();
+    const auto formatted = firstOf("FN");
+    if (formatted == CardLines::kNone)
+        return;
+    const auto text = _lines.valueOf(_lines[formatted]);
+    const auto name = firstOf("N");
+    std::string said;
+    for (const auto line : {name, firstOf("ORG"), firstOf("NICKNAME")})
+        if (line != CardLines::kNone)
+            said.append(_lines.valueOf(_lines[line])).append(";");
+    if (name != CardLines::kNone && isFirstAndLast(text, _lines.valueOf(_lines[name])))
+        return;
+    const bool isCompany = firstOf("X-ZRSHOWAS") != CardLines::kNone;
+    const bool isOrganization =
+        firstOf("ORG") != CardLines::kNone && isSaidBy(text, _lines.valueOf(_lines[firstOf("ORG")]));
+    const bool needsName = name == CardLines::kNone && !isOrganization && !isCompany;
+    if (needsName)
+        return makeName(formatted, _kind != Kind::person);
+    if (isSaidBy(text, said))
+        return;
+    makeNickname(formatted);
+}
+
+/// The reader takes a single word as the last name by itself, unless there is an organization.
+void CardWriter::makeName(Index formatted, bool whole)
+{
+    const std::string text(_lines.valueOf(_lines[formatted]));
+    if (isOneWord(text) && firstOf("ORG") == CardLines::kNone)
+        return;
+    auto name = whole ? text + ";;;;" : nameFromText(text);
+    if (whole)
+        joinNameValues(name, 0);
+    if (isEmptyValue(name, Shape::fields))
+        return;
+    _lines.begin(rowOf("N", _raw->version), "N", name);
+    _lines.keepBehind(formatted);
+    tell(Finding::nameTaken, "FN");
+}
+
+/// FN goes to the nickname, or to the note where there is one.
+void CardWriter::makeNickname(Index formatted)
+{
+    std::string text(_lines.valueOf(_lines[formatted]));
+    if (firstOf("NICKNAME") != CardLines::kNone) {
+        _lines.lines()[formatted].isGone = true;
+        return carry("FN", text, Finding::repeated);
+    }
+    joinListValues(text, 0);
+    _lines.begin(rowOf("NICKNAME", _raw->version), "NICKNAME", text);
+    _lines.keepBehind(formatted);
+    tell(Finding::nicknameTaken, "FN");
+}
+
+/// It is shown as a company, under its own name.
+void CardWriter::finishOrganization()
+{
+    if (firstOf("X-ZRSHOWAS") == CardLines::kNone) {
+        const auto& row = *rowOf("X-ZRSHOWAS", _raw->version);
+        _lines.begin(&row, kShowAsName, "COMPANY");
+        _first[indexOf(row)] = _lines.keep();
+    }
+    const auto formatted = firstOf("FN");
+    if (firstOf("ORG") != CardLines::kNone || formatted == CardLines::kNone)
+        return;
+    const auto& row = *rowOf("ORG", _raw->version);
+    const std::string text(_lines.valueOf(_lines[formatted]));
+    _lines.begin(&row, "ORG", text);
+    _first[indexOf(row)] = _lines.keepBehind(formatted);
+}
+
+} // namespace vcard::prepare
