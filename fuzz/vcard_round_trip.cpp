@@ -127,7 +127,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     static const Home home;
     Input input(bytes, size);
     const std::uint8_t way = input.number();
-    const test::Road road{.isVersion21 = (way & 1) != 0,
+    const test::Road road{.version = (way & 1) != 0 ? test::Version::v21 : test::Version::v30,
         .isPrepared = (way & 2) != 0,
         .withNote = (way & 4) == 0,
         .withPhoto = true,

@@ -2,6 +2,7 @@
 #include "Journey.h"
 
 #include "interchange/vcard/RosterReaderContext.h"
+#include "interchange/vcard/VCard40.h"
 #include "interchange/vcard/ZRVCardParser.h"
 #include "interchange/vcard/prepare/Preparation.h"
 
@@ -11,8 +12,14 @@ std::string written(const ZRPerson& person, const Road& road)
 {
     const ZRVCardOptions options =
         (road.withNote ? kZRVCardWithNote : 0) | (road.withPhoto ? kZRVCardWithPhoto : 0);
-    return road.isVersion21 ? person._21vCardRepresentationAsData(options)
-                            : person._vCardRepresentationAsStringUsingImageCache(platform::Value(), options);
+    if (road.version == Version::v21)
+        return person._21vCardRepresentationAsData(options);
+    std::string card;
+    if (road.version == Version::v40)
+        zrAppendVCard40(person, card, options);
+    else
+        person._appendVCardRepresentation(card, options);
+    return card;
 }
 
 std::vector<platform::Ref<ZRPerson>> readAll(std::string_view data, const platform::Ref<ZRRoster>& roster)

@@ -69,6 +69,14 @@ void replaceAll(std::string& text, std::string_view from, std::string_view to)
         text.replace(at, from.size(), to);
 }
 
+template <class List>
+void withEscapedLinks(PlainCard& card, const List& properties)
+{
+    for (const auto property : properties)
+        for (PlainEntry& entry : card.entries[std::string(property)])
+            entry.value[""] = platform::addingPercentEscapesIfNecessary(entry.value[""]);
+}
+
 // ---- the losses, in the order of their effects
 
 void withoutHeldBack(PlainCard& card, const Road& road)
@@ -109,7 +117,7 @@ void withoutGroups(PlainCard& card, const Road& road)
 
 void without21(PlainCard& card, const Road& road)
 {
-    if (!road.isVersion21)
+    if (road.version != Version::v21)
         return;
     card.entries.erase(std::string(zr::kZRCalendarURIsProperty));
     card.photo.clear();
@@ -179,7 +187,7 @@ void withoutOuterBlanks(PlainCard& card, const Road& road)
     forEachText(card, [](std::string& text) { trim(text); });
     for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
         if (const auto street = entry.value.find(std::string(zr::kZRAddressStreetKey));
-            street != entry.value.end())
+            street != entry.value.end() && road.version != Version::v40)
             if (const std::size_t end = street->second.find('\r'); end != std::string::npos) {
                 std::string first = street->second.substr(0, end), second = street->second.substr(end + 1);
                 trim(first), trim(second);
@@ -206,8 +214,11 @@ void withoutEmptyAddresses(PlainCard& card, const Road& road)
             [&](const PlainEntry& entry) { return std::ranges::all_of(entry.value, isBlank); });
 }
 
-void splitStreets(PlainCard& card, const Road&)
+/// 4.0 has a street whole, in one field.
+void splitStreets(PlainCard& card, const Road& road)
 {
+    if (road.version == Version::v40)
+        return;
     for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
         if (const auto street = entry.value.find(std::string(zr::kZRAddressStreetKey));
             street != entry.value.end())
@@ -220,10 +231,16 @@ void splitStreets(PlainCard& card, const Road&)
             }
 }
 
-void withLineFeeds(PlainCard& card, const Road&)
+constexpr std::array kLinks = {zr::kZRURLsProperty, zr::kZRCalendarURIsProperty};
+
+/// In 4.0 links are URIs, of which nothing is left to change.
+void withLineFeeds(PlainCard& card, const Road& road)
 {
-    forEachText(card, [](std::string& text) {
-        replaceAll(text, "\r\n", "\n\n");
+    const bool is40 = road.version == Version::v40;
+    if (is40)
+        withEscapedLinks(card, kLinks);
+    forEachText(card, [&](std::string& text) {
+        replaceAll(text, "\r\n", is40 ? "\n" : "\n\n");
         replaceAll(text, "\r", "\n");
     });
 }
@@ -249,6 +266,8 @@ std::string unescaped(const std::string& escaped, bool isPrepared)
 /// A backslash is not escaped, so it escapes what follows it, be that an escape itself.
 void withoutBackslashes(PlainCard& card, const Road& road)
 {
+    if (road.version == Version::v40)
+        return;
     forEachText(card, [&](std::string& text) { text = unescaped(zrVCardKoshify(text), road.isPrepared); });
 }
 
@@ -265,8 +284,7 @@ void withoutEqualMessaging(PlainCard& card, const Road&)
 
 void withEscapedURLs(PlainCard& card, const Road&)
 {
-    for (PlainEntry& entry : card.entries[std::string(zr::kZRURLsProperty)])
-        entry.value[""] = platform::addingPercentEscapesIfNecessary(entry.value[""]);
+    withEscapedLinks(card, std::array{zr::kZRURLsProperty});
 }
 
 void withCountryCodes(PlainCard& card, const Road& road)
@@ -290,13 +308,16 @@ void withoutEmptyLabels(PlainCard& card, const Road& road)
 {
     forEachEntry(card, [&](const std::string& property, PlainEntry& entry) {
         if (entry.label.empty())
-            entry.label = property == zr::kZRAddressProperty && !road.isVersion21 ? zr::kZRHomeLabel
-                                                                                  : labelOfNone(property);
+            entry.label = property == zr::kZRAddressProperty && road.version == Version::v30
+                ? zr::kZRHomeLabel
+                : labelOfNone(property);
     });
 }
 
-void withoutHomeAndWorkOfDates(PlainCard& card, const Road&)
+void withoutHomeAndWorkOfDates(PlainCard& card, const Road& road)
 {
+    if (road.version == Version::v40)
+        return;
     for (const auto property : {zr::kZROtherDatesProperty, zr::kZRRelatedNamesProperty})
         if (const auto at = card.entries.find(std::string(property)); at != card.entries.end())
             for (PlainEntry& entry : at->second)
@@ -308,7 +329,7 @@ void withoutOwnLabels21(PlainCard& card, const Road& road)
 {
     constexpr std::array phoneLabels = {zr::kZRPhoneMobileLabel, zr::kZRPhoneMainLabel,
         zr::kZRPhoneHomeFAXLabel, zr::kZRPhoneWorkFAXLabel, zr::kZRPhonePagerLabel};
-    if (road.isVersion21)
+    if (road.version == Version::v21)
         forEachEntry(card, [&](const std::string& property, PlainEntry& entry) {
             const bool hasType = entry.label == zr::kZRHomeLabel || entry.label == zr::kZRWorkLabel
                 || (property == zr::kZRPhoneProperty && holds(phoneLabels, entry.label));

@@ -10,10 +10,12 @@
 
 namespace test {
 
+enum class Version { v21, v30, v40 };
+
 /// How a card goes out and comes in.
 struct Road {
-    bool isVersion21 = false;
-    /// Read as people import, with the preparation in front of the reader.
+    Version version = Version::v30;
+    /// Read as people import, with the preparation in front of the reader. It alone reads 4.0.
     bool isPrepared = false;
     bool withNote = true, withPhoto = true;
     std::string countryCode = "us";
