@@ -4,6 +4,7 @@
 #include "api/Border.h"
 #include "platform/notify/NotificationCenter.h"
 #include "platform/run/MainQueue.h"
+#include "store/ZRRoster.h"
 
 #include <memory>
 
@@ -28,6 +29,15 @@ namespace {
 /// What the rooms beneath tell each other is no business of programs: it has no contract.
 bool isPublic(std::string_view name) { return name.starts_with("ZR") || name.starts_with("kZR"); }
 
+/// Whom a notice is about. Those of own saves name their roster by a text, which tells other processes which
+/// it is; in this one a program knows its roster.
+Ref<const Object> subjectOf(const Notification& notice)
+{
+    const auto* name = dynamic_cast<const platform::String*>(notice.object.get());
+    const auto roster = name ? ZRRoster::sharedRoster() : nullptr;
+    return roster && roster->notificationID() == name->text() ? Ref<const Object>(roster) : notice.object;
+}
+
 /// One observer: its callback, and the gate that ends it. Notices that wait on the main queue share it, so
 /// it may outlive its ZRObserver, closed.
 struct Listener {
@@ -39,9 +49,12 @@ struct Listener {
     void tell(const Notification& notice)
     {
         platform::callThrough(gate, [&] {
+            const auto subject = subjectOf(notice);
+            if (object && !(border::valueOf(object.get()) == border::valueOf(subject.get())))
+                return;
             const auto userInfo = border::objectOf(notice.userInfo);
-            callback(notice.name.c_str(), border::borrowed(notice.object.get()),
-                border::borrowed(userInfo.get()), refcon);
+            callback(notice.name.c_str(), border::borrowed(subject.get()), border::borrowed(userInfo.get()),
+                refcon);
         });
     }
 };
@@ -76,7 +89,7 @@ ZRObserver* ZRObserverCreate(const char* name, ZRTypeRef object, ZRNoticeCallbac
         observer->listener->refcon = refcon;
         const auto wanted = border::optionalText(name);
         observer->subscription = platform::NotificationCenter::shared().subscribe(
-            wanted ? std::optional<std::string>(*wanted) : std::nullopt, border::objectBehind(object),
+            wanted ? std::optional<std::string>(*wanted) : std::nullopt, nullptr,
             [listener = observer->listener](const Notification& notice) { tellOnMain(listener, notice); });
         return observer.release();
     });

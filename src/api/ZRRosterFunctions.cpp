@@ -2,6 +2,7 @@
 #include "api/ZRRosterFunctions.h"
 
 #include "api/Border.h"
+#include "api/SettableValue.h"
 #include "core/ZRPerson.h"
 #include "platform/run/Mutex.h"
 #include "platform/run/NeverDestroyed.h"
@@ -120,8 +121,12 @@ ZRTypeRef ZRRecordCopyValue(ZRRecordRef record, const char* property)
 
 bool ZRRecordSetValue(ZRRecordRef record, const char* property, ZRTypeRef value)
 {
-    return guarded(
-        [&] { return as<ZRRecord>(record).setValue(border::value(value), border::text(property)); });
+    return guarded([&] {
+        auto& target = as<ZRRecord>(record);
+        const auto name = border::text(property);
+        const auto wanted = border::value(value);
+        return border::isSettable(target, name, wanted) && target.setValue(wanted, name);
+    });
 }
 
 bool ZRRecordRemoveValue(ZRRecordRef record, const char* property)
