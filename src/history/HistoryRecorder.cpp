@@ -48,7 +48,8 @@ void HistoryRecorder::pictureWillChange(
 bool HistoryRecorder::counts(
     const objectstore::Slot& slot, const FieldValue& before, const FieldValue& after) const
 {
-    return imageModel().isCounted(slot) && !isSame(before, after, imageModel().uncountedBits(slot));
+    const auto field = imageModel().fieldOf(slot);
+    return field.isCounted && !isSame(before, after, field.uncountedBits);
 }
 
 void HistoryRecorder::willWrite(StoreState& store, const std::vector<SavedRoot>& roots)

@@ -18,8 +18,7 @@ constexpr char kTables[] =
     "CREATE TABLE history_change(step INTEGER NOT NULL, record TEXT NOT NULL, key INTEGER NOT NULL,"
     " name TEXT NOT NULL, beforeThere INTEGER NOT NULL, beforeContent BLOB, beforeTies BLOB,"
     " afterThere INTEGER NOT NULL, afterContent BLOB, afterTies BLOB, leftContent INTEGER, leftTies INTEGER,"
-    " leftPicture INTEGER, PRIMARY KEY(step, record));"
-    "CREATE INDEX history_change_key ON history_change(step, key);"
+    " leftPicture INTEGER, PRIMARY KEY(step, key), UNIQUE(step, record)) WITHOUT ROWID;"
     "CREATE TABLE history_picture(step INTEGER NOT NULL, record TEXT NOT NULL, kind TEXT NOT NULL,"
     " side INTEGER NOT NULL, data BLOB, PRIMARY KEY(step, record, side, kind));"
     "CREATE INDEX history_picture_side ON history_picture(side);";

@@ -65,6 +65,9 @@ ImageModel::ImageModel(const Model& model, ImageRules rules) : _model(model), _r
         }
         addSlots(*at, *entity);
     }
+    for (const Entity* entity : model.entities())
+        for (const Slot* slot : entity->fields())
+            _fields[entity].push_back(fieldOf(*slot));
 }
 
 bool ImageModel::isTie(const Entity& entity) const
@@ -94,14 +97,11 @@ const ImageModel::Roots* ImageModel::rootsOf(const Entity& entity) const
     return at == _roots.end() ? nullptr : &*at;
 }
 
-bool ImageModel::isCounted(const Slot& slot) const
+ImageModel::Field ImageModel::fieldOf(const Slot& slot) const
 {
-    return !slot.lazy && std::ranges::find(_rules.uncounted, slot.key) == _rules.uncounted.end();
-}
-
-std::int64_t ImageModel::uncountedBits(const Slot& slot) const
-{
-    return slot.key == _rules.flagsKey ? _rules.uncountedFlags : 0;
+    const bool isCounted =
+        !slot.lazy && std::ranges::find(_rules.uncounted, slot.key) == _rules.uncounted.end();
+    return {&slot, isCounted, slot.key == _rules.flagsKey ? _rules.uncountedFlags : 0};
 }
 
 } // namespace objectstore

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace objectstore {
@@ -60,10 +61,16 @@ public:
     /// Those that objects of this entity are among, or null.
     const Roots* rootsOf(const Entity& entity) const;
 
-    /// Whether an attribute counts when images are compared. Derived ones never do.
-    bool isCounted(const Slot& slot) const;
-    /// Which bits of it do not.
-    std::int64_t uncountedBits(const Slot& slot) const;
+    /// A field of an entity. Only what counts is compared, less the bits that do not; derived fields never
+    /// count.
+    struct Field {
+        const Slot* slot = nullptr;
+        bool isCounted = false;
+        std::int64_t uncountedBits = 0;
+    };
+    /// The fields of an entity of the model, in its order.
+    const std::vector<Field>& fieldsOf(const Entity& entity) const { return _fields.at(&entity); }
+    Field fieldOf(const Slot& slot) const;
 
 private:
     void addSlots(Roots& roots, const Entity& entity);
@@ -74,6 +81,7 @@ private:
     std::vector<const Entity*> _rootEntities;
     std::vector<const Entity*> _tieEntities;
     std::vector<Roots> _roots;
+    std::unordered_map<const Entity*, std::vector<Field>> _fields;
 };
 
 /// The slot whose value tells roots of that entity apart, or null.

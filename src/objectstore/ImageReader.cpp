@@ -203,36 +203,40 @@ template <class Fields>
 void ImageReader::addRow(
     const Entity& entity, const Fields& fields, const Slot* owner, Building& into, Section section)
 {
+    // An entry of the text index comes and goes with what it is made of.
+    const bool isCounted = !entity.textIndex();
+    if (!isCounted && _want == Want::hashes)
+        return;
     _bytes.clear();
-    _counted.clear();
     appendObject(_bytes, entity.name());
     _counted = _bytes;
-    for (const Slot* slot : entity.fields()) {
-        if (slot == owner)
+    for (const ImageModel::Field& field : _model.fieldsOf(entity)) {
+        if (field.slot == owner || (!field.isCounted && _want == Want::hashes))
             continue;
-        FieldValue value = fields(*slot);
+        FieldValue value = fields(*field.slot);
         if (value.kind == FieldKind::absent)
             continue;
-        _item.clear();
-        if (slot->kind == SlotKind::toOne)
-            appendReference(_item, slot->key, reference(*slot, value.integer));
-        else
-            appendField(_item, ImageItem::Kind::field, slot->key, value);
-        _bytes += _item;
-        if (!_model.isCounted(*slot))
+        if (_want == Want::images)
+            append(_bytes, *field.slot, value);
+        if (!field.isCounted)
             continue;
-        if (const std::int64_t bits = _model.uncountedBits(*slot); bits && value.kind == FieldKind::integer) {
+        if (field.uncountedBits != 0 && value.kind == FieldKind::integer) {
             // No other bits are as good as no value.
-            value.integer &= ~bits;
+            value.integer &= ~field.uncountedBits;
             if (value.integer == 0)
                 continue;
-            _item.clear();
-            appendField(_item, ImageItem::Kind::field, slot->key, value);
         }
-        _counted += _item;
+        append(_counted, *field.slot, value);
     }
-    // An entry of the text index comes and goes with what it is made of.
-    finishPart(into, section, !entity.textIndex());
+    finishPart(into, section, isCounted);
+}
+
+void ImageReader::append(std::string& to, const Slot& slot, const FieldValue& value)
+{
+    if (slot.kind == SlotKind::toOne)
+        appendReference(to, slot.key, reference(slot, value.integer));
+    else
+        appendField(to, ImageItem::Kind::field, slot.key, value);
 }
 
 void ImageReader::finishPart(Building& into, Section section, bool isCounted)

@@ -72,6 +72,7 @@ private:
     void addRow(
         const Entity& entity, const Fields& fields, const Slot* owner, Building& into, Section section);
     void addTie(std::int64_t key, ImageItem::Kind kind, std::string_view name, std::string_view uniqueId);
+    void append(std::string& to, const Slot& slot, const FieldValue& value);
     void finishPart(Building& into, Section section, bool isCounted);
     Building* building(std::int64_t key);
     const std::string& reference(const Slot& slot, std::int64_t key);
@@ -83,7 +84,6 @@ private:
     std::vector<Building> _building;
     std::unordered_map<std::int64_t, std::size_t> _at;
     std::unordered_map<std::int64_t, std::string> _references;
-    std::string _item;
     std::string _bytes;
     std::string _counted;
 };

@@ -3,6 +3,7 @@
 
 #include "objectstore/StoreErrors.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace objectstore {
@@ -189,9 +190,16 @@ bool ImageItems::next(ImageItem& item)
 
 void ImageHash::add(std::string_view countedBytes)
 {
-    std::uint64_t hash = 0xcbf29ce484222325u;
-    for (const char c : countedBytes)
-        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3u;
+    constexpr std::uint64_t multiplier = 0x9e3779b97f4a7c15u;
+    std::uint64_t hash = countedBytes.size() * multiplier;
+    while (!countedBytes.empty()) {
+        std::uint64_t word = 0;
+        const std::size_t size = std::min(countedBytes.size(), sizeof word);
+        std::memcpy(&word, countedBytes.data(), size);
+        countedBytes.remove_prefix(size);
+        hash = (hash ^ word) * multiplier;
+        hash ^= hash >> 32;
+    }
     // Sums of near hashes must not be near.
     hash = (hash ^ (hash >> 30)) * 0xbf58476d1ce4e5b9u;
     hash = (hash ^ (hash >> 27)) * 0x94d049bb133111ebu;

@@ -178,8 +178,7 @@ void ImageWriter::updateRow(const Part& part, std::int64_t key)
             row[slot->field] = value;
     const RowRef now = findRow(_store, *entity.family(), key);
     std::string sql = fmt::format("UPDATE {} SET \"_version\" = ?", entity.family()->table);
-    for (const Slot* slot : entity.fields()) {
-        const std::int64_t bits = _model.uncountedBits(*slot);
+    for (const auto& [slot, isCounted, bits] : _model.fieldsOf(entity)) {
         if (FieldValue& field = row[slot->field]; bits && now && field.kind == FieldKind::integer)
             field.integer = (field.integer & ~bits) | (now->integer(slot->field) & bits);
         sql += fmt::format(", {} = ?", slot->column);

@@ -1,4 +1,4 @@
-// How cards are prepared on one thread and handed to another.
+// How cards are read on one thread and handed to another.
 #include "interchange/import/CardFeed.h"
 
 #include "interchange/import/ImportFile.h"
@@ -6,6 +6,7 @@
 #include "platform/run/Mutex.h"
 #include "platform/run/Thread.h"
 
+#include <algorithm>
 #include <deque>
 #include <exception>
 #include <utility>
@@ -18,7 +19,7 @@ using vcard::prepare::Report;
 
 /// What goes from one thread to the other at once.
 struct CardFeed::Batch {
-    std::vector<CardData> cards;
+    std::vector<ReadCard> cards;
     /// Of the source that ended with this batch.
     std::optional<Report> report;
     std::optional<Unreadable> unreadable;
@@ -29,8 +30,8 @@ struct CardFeed::Batch {
 /// Walks the sources, a batch a call.
 class CardFeed::Producer {
 public:
-    Producer(std::vector<CardSource> sources, const Options& options)
-        : _sources(std::move(sources)), _options(options)
+    Producer(std::vector<CardSource> sources, const VCardReaderContext& context, const Options& options)
+        : _sources(std::move(sources)), _context(context), _options(options)
     {
     }
 
@@ -42,10 +43,19 @@ public:
         auto batch = std::make_unique<Batch>();
         if (!_isOpen && !open(*batch))
             return batch;
-        if (_preparation)
-            fill(*batch);
-        else
-            giveWhole(*batch);
+        batch->cards.reserve(kBatchCards);
+        for (std::size_t size = 0; batch->cards.size() < kBatchCards && size < kBatchBytes;) {
+            ReadCard card;
+            card.file = _file;
+            if (_preparation ? !readPrepared(card) : !readRaw(card)) {
+                close(*batch);
+                break;
+            }
+            size += card.length;
+            batch->cards.push_back(std::move(card));
+        }
+        if (_opened && _preparation)
+            _opened->passed(_preparation->bytesRead());
         return batch;
     }
 
@@ -70,68 +80,79 @@ private:
         }
         if (_options.form == Form::prepared)
             _preparation.emplace(_bytes, Preparation::Options{source.name, _options.preferredEncoding});
+        else
+            _raw.emplace(_bytes, _context);
+        _number = 0;
+        _line = 1;
         _isOpen = true;
         return true;
     }
 
-    void fill(Batch& batch)
+    bool readPrepared(ReadCard& card)
     {
-        batch.cards.reserve(kBatchCards);
-        std::size_t size = 0;
-        while (batch.cards.size() < kBatchCards && size < kBatchBytes) {
-            if (!_preparation->next(_card)) {
-                batch.report = _preparation->report();
-                return close();
-            }
-            size += _card.text.size();
-            batch.cards.push_back(dataOf(_card));
+        if (!_preparation->next(_card))
+            return false;
+        card.number = _card.number;
+        card.line = _card.line;
+        card.firstLine = _card.firstLine;
+        card.bytesDone = _before + _preparation->bytesRead();
+        if (_card.refusal) {
+            card.refusal = textOf(*_card.refusal);
+            return true;
         }
-        if (_opened)
-            _opened->passed(_preparation->bytesRead());
+        card.text = std::exchange(_card.text, {});
+        CardReader(card.text, _context).next(card);
+        return true;
     }
 
-    CardData dataOf(CanonicalCard& card)
+    bool readRaw(ReadCard& card)
     {
-        CardData data;
-        data.text = std::exchange(card.text, {});
-        data.file = _file;
-        data.number = card.number;
-        data.line = card.line;
-        data.firstLine = card.firstLine;
-        if (card.refusal)
-            data.refusal = textOf(*card.refusal);
-        data.bytesDone = _before + _preparation->bytesRead();
-        return data;
+        const std::string_view bytes = _raw->rest();
+        if (bytes.empty() && _number == 0)
+            return giveEmpty(card);
+        if (!_raw->next(card))
+            return false;
+        card.number = ++_number;
+        card.line = _line;
+        card.firstLine = firstLineOf(bytes);
+        card.bytesDone = _before + _bytes.size() - _raw->rest().size();
+        _line += static_cast<std::size_t>(std::ranges::count(bytes.substr(0, card.length), '\n'));
+        return true;
     }
 
-    void giveWhole(Batch& batch)
+    bool giveEmpty(ReadCard& card)
     {
-        CardData data;
-        data.whole = _bytes;
-        data.keeper = _opened;
-        data.file = _file;
-        data.bytesDone = _before + _bytes.size();
-        batch.cards.push_back(std::move(data));
-        close();
+        card.number = _number++;
+        card.line = 0;
+        card.refusal = "there is nothing in it";
+        return true;
     }
 
-    void close()
+    void close(Batch& batch)
     {
+        if (_preparation)
+            batch.report = _preparation->report();
         _before += _bytes.size();
         _preparation.reset();
+        _raw.reset();
         _opened.reset();
         _isOpen = false;
         ++_file;
     }
 
     const std::vector<CardSource> _sources;
+    const VCardReaderContext& _context;
     const Options _options;
     std::size_t _file = 0;
+    /// The number of the last card of a source that is not prepared, and of the first line behind it.
+    std::size_t _number = 0;
+    std::size_t _line = 1;
     std::uint64_t _before = 0;
     bool _isOpen = false;
     std::shared_ptr<const ImportFile> _opened;
     std::string_view _bytes;
     std::optional<Preparation> _preparation;
+    std::optional<CardReader> _raw;
     CanonicalCard _card;
 };
 
@@ -140,7 +161,8 @@ private:
 /// The batches that were made and not yet asked for.
 class CardFeed::Queue {
 public:
-    Queue(std::vector<CardSource> sources, const Options& options) : _producer(std::move(sources), options)
+    Queue(std::vector<CardSource> sources, const VCardReaderContext& context, const Options& options)
+        : _producer(std::move(sources), context, options)
     {
         _hasThread = platform::startThread("roster-import", [this] { run(); });
     }
@@ -209,14 +231,14 @@ private:
 
 // ---- the feed
 
-CardFeed::CardFeed(std::vector<CardSource> sources, const Options& options)
-    : _queue(std::make_unique<Queue>(std::move(sources), options))
+CardFeed::CardFeed(std::vector<CardSource> sources, const VCardReaderContext& context, const Options& options)
+    : _queue(std::make_unique<Queue>(std::move(sources), context, options))
 {
 }
 
 CardFeed::~CardFeed() = default;
 
-const CardData* CardFeed::next()
+ReadCard* CardFeed::next()
 {
     while (!_batch || _at == _batch->cards.size()) {
         _batch = _queue->take();

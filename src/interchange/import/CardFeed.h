@@ -1,12 +1,11 @@
-// The cards of all files of an import, prepared on a second thread while the first one stores.
+// The cards of all files of an import, read on a second thread while the first one stores.
 #pragma once
 
+#include "interchange/import/CardReader.h"
 #include "interchange/vcard/prepare/Report.h"
 #include "platform/text/Encoding.h"
 
 #include <cstddef>
-#include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,30 +13,6 @@
 #include <vector>
 
 namespace interchange {
-
-/// One data for a parser of its own: a prepared card, or a whole file as it is.
-struct CardData {
-    /// The bytes for the parser; empty when the card is refused. Alive as long as this is.
-    std::string_view bytes() const { return whole.data() ? whole : std::string_view(text); }
-
-    /// A prepared card.
-    std::string text;
-    /// A file that is not prepared; `keeper` keeps it in memory.
-    std::string_view whole;
-    std::shared_ptr<const void> keeper;
-
-    /// Which of the import's files, from 0.
-    std::size_t file = 0;
-    /// The number of the card in its file and of its first line, from 1. A whole file: 1.
-    std::size_t number = 1;
-    std::size_t line = 1;
-    /// A line that tells people which card is meant.
-    std::string firstLine;
-    /// Why there are no bytes; empty when there are.
-    std::string refusal;
-    /// Behind this card, of all files together.
-    std::uint64_t bytesDone = 0;
-};
 
 /// Where an import reads from: a file by its path, or bytes that somebody else holds.
 struct CardSource {
@@ -47,12 +22,12 @@ struct CardSource {
     std::optional<std::string_view> bytes;
 };
 
-/// Gives the data of several sources one after the other.
+/// Gives the cards of several sources one after the other.
 ///
-/// Reading and preparation run ahead on a thread of their own, by at most `kMostWaiting` batches; where the
-/// system has no thread to give, they run when somebody asks.
+/// Reading, preparation and parsing run ahead on a thread of their own, by at most `kMostWaiting` batches;
+/// where the system has no thread to give, they run when somebody asks.
 ///
-/// Ownership: owns the files it reads; borrows the bytes of sources that have no path.
+/// Ownership: owns the files it reads; borrows the context, and the bytes of sources that have no path.
 /// Threads:   one caller. Destroying it stops the other thread and waits for it.
 /// Errors:    a source that cannot be read is the last thing it gives: see `unreadable`.
 class CardFeed {
@@ -69,13 +44,14 @@ public:
     static constexpr std::size_t kBatchCards = 128;
     static constexpr std::size_t kBatchBytes = 1U << 20;
 
-    CardFeed(std::vector<CardSource> sources, const Options& options);
+    /// `context` is asked on the other thread.
+    CardFeed(std::vector<CardSource> sources, const VCardReaderContext& context, const Options& options);
     ~CardFeed();
     CardFeed(const CardFeed&) = delete;
     CardFeed& operator=(const CardFeed&) = delete;
 
-    /// The next data, alive until the next call; null behind the last.
-    const CardData* next();
+    /// The next card, alive until the next call; null behind the last.
+    ReadCard* next();
 
     /// What was done to the cards, a report for each source that was read to its end.
     const std::vector<vcard::prepare::Report>& reports() const { return _reports; }

@@ -22,7 +22,7 @@ struct ZRvCardController::State {
         std::string refusal = {};
     };
 
-    const std::string& nameOf(const interchange::CardData& data) const { return sources[data.file].name; }
+    const std::string& nameOf(const interchange::ReadCard& card) const { return sources[card.file].name; }
 
     /// Takes a card that was read and is not saved out of the roster again, with its picture.
     void drop(ZRPerson& card);
@@ -40,11 +40,11 @@ struct ZRvCardController::State {
 
     std::atomic<bool> isCancelled = false;
     bool hasImportErrors = false;
-    std::optional<interchange::CardFeed> feed;
     /// The second roster on the target's store, and the group in it.
     platform::Ref<ZRRoster> roster;
     platform::Ref<ZRGroup> groupHere;
     std::optional<RosterReaderContext> surroundings;
+    std::optional<interchange::CardFeed> feed;
     /// Absent where nobody can be there already.
     std::optional<interchange::ImportPlan> plan;
     /// Updates the people of one transaction.

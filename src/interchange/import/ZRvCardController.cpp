@@ -6,14 +6,13 @@
 #include "core/ZRLog.h"
 #include "core/ZRPerson.h"
 #include "interchange/import/ZRImportServices.h"
-#include "interchange/vcard/ZRVCardParser.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/run/Clock.h"
 
 #include <algorithm>
 
-using interchange::CardData;
 using interchange::CardFeed;
+using interchange::ReadCard;
 using platform::Ref;
 
 namespace {
@@ -31,16 +30,6 @@ TextEncoding preferredEncoding()
         name.isString() ? platform::encodingForName(name.asText()) : platform::invalidTextEncoding;
     return encoding == platform::invalidTextEncoding ? 0 : encoding;
 }
-
-/// The first line that holds something.
-std::string_view firstLineOf(std::string_view text)
-{
-    constexpr std::size_t longest = 200;
-    const auto from = std::min(text.find_first_not_of("\r\n"), text.size());
-    return text.substr(from, std::min(text.find_first_of("\r\n", from) - from, longest));
-}
-
-bool isBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
 
 } // namespace
 
@@ -76,11 +65,12 @@ bool ZRvCardController::importVCards()
         return false;
     const CardFeed::Form form =
         _state->preparation == Preparation::full ? CardFeed::Form::prepared : CardFeed::Form::raw;
-    _state->feed.emplace(_state->sources, CardFeed::Options{form, preferredEncoding()});
+    _state->feed.emplace(
+        _state->sources, *_state->surroundings, CardFeed::Options{form, preferredEncoding()});
     if (importBegan)
         importBegan(_state->totalBytes);
-    while (const CardData* data = nextData())
-        importData(*data);
+    while (ReadCard* const card = nextCard())
+        importCard(*card);
     _state->result.reports = _state->feed->reports();
     nameUnread();
     _state->feed.reset();
@@ -123,62 +113,42 @@ bool ZRvCardController::findGroup()
     return state.groupHere || fail({"ZRRosterErrorDomain", 1, "the group is not in the roster"});
 }
 
-const CardData* ZRvCardController::nextData()
+ReadCard* ZRvCardController::nextCard()
 {
     return _state->isCancelled || !_state->result.failure.domain.empty() ? nullptr : _state->feed->next();
 }
 
-void ZRvCardController::importData(const CardData& data)
-{
-    std::size_t number = data.number;
-    if (!data.refusal.empty())
-        return cardRead(data, number, nullptr, {},
-            {_state->nameOf(data), number, data.line, data.firstLine, data.refusal});
-    const std::string_view bytes = data.bytes();
-    const auto parser = ZRVCardParser::initWithData(bytes, *_state->surroundings);
-    std::size_t offset = 0;
-    for (; parser && !_state->isCancelled && _state->result.failure.domain.empty(); ++number) {
-        if (number > data.number && isBlank(bytes.substr(offset)))
-            return;
-        std::size_t length = 0;
-        const auto person = parser->nextPersonWithLength(length, *_state->roster);
-        if (!person) {
-            const auto line =
-                data.line + static_cast<std::size_t>(std::ranges::count(bytes.substr(0, offset), '\n'));
-            return cardRead(data, number, nullptr, {},
-                {_state->nameOf(data), number, line, std::string(firstLineOf(bytes.substr(offset))),
-                    parser->failureReason()});
-        }
-        _state->bytesWaiting += length;
-        cardRead(data, number, person, bytes.substr(offset, length), {});
-        offset += length;
-    }
-    if (!parser)
-        cardRead(data, number, nullptr, {}, {_state->nameOf(data), 0, 0, "", "there is nothing in it"});
-}
-
-void ZRvCardController::cardRead(const CardData& data, std::size_t number, const Ref<ZRPerson>& person,
-    std::string_view text, ZRvCardRefusal refusal)
+void ZRvCardController::importCard(ReadCard& card)
 {
     auto& state = *_state;
+    const auto person = card.values ? card.values->makePerson(*state.roster) : nullptr;
+    if (card.values && !person)
+        card.refusal = "the roster takes no new card";
     if (cardWasRead)
-        cardWasRead({state.nameOf(data), data, number, person.get(), refusal.reason});
+        cardWasRead({state.nameOf(card), card.number, person.get(), card.refusal});
     if (importContinued && ++state.cardsRead % kCardsBetweenReports == 0)
-        importContinued(data.bytesDone);
-    State::Waiting waiting{{person, interchange::digestOfCard(text)}, data.file, number};
-    if (cardWasDecided) {
-        waiting.line = person ? data.line : refusal.line;
-        waiting.firstLine = person ? data.firstLine : refusal.firstLine;
-        waiting.text = data.text;
-        waiting.refusal = refusal.reason;
-    }
-    if (person || cardWasDecided)
-        state.waiting.push_back(std::move(waiting));
+        importContinued(card.bytesDone);
     if (!person)
-        return refuse(std::move(refusal));
-    ++state.peopleWaiting;
+        refuse({state.nameOf(card), card.number, card.line, card.firstLine, card.refusal});
+    if (person || cardWasDecided)
+        keep(card, person);
     if (state.peopleWaiting >= kCardsInTransaction || state.bytesWaiting >= kBytesInTransaction)
         commit();
+}
+
+void ZRvCardController::keep(ReadCard& card, const Ref<ZRPerson>& person)
+{
+    auto& state = *_state;
+    State::Waiting waiting{{person, card.digest}, card.file, card.number};
+    if (cardWasDecided) {
+        waiting.line = card.line;
+        waiting.firstLine = std::move(card.firstLine);
+        waiting.text = std::move(card.text);
+        waiting.refusal = std::move(card.refusal);
+    }
+    state.waiting.push_back(std::move(waiting));
+    state.peopleWaiting += person ? 1 : 0;
+    state.bytesWaiting += person ? card.length : 0;
 }
 
 void ZRvCardController::refuse(ZRvCardRefusal refusal)

@@ -18,7 +18,7 @@
 class ZRPerson;
 
 namespace interchange {
-struct CardData;
+struct ReadCard;
 enum class DuplicateHandling;
 struct ImportDecision;
 } // namespace interchange
@@ -72,7 +72,7 @@ struct ZRvCardImport {
 ///
 /// Ownership: shares ownership of the target; borrows the bytes it is given while it works.
 /// Threads:   one, which works; `cancel` from any. Callbacks come on the working thread, without locks. Files
-///            are read ahead on a second thread.
+///            are read ahead, and their cards parsed, on a second thread.
 /// Errors:    cards that cannot be read are refused and named. An unreadable file or a failed save ends the
 ///            import; what was saved before stays.
 class ZR_EXPORT ZRvCardController {
@@ -104,7 +104,6 @@ public:
     /// Each card, in order, once it is read. `person` is null when it was refused; it is not saved yet.
     struct CardRead {
         const std::string& file;
-        const interchange::CardData& data;
         /// The number of the card in its file.
         std::size_t number;
         ZRPerson* person;
@@ -171,15 +170,15 @@ public:
 private:
     struct State;
 
-    /// Works through what the state names: each data, its parsers, its people, the saves.
+    /// Works through what the state names: each card, its person, the saves.
     bool importVCards();
-    /// The next data, or null at the end, at an unreadable file and once cancelled.
-    const interchange::CardData* nextData();
+    /// The next card, or null at the end, at an unreadable file, at a failed save and once cancelled.
+    interchange::ReadCard* nextCard();
     bool openRosters();
     bool findGroup();
-    void importData(const interchange::CardData& data);
-    void cardRead(const interchange::CardData& data, std::size_t number,
-        const platform::Ref<ZRPerson>& person, std::string_view text, ZRvCardRefusal refusal);
+    void importCard(interchange::ReadCard& card);
+    /// Keeps the card until its transaction is full.
+    void keep(interchange::ReadCard& card, const platform::Ref<ZRPerson>& person);
     void refuse(ZRvCardRefusal refusal);
     void nameUnread();
     bool commit();

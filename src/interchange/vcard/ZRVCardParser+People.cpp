@@ -1,6 +1,7 @@
 // How a card becomes a person of a roster.
 #include "core/ZRConstants.h"
 #include "core/ZRPerson.h"
+#include "interchange/vcard/CardRecording.h"
 #include "interchange/vcard/RosterReaderContext.h"
 #include "interchange/vcard/ZRVCardParser+State.h"
 #include "interchange/vcard/ZRVCardPersonValueSetter.h"
@@ -23,6 +24,14 @@ void assignToLastStore(ZRPerson& person, ZRRoster& roster)
         roster.managedObjectContext()->assignObjectToStore(*person.zrDatabaseImpl(), stores.back());
 }
 
+Ref<ZRPerson> newPersonIn(ZRRoster& roster) ZR_NTS
+{
+    auto person = ZRPerson::initWithRoster(Ref<ZRRoster>(&roster));
+    if (person)
+        assignToLastStore(*person, roster);
+    return person;
+}
+
 } // namespace
 
 bool ZRVCardParser::importToPerson(ZRPerson& person)
@@ -41,13 +50,12 @@ Ref<ZRPerson> ZRVCardParser::nextPersonWithLength(std::size_t& length, ZRRoster&
         return nullptr;
     // The values of one card under one hold of the lock; each takes it again, which is cheap then.
     return locked(roster, ZRAccess::write, [&]() ZR_NTS -> Ref<ZRPerson> {
-        const std::size_t start = _state->lexer ? _state->lexer->cursor() : 0;
-        auto person = ZRPerson::initWithRoster(Ref<ZRRoster>(&roster));
+        const std::size_t start = cursor();
+        auto person = newPersonIn(roster);
         if (!person)
             return nullptr;
-        assignToLastStore(*person, roster);
         const bool imported = importToPerson(*person);
-        length = _state->lexer ? _state->lexer->cursor() - start : 0;
+        length = cursor() - start;
         if (imported)
             return person;
         _state->hasImportErrors = true;
@@ -55,6 +63,19 @@ Ref<ZRPerson> ZRVCardParser::nextPersonWithLength(std::size_t& length, ZRRoster&
         person->nts_SetImageData(platform::Value(), zr::kZRImageProperty);
         roster.nts_RemoveRecord(*person);
         return nullptr;
+    });
+}
+
+// The values of one card under one hold of the lock, as above.
+Ref<ZRPerson> CardRecording::makePerson(ZRRoster& roster) const
+{
+    return locked(roster, ZRAccess::write, [&]() ZR_NTS {
+        auto person = newPersonIn(roster);
+        if (person) {
+            ZRVCardPersonValueSetter setter(*person);
+            playTo(setter);
+        }
+        return person;
     });
 }
 

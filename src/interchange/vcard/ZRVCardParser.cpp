@@ -69,6 +69,7 @@ bool ZRVCardParser::importToValueSetter(ZRVCardValueSetter& setter)
 
 bool ZRVCardParser::hasImportErrors() const { return _state->hasImportErrors; }
 bool ZRVCardParser::atEnd() const { return !_state->lexer || _state->lexer->atEOF(); }
+std::size_t ZRVCardParser::cursor() const { return _state->lexer ? _state->lexer->cursor() : 0; }
 const std::string& ZRVCardParser::failureReason() const { return _state->failureReason; }
 
 platform::Value ZRVCardParser::dictionaryRepresentationOfVCardAtPath(const std::string& path)

@@ -56,6 +56,8 @@ public:
     bool hasImportErrors() const;
     /// Whether all data was read.
     bool atEnd() const;
+    /// How many bytes of the data were read.
+    std::size_t cursor() const;
     /// Why the last card was refused, as one line; empty when it was read.
     const std::string& failureReason() const;
 
