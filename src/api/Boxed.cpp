@@ -89,8 +89,8 @@ const Object* elementOf(const Object& container, std::size_t index)
 
 const Ref<const Object>& nullMarker()
 {
-    static const platform::NeverDestroyed<Ref<const Object>> marker(
-        platform::makeRef<Boxed>(Value(platform::NullMarker{})));
+    static const platform::NeverDestroyed<Value> null(platform::NullMarker{});
+    static const platform::NeverDestroyed<Ref<const Object>> marker(platform::makeRef<Boxed>(*null));
     return *marker;
 }
 
