@@ -206,6 +206,10 @@ constexpr auto kRows = std::to_array<Row>({
     plain("SOURCE", Use::bookkeeping),
     plain("UID", Use::bookkeeping),
     plain("X-EVOLUTION-FILE-AS", Use::bookkeeping),
+    plain("X-MS-CARDPICTURE", Use::bookkeeping),
+    plain("X-MS-OL-DEFAULT-POSTAL-ADDRESS", Use::bookkeeping),
+    plain("X-MS-OL-DESIGN", Use::bookkeeping),
+    plain("X-MOZILLA-HTML", Use::bookkeeping),
     plain("VERSION", Use::frame),
     // ---- our own
     {.name = "X-ZRUID", .count = Count::one, .becomes = "as it is"},

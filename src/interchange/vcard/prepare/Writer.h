@@ -66,6 +66,7 @@ private:
     void writeRelated(const Row& row);
     void writeRelation(std::string_view name, std::string_view label);
     void writeDay(const Row& row, std::string_view name);
+    bool isRepeated(const Row& row, std::string_view value) const;
     void writeOtherDate(const Row& row);
 
     // Names, once all lines are there                                              (WriterNames.cpp)

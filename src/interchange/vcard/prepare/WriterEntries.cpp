@@ -160,6 +160,8 @@ void CardWriter::writeDay(const Row& row, std::string_view name)
     if (!length)
         return carry(_property.name, canonicalValue(),
             isPartOfDate(text) ? Finding::dateWithoutYear : Finding::dateUnreadable);
+    if (isRepeated(row, text.substr(0, *length)))
+        return carry(_property.name, canonicalValue(), Finding::repeated);
     beginLine(&row, name);
     _lines.text().append(text.substr(0, *length));
     const auto kept = keepLine(row, Finding::repeated);
@@ -169,6 +171,13 @@ void CardWriter::writeDay(const Row& row, std::string_view name)
         tell(Finding::timeOfDay, _property.name);
     if (!row.word.empty())
         _ownLabels.emplace_back(kept, row.word);
+}
+
+/// Whether the record has room for one such line, and has another one.
+bool CardWriter::isRepeated(const Row& row, std::string_view value) const
+{
+    const auto first = firstOf(row);
+    return first != CardLines::kNone && _lines.valueOf(_lines[first]) != value;
 }
 
 void CardWriter::writeOtherDate(const Row& row)
