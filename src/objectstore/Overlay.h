@@ -4,7 +4,6 @@
 #include "objectstore/Model.h"
 #include "platform/value/Value.h"
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -57,9 +56,7 @@ public:
     /// Forgets everything but transient values; with none of them, which is the rule, all at once.
     void removeAllStored(const Entity& entity)
     {
-        const bool keepsSome = std::ranges::any_of(entity.slots(),
-            [this](const Slot* slot) { return slot->isTransient() && _present.has(slot->index); });
-        if (!keepsSome) {
+        if (!_mayHoldTransient) {
             *this = Overlay();
             return;
         }
@@ -94,12 +91,14 @@ private:
         }
         if (_values.capacity() == 0)
             _values.reserve(8);
+        _mayHoldTransient |= slot.isTransient();
         _values.insert(_values.begin() + at, std::move(value));
         _present.add(slot.index);
     }
 
     Marks _present;
     Marks _changed;
+    bool _mayHoldTransient = false;
     std::vector<platform::Value> _values;
 };
 

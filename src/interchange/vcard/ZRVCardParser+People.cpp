@@ -11,6 +11,7 @@
 #include "store/ZRRoster.h"
 
 using platform::Ref;
+using platform::Value;
 
 namespace {
 
@@ -31,6 +32,25 @@ Ref<ZRPerson> newPersonIn(ZRRoster& roster) ZR_NTS
         assignToLastStore(*person, roster);
     return person;
 }
+
+/// Hands values on to a new person, under one hold of the lock: each would take it again.
+class LockedPersonSetter final : public ZRVCardValueSetter {
+public:
+    explicit LockedPersonSetter(ZRPerson& person) : _person(person) { }
+
+    void setValue(Value value, std::string_view property) override ZR_NTS
+    {
+        _person.nts_SetValue(value, property, false);
+    }
+    void setImageData(Value data) override ZR_NTS { _person.nts_SetImageData(data, zr::kZRImageProperty); }
+    void setValueInTemporaryCache(Value value, std::string_view property) override ZR_NTS
+    {
+        _person.nts_SetValueInTemporaryCache(value, property);
+    }
+
+private:
+    ZRPerson& _person;
+};
 
 } // namespace
 
@@ -60,19 +80,18 @@ Ref<ZRPerson> ZRVCardParser::nextPersonWithLength(std::size_t& length, ZRRoster&
             return person;
         _state->hasImportErrors = true;
         // Its picture may have been kept by then, and would be written without it.
-        person->nts_SetImageData(platform::Value(), zr::kZRImageProperty);
+        person->nts_SetImageData(Value(), zr::kZRImageProperty);
         roster.nts_RemoveRecord(*person);
         return nullptr;
     });
 }
 
-// The values of one card under one hold of the lock, as above.
 Ref<ZRPerson> CardRecording::makePerson(ZRRoster& roster) const
 {
     return locked(roster, ZRAccess::write, [&]() ZR_NTS {
         auto person = newPersonIn(roster);
         if (person) {
-            ZRVCardPersonValueSetter setter(*person);
+            LockedPersonSetter setter(*person);
             playTo(setter);
         }
         return person;
