@@ -139,3 +139,4 @@ int runWatch(const Options&);
 int runUndo(const Options&);
 int runRedo(const Options&);
 int runHistory(const Options&);
+int runComplete(const Options&);

@@ -282,10 +282,10 @@ std::string rulesOf(const ZRSearchElement& element)
     return text;
 }
 
-std::string ruleOperators()
+std::vector<RuleOperator> ruleOperators()
 {
-    std::string text;
+    std::vector<RuleOperator> all;
     for (const auto& entry : operators)
-        text += fmt::format("  {:<24} {}\n", entry.word, entry.meaning);
-    return text + fmt::format("  {:<24} {}\n", "is absent, is present", "has no value, has one");
+        all.push_back({entry.word, entry.meaning});
+    return all;
 }

@@ -22,5 +22,10 @@ platform::Ref<ZRSearchElement> elementOfOptions(const Options& options, ZRRoster
 /// The element as rules that `elementOfRule` reads, joined by "and" and "or".
 std::string rulesOf(const ZRSearchElement& element);
 
-/// A line for each operator: how it is written and what it asks.
-std::string ruleOperators();
+/// An operator: how it is written and what it asks.
+struct RuleOperator {
+    std::string_view word;
+    std::string_view meaning;
+};
+/// All that stand before a value; beside them there are "is absent" and "is present".
+std::vector<RuleOperator> ruleOperators();
