@@ -29,6 +29,10 @@ deb: bootstrap
 	cmake --build --preset deb
 	cpack --config build/deb/CPackConfig.cmake -B build/deb/packages
 
+# The API reference, in build/docs/html.
+docs: bootstrap
+	@tools/apidocs
+
 bench: bootstrap
 	cmake --preset bench
 	cmake --build --preset bench

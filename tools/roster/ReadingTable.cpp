@@ -49,8 +49,8 @@ Command searching()
             {{"--explain", "", "Print how the store is asked instead of asking it", &Options::explain}},
             orderOptions()}),
         .notes = "A rule is 'PROPERTY[.PART][;LABEL] OPERATOR VALUE', as 'Address.City = Porto',\n"
-                 "'Birthday within-next 2 weeks' or 'Group member-of any'. roster-query(7) lists the\n"
-                 "operators.\n",
+                 "'Birthday within-next 2 weeks' or 'Group member-of any'; roster-query(7) tells\n"
+                 "which operators there are.\n",
         .examples =
             {
                 {"roster search lima porto", "Both texts are somewhere in the card."},

@@ -83,9 +83,9 @@ Command completing()
         .run = runComplete,
         .arguments = {{"WORD", "What was typed behind \"roster\", the word to complete last", Offer::words,
             Count::any}},
-        .notes = "Options stand behind --. Prints WORD<TAB>MEANING, a line each. A line that begins\n"
-                 "with a tab says that files or folders are meant. It makes no roster, and is\n"
-                 "silent about what is wrong.\n",
+        .notes = "Options stand behind --. Prints WORD<TAB>MEANING, a line each. A line that\n"
+                 "begins with a tab says that files or folders are meant. It makes no roster, and\n"
+                 "is silent about what is wrong.\n",
         .examples = {{"roster complete -- group members ''", "The groups that may stand there."}},
     };
 }

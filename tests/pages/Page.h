@@ -1,0 +1,43 @@
+// Pages under docs/ that tests compare with what the code says.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace test {
+
+inline std::string pagePath(const std::string& name)
+{
+    return std::string(ROSTER_SOURCE_DIR) + "/docs/" + name;
+}
+
+inline std::string contentsOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The page is `wanted`; with ROSTER_UPDATE_PAGES set it becomes so.
+inline void expectPage(const std::string& path, const std::string& wanted)
+{
+    if (std::getenv("ROSTER_UPDATE_PAGES"))
+        std::ofstream(path, std::ios::binary) << wanted;
+    else
+        EXPECT_EQ(contentsOf(path), wanted)
+            << path << ": ROSTER_UPDATE_PAGES=1 in this test's environment writes it anew";
+}
+
+/// The same for the part of a page behind a line that says where it comes from.
+inline void expectPageBehind(const std::string& path, const std::string& line, const std::string& wanted)
+{
+    const std::string now = contentsOf(path);
+    const auto start = now.find(line);
+    ASSERT_NE(start, std::string::npos) << path << " has lost the line " << line;
+    expectPage(path, now.substr(0, start) + line + wanted);
+}
+
+} // namespace test
