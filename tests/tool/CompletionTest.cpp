@@ -155,7 +155,7 @@ TEST_F(CompletionTest, BashGetsItsWordsBack)
         {"roster show Ana\\ O", {"roster", "show", "Ana\\ O"}, "Ana\\ O", {"Ana\\ O\\'Ek"}},
         {"roster show 'Ana O", {"roster", "show", "'Ana O"}, "Ana O", {"Ana O'\\''Ek"}},
         {"roster search --where 'Group m", {"roster", "search", "--where", "'Group m"}, "Group m",
-            {"Group member-of "}},
+            {"Group member-of ", "Group member-of …"}},
     };
     for (const auto& [line, words, current, offers] : cases) {
         SCOPED_TRACE(line);

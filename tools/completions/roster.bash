@@ -52,8 +52,11 @@ _roster() {
             printf '%s\n' "${offer#"$front"}"
         done | sed "$special"
     )
-    # Words that go on.
-    [[ ${COMPREPLY[0]} != *[=\;\ ] ]] || compopt -o nospace
+    # A word that goes on gets no blank, and no closing quote either, which readline gives to a word that is alone.
+    if [[ ${COMPREPLY[0]} == *[=\;\ ] ]]; then
+        compopt -o nospace
+        [[ -z $quote || ${#COMPREPLY[@]} -gt 1 ]] || COMPREPLY+=("${COMPREPLY[0]}…")
+    fi
 }
 
 complete -F _roster roster
