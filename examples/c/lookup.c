@@ -7,13 +7,13 @@
 
 #include <stdio.h>
 
-// What the card says of one property that is a text; "" where it says nothing.
-static void printText(ZRPersonRef person, const char* property, const char* behind)
+// Prints a property that is a text, with a blank before it; nothing where the card says nothing.
+static void printText(ZRPersonRef person, const char* property)
 {
-    ZRTypeRef text = ZRRecordCopyValue(person, property);
+    ZRStringRef text = ZRRecordCopyValue(person, property);
     if (text)
-        printf("%s%s", ZRStringGetUTF8(text), behind);
-    ZRRelease(text);
+        printf(" %s", ZRStringGetUTF8(text));
+    ZRRelease(text); // as everywhere, NULL is allowed
 }
 
 static void printAddresses(ZRPersonRef person)
@@ -22,13 +22,13 @@ static void printAddresses(ZRPersonRef person)
     for (ZRIndex i = 0; i < ZRMultiValueCount(addresses); ++i) {
         ZRStringRef address = ZRMultiValueCopyValueAtIndex(addresses, i);
         printf("%s\t", ZRStringGetUTF8(address));
-        ZRRelease(address);
-        printText(person, kZRFirstNameProperty, " ");
-        printText(person, kZRLastNameProperty, " ");
-        printText(person, kZROrganizationProperty, "");
+        printText(person, kZRFirstNameProperty);
+        printText(person, kZRLastNameProperty);
+        printText(person, kZROrganizationProperty);
         printf("\n");
+        ZRRelease(address);
     }
-    ZRRelease(addresses); // NULL, for a card without addresses, has no entries and needs no release
+    ZRRelease(addresses);
 }
 
 // "The text stands in the name, or in the company, or in an address."

@@ -3,6 +3,7 @@
 #include "platform/files/Files.h"
 #include "platform/files/UserDefaults.h"
 #include "platform/files/ZRUserDefaults.h"
+#include "platform/run/NeverDestroyed.h"
 #include "store/ZRRosterState.h"
 #include "store/ZRStoreFile.h"
 
@@ -45,8 +46,9 @@ std::string ZRRoster::defaultRosterDirectory()
 
 std::string ZRRoster::rosterDirectory()
 {
-    static const std::string directory = preferredDirectory();
-    return directory;
+    // Threads of ours may still ask while the process ends.
+    static const platform::NeverDestroyed<const std::string> directory(preferredDirectory());
+    return *directory;
 }
 
 std::string ZRRoster::rosterTempImagesDirectory()
