@@ -23,7 +23,7 @@ def complaint(dialect, header):
     """What the compiler says against it; nothing when all is well."""
     compiler = installed.COMPILERS["cc" if dialect == "c" else "c++"]
     command = [compiler, *DIALECTS[dialect], "-Wall", "-Wextra", "-pedantic", "-Werror", "-fsyntax-only", f"-I{INCLUDE}"]
-    done = subprocess.run([*command, "-"], input=f"#include <{header}>\n", text=True, stderr=subprocess.PIPE, check=False)
+    done = subprocess.run([*command, "-"], input=f"#include <{header}>\ntypedef int something;\n", text=True, stderr=subprocess.PIPE, check=False)
     return done.stderr
 
 
