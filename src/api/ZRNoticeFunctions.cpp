@@ -2,6 +2,8 @@
 #include "api/ZRNoticeFunctions.h"
 
 #include "api/Border.h"
+#include "api/ZRRosterFunctions.h"
+#include "api/ZRValueFunctions.h"
 #include "platform/notify/NotificationCenter.h"
 #include "platform/run/MainQueue.h"
 #include "store/ZRRoster.h"
@@ -31,11 +33,13 @@ bool isPublic(std::string_view name) { return name.starts_with("ZR") || name.sta
 
 /// Whom a notice is about. Those of own saves name their roster by a text, which tells other processes which
 /// it is; in this one a program knows its roster.
-Ref<const Object> subjectOf(const Notification& notice)
+ZRTypeRef subjectOf(const Notification& notice)
 {
     const auto* name = dynamic_cast<const platform::String*>(notice.object.get());
-    const auto roster = name ? ZRRoster::sharedRoster() : nullptr;
-    return roster && roster->notificationID() == name->text() ? Ref<const Object>(roster) : notice.object;
+    const auto roster = name ? ZRGetSharedRoster() : nullptr;
+    return roster && border::as<ZRRoster>(roster).notificationID() == name->text()
+        ? roster
+        : border::borrowed(notice.object.get());
 }
 
 /// One observer: its callback, and the gate that ends it. Notices that wait on the main queue share it, so
@@ -50,23 +54,19 @@ struct Listener {
     {
         platform::callThrough(gate, [&] {
             const auto subject = subjectOf(notice);
-            if (object && !(border::valueOf(object.get()) == border::valueOf(subject.get())))
+            if (object && !ZREqual(border::borrowed(object.get()), subject))
                 return;
             const auto userInfo = border::objectOf(notice.userInfo);
-            callback(notice.name.c_str(), border::borrowed(subject.get()), border::borrowed(userInfo.get()),
-                refcon);
+            callback(notice.name.c_str(), subject, border::borrowed(userInfo.get()), refcon);
         });
     }
 };
 
-/// Notices that are posted on another thread wait for the main queue.
+/// Never at once, not even on the main thread: a notice may be posted under the global lock, in the midst of
+/// another call of the program.
 void tellOnMain(const std::shared_ptr<Listener>& listener, const Notification& notice)
 {
-    if (!isPublic(notice.name))
-        return;
-    if (MainQueue::shared().isMainThread())
-        listener->tell(notice);
-    else
+    if (isPublic(notice.name))
         MainQueue::shared().async([listener, notice] { listener->tell(notice); });
 }
 

@@ -16,31 +16,32 @@ using border::borrowed;
 using border::guarded;
 using border::owned;
 using border::shared;
+using platform::Object;
 using platform::Ref;
 
 namespace {
 
-/// The cards that ZRGetMe lent out. Me may become another card at any time, by another process too, so the
-/// roster's own reference is not enough for a borrower; there are few such cards in the life of a process.
-class LentCards {
+/// What Get functions lent out, for the life of the process. Me may become another card at any time, by
+/// another process too, so the roster's own reference is not enough for a borrower; there are few such cards.
+class LentHandles {
 public:
-    ZRTypeRef lend(Ref<ZRPerson> card)
+    ZRTypeRef lend(Ref<const Object> object)
     {
-        if (!card)
+        if (!object)
             return nullptr;
         platform::Lock lock(_mutex);
-        return borrowed(_cards.insert(std::move(card)).first->get());
+        return borrowed(_objects.insert(std::move(object)).first->get());
     }
 
-    static LentCards& ofProcess()
+    static LentHandles& ofProcess()
     {
-        static const platform::NeverDestroyed<LentCards> cards;
-        return *cards;
+        static const platform::NeverDestroyed<LentHandles> handles;
+        return *handles;
     }
 
 private:
     platform::Mutex _mutex;
-    std::unordered_set<Ref<ZRPerson>> _cards ZR_GUARDED_BY(_mutex);
+    std::unordered_set<Ref<const Object>> _objects ZR_GUARDED_BY(_mutex);
 };
 
 } // namespace
@@ -49,7 +50,7 @@ private:
 
 ZRRosterRef ZRGetSharedRoster()
 {
-    return guarded([] { return borrowed(ZRRoster::sharedRoster().get()); });
+    return guarded([] { return LentHandles::ofProcess().lend(ZRRoster::sharedRoster()); });
 }
 
 ZRArrayRef ZRCopyArrayOfAllPeople(ZRRosterRef roster)
@@ -84,7 +85,7 @@ ZRArrayRef ZRCopyArrayOfMatchingRecords(ZRRosterRef roster, ZRSearchElementRef s
 
 ZRPersonRef ZRGetMe(ZRRosterRef roster)
 {
-    return guarded([&] { return LentCards::ofProcess().lend(as<ZRRoster>(roster).me()); });
+    return guarded([&] { return LentHandles::ofProcess().lend(as<ZRRoster>(roster).me()); });
 }
 
 void ZRSetMe(ZRRosterRef roster, ZRPersonRef person)

@@ -14,7 +14,15 @@
         }                                                                                                    \
     while (0)
 
+#define RELEASE(...) releaseAll((ZRTypeRef[]){__VA_ARGS__, NULL})
+
 static const char kHeight[] = "org.example.height", kNicknames[] = "org.example.nicknames";
+
+static void releaseAll(const ZRTypeRef* handles)
+{
+    for (; *handles; ++handles)
+        ZRRelease(*handles);
+}
 
 // Takes over the handle.
 static bool isText(ZRStringRef text, const char* expected)
@@ -60,8 +68,7 @@ static void addAddresses(ZRPersonRef ada)
     ZRStringRef work = NULL, value = ZRStringCreateWithUTF8("ada@work.example");
     CHECK(ZRMultiValueInsert(emails, value, kZREmailWorkLabel, 1, &work));
     CHECK(ZRMultiValueSetPrimaryIdentifier(emails, ZRStringGetUTF8(work)));
-    ZRRelease(value);
-    ZRRelease(work);
+    RELEASE(value, work);
     set(ada, kZREmailProperty, emails);
 
     ZRMutableMultiValueRef homes = ZRMultiValueCreateMutable();
@@ -70,9 +77,7 @@ static void addAddresses(ZRPersonRef ada)
         ZRStringCreateWithUTF8("1 Mill Lane"), ZRStringCreateWithUTF8("Ely"), ZRStringCreateWithUTF8("gb")};
     ZRDictionaryRef home = ZRDictionaryCreate(keys, values, 3);
     CHECK(ZRMultiValueAdd(homes, home, kZRAddressHomeLabel, NULL));
-    for (int i = 0; i < 3; ++i)
-        ZRRelease(values[i]);
-    ZRRelease(home);
+    RELEASE(values[0], values[1], values[2], home);
     set(ada, kZRAddressProperty, homes);
 }
 
@@ -84,9 +89,7 @@ static void addCustomProperties(ZRRosterRef roster, ZRPersonRef ada)
     ZRDictionaryRef declared = ZRDictionaryCreate(names, types, 2);
     CHECK(ZRAddPropertiesAndTypes(roster, kZRPersonRecordType, declared) == 2);
     CHECK(ZRAddPropertiesAndTypes(roster, kZRPersonRecordType, declared) == 0);
-    ZRRelease(types[0]);
-    ZRRelease(types[1]);
-    ZRRelease(declared);
+    RELEASE(types[0], types[1], declared);
     set(ada, kHeight, ZRNumberCreateWithReal(1.65));
     ZRMutableMultiValueRef nicknames = ZRMultiValueCreateMutable();
     add(nicknames, "The Countess", kZROtherLabel);
@@ -112,9 +115,7 @@ static void writeAll(ZRRosterRef roster)
     CHECK(ZRHasUnsavedChanges(roster) && ZRSave(roster) && !ZRHasUnsavedChanges(roster));
     ZRStringRef id = ZRRecordCopyUniqueId(engines);
     puts(ZRStringGetUTF8(id));
-    ZRTypeRef all[] = {ada, charles, engines, makers, emails, home, id};
-    for (size_t i = 0; i < sizeof all / sizeof *all; ++i)
-        ZRRelease(all[i]);
+    RELEASE(ada, charles, engines, makers, emails, home, id);
 }
 
 // The one person whose property holds the text, in any case; the caller releases.
@@ -128,9 +129,7 @@ static ZRPersonRef find(
     CHECK(ZRArrayGetCount(found) == 1);
     ZRPersonRef one = ZRRetain(ZRArrayGetValueAtIndex(found, 0));
     CHECK(ZRGetTypeID(one) == kZRTypePerson && ZRSearchElementMatchesRecord(search, one));
-    ZRRelease(found);
-    ZRRelease(search);
-    ZRRelease(value);
+    RELEASE(found, search, value);
     return one;
 }
 
@@ -151,9 +150,7 @@ static void readAda(ZRRosterRef roster, ZRPersonRef ada)
     ZRMultiValueRef homes = ZRRecordCopyValue(ada, kZRAddressProperty);
     ZRDictionaryRef home = ZRMultiValueCopyValueAtIndex(homes, 0);
     CHECK(strcmp(ZRStringGetUTF8(ZRDictionaryGetValue(home, kZRAddressCityKey)), "Ely") == 0);
-    ZRTypeRef all[] = {nicknames, emails, primary, homes, home};
-    for (size_t i = 0; i < sizeof all / sizeof *all; ++i)
-        ZRRelease(all[i]);
+    RELEASE(nicknames, emails, primary, homes, home);
 }
 
 static void readGroups(ZRRosterRef roster, const char* groupId, ZRPersonRef ada)
@@ -168,9 +165,7 @@ static void readGroups(ZRRosterRef roster, const char* groupId, ZRPersonRef ada)
     ZRMultiValueRef emails = ZRRecordCopyValue(ada, kZREmailProperty);
     ZRStringRef chosen = ZRGroupCopyDistributionIdentifier(engines, kZREmailProperty, ada);
     CHECK(ZRMultiValueIndexForIdentifier(emails, ZRStringGetUTF8(chosen)) == 0);
-    ZRTypeRef all[] = {engines, members, below, emails, chosen};
-    for (size_t i = 0; i < sizeof all / sizeof *all; ++i)
-        ZRRelease(all[i]);
+    RELEASE(engines, members, below, emails, chosen);
 }
 
 static void readAll(ZRRosterRef roster, const char* groupId)
@@ -181,8 +176,7 @@ static void readAll(ZRRosterRef roster, const char* groupId)
     CHECK(again == ada);
     readAda(roster, ada);
     readGroups(roster, groupId, ada);
-    ZRRelease(again);
-    ZRRelease(ada);
+    RELEASE(again, ada);
 }
 
 int main(int argc, char** argv)
