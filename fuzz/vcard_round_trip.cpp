@@ -127,8 +127,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     static const Home home;
     Input input(bytes, size);
     const std::uint8_t way = input.number();
-    const test::Road road{.version = (way & 1) != 0 ? test::Version::v21 : test::Version::v30,
-        .isPrepared = (way & 2) != 0,
+    // The bits that chose 3.0 and 2.1 still do, so that seeds of old mean what they meant.
+    const bool is40 = (way & 8) != 0;
+    const test::Road road{.version = is40 ? test::Version::v40
+            : (way & 1) != 0              ? test::Version::v21
+                                          : test::Version::v30,
+        .isPrepared = is40 || (way & 2) != 0,
         .withNote = (way & 4) == 0,
         .withPhoto = true,
         .countryCode = "us"};

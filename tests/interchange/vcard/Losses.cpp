@@ -3,6 +3,9 @@
 
 #include "core/ZRConstants.h"
 #include "interchange/vcard/VCardText.h"
+#include "interchange/vcard/prepare/Countries.h"
+#include "interchange/vcard/prepare/Names.h"
+#include "interchange/vcard/prepare/Values.h"
 #include "platform/text/Escape.h"
 
 #include <algorithm>
@@ -26,6 +29,8 @@ constexpr std::array kAddressParts = {zr::kZRAddressStreetKey, zr::kZRAddressCit
 
 /// The name that a card without a name is shown by stands in FN; it takes the way of any text.
 constexpr std::string_view kShownName = "FN";
+/// There where the card says that it is one of a company.
+constexpr std::string_view kShownAsCompany = "X-ZRShowAs";
 
 template <class List>
 bool holds(const List& list, std::string_view name)
@@ -34,6 +39,14 @@ bool holds(const List& list, std::string_view name)
 }
 
 bool isMessaging(std::string_view property) { return holds(kMessaging, property); }
+
+/// The text with the escapes of a canonical card.
+std::string canonical(std::string_view text)
+{
+    std::string escaped;
+    vcard::prepare::appendValue(escaped, text, vcard::prepare::Shape::onePart, vcard::prepare::Escapes::none);
+    return escaped;
+}
 
 template <class Change>
 void forEachText(PlainCard& card, Change&& change)
@@ -89,8 +102,9 @@ void withoutHeldBack(PlainCard& card, const Road& road)
 
 void withoutLines(PlainCard& card, const Road&)
 {
-    std::erase_if(
-        card.texts, [](const auto& text) { return !holds(kTexts, text.first) && text.first != kShownName; });
+    std::erase_if(card.texts, [](const auto& text) {
+        return !holds(kTexts, text.first) && text.first != kShownName && text.first != kShownAsCompany;
+    });
     std::erase_if(card.entries,
         [](const auto& values) { return !holds(kEntries, values.first) && !isMessaging(values.first); });
 }
@@ -112,6 +126,8 @@ void withoutGroups(PlainCard& card, const Road& road)
         return;
     std::string& note = card.texts[std::string(zr::kZRNoteProperty)];
     trim(note, " \t");
+    if (road.version == Version::v40)
+        replaceAll(note, "\r\n", "\n"), replaceAll(note, "\r", "\n");
     note += (note.empty() ? "" : "\n") + ("CATEGORIES: " + names);
 }
 
@@ -151,7 +167,7 @@ void withoutBlankLine(PlainCard& card, const List& parts)
 }
 
 /// It takes tabs too, at the ends of whole lines.
-void withoutOuterTabs(PlainCard& card)
+void withoutOuterTabs(PlainCard& card, const Road& road)
 {
     withoutBlankLine(card,
         std::array{zr::kZRLastNameProperty, zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
@@ -161,10 +177,13 @@ void withoutOuterTabs(PlainCard& card)
         zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZRDepartmentProperty};
     constexpr std::array notLast = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty,
         zr::kZRMiddleNameProperty, zr::kZRTitleProperty, zr::kZROrganizationProperty};
+    // 4.0 has no empty department behind an organization.
+    const bool isOrganizationLast =
+        road.version == Version::v40 && !card.texts.contains(std::string(zr::kZRDepartmentProperty));
     for (auto& [property, text] : card.texts) {
         if (!holds(notFirst, property))
             trimFront(text, " \t");
-        if (!holds(notLast, property))
+        if (!holds(notLast, property) || (isOrganizationLast && property == zr::kZROrganizationProperty))
             trimBack(text, " \t");
     }
     forEachEntry(card, [](const std::string&, PlainEntry& entry) {
@@ -183,7 +202,7 @@ void withoutOuterBlanks(PlainCard& card, const Road& road)
 {
     const bool hadMaidenName = card.texts.contains(std::string(zr::kZRMaidenNameProperty));
     if (road.isPrepared)
-        withoutOuterTabs(card);
+        withoutOuterTabs(card, road);
     forEachText(card, [](std::string& text) { trim(text); });
     for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
         if (const auto street = entry.value.find(std::string(zr::kZRAddressStreetKey));
@@ -271,6 +290,23 @@ void withoutBackslashes(PlainCard& card, const Road& road)
     forEachText(card, [&](std::string& text) { text = unescaped(zrVCardKoshify(text), road.isPrepared); });
 }
 
+/// The primary entry is preferred, and the preparation puts that first. 2.1 has no word for it in these
+/// lines.
+void withFirstAsPrimary(PlainCard& card, const Road& road)
+{
+    constexpr std::array notPreferred21 = {
+        zr::kZREmailProperty, zr::kZRPhoneProperty, zr::kZRAddressProperty};
+    for (auto& [property, entries] : card.entries) {
+        const auto primary = std::ranges::find_if(entries, &PlainEntry::isPrimary);
+        const bool isSeen = road.isPrepared && primary != entries.end()
+            && (road.version != Version::v21 || !holds(notPreferred21, property));
+        if (isSeen)
+            std::rotate(entries.begin(), primary, primary + 1);
+        for (PlainEntry& entry : entries)
+            entry.isPrimary = &entry == &entries.front();
+    }
+}
+
 void withoutEqualMessaging(PlainCard& card, const Road&)
 {
     for (auto& [property, entries] : card.entries) {
@@ -287,10 +323,18 @@ void withEscapedURLs(PlainCard& card, const Road&)
     withEscapedLinks(card, std::array{zr::kZRURLsProperty});
 }
 
+/// An address of 2.1 has only the name of its country.
 void withCountryCodes(PlainCard& card, const Road& road)
 {
-    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
-        entry.value.try_emplace(std::string(zr::kZRAddressCountryCodeKey), road.countryCode);
+    vcard::prepare::Countries countries;
+    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)]) {
+        const auto country = entry.value.find(std::string(zr::kZRAddressCountryKey));
+        std::string code;
+        if (road.version == Version::v21 && road.isPrepared && country != entry.value.end())
+            code = countries.codeOf(canonical(country->second));
+        entry.value.try_emplace(
+            std::string(zr::kZRAddressCountryCodeKey), code.empty() ? road.countryCode : code);
+    }
 }
 
 /// The label that an entry gets from a line that says nothing of one.
@@ -364,7 +408,9 @@ void addShownName(PlainCard& card)
         if (const auto text = card.texts.find(std::string(property));
             text != card.texts.end() && !text->second.empty())
             return;
-    for (const auto property : {zr::kZRNicknameProperty, zr::kZROrganizationProperty})
+    const bool isCompany = (card.flags & 7) == 1;
+    for (const auto property : {isCompany ? zr::kZROrganizationProperty : zr::kZRNicknameProperty,
+             isCompany ? zr::kZRNicknameProperty : zr::kZROrganizationProperty})
         if (const auto text = card.texts.find(std::string(property)); text != card.texts.end()) {
             card.texts.emplace(kShownName, text->second);
             return;
@@ -376,23 +422,46 @@ void addShownName(PlainCard& card)
         }
 }
 
-/// The preparation drops a line of nothing but separators, and FN stands in for an N that is not there.
-void withShownName(PlainCard& card, const Road& road)
+/// Canonical fields become texts.
+template <class List>
+void addFields(PlainCard& card, std::string_view fields, const List& properties)
 {
-    const auto has = [&](std::string_view property) { return card.texts.contains(std::string(property)); };
-    constexpr std::array ofOtherNames = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty,
-        zr::kZRMiddleNameProperty, zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZROrganizationProperty,
-        zr::kZRDepartmentProperty};
-    auto name = card.texts.extract(std::string(kShownName));
-    if (road.isPrepared && name && std::ranges::none_of(ofOtherNames, has))
-        card.texts.emplace(zr::kZRLastNameProperty, name.mapped());
+    for (const auto property : properties) {
+        const auto end = vcard::prepare::endOfFields(fields, 1);
+        if (const auto text = unescaped(std::string(fields.substr(0, end)), true); !text.empty())
+            card.texts.emplace(property, text);
+        fields.remove_prefix(std::min(end + 1, fields.size()));
+    }
 }
 
-void withFirstAsPrimary(PlainCard& card, const Road&)
+/// The preparation drops a line of nothing but separators. FN then gives the name, unless it is that of an
+/// organization.
+void withShownName(PlainCard& card, const Road& road)
 {
-    for (auto& [property, entries] : card.entries)
-        for (PlainEntry& entry : entries)
-            entry.isPrimary = &entry == &entries.front();
+    constexpr std::array ofName = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty,
+        zr::kZRMiddleNameProperty, zr::kZRTitleProperty, zr::kZRSuffixProperty};
+    const auto text = [&](std::string_view property) {
+        const auto at = card.texts.find(std::string(property));
+        return at == card.texts.end() ? std::string() : at->second;
+    };
+    const auto name = card.texts.extract(std::string(kShownName));
+    const bool isCompany = !card.texts.extract(std::string(kShownAsCompany)).empty();
+    const auto hasText = [&](std::string_view property) { return !text(property).empty(); };
+    if (!road.isPrepared || !name || std::ranges::any_of(ofName, hasText))
+        return;
+    const std::string shown = canonical(name.mapped());
+    const bool hasOrganization = hasText(zr::kZROrganizationProperty) || hasText(zr::kZRDepartmentProperty);
+    const auto organization =
+        canonical(text(zr::kZROrganizationProperty)) + ";" + canonical(text(zr::kZRDepartmentProperty));
+    const auto fields = vcard::prepare::nameFromText(shown);
+    const bool isOneWord = shown.find_first_of(" ,\t\\") == shown.npos
+        || vcard::prepare::isEmptyValue(fields, vcard::prepare::Shape::fields);
+    if (isCompany && road.version == Version::v40 && !hasOrganization)
+        card.texts.emplace(zr::kZROrganizationProperty, name.mapped());
+    else if (!hasOrganization && (isCompany || isOneWord))
+        card.texts.emplace(zr::kZRLastNameProperty, name.mapped());
+    else if (!isCompany && !vcard::prepare::isSaidBy(shown, organization))
+        addFields(card, fields, ofName);
 }
 
 constexpr Loss kLosses[] = {
@@ -407,6 +476,7 @@ constexpr Loss kLosses[] = {
     {"a CR in a street", splitStreets},
     {"a CR elsewhere", withLineFeeds},
     {"backslashes", withoutBackslashes},
+    {"the primary entry", withFirstAsPrimary},
     {"equal messaging values", withoutEqualMessaging},
     {"URLs that are none", withEscapedURLs},
     {"a country code gained", withCountryCodes},
@@ -415,9 +485,8 @@ constexpr Loss kLosses[] = {
     {"2.1: labels without a type", withoutOwnLabels21},
     {"the user's own order of names", withoutOwnOrder},
     {"other flags", withoutOtherFlags},
-    {"an organization without a person's name", asCompany},
     {"a card without a name", withShownName},
-    {"the primary entry", withFirstAsPrimary},
+    {"an organization without a person's name", asCompany},
 };
 
 void withoutEmptyLists(PlainCard& card)
@@ -432,13 +501,15 @@ std::span<const Loss> allLosses() { return kLosses; }
 PlainCard expected(PlainCard card, const Road& road, std::set<std::string_view>& met)
 {
     addShownName(card);
+    if (road.version != Version::v21 && (card.flags & 7) == 1)
+        card.texts.emplace(kShownAsCompany, "COMPANY");
     for (const Loss& loss : kLosses) {
         PlainCard before = card;
         loss.apply(card, road);
         withoutEmptyLists(card);
         withoutEmptyLists(before);
         if (loss.apply == withShownName)
-            before.texts.erase(std::string(kShownName));
+            before.texts.erase(std::string(kShownName)), before.texts.erase(std::string(kShownAsCompany));
         if (card != before)
             met.insert(loss.name);
     }

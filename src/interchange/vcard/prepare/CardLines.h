@@ -61,6 +61,7 @@ public:
     void giveUp() { _text.resize(_line.start); }
 
     std::vector<Line>& lines() { return _lines; }
+    const std::vector<Line>& lines() const { return _lines; }
     const Line& operator[](Index line) const { return _lines[line]; }
     std::string_view valueOf(const Line& line) const
     {

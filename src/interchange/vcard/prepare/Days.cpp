@@ -49,6 +49,14 @@ std::optional<std::size_t> lengthOfDay(std::string_view value)
     return length;
 }
 
+void appendDay(std::string& to, std::string_view day)
+{
+    if (day.size() == 10)
+        to += day;
+    else
+        to.append(day.substr(0, 4)).append("-").append(day.substr(4, 2)).append("-").append(day.substr(6));
+}
+
 bool isPartOfDate(std::string_view value)
 {
     char pattern[12];

@@ -3,9 +3,14 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace vcard::prepare {
+
+/// Appends a day of either spelling as `YYYY-MM-DD`: the reader takes that for noon here, and the other one
+/// for noon in Greenwich, which is tomorrow in the far east.
+void appendDay(std::string& to, std::string_view day);
 
 /// A calendar day at the start of a value, as the reader understands it: `YYYY-MM-DD` or `YYYYMMDD` of an
 /// existing day, alone or in front of a time of day. Answers how many characters it has; absent for any

@@ -41,7 +41,7 @@ constexpr Row relation(std::string_view name, std::string_view label)
 
 constexpr Row anniversary(std::string_view name)
 {
-    return {.name = name, .use = Use::otherDate, .word = kAnniversary};
+    return {.name = name, .use = Use::otherDate, .entries = Entries::dates, .word = kAnniversary};
 }
 
 constexpr Row plain(std::string_view name, Use use, std::string_view becomes = {})

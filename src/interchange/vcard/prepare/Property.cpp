@@ -29,7 +29,7 @@ std::string_view cut(std::string_view& text, char separator)
 constexpr std::pair<std::string_view, ParameterName> kParameterNames[] = {{"TYPE", ParameterName::type},
     {"CHARSET", ParameterName::charset}, {"ENCODING", ParameterName::encoding}, {"PREF", ParameterName::pref},
     {"ALTID", ParameterName::altid}, {"LABEL", ParameterName::label}, {"GEO", ParameterName::geo},
-    {"TZ", ParameterName::tz}, {"SORT-AS", ParameterName::sortAs}};
+    {"TZ", ParameterName::tz}, {"SORT-AS", ParameterName::sortAs}, {"VALUE", ParameterName::value}};
 
 ParameterName parameterNameOf(std::string_view name)
 {

@@ -23,7 +23,8 @@ enum class ParameterName : std::uint8_t {
     label,
     geo,
     tz,
-    sortAs
+    sortAs,
+    value
 };
 
 /// `NAME=value`, or a bare word as vCard 2.1 writes it: then the name is empty and the word is the value.

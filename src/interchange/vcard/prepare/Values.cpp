@@ -39,7 +39,7 @@ std::size_t appendSpecial(
     std::string& out, std::string_view value, std::size_t at, Shape shape, Escapes escapes)
 {
     const bool raw = shape == Shape::wholeLine;
-    const bool old = escapes == Escapes::old || escapes == Escapes::oldEncoded;
+    const bool old = escapes != Escapes::rfc;
     const char next = at + 1 < value.size() ? value[at + 1] : '\0';
     switch (value[at]) {
     case '\0':
@@ -58,6 +58,10 @@ std::size_t appendSpecial(
         return at + 1;
     default:
         break;
+    }
+    if (escapes == Escapes::none) {
+        out += "\\\\";
+        return at + 1;
     }
     const bool breaks = (next == 'n' || next == 'N') && (escapes == Escapes::rfc || escapes == Escapes::old);
     if (breaks || next == '\\') {
@@ -88,6 +92,17 @@ void appendValue(std::string& out, std::string_view value, Shape shape, Escapes 
         run = at = appendSpecial(out, value, at, shape, escapes);
     }
     out.append(value, run);
+}
+
+std::string plainText(std::string_view canonical)
+{
+    std::string text;
+    for (std::size_t at = 0; at < canonical.size(); ++at) {
+        const bool escape = canonical[at] == '\\' && at + 1 < canonical.size();
+        at += escape;
+        text += escape && canonical[at] == 'n' ? '\n' : canonical[at];
+    }
+    return text;
 }
 
 std::size_t endOfFields(std::string_view canonical, std::size_t count)

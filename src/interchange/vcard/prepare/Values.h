@@ -27,13 +27,18 @@ enum class Escapes : std::uint8_t {
     old,
     /// vCard 2.1 behind quoted-printable or base64, which have a line break of their own: "\n" is two
     /// characters.
-    oldEncoded
+    oldEncoded,
+    /// Plain text: a backslash is one.
+    none
 };
 
 /// Appends a value in canonical escapes: `\\ \n \, \;` and no other, no line ends, no NUL. "\:" loses its
 /// backslash; a backslash in front of anything else is text. A text that is canonical stays as it is.
 /// `value` is UTF-8.
 void appendValue(std::string& out, std::string_view value, Shape shape, Escapes escapes);
+
+/// The text that a canonical value of one part stands for.
+std::string plainText(std::string_view canonical);
 
 /// Where the first `count` fields of a canonical value end, at the ";" behind them or at the value's end.
 std::size_t endOfFields(std::string_view canonical, std::size_t count);

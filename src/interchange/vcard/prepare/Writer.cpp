@@ -83,6 +83,7 @@ void CardWriter::begin(const RawCard& raw, CanonicalCard& card)
     _labels.clear();
     _codes.clear();
     _addresses.clear();
+    _emptied.clear();
     _ownLabels.clear();
     _item = 0;
     _kind = Kind::person;
@@ -339,6 +340,8 @@ void CardWriter::join(std::string& text, std::string_view more)
 
 void CardWriter::tell(Finding finding, std::string_view subject)
 {
+    if (finding == Finding::emptyValue)
+        _emptied.insert(_property.group);
     _report.add(_card->number, _line, finding, subject);
 }
 

@@ -57,13 +57,14 @@ private:
     void carryUnreadable(std::string_view line);
 
     // Entries                                                                      (WriterEntries.cpp)
-    void writeText(const Row& row, std::string_view text);
+    void writeText(const Row& row, std::string_view text, Escapes escapes);
     void writeTelephone(const Row& row);
     void writeEmail(const Row& row);
     void writeMessaging();
     void writeService(const Row& row);
     void writeAddressOf(std::string_view scheme, std::string_view address, std::string_view whole);
     void writeRelated(const Row& row);
+    void forgetTypes();
     void writeRelation(std::string_view name, std::string_view label);
     void writeDay(const Row& row, std::string_view name);
     bool isRepeated(const Row& row, std::string_view value) const;
@@ -74,6 +75,7 @@ private:
     void finishOrganization();
     void makeName(Index formatted, bool whole);
     void makeNickname(Index formatted);
+    bool isAddress(std::string_view text) const;
     void writeList(const Row& row);
 
     // Groups of lines, and groups of people                                        (WriterGroups.cpp)
@@ -127,6 +129,8 @@ private:
     std::vector<Index> _first;
     /// Lines that are joined with others of their group at the end.
     std::vector<Index> _labels, _codes, _addresses;
+    /// The groups of lines that were empty.
+    std::unordered_set<std::string_view> _emptied;
     /// Lines that get a label of ours, and that label.
     std::vector<std::pair<Index, std::string>> _ownLabels;
     std::uint32_t _item = 0;

@@ -40,10 +40,10 @@ std::string_view labelOfRelation(std::string_view type)
 } // namespace
 
 /// A line with `text` as its value; one that is empty is told.
-void CardWriter::writeText(const Row& row, std::string_view text)
+void CardWriter::writeText(const Row& row, std::string_view text, Escapes escapes)
 {
     beginLine(&row, _property.name);
-    appendValue(_lines.text(), trimmed(text), row.shape, escapes());
+    appendValue(_lines.text(), trimmed(text), row.shape, escapes);
     if (isEmptyValue(_lines.begunValue(), row.shape)) {
         _lines.giveUp();
         return tell(Finding::emptyValue, _property.name);
@@ -56,8 +56,8 @@ void CardWriter::writeTelephone(const Row& row)
 {
     constexpr std::string_view scheme = "tel:", extension = "ext=";
     if (!startsInAnyCase(value(), scheme))
-        return writeText(row, value());
-    std::string number(value());
+        return writeText(row, value(), escapes());
+    std::string number = plainText(canonicalValue());
     while (startsInAnyCase(number, scheme)) {
         std::string_view rest = std::string_view(number).substr(scheme.size());
         std::string plain(rest.substr(0, rest.find(';')));
@@ -71,23 +71,23 @@ void CardWriter::writeTelephone(const Row& row)
         }
         number = trimmed(decodedPercents(plain));
     }
-    writeText(row, number);
+    writeText(row, number, Escapes::none);
 }
 
 void CardWriter::writeEmail(const Row& row)
 {
     constexpr std::string_view scheme = "mailto:";
     if (!startsInAnyCase(value(), scheme))
-        return writeText(row, value());
-    std::string address(value());
+        return writeText(row, value(), escapes());
+    std::string address = plainText(canonicalValue());
     while (startsInAnyCase(address, scheme))
         address = trimmed(decodedPercents(std::string_view(address).substr(scheme.size())));
-    writeText(row, address);
+    writeText(row, address, Escapes::none);
 }
 
 void CardWriter::writeMessaging()
 {
-    const std::string whole(value());
+    const auto whole = plainText(canonicalValue());
     const auto scheme = schemeOf(whole);
     if (scheme.empty())
         return carryText(Finding::noPlace);
@@ -96,7 +96,7 @@ void CardWriter::writeMessaging()
 
 void CardWriter::writeService(const Row& row)
 {
-    const std::string address(value());
+    const auto address = plainText(canonicalValue());
     if (address.empty())
         return tell(Finding::emptyValue, _property.name);
     const bool hasScheme = equalInAnyCase(schemeOf(address), row.word);
@@ -113,7 +113,7 @@ void CardWriter::writeAddressOf(std::string_view scheme, std::string_view addres
     const auto& row = *rowOf(property.empty() ? "URL" : property, _raw->version);
     beginLine(&row, row.name);
     const auto text = property.empty() ? std::string(whole) : decodedPercents(address);
-    appendValue(_lines.text(), trimmed(text), row.shape, escapes());
+    appendValue(_lines.text(), trimmed(text), row.shape, Escapes::none);
     if (trimmed(address).empty() || _lines.begunValue().empty()) {
         _lines.giveUp();
         return tell(Finding::emptyValue, _property.name);
@@ -128,11 +128,19 @@ void CardWriter::writeAddressOf(std::string_view scheme, std::string_view addres
 void CardWriter::writeRelated(const Row&)
 {
     const auto text = value();
-    if (!schemeOf(text).empty() && text.find(' ') == text.npos)
+    const bool isText = equalInAnyCase(_property.parameter(ParameterName::value), "text");
+    if (!isText && !schemeOf(text).empty() && text.find(' ') == text.npos)
         return carryText(Finding::noPlace);
     std::string_view type = _property.parameter(ParameterName::type);
     type = trimmed(type.substr(0, type.find(',')));
     writeRelation(_property.name, labelOfRelation(type));
+}
+
+/// What is left says how preferred the entry is.
+void CardWriter::forgetTypes()
+{
+    std::erase_if(
+        _property.parameters, [](const auto& parameter) { return parameter.known != ParameterName::pref; });
 }
 
 void CardWriter::writeRelation(std::string_view name, std::string_view label)
@@ -141,7 +149,7 @@ void CardWriter::writeRelation(std::string_view name, std::string_view label)
     if (text.empty())
         return tell(Finding::emptyValue, name);
     const auto& row = *rowOf(kRelatedName, _raw->version);
-    _property.parameters.clear();
+    forgetTypes();
     beginLine(&row, kRelatedName);
     appendValue(_lines.text(), text, Shape::onePart, escapes());
     const auto kept = _lines.keep();
@@ -163,7 +171,7 @@ void CardWriter::writeDay(const Row& row, std::string_view name)
     if (isRepeated(row, text.substr(0, *length)))
         return carry(_property.name, canonicalValue(), Finding::repeated);
     beginLine(&row, name);
-    _lines.text().append(text.substr(0, *length));
+    appendDay(_lines.text(), text.substr(0, *length));
     const auto kept = keepLine(row, Finding::repeated);
     if (kept == CardLines::kNone)
         return;
@@ -182,7 +190,7 @@ bool CardWriter::isRepeated(const Row& row, std::string_view value) const
 
 void CardWriter::writeOtherDate(const Row& row)
 {
-    _property.parameters.clear();
+    forgetTypes();
     writeDay(row, kOtherDateName);
 }
 

@@ -26,18 +26,6 @@ std::uint32_t itemNumber(std::string_view group)
     return error == std::errc() && read == end ? number : 0;
 }
 
-/// The text that a canonical one stands for.
-std::string unescaped(std::string_view canonical)
-{
-    std::string text;
-    for (std::size_t at = 0; at < canonical.size(); ++at) {
-        const bool escape = canonical[at] == '\\' && at + 1 < canonical.size();
-        at += escape;
-        text += escape && canonical[at] == 'n' ? '\n' : canonical[at];
-    }
-    return text;
-}
-
 /// The values of a canonical list, between bare commas, without those that are empty.
 std::vector<std::string> valuesOfList(std::string_view canonical)
 {
@@ -47,7 +35,7 @@ std::vector<std::string> valuesOfList(std::string_view canonical)
             ++at;
         } else if (at == canonical.size() || canonical[at] == ',') {
             if (const auto value = trimmed(canonical.substr(start, at - start)); !value.empty())
-                values.push_back(unescaped(value));
+                values.push_back(plainText(value));
             start = at + 1;
         }
     }
@@ -93,7 +81,8 @@ void CardWriter::finishItems()
     addLabels();
 }
 
-/// A group has one label, and a label needs an entry; another one would be read by nobody.
+/// A group has one label, and a label needs an entry; another one would be read by nobody. That of an empty
+/// entry says nothing.
 void CardWriter::dropUnusedLabels()
 {
     std::unordered_set<std::string_view> used, labelled;
@@ -105,7 +94,10 @@ void CardWriter::dropUnusedLabels()
         if (used.contains(line.group) && labelled.insert(line.group).second)
             continue;
         line.isGone = true;
-        carry("X-LABEL", _lines.valueOf(line), Finding::noPlace);
+        if (_emptied.contains(line.group) && !used.contains(line.group))
+            tell(Finding::emptyValue, kLabelName);
+        else
+            carry("X-LABEL", _lines.valueOf(line), Finding::noPlace);
     }
 }
 
@@ -221,7 +213,7 @@ void CardWriter::finishGroup()
 {
     const auto formatted = firstOf("FN");
     if (formatted != CardLines::kNone) {
-        _card->group->name = unescaped(_lines.valueOf(_lines[formatted]));
+        _card->group->name = plainText(_lines.valueOf(_lines[formatted]));
         _lines.lines()[formatted].isGone = true;
     }
     if (!_note.empty())

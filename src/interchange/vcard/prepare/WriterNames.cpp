@@ -4,6 +4,8 @@
 #include "interchange/vcard/prepare/Ascii.h"
 #include "interchange/vcard/prepare/Names.h"
 
+#include <algorithm>
+
 namespace vcard::prepare {
 
 namespace {
@@ -65,7 +67,7 @@ void CardWriter::finishNames()
     const bool needsName = name == CardLines::kNone && !isOrganization && !isCompany;
     if (needsName)
         return makeName(formatted, _kind != Kind::person);
-    if (isSaidBy(text, said))
+    if (isSaidBy(text, said) || isAddress(text))
         return;
     makeNickname(formatted);
 }
@@ -86,6 +88,16 @@ void CardWriter::makeName(Index formatted, bool whole)
     tell(Finding::nameTaken, "FN");
 }
 
+/// Whom nobody named is shown by an address, which stands in a line of its own.
+bool CardWriter::isAddress(std::string_view text) const
+{
+    const auto& lines = _lines.lines();
+    return std::any_of(lines.begin(), lines.end(), [&](const auto& line) {
+        return (line.entries == Entries::emails || line.entries == Entries::aims)
+            && _lines.valueOf(line) == text;
+    });
+}
+
 /// FN goes to the nickname, or to the note where there is one.
 void CardWriter::makeNickname(Index formatted)
 {
@@ -100,7 +112,7 @@ void CardWriter::makeNickname(Index formatted)
     tell(Finding::nicknameTaken, "FN");
 }
 
-/// It is shown as a company, under its own name.
+/// It is shown as a company, under its own name. One that has a name like a person's needs no other.
 void CardWriter::finishOrganization()
 {
     if (firstOf("X-ZRSHOWAS") == CardLines::kNone) {
@@ -109,7 +121,8 @@ void CardWriter::finishOrganization()
         _first[indexOf(row)] = _lines.keep();
     }
     const auto formatted = firstOf("FN");
-    if (firstOf("ORG") != CardLines::kNone || formatted == CardLines::kNone)
+    if (firstOf("ORG") != CardLines::kNone || firstOf("N") != CardLines::kNone
+        || formatted == CardLines::kNone)
         return;
     const auto& row = *rowOf("ORG", _raw->version);
     const std::string text(_lines.valueOf(_lines[formatted]));

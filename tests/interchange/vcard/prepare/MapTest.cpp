@@ -58,12 +58,17 @@ TEST(Map, ReadsRelationsAndDates)
             "item1.X-ZRRELATEDNAMES:Jo\nitem1.X-ZRLabel:_$!<Spouse>!$_\nitem2.X-ZRRELATEDNAMES:Bo\n"
             "item2.X-ZRLabel:_$!<Manager>!$_\n--X-MS-ASSISTANT is empty (dropped)\n"},
         {"4.0", "ANNIVERSARY:20090808T1430-0500\nBDAY:19960415\n",
-            "item1.X-ZRDATE:20090808\nitem1.X-ZRLabel:_$!<Anniversary>!$_\nBDAY:19960415\n"
+            "item1.X-ZRDATE:2009-08-08\nitem1.X-ZRLabel:_$!<Anniversary>!$_\nBDAY:1996-04-15\n"
             "--ANNIVERSARY has a time of day, kept as a day (repaired)\n"},
         {"4.0", "BDAY:--0203\nANNIVERSARY:1996-04\nX-ANNIVERSARY:soon\n",
             "NOTE:BDAY: --0203\\nANNIVERSARY: 1996-04\\nX-ANNIVERSARY: soon\n"
             "--BDAY is no whole date (kept in the note)\n--ANNIVERSARY is no whole date (kept in the note)\n"
             "--X-ANNIVERSARY is no calendar day (kept in the note)\n"},
+        // What is preferred stays so on its way to another name; a text may look like an address.
+        {"4.0", "X-ZRDATE:2001-01-01\nANNIVERSARY;PREF=1:20020202\n",
+            "item1.X-ZRDATE:2002-02-02\nitem1.X-ZRLabel:_$!<Anniversary>!$_\nX-ZRDATE:2001-01-01\n"},
+        {"4.0", "RELATED;TYPE=friend:a\nRELATED;PREF=1;VALUE=text:Bo:Ek\n",
+            "X-ZRRELATEDNAMES:Bo:Ek\nitem1.X-ZRRELATEDNAMES:a\nitem1.X-ZRLabel:_$!<Friend>!$_\n"},
         {"4.0", "BDAY;VALUE=text:circa 1800\n",
             "NOTE:BDAY: circa 1800\n--BDAY is no calendar day (kept in the note)\n"},
     }));
@@ -100,6 +105,7 @@ TEST(Map, MakesNamesWhole)
             "N:Stevenson X;John;Philip Paul;Dr. Prof.;Jr.\\, M.D.\n"},
         {"3.0", "N:Public\\, Jr., x;J\nNICKNAME:Jim,Jimmie\nNICKNAME:Bob\n",
             "N:Public\\, Jr.\\, x;J\nNICKNAME:Jim\\, Jimmie\\, Bob\n"},
+        {"3.0", "N:;;Rita;;\nFN:a@b.c\nEMAIL:a@b.c\n", "N:;;Rita;;\nFN:a@b.c\nEMAIL:a@b.c\n"},
         {"2.1", "N:Lima,x;A\nNICKNAME:Jim,Jo\n", "N:Lima\\,x;A\nNICKNAME:Jim\\,Jo\n"},
     }));
 }
@@ -111,6 +117,7 @@ TEST(Map, ReadsWhatKindOfCardItIs)
         {"4.0", "KIND:org\nFN:ABC Boats\nORG:ABC\\, Inc.;Sales\n",
             "FN:ABC Boats\nNICKNAME:ABC Boats\nORG:ABC\\, Inc.;Sales\nX-ZRShowAs:COMPANY\n"
             "--FN differs from the name, kept as the nickname (repaired)\n"},
+        {"4.0", "KIND:org\nN:Lima;;;;\nFN:Lima\n", "N:Lima;;;;\nFN:Lima\nX-ZRShowAs:COMPANY\n"},
         {"4.0", "KIND:individual\nFN:a\n", "FN:a\n--KIND says nothing about the person (dropped)\n"},
         {"4.0", "KIND:group\nFN:The Does\nMEMBER:urn:uuid:1\n",
             "FN:The Does\nN:The Does;;;;\nNOTE:KIND: group\\nMEMBER: urn:uuid:1\n"

@@ -85,9 +85,9 @@ TEST(Writer, KeepsDaysThatTheReaderUnderstands)
 {
     check(std::to_array<Case>({
         {"3.0", "BDAY;VALUE=date:1970-05-01\n", "BDAY:1970-05-01\n"},
-        {"3.0", "BDAY:19700501\n", "BDAY:19700501\n"},
+        {"3.0", "BDAY:19700501\n", "BDAY:1970-05-01\n"},
         {"3.0", "BDAY:19700501T000000Z\n",
-            "BDAY:19700501\n--BDAY has a time of day, kept as a day (repaired)\n"},
+            "BDAY:1970-05-01\n--BDAY has a time of day, kept as a day (repaired)\n"},
         {"4.0", "BDAY:--0501\n", "NOTE:BDAY: --0501\n--BDAY is no whole date (kept in the note)\n"},
         {"3.0", "BDAY:1970-02-30\n", "NOTE:BDAY: 1970-02-30\n--BDAY is no calendar day (kept in the note)\n"},
         {"3.0", "BDAY:1970-05-012\n",
