@@ -220,10 +220,10 @@ void withoutOuterBlanks(PlainCard& card, const Road& road)
 /// An address of nothing but its country's code. The first CR of a street parts two fields.
 void withoutEmptyAddresses(PlainCard& card, const Road& road)
 {
-    const auto isBlank = [](const auto& part) {
+    const auto isBlank = [&](const auto& part) {
         std::string text = part.second;
         if (const std::size_t end = text.find('\r');
-            end != std::string::npos && part.first == zr::kZRAddressStreetKey)
+            end != std::string::npos && part.first == zr::kZRAddressStreetKey && road.version != Version::v40)
             text.erase(end, 1);
         return part.first == zr::kZRAddressCountryCodeKey
             || text.find_first_not_of(" \t") == std::string::npos;
