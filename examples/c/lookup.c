@@ -1,5 +1,5 @@
 // Address lookup as a mail program does it: the mail addresses of everybody whose name, company or address
-// has the text in it, a line each, with a tab between address and name.
+// has the text in it, a line each, as a message is addressed.
 //
 //   cc -std=c11 lookup.c -o lookup $(pkg-config --cflags --libs roster)
 //   ./lookup lima
@@ -7,12 +7,12 @@
 
 #include <stdio.h>
 
-// Prints a property that is a text, with a blank before it; nothing where the card says nothing.
+// Prints a property that is a text, with a blank behind it; nothing where the card says nothing.
 static void printText(ZRPersonRef person, const char* property)
 {
     ZRStringRef text = ZRRecordCopyValue(person, property);
     if (text)
-        printf(" %s", ZRStringGetUTF8(text));
+        printf("%s ", ZRStringGetUTF8(text));
     ZRRelease(text); // as everywhere, NULL is allowed
 }
 
@@ -21,11 +21,10 @@ static void printAddresses(ZRPersonRef person)
     ZRMultiValueRef addresses = ZRRecordCopyValue(person, kZREmailProperty);
     for (ZRIndex i = 0; i < ZRMultiValueCount(addresses); ++i) {
         ZRStringRef address = ZRMultiValueCopyValueAtIndex(addresses, i);
-        printf("%s\t", ZRStringGetUTF8(address));
         printText(person, kZRFirstNameProperty);
         printText(person, kZRLastNameProperty);
         printText(person, kZROrganizationProperty);
-        printf("\n");
+        printf("<%s>\n", ZRStringGetUTF8(address));
         ZRRelease(address);
     }
     ZRRelease(addresses);

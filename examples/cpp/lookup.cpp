@@ -1,6 +1,5 @@
 // Address lookup as a mail program does it, over the object interface: the mail addresses of everybody in
-// whose card the text stands, whatever the case and the accents, a line each, with a tab between address and
-// name.
+// whose card the text stands, whatever the case and the accents, a line each, as a message is addressed.
 //
 //   c++ -std=c++20 lookup.cpp -o lookup $(pkg-config --cflags --libs roster)
 //   ./lookup lima
@@ -18,7 +17,7 @@ void printAddresses(const ZRPerson& person)
     const platform::Value value = person.valueForProperty(kZREmailProperty);
     const auto* addresses = value.as<ZRMultiValue>(); // null for a card without addresses
     for (ZRIndex i = 0; addresses && i < addresses->count(); ++i)
-        std::cout << addresses->valueAtIndex(i).asText() << '\t' << person.compositeName() << '\n';
+        std::cout << person.compositeName() << " <" << addresses->valueAtIndex(i).asText() << ">\n";
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Address lookup from Python, over ctypes and the plain functions: the mail addresses of everybody who has the text in
-the last name, a line each, with a tab between address and name.
+the last name, a line each, as a message is addressed.
 
     python3 lookup.py lima
 """
@@ -67,7 +67,7 @@ def main():
     for i in range(array_count(people)):
         person = array_value(people, i)
         for address in addresses(person):
-            print(address, name(person), sep="\t")
+            print(f"{name(person)} <{address}>")
     for handle in (people, search, value):
         release(handle)
 
