@@ -2,6 +2,7 @@
 // ROSTER_UPDATE_PAGES set the test brings their sections up to date.
 #include "CommandTable.h"
 #include "ManPage.h"
+#include "Offers.h"
 #include "Rules.h"
 #include "pages/Page.h"
 #include "support/Process.h"
@@ -63,6 +64,13 @@ TEST(ManPages, TellEveryOperatorOfARule)
     const std::string page = contentsOf(pathOf("roster-query.7"));
     for (const auto& [word, meaning] : ruleOperators())
         EXPECT_THAT(page, HasSubstr(".B " + roff(word) + "\n"));
+}
+
+TEST(ManPages, TellEveryPreferenceThatIsOffered)
+{
+    const std::string page = contentsOf(pathOf("roster-files.5"));
+    for (const auto& [word, meaning] : offered(Offer::preferences, "", {}))
+        EXPECT_THAT(page, HasSubstr(roff(word.substr(0, word.size() - 1))));
 }
 
 TEST(ManPages, RenderWithoutWarnings)

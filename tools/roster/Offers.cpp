@@ -36,14 +36,22 @@ struct Preference {
     std::string_view key, meaning;
 };
 constexpr Preference preferences[] = {
+    {"ZRNameSorting", "lists by first (0) or last name (1)"},
+    {"ZRNameDisplay", "names with the first (0) or the last one in front (1)"},
+    {"ZRDefaultAddressCountryCode", "the country that addresses do not name"},
+    {"ZRPhoneFormat-Enabled", "false: numbers as they were typed"},
     {"ZRDontAutoMerge", "true: an import adds who is there already"},
     {"ZRIncludeNotesInVCard", "true: vCards hold notes"},
     {"ZRIncludePhotosInVCard", "true: vCards hold pictures"},
-    {"ZRSearchDebug", "true: log each search"},
+    {"ZRPrivateVCardFieldsEnabled", "true: vCards lack what is private on one's own card"},
+    {"ZRUse21vCardFormat", "true: vCards are of version 2.1"},
+    {"ZR21vCardEncoding", "the charset of vCards that name none"},
+    {"ZRDisableSync", "true: saves start no sync tool"},
     {"ZRDebugLog", "true: log more"},
+    {"ZRSearchDebug", "true: log each search"},
     {"ZRLockDebug", "true: log the global lock"},
-    {"ZRFileLockDebug", "true: log the file lock"},
-    {"ZRDisableSync", "true: start no sync tool"},
+    {"ZRFileLockDebug", "true: log the lock between processes"},
+    {"ZRLogNotifications", "true: log notices"},
 };
 
 void addIfBegins(Candidates& found, const std::string& text, std::string word, std::string meaning)
