@@ -5,6 +5,7 @@
 #include "core/ZRFrameworkBundle.h"
 #include "platform/files/Resources.h"
 #include "platform/files/ZRUserDefaults.h"
+#include "platform/run/NeverDestroyed.h"
 
 #include <algorithm>
 #include <map>
@@ -119,8 +120,9 @@ std::string ZRLocalizedPropertyOrLabel(std::string_view key)
 
 std::string ZREnglishLocalizedPropertyOrLabel(std::string_view key)
 {
-    static const auto english = platform::parseStringTable(
-        platform::resource("strings/en/ZRLabelsAndProperties", "strings").value_or(std::string()));
-    const auto found = english.find(key);
-    return found == english.end() ? std::string(key) : found->second;
+    using Table = std::map<std::string, std::string, std::less<>>;
+    static const platform::NeverDestroyed<const Table> english(platform::parseStringTable(
+        platform::resource("strings/en/ZRLabelsAndProperties", "strings").value_or(std::string())));
+    const auto found = english->find(key);
+    return found == english->end() ? std::string(key) : found->second;
 }

@@ -1,6 +1,7 @@
 // How search elements are put away, and what becomes of an archive that is newer, damaged or hostile.
 #include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
+#include "platform/run/NeverDestroyed.h"
 #include "search/SearchedGroups.h"
 #include "search/ZRSearchElementConjunction.h"
 #include "search/ZRSearchElementMatch.h"
@@ -30,12 +31,12 @@ std::atomic<std::int64_t> matchVersion = 1;
 
 const platform::ArchiveClasses& elementClasses()
 {
-    static const platform::ArchiveClasses classes{
+    static const platform::NeverDestroyed<const platform::ArchiveClasses> classes(platform::ArchiveClasses{
         {"ZRSearchElementMatch",
             [](KeyedUnarchiver& coder) { return ZRSearchElementMatch::initWithCoder(coder); }},
         {"ZRSearchElementConjunction",
-            [](KeyedUnarchiver& coder) { return ZRSearchElementConjunction::initWithCoder(coder); }}};
-    return classes;
+            [](KeyedUnarchiver& coder) { return ZRSearchElementConjunction::initWithCoder(coder); }}});
+    return *classes;
 }
 
 /// An archived text, or null; anything else under the key is a failure.

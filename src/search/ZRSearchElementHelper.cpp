@@ -2,6 +2,7 @@
 #include "search/ZRSearchElementHelper.h"
 
 #include "core/ZRConstants.h"
+#include "platform/run/NeverDestroyed.h"
 #include "search/ZRSearchElementConjunction.h"
 #include "search/ZRSearchElementMatch.h"
 
@@ -9,6 +10,7 @@
 #include <array>
 #include <cmath>
 
+using platform::NeverDestroyed;
 using platform::Ref;
 using platform::Value;
 using Strings = std::vector<std::string>;
@@ -94,26 +96,27 @@ std::optional<ZRSearchRule> ruleOfNames(const ZRSearchElementConjunction& conjun
 
 const Strings& ZRSearchElementHelper::nameProperties()
 {
-    static const Strings names =
+    static const NeverDestroyed<const Strings> names(
         strings({zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty, zr::kZRLastNameProperty,
             zr::kZRNicknameProperty, zr::kZRMaidenNameProperty, zr::kZRFirstNamePhoneticProperty,
-            zr::kZRMiddleNamePhoneticProperty, zr::kZRLastNamePhoneticProperty});
-    return names;
+            zr::kZRMiddleNamePhoneticProperty, zr::kZRLastNamePhoneticProperty}));
+    return *names;
 }
 
 const Strings& ZRSearchElementHelper::AddressKeys()
 {
-    static const Strings keys =
+    static const NeverDestroyed<const Strings> keys(
         strings({zr::kZRAddressStreetKey, zr::kZRAddressCityKey, zr::kZRAddressStateKey, zr::kZRAddressZIPKey,
-            zr::kZRAddressCountryKey, zr::kZRAddressCountryCodeKey});
-    return keys;
+            zr::kZRAddressCountryKey, zr::kZRAddressCountryCodeKey}));
+    return *keys;
 }
 
 const Strings& ZRSearchElementHelper::IMProperties()
 {
-    static const Strings services = strings({zr::kZRAIMInstantProperty, zr::kZRICQInstantProperty,
-        zr::kZRYahooInstantProperty, zr::kZRMSNInstantProperty, zr::kZRJabberInstantProperty});
-    return services;
+    static const NeverDestroyed<const Strings> services(
+        strings({zr::kZRAIMInstantProperty, zr::kZRICQInstantProperty, zr::kZRYahooInstantProperty,
+            zr::kZRMSNInstantProperty, zr::kZRJabberInstantProperty}));
+    return *services;
 }
 
 Strings ZRSearchElementHelper::propertiesOfSearchElements(const std::vector<Ref<ZRSearchElement>>& elements)

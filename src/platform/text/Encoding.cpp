@@ -1,6 +1,7 @@
 // The table of encodings, and strict conversion by it.
 #include "platform/text/Encoding.h"
 
+#include "platform/run/NeverDestroyed.h"
 #include "platform/text/SingleByte.h"
 #include "platform/text/Utf.h"
 
@@ -127,10 +128,10 @@ std::size_t indexOf(const EncodingInfo& info) { return static_cast<std::size_t>(
 const SingleByteSet& singleByteSet(const EncodingInfo& info)
 {
     static std::array<std::once_flag, kEncodingCount> made;
-    static std::array<std::unique_ptr<const SingleByteSet>, kEncodingCount> sets;
+    static const NeverDestroyed<std::array<std::unique_ptr<const SingleByteSet>, kEncodingCount>> sets;
     const std::size_t index = indexOf(info);
-    std::call_once(made[index], [&] { sets[index] = std::make_unique<SingleByteSet>(info.converter); });
-    return *sets[index];
+    std::call_once(made[index], [&] { (*sets)[index] = std::make_unique<SingleByteSet>(info.converter); });
+    return *(*sets)[index];
 }
 
 struct CloseConverter {
@@ -261,9 +262,9 @@ const EncodingInfo* encodingInfo(TextEncoding encoding)
 
 TextEncoding encodingForName(std::string_view name)
 {
-    static const NameTable names = makeNames();
-    const auto found = names.find(capitals(name));
-    return found == names.end() ? invalidTextEncoding : found->second;
+    static const NeverDestroyed<const NameTable> names(makeNames());
+    const auto found = names->find(capitals(name));
+    return found == names->end() ? invalidTextEncoding : found->second;
 }
 
 std::string_view nameOfEncoding(TextEncoding encoding)
