@@ -12,6 +12,8 @@ namespace vcard::prepare {
 namespace {
 
 constexpr std::size_t kFieldsInFrontOfCountry = 6;
+/// The reader looks for no label of this old form of an address.
+constexpr std::string_view kAddressWithoutGroup = "ADD";
 
 /// The number of a group like those that are made here: "item12"; 0 for another.
 std::uint32_t itemNumber(std::string_view group)
@@ -87,7 +89,7 @@ void CardWriter::dropUnusedLabels()
 {
     std::unordered_set<std::string_view> used, labelled;
     for (const auto& line : _lines.lines())
-        if (line.entries != Entries::none)
+        if (line.entries != Entries::none && line.row->name != kAddressWithoutGroup)
             used.insert(line.group);
     for (const auto label : _labels) {
         auto& line = _lines.lines()[label];

@@ -168,10 +168,10 @@ void CardWriter::writePosition()
 
 void CardWriter::carryText(Finding finding)
 {
-    const auto text = value();
-    if (text.empty())
+    if (trimmed(_property.value).empty())
         return tell(Finding::emptyValue, _property.name);
-    if (_property.transfer == Transfer::base64 || isDataURI(text))
+    // Bytes say nothing of the character set of the card.
+    if (_property.transfer == Transfer::base64 || isDataURI(value()))
         return tell(Finding::binary, _property.name);
     carry(_property.name, canonicalValue(), finding);
 }

@@ -171,6 +171,9 @@ TEST(Map, GivesAddressesTheCodeOfTheirCountry)
 TEST(Map, KeepsLabelsOfEntriesAlone)
 {
     check(std::to_array<Case>({
+        {"3.0", "a.ADD:b;c;;;;\na.X-LABEL:Boat\nb.TEL:\nb.X-LABEL:x\n",
+            "a.ADD:b;c;;;;\nNOTE:X-LABEL: Boat\n--TEL is empty (dropped)\n"
+            "--X-LABEL has no place of its own (kept in the note)\n--X-ZRLabel is empty (dropped)\n"},
         {"3.0", "a.X-LABEL:Boat\na.TEL:1\na.X-LABEL:Ship\nb.X-ZRLabel:House\nb.NOTE:n\n",
             "a.X-ZRLabel:Boat\na.TEL:1\nNOTE:n\\nX-LABEL: Ship\\nX-LABEL: House\n--X-LABEL has no place of "
             "its own "
