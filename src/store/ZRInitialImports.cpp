@@ -13,6 +13,7 @@
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
 #include "platform/run/MainQueue.h"
+#include "platform/run/Thread.h"
 #include "platform/value/PropertyList.h"
 #include "store/ZRRosterState.h"
 #include "store/ZRServices.h"
@@ -20,7 +21,6 @@
 #include <fmt/format.h>
 
 #include <pwd.h>
-#include <thread>
 #include <unistd.h>
 
 using platform::Ref;
@@ -148,7 +148,9 @@ void nts_ImportTipCards(ZRRoster& roster) ZR_NTS
     if (!flags.importTips)
         return;
     flags.importTips = false;
-    std::thread(_threadedImportTipCards, Ref<ZRRoster>(&roster)).detach();
+    if (!platform::startThread(
+            "roster-samples", [owned = Ref<ZRRoster>(&roster)] { _threadedImportTipCards(owned); }))
+        platform::log("-ZRRoster no thread to import the tip cards");
 }
 
 void tellOthers(const char* name, const char* word, ZRRoster& roster, ZRRoster::UserInfo& info)
