@@ -44,10 +44,10 @@ std::string limits()
     return text.str();
 }
 
-/// What the kernel says of this thread: blocked and ignored signals, the mask for new files.
-std::string kernelsView()
+/// What the kernel says of a thread of this process, as far as a host minds.
+std::string kernelsView(const files::path& thread)
 {
-    std::ifstream status("/proc/thread-self/status");
+    std::ifstream status(thread / "status");
     std::string text;
     for (std::string line; std::getline(status, line);)
         if (line.starts_with("SigBlk") || line.starts_with("SigIgn") || line.starts_with("Umask"))
@@ -55,9 +55,22 @@ std::string kernelsView()
     return text;
 }
 
+/// The signals of a host are delivered to any thread that does not block them. SIGKILL, SIGSTOP and the C
+/// library's own two cannot be blocked.
+std::string threadsThatTakeSignals()
+{
+    std::string text;
+    for (const auto& thread : files::directory_iterator("/proc/self/task"))
+        if (thread.path().filename() != std::to_string(getpid()))
+            if (const auto view = kernelsView(thread);
+                !view.empty() && view.find("SigBlk:\tfffffffe7ffbfeff") == view.npos)
+                text += "thread: " + view;
+    return text;
+}
+
 std::string hostState()
 {
-    std::string text = dispositions() + limits() + kernelsView();
+    std::string text = dispositions() + limits() + kernelsView("/proc/thread-self");
     text += std::string("locale ") + setlocale(LC_ALL, nullptr) + "\ndirectory "
         + files::current_path().string() + '\n';
     for (char** variable = environ; *variable; ++variable)
@@ -118,7 +131,7 @@ const Role usesRoster("use a roster as a plug-in", [](const Words&) {
     const std::string before = hostState();
     useRoster(Library());
     const std::string after = hostState();
-    return news(before, after) + news(after, before);
+    return news(before, after) + news(after, before) + threadsThatTakeSignals();
 });
 
 void nothing(const files::path&) { }
