@@ -55,16 +55,23 @@ std::string kernelsView(const files::path& thread)
     return text;
 }
 
-/// The signals of a host are delivered to any thread that does not block them. SIGKILL, SIGSTOP and the C
-/// library's own two cannot be blocked.
+/// Whether a thread blocks every signal that can be blocked: all but SIGKILL, SIGSTOP and the C library's own
+/// two, which that blocks as well now and then. One that has ended meanwhile does.
+bool takesNoSignals(const files::path& thread)
+{
+    constexpr std::uint64_t kAll = 0xfffffffe7ffbfeff;
+    const std::string view = kernelsView(thread), key = "SigBlk:\t";
+    const auto at = view.find(key);
+    return at == view.npos || (std::stoull(view.substr(at + key.size(), 16), nullptr, 16) & kAll) == kAll;
+}
+
+/// A host's signals are delivered to any thread that does not block them.
 std::string threadsThatTakeSignals()
 {
     std::string text;
     for (const auto& thread : files::directory_iterator("/proc/self/task"))
-        if (thread.path().filename() != std::to_string(getpid()))
-            if (const auto view = kernelsView(thread);
-                !view.empty() && view.find("SigBlk:\tfffffffe7ffbfeff") == view.npos)
-                text += "thread: " + view;
+        if (thread.path().filename() != std::to_string(getpid()) && !takesNoSignals(thread))
+            text += "thread: " + kernelsView(thread);
     return text;
 }
 
