@@ -39,7 +39,8 @@ public:
     }
 
     /// Up to the next byte that no UTF-8 has. No NUL, which ends a text for the reader, and a letter behind
-    /// each backslash: what one does in front of an escape is not on the list word for word.
+    /// each backslash: what one does in front of an escape is not on the list word for word. Nor does a
+    /// text begin like a URI of a telephone or an e-mail address, which the preparation takes apart.
     std::string text()
     {
         const std::size_t end = std::min(_rest.find('\xFF'), std::min(_rest.size(), kLongestText));
@@ -52,6 +53,8 @@ public:
         }
         if (text.ends_with('\\'))
             text += 'n';
+        if (text.find(':') != text.npos)
+            text.insert(0, "x");
         _rest.remove_prefix(std::min(end + 1, _rest.size()));
         return text;
     }

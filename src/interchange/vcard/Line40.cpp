@@ -41,6 +41,15 @@ std::size_t endOfPiece(std::string_view line, std::size_t most)
     return isFollowing(end) ? most : end;
 }
 
+/// A line that ends so would look like two, of which the second begins a card.
+bool endsInBegin(std::string_view line)
+{
+    constexpr std::string_view begin = "begin:vcard";
+    return line.size() >= begin.size()
+        && std::ranges::equal(line.substr(line.size() - begin.size()), begin,
+            [](char c, char lower) { return c == lower || c == lower - 'a' + 'A'; });
+}
+
 } // namespace
 
 Line40::Line40(std::string& to, std::string_view name, std::int64_t group)
@@ -79,7 +88,8 @@ void Line40::end()
 {
     std::string_view rest = _line;
     for (std::size_t room = kLongestLine; room; room = rest.empty() ? 0 : kLongestLine - 1) {
-        const std::size_t piece = endOfPiece(rest, room);
+        std::size_t piece = endOfPiece(rest, room);
+        piece -= endsInBegin(rest.substr(0, piece)) ? 1 : 0;
         _to.append(room == kLongestLine ? "" : " ").append(rest.substr(0, piece)).append("\r\n");
         rest.remove_prefix(piece);
     }

@@ -460,7 +460,7 @@ void withShownName(PlainCard& card, const Road& road)
         card.texts.emplace(zr::kZROrganizationProperty, name.mapped());
     else if (!hasOrganization && (isCompany || isOneWord))
         card.texts.emplace(zr::kZRLastNameProperty, name.mapped());
-    else if (!isCompany && !vcard::prepare::isSaidBy(shown, organization))
+    else if (!isCompany && !(hasOrganization && vcard::prepare::isSaidBy(shown, organization)))
         addFields(card, fields, ofName);
 }
 

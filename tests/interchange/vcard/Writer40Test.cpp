@@ -254,6 +254,14 @@ TEST(Line40, IsFoldedBetweenCharacters)
         }
 }
 
+// Readers take a line that runs into the next card for two.
+TEST(Line40, NeverEndsInWhatBeginsACard)
+{
+    std::string to;
+    vcard::Line40(to, "NOTE").text("x Begin:VCard");
+    EXPECT_EQ(to, "NOTE:x Begin:VCar\r\n d\r\n");
+}
+
 TEST(Pictures, AreKnownByTheirFirstBytes)
 {
     const std::pair<std::string_view, const char*> cases[] = {{"\xFF\xD8\xFF\xE0", "image/jpeg"},
