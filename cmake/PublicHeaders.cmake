@@ -5,7 +5,7 @@ set(ROSTER_PUBLIC_HEADERS
     api/roster.h
     # The words of the system, what it answers, and what it runs on.
     core/ZRConstants.h core/ZRFailure.h core/ZRLabels.h core/ZRMainQueue.h core/BuiltInProperties.h
-    platform/files/Preferences.h platform/notify/NotificationCenter.h
+    platform/files/Preferences.h platform/run/NeverDestroyed.h
     platform/text/Compare.h platform/text/Dates.h platform/text/Digits.h platform/text/Escape.h platform/text/Fold.h
     # The roster and its records.
     core/ZRAllGroup.h core/ZRGroup.h core/ZRLastImportGroup.h core/ZRMutableMultiValue.h core/ZRNameOrder.h
@@ -28,5 +28,5 @@ set(ROSTER_PUBLIC_HEADERS
     commands/ZRSetImageCommand.h commands/ZRShowAsCommand.h commands/ZRUndoManager.h
     merge/DuplicateMerge.h merge/ZRBestRecordFinder.h merge/ZRCardMergeController.h merge/ZRMergePeopleCommand.h
     merge/ZRNewDuplicateCardsController.h
-    history/ZRHistory.h
+    history/ZRHistory.h history/ZRHistoryStep.h
     app/ZRActionAddressCopyMailingLabel.h app/ZRChangeNotification.h)

@@ -48,6 +48,7 @@ class ExamplesTest(installed.World):
                 self.assertEqual(loop.stdout.readline(), f"{people + 1} people\n")
                 self.stop(loop)
 
+    @unittest.skipIf(installed.SANITIZERS == "thread", "the interpreter does not run with that runtime")
     def test_python_calls_the_plain_functions(self):
         self.tool("add", "--set", "Last=Øster", "--set", "Email;home=o@x.example")
         more = {}

@@ -1,11 +1,13 @@
-"""Does each installed header compile alone, those of the plain functions in C too?"""
+"""Does each installed header compile alone, those of the plain functions in C too, and are they all that programs need?"""
 import concurrent.futures
+import pathlib
 import re
 import subprocess
 import unittest
 
 import installed
 
+TOOL = pathlib.Path(__file__).parents[2] / "tools/roster"
 INCLUDE = installed.PREFIX / "include"
 DIALECTS = {"c": ["-x", "c", "-std=c11"], "c++": ["-x", "c++", "-std=c++20"]}
 
@@ -23,7 +25,8 @@ def complaint(dialect, header):
     """What the compiler says against it; nothing when all is well."""
     compiler = installed.COMPILERS["cc" if dialect == "c" else "c++"]
     command = [compiler, *DIALECTS[dialect], "-Wall", "-Wextra", "-pedantic", "-Werror", "-fsyntax-only", f"-I{INCLUDE}"]
-    done = subprocess.run([*command, "-"], input=f"#include <{header}>\ntypedef int something;\n", text=True, stderr=subprocess.PIPE, check=False)
+    done = subprocess.run([*command, "-"], input=f"#include <{header}>\ntypedef int something;\n", text=True,
+                          stderr=subprocess.PIPE, check=False)
     return done.stderr
 
 
@@ -41,6 +44,11 @@ class HeadersTest(unittest.TestCase):
     def test_name_each_other_below_one_folder(self):
         for header in INCLUDE.rglob("*.h"):
             self.assertNotRegex(header.read_text(), r'(?m)^#include "')
+
+    def test_are_all_that_the_tool_needs(self):
+        for source in TOOL.iterdir():
+            for header in re.findall(r'(?m)^#include "(\w+/[^"]+)"', source.read_text()):
+                self.assertTrue((INCLUDE / "roster" / header).exists(), f"{source.name} includes {header}")
 
 
 if __name__ == "__main__":
