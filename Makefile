@@ -2,7 +2,7 @@
 #   make demo    install what is missing, build, import real cards into a throwaway roster, look at them
 #   make check   install what is missing, build and pass all tests, with sanitizers and in release
 
-.PHONY: demo check bootstrap dev release deb bench fuzz interop tidy thread-safety format
+.PHONY: demo check bootstrap dev release deb deb-check bench fuzz interop tidy thread-safety format
 
 demo: release
 	tools/demo build/release/bin/roster
@@ -28,6 +28,10 @@ deb: bootstrap
 	cmake --preset deb
 	cmake --build --preset deb
 	cpack --config build/deb/CPackConfig.cmake -B build/deb/packages
+
+# Installs, uses and removes them in a fresh Debian 12 (debootstrap), as root.
+deb-check: deb
+	tests/install/packages build/deb/packages
 
 # The API reference, in build/docs/html.
 docs: bootstrap
