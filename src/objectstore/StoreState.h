@@ -56,6 +56,8 @@ struct StoreState {
     bool isReadOnly = false;
     /// How often was read, until SQLite keeps as many pages as those want who stay: negative then.
     int readings = 0;
+    /// How often a transaction was begun that writes.
+    unsigned writings = 0;
     platform::ProcessMark mark;
 
     /// How deep transactions are nested, and whether the outermost one writes.

@@ -4,6 +4,7 @@
 #include "objectstore/StoreErrors.h"
 
 #include <fmt/format.h>
+
 #include <sqlite3.h>
 
 #include <cerrno>
@@ -33,6 +34,14 @@ void keepMorePages(StoreState& store)
     if (store.readings >= 0)
         store.connection->execute("PRAGMA cache_size = -16000");
     store.readings = -1;
+}
+
+/// Who saves again and again, as an import does, writes the same pages of the indexes each time: they go to
+/// the database once for many saves.
+void keepLongLog(StoreState& store)
+{
+    if (store.writings++ == 1)
+        store.connection->execute("PRAGMA wal_autocheckpoint = 8000");
 }
 
 } // namespace
@@ -83,6 +92,7 @@ WriteTransaction::WriteTransaction(StoreState& store) : _store(store)
     refuseInChild(store);
     refuseReplaced(store);
     keepMorePages(store);
+    keepLongLog(store);
     store.connection->prepared("BEGIN IMMEDIATE").run();
     store.transactionDepth = 1;
     store.isWriting = true;
