@@ -33,6 +33,8 @@ bool ZRPersonSetImageData(ZRPersonRef person, ZRDataRef image)
         if (image)
             as<const platform::Data>(image);
         auto& card = as<ZRPerson>(person);
+        if (!card.zrDatabaseImpl())
+            return false;
         border::keepPicturesOf(*card.roster());
         return card.setImageData(border::value(image));
     });

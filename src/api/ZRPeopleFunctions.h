@@ -32,7 +32,7 @@ ZR_EXPORT ZRArrayRef ZRPersonCopyParentGroups(ZRPersonRef person);
 /// The picture, in the format in which it was set. NULL where there is none, and on failure.
 ZR_EXPORT ZRDataRef ZRPersonCopyImageData(ZRPersonRef person);
 /// Sets the picture (JPEG, PNG, TIFF or GIF); NULL removes it. Of a person who is saved already it is on the
-/// disk when this returns. False on failure.
+/// disk when this returns. False on failure, and for a person who was removed.
 ZR_EXPORT bool ZRPersonSetImageData(ZRPersonRef person, ZRDataRef image);
 
 // ---- groups

@@ -40,8 +40,8 @@ ZR_EXPORT bool ZRSave(ZRRosterRef roster);
 /// Puts a record into the roster. Those of ZRPersonCreate and ZRGroupCreate are in the shared one already,
 /// which is true as well. False when it is refused.
 ZR_EXPORT bool ZRAddRecord(ZRRosterRef roster, ZRRecordRef record);
-/// Deletes a record at the next save; its handle reads as empty from now on. Members of a group stay. False
-/// when it is not in this roster.
+/// Deletes a record at the next save; its handle reads as empty from now on, and puts a new record with the
+/// same id into the roster when a value is set. Members of a group stay. False when it is not in this roster.
 ZR_EXPORT bool ZRRemoveRecord(ZRRosterRef roster, ZRRecordRef record);
 
 // ---- records
@@ -58,7 +58,7 @@ ZR_EXPORT bool ZRRecordRemoveValue(ZRRecordRef record, const char* property);
 /// The id of the record, which it has from the beginning and keeps for good: 36 characters of UUID, a colon
 /// and the record type. NULL on failure.
 ZR_EXPORT ZRStringRef ZRRecordCopyUniqueId(ZRRecordRef record);
-/// Its record type, such as "ZRPerson". NULL on failure, and for a record that was removed.
+/// Its record type, such as "ZRPerson". NULL on failure.
 ZR_EXPORT ZRStringRef ZRRecordCopyRecordType(ZRRecordRef record);
 /// A new record of the same roster with the same values, unsaved; the entries of its multi-values get
 /// identifiers of their own. NULL on failure.

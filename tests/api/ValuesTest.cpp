@@ -119,7 +119,9 @@ TEST_F(PlainProperties, HoldWhatTheirTypeSaysAndNothingElse)
         }
         EXPECT_TRUE(ZRRecordSetValue(person, each.name, each.value)) << each.name;
     }
+    EXPECT_TRUE(ZRHasUnsavedChanges(roster));
     ASSERT_TRUE(ZRSave(roster));
+    EXPECT_FALSE(ZRHasUnsavedChanges(roster));
     for (const auto& each : cases)
         EXPECT_TRUE(ZREqual(Owned(ZRRecordCopyValue(person, each.name)), each.value)) << each.name;
 }
@@ -181,6 +183,32 @@ TEST_F(PlainProperties, ReadAsTheUserReadsThem)
     EXPECT_NE(
         Owned(ZRCreateFormattedAddressFromDictionary(roster, address)).text().find("Ely"), std::string::npos);
     EXPECT_EQ(Owned(ZRCopyDefaultCountryCode(roster)).text(), "us");
+}
+
+TEST_F(PlainProperties, OfARemovedPersonAreGoneUntilOneIsSet)
+{
+    const Owned name("Ada"), picture = ZRDataCreate("GIF89a", 6), id = ZRRecordCopyUniqueId(person);
+    ASSERT_TRUE(
+        ZRRecordSetValue(person, kZRFirstNameProperty, name) && ZRPersonSetImageData(person, picture));
+    ASSERT_TRUE(ZRRemoveRecord(roster, person));
+    EXPECT_EQ(ZRRecordCopyValue(person, kZRFirstNameProperty), nullptr);
+    EXPECT_EQ(ZRPersonCopyImageData(person), nullptr);
+    EXPECT_FALSE(ZRPersonSetImageData(person, picture));
+    EXPECT_TRUE(ZRRecordSetValue(person, kZRNicknameProperty, name));
+    EXPECT_EQ(Owned(ZRCopyRecordForUniqueId(roster, id.text().c_str())), person);
+    EXPECT_EQ(ZRRecordCopyValue(person, kZRFirstNameProperty), nullptr);
+}
+
+// The handle that Get answered is nobody's to release, so it must not go when the roster needs it no more.
+TEST_F(PlainProperties, OfMeCanBeReadWhenSomebodyElseIsMe)
+{
+    ZRSetMe(roster, Owned(ZRPersonCreate()));
+    const auto former = ZRGetMe(roster);
+    ASSERT_TRUE(former && ZRSave(roster));
+    ZRSetMe(roster, person);
+    EXPECT_EQ(ZRGetMe(roster), person);
+    ASSERT_TRUE(ZRSave(roster));
+    EXPECT_FALSE(Owned(ZRRecordCopyUniqueId(former)).text().empty());
 }
 
 // ---- cards
