@@ -3,6 +3,7 @@
 
 #include "core/ZRConstants.h"
 #include "core/ZRMultiValue.h"
+#include "platform/run/NeverDestroyed.h"
 
 #include <algorithm>
 #include <set>
@@ -16,9 +17,10 @@ namespace {
 
 const ZRMultiValue& entriesOf(const Value& value)
 {
-    static const auto none = platform::makeRef<ZRMultiValue>();
+    static const platform::NeverDestroyed<const platform::Ref<ZRMultiValue>> none(
+        platform::makeRef<ZRMultiValue>());
     const auto* const entries = value.as<ZRMultiValue>();
-    return entries ? *entries : *none;
+    return entries ? *entries : **none;
 }
 
 bool contains(const ZRMultiValue& entries, const Value& value)
