@@ -38,8 +38,8 @@ protected:
     std::map<std::string, std::string> environment() const
     {
         const std::string bin = std::filesystem::path(ROSTER_TOOL).parent_path();
-        return {
-            {"XDG_DATA_HOME", world.path("data")}, {"PATH", bin + ":/usr/bin:/bin"}, {"LC_ALL", "C.UTF-8"}};
+        return {{"HOME", world.path("")}, {"XDG_DATA_HOME", world.path("data")},
+            {"PATH", bin + ":/usr/bin:/bin"}, {"LC_ALL", "C.UTF-8"}};
     }
 
     Ended user(const Lines& words) const
@@ -118,6 +118,7 @@ TEST_F(CompletionTest, OffersWhatMayStandThere)
         {{"--default", "ZRDont"}, {"ZRDontAutoMerge="}},
         // Another roster; none is made.
         {{"--roster", world.path("nowhere"), "list", "--group", ""}, {}},
+        {{"--roster", "~/data/Roster", "list", "--group", "o"}, {"Old Friends"}},
         {{"--roster", "/proc/nowhere", "list", "--group", ""}, {}},
         // Paths are the shell's to know.
         {{"import", ""}, {""}},

@@ -25,8 +25,6 @@ enum class Offer {
     preferences,
     /// Email, Phone and Address; what a group reaches somebody by.
     reachProperties,
-    /// The words of another command line.
-    words,
 };
 
 /// A flag that can be said either way.

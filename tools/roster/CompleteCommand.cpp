@@ -6,11 +6,20 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <span>
+#include <utility>
 
 namespace {
 
 using Words = std::span<const std::string>;
+
+/// The path as the shell will have it: words come as they are typed.
+std::string atHome(const std::string& path)
+{
+    const char* const home = std::getenv("HOME");
+    return home && path.starts_with("~/") ? home + path.substr(1) : path;
+}
 
 /// How far a command line was typed: what is known of the word that comes next.
 class Typed {
@@ -80,7 +89,7 @@ private:
     void take(const Option& option, const std::string& value)
     {
         if (option.name == "--roster")
-            _options.directory = value;
+            _options.directory = atHome(value);
         else if (option.name == "--default")
             _options.defaults.push_back(value);
         else if (option.name == "--groups")

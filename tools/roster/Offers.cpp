@@ -240,17 +240,23 @@ bool beginsWith(const std::string& text, const std::string& beginning)
 std::vector<Candidate> offered(Offer offer, const std::string& text, const Options& options)
 {
     Candidates found;
-    if (offer == Offer::preferences)
+    switch (offer) {
+    case Offer::nothing:
+    case Offer::files:
+    case Offer::folders:
+        return found;
+    case Offer::preferences:
         for (const auto& [key, meaning] : preferences)
             addIfBegins(found, text, std::string(key) + "=", std::string(meaning));
-    if (offer == Offer::reachProperties)
+        return found;
+    case Offer::reachProperties:
         for (const char* property : {"Email", "Phone", "Address"})
             addIfBegins(found, text, property, "");
-    if (offer == Offer::nothing || offer == Offer::preferences || offer == Offer::reachProperties)
         return found;
-    applyPreferences(options);
-    if (!zrHasStoreFile(ZRRoster::rosterDirectory()))
-        return {};
-    const auto roster = openRoster(options);
-    return ofRoster(offer, *roster, text, options);
+    default:
+        applyPreferences(options);
+        return zrHasStoreFile(ZRRoster::rosterDirectory())
+            ? ofRoster(offer, *openRoster(options), text, options)
+            : found;
+    }
 }

@@ -81,7 +81,7 @@ Command completing()
         .name = "complete",
         .summary = "Offer words to a shell",
         .run = runComplete,
-        .arguments = {{"WORD", "What was typed behind \"roster\", the word to complete last", Offer::words,
+        .arguments = {{"WORD", "What was typed behind \"roster\", the word to complete last", Offer::nothing,
             Count::any}},
         .notes = "Options stand behind --. Prints WORD<TAB>MEANING, a line each. A line that\n"
                  "begins with a tab says that files or folders are meant. It makes no roster, and\n"
