@@ -39,11 +39,11 @@ foreach(section 1 5 7)
     install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT Tool)
 endforeach()
 install(FILES tools/completions/roster.bash RENAME roster
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT Tool OPTIONAL)
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT Tool)
 install(FILES tools/completions/_roster
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT Tool OPTIONAL)
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT Tool)
 install(FILES tools/completions/roster.fish
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT Tool OPTIONAL)
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT Tool)
 
 # Licence and notices go with each component. The tables of countries inside the library have authors of their own.
 function(roster_install_licence component package)

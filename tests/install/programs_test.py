@@ -46,6 +46,13 @@ class ProgramsTest(installed.World):
                 self.check_round_trip(build / "round_trip")
         self.configure("C", "round_trip.c", "2.0", status=1)
 
+    def test_pages_and_completions_lie_where_they_are_looked_for(self):
+        share = installed.PREFIX / "share"
+        for file in ("man/man1/roster.1", "man/man5/roster-files.5", "man/man7/roster-query.7",
+                     "bash-completion/completions/roster", "zsh/vendor-completions/_roster",
+                     "fish/vendor_completions.d/roster.fish", "doc/libroster1/copyright"):
+            self.assertTrue((share / file).is_file(), file)
+
     def test_the_library_finds_its_helpers(self):
         del self.environment["ROSTER_HELPER_DIR"]
         self.tool("add", "--set", "First=Ana")
