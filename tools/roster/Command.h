@@ -25,6 +25,9 @@ struct Options {
     std::string prepare = "full";
     /// Of an import: what is done about people who are there already; empty: as the preferences say.
     std::string duplicates;
+    /// Of an import: cards of groups, and categories, become groups.
+    bool groupCards = false;
+    bool groupsFromCategories = false;
     std::string sort;
     std::size_t limit = 0;
     /// As many addresses as a person looks through; 0: all.

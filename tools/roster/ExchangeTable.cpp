@@ -22,6 +22,9 @@ Command importing()
                     "Whose name is there already: flow into that card (default),"
                     " replace it, keep it, or have both",
                     &Options::duplicates, {"update", "replace", "keep", "both"}},
+                {"--groups", "", "Make groups of cards that are groups", &Options::groupCards},
+                {"--groups-from-categories", "", "Put people into groups named like their categories",
+                    &Options::groupsFromCategories},
                 {"--plan", "", "Write nothing; print what would become of each card", &Options::plan},
                 {"--explain", "", "With --plan: print the cards as prepared", &Options::explain},
             },

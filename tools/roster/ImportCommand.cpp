@@ -57,7 +57,9 @@ int statusOf(const ZRvCardImport& result)
         complain("not saved: " + result.failure.text);
         return exitStatus::noStore;
     }
-    if (result.added + result.updated + result.same + result.kept + result.refused + result.skipped == 0) {
+    if (result.added + result.updated + result.same + result.kept + result.groups + result.refused
+            + result.skipped
+        == 0) {
         complain("there is no card in the input");
         return exitStatus::refused;
     }
@@ -81,6 +83,7 @@ void prepare(ZRvCardController& controller, const Options& options)
         {"both", DuplicateHandling::both}};
     if (options.prepare == "none")
         controller.setPreparation(ZRvCardController::Preparation::none);
+    controller.setGroupsAsked({options.groupCards, options.groupsFromCategories});
     if (!options.duplicates.empty())
         controller.setDuplicateHandling(handlings.at(options.duplicates));
 }
@@ -115,7 +118,7 @@ int runImport(const Options& options)
     complainOfRefusals(result);
     if (options.json)
         printJson(resultJson(result));
-    else if (result.added + result.updated + result.same + result.kept + result.skipped > 0)
+    else if (result.added + result.updated + result.same + result.kept + result.groups + result.skipped > 0)
         print(resultText(result));
     return statusOf(result);
 }

@@ -54,9 +54,12 @@ Json resultJson(const ZRvCardImport& result)
         errors.push_back(refusalJson(refusal));
     for (const auto& report : result.reports)
         appendRepairs(repairs, report);
-    return Json{{"added", result.added}, {"updated", result.updated}, {"same", result.same},
+    Json json{{"added", result.added}, {"updated", result.updated}, {"same", result.same},
         {"skipped", result.skipped + result.kept}, {"refused", result.refused}, {"errors", std::move(errors)},
         {"repairs", std::move(repairs)}};
+    if (result.groups > 0)
+        json["groups"] = result.groups;
+    return json;
 }
 
 std::string resultText(const ZRvCardImport& result)
@@ -68,6 +71,8 @@ std::string resultText(const ZRvCardImport& result)
         dropped += report.count(Action::dropped) - report.count(vcard::prepare::Finding::bookkeeping);
     }
     std::string text = countsText(result, "added");
+    if (result.groups > 0)
+        text += ", " + count(result.groups, "group", "groups");
     if (result.skipped > 0)
         text += ", " + count(result.skipped, "file", "files") + " of this roster itself skipped";
     if (kept + dropped > 0)

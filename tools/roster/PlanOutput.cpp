@@ -8,6 +8,7 @@
 #include "core/ZRLabels.h"
 #include "core/ZRPerson.h"
 #include "interchange/import/ImportPlan.h"
+#include "interchange/vcard/prepare/CanonicalCard.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -90,14 +91,24 @@ std::vector<std::string> fieldsOf(const ImportDecision& decision)
 
 std::string actionOf(const ZRvCardController::CardDecided& card)
 {
+    if (card.group)
+        return "group";
     return card.person ? std::string(wordFor(card.decision.fate)) : "refuse";
+}
+
+/// Who or what the card is, or why it is refused.
+std::string subjectOf(const ZRvCardController::CardDecided& card)
+{
+    if (card.group)
+        return fmt::format("{} ({} in it)", card.group->name, card.group->members.size());
+    return card.person ? displayName(*card.person) : card.firstLine + ": " + card.refusal;
 }
 
 /// One line for the card, and one for each value that would be lost.
 std::string cardText(const ZRvCardController::CardDecided& card)
 {
-    std::string text = fmt::format("{}: card {}: {} {}", card.file, card.number, actionOf(card),
-        card.person ? displayName(*card.person) : card.firstLine + ": " + card.refusal);
+    std::string text =
+        fmt::format("{}: card {}: {} {}", card.file, card.number, actionOf(card), subjectOf(card));
     const auto& decision = card.decision;
     if (decision.existing)
         text += fmt::format(" ({})", decision.existing->uniqueId().substr(0, 8));
@@ -133,7 +144,10 @@ void PlanPrinter::add(const ZRvCardController::CardDecided& card)
 void PlanPrinter::addJson(const ZRvCardController::CardDecided& card)
 {
     Json json{{"file", card.file}, {"card", card.number}, {"line", card.line}, {"action", actionOf(card)}};
-    if (card.person) {
+    if (card.group) {
+        json["name"] = card.group->name;
+        json["members"] = card.group->members;
+    } else if (card.person) {
         json["name"] = displayName(*card.person);
     } else {
         json["text"] = card.firstLine;

@@ -79,7 +79,8 @@ private:
             _bytes = _opened->bytes();
         }
         if (_options.form == Form::prepared)
-            _preparation.emplace(_bytes, Preparation::Options{source.name, _options.preferredEncoding});
+            _preparation.emplace(
+                _bytes, Preparation::Options{source.name, _options.preferredEncoding, _options.groups});
         else
             _raw.emplace(_bytes, _context);
         _number = 0;
@@ -100,6 +101,11 @@ private:
             card.refusal = textOf(*_card.refusal);
             return true;
         }
+        card.group = std::move(_card.group);
+        card.uid = _card.uid;
+        card.categories = std::exchange(_card.categories, {});
+        if (card.group)
+            return true;
         card.text = std::exchange(_card.text, {});
         CardReader(card.text, _context).next(card);
         return true;

@@ -37,6 +37,7 @@ public:
         Form form = Form::prepared;
         /// Tried where neither card nor file names a character set; 0 for none.
         TextEncoding preferredEncoding = 0;
+        vcard::prepare::GroupWishes groups = {};
     };
 
     static constexpr std::size_t kMostWaiting = 4;

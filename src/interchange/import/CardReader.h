@@ -2,6 +2,7 @@
 #pragma once
 
 #include "interchange/vcard/CardRecording.h"
+#include "interchange/vcard/prepare/CanonicalCard.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class VCardReaderContext;
 class ZRVCardParser;
@@ -17,10 +19,15 @@ namespace interchange {
 
 /// A card of an import as it was read.
 struct ReadCard {
-    /// What it says; absent when it is refused.
+    /// What it says; absent when it is refused, and when it is a group.
     std::optional<CardRecording> values;
     /// Why it is refused; empty when it is not.
     std::string refusal;
+
+    /// Set when it is a group; and what a prepared card says of groups, where the import asks for them.
+    std::optional<vcard::prepare::GroupCard> group;
+    std::string uid;
+    std::vector<std::string> categories;
 
     /// Which of the import's files, from 0.
     std::size_t file = 0;

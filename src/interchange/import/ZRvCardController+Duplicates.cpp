@@ -140,13 +140,21 @@ void ZRvCardController::settleCards()
         const auto decision = state.plan && person ? state.plan->decide(waiting.card) : ImportDecision();
         if (cardWasDecided)
             cardWasDecided({state.sources[waiting.file].name, waiting.number, waiting.line, waiting.firstLine,
-                waiting.text, person.get(), waiting.refusal, decision});
-        if (person)
-            carryOut(decision, person);
+                waiting.text, person.get(), waiting.refusal, decision,
+                waiting.group ? &*waiting.group : nullptr});
+        state.underWay.groups += waiting.group.has_value();
+        if (waiting.group && state.groups)
+            state.groups->addCard(*waiting.group, waiting.uid, waiting.file, waiting.number, waiting.line);
+        if (!person)
+            continue;
+        const auto stays = carryOut(decision, person);
+        if (stays && state.groups)
+            state.groups->addPerson(*stays, waiting.uid, waiting.categories);
     }
 }
 
-void ZRvCardController::carryOut(const ImportDecision& decision, const Ref<ZRPerson>& card)
+/// Answers who stands for the card in the roster from now on; null where nobody does.
+Ref<ZRPerson> ZRvCardController::carryOut(const ImportDecision& decision, const Ref<ZRPerson>& card)
 {
     using Fate = ImportDecision::Fate;
     auto& state = *_state;
@@ -157,7 +165,7 @@ void ZRvCardController::carryOut(const ImportDecision& decision, const Ref<ZRPer
             : decision.fate == Fate::kept ? done.kept
                                           : done.updated);
     if (state.outcome == Outcome::readOnly)
-        return;
+        return nullptr;
     if (decision.fate == Fate::replaced)
         takePlaceOf(decision.existing, card, *state.roster);
     if (decision.fate == Fate::updated) {
@@ -174,6 +182,7 @@ void ZRvCardController::carryOut(const ImportDecision& decision, const Ref<ZRPer
         state.groupHere->addMember(*person);
     if (!isNew)
         state.drop(*card);
+    return decision.fate == Fate::kept ? nullptr : person;
 }
 
 // In transactions of their own: there may be many, and nothing is lost when the import ends before its first.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "interchange/import/CardFeed.h"
+#include "interchange/import/ImportGroups.h"
 #include "interchange/import/ImportPlan.h"
 #include "interchange/import/ZRvCardController.h"
 #include "interchange/vcard/RosterReaderContext.h"
@@ -20,6 +21,9 @@ struct ZRvCardController::State {
         std::string firstLine = {};
         std::string text = {};
         std::string refusal = {};
+        std::string uid = {};
+        std::vector<std::string> categories = {};
+        std::optional<vcard::prepare::GroupCard> group = {};
     };
 
     const std::string& nameOf(const interchange::ReadCard& card) const { return sources[card.file].name; }
@@ -31,6 +35,7 @@ struct ZRvCardController::State {
     platform::Ref<ZRGroup> group;
     Preparation preparation = Preparation::full;
     Outcome outcome = Outcome::saved;
+    GroupsAsked groupsAsked;
     std::optional<interchange::DuplicateHandling> handling;
 
     std::vector<interchange::CardSource> sources;
@@ -47,6 +52,8 @@ struct ZRvCardController::State {
     std::optional<interchange::CardFeed> feed;
     /// Absent where nobody can be there already.
     std::optional<interchange::ImportPlan> plan;
+    /// Absent where nothing is written.
+    std::optional<interchange::ImportGroups> groups;
     /// Updates the people of one transaction.
     platform::Ref<ZRNewMerger> merger;
     /// Whether the cards of the import before have lost their mark.

@@ -48,6 +48,7 @@ ZRvCardController::~ZRvCardController() { cleanUp(); }
 
 void ZRvCardController::setPreparation(Preparation preparation) { _state->preparation = preparation; }
 void ZRvCardController::setOutcome(Outcome outcome) { _state->outcome = outcome; }
+void ZRvCardController::setGroupsAsked(const GroupsAsked& asked) { _state->groupsAsked = asked; }
 void ZRvCardController::setDuplicateHandling(interchange::DuplicateHandling handling)
 {
     _state->handling = handling;
@@ -65,8 +66,9 @@ bool ZRvCardController::importVCards()
         return false;
     const CardFeed::Form form =
         _state->preparation == Preparation::full ? CardFeed::Form::prepared : CardFeed::Form::raw;
-    _state->feed.emplace(
-        _state->sources, *_state->surroundings, CardFeed::Options{form, preferredEncoding()});
+    const auto& asked = _state->groupsAsked;
+    _state->feed.emplace(_state->sources, *_state->surroundings,
+        CardFeed::Options{form, preferredEncoding(), {asked.cards, asked.categories}});
     if (importBegan)
         importBegan(_state->totalBytes);
     while (ReadCard* const card = nextCard())
@@ -75,7 +77,7 @@ bool ZRvCardController::importVCards()
     nameUnread();
     _state->feed.reset();
     if (!_state->isCancelled)
-        commit();
+        commit(Rest::none);
     forgetPeople();
     if (importFinished)
         importFinished();
@@ -100,6 +102,8 @@ bool ZRvCardController::openRosters()
         return fail({"ZRRosterErrorDomain", 1, "there is no roster to import into"});
     locked(*state.roster, ZRAccess::write, [&]() ZR_NTS { state.roster->nts_SetKeepsPictures(true); });
     state.surroundings.emplace(*state.roster);
+    if (state.outcome == Outcome::saved)
+        state.groups.emplace(state.roster);
     makePlan();
     return findGroup();
 }
@@ -122,15 +126,16 @@ void ZRvCardController::importCard(ReadCard& card)
 {
     auto& state = *_state;
     const auto person = card.values ? card.values->makePerson(*state.roster) : nullptr;
+    const bool isGroup = card.group.has_value();
     if (card.values && !person)
         card.refusal = "the roster takes no new card";
     if (cardWasRead)
         cardWasRead({state.nameOf(card), card.number, person.get(), card.refusal});
     if (importContinued && ++state.cardsRead % kCardsBetweenReports == 0)
         importContinued(card.bytesDone);
-    if (!person)
+    if (!person && !isGroup)
         refuse({state.nameOf(card), card.number, card.line, card.firstLine, card.refusal});
-    if (person || cardWasDecided)
+    if (person || isGroup || cardWasDecided)
         keep(card, person);
     if (state.peopleWaiting >= kCardsInTransaction || state.bytesWaiting >= kBytesInTransaction)
         commit();
@@ -140,8 +145,11 @@ void ZRvCardController::keep(ReadCard& card, const Ref<ZRPerson>& person)
 {
     auto& state = *_state;
     State::Waiting waiting{{person, card.digest}, card.file, card.number};
+    waiting.line = card.line;
+    waiting.uid = std::move(card.uid);
+    waiting.categories = std::move(card.categories);
+    waiting.group = std::move(card.group);
     if (cardWasDecided) {
-        waiting.line = card.line;
         waiting.firstLine = std::move(card.firstLine);
         waiting.text = std::move(card.text);
         waiting.refusal = std::move(card.refusal);
@@ -173,12 +181,14 @@ void ZRvCardController::nameUnread()
 
 // ---- the saves
 
-bool ZRvCardController::commit()
+bool ZRvCardController::commit(Rest rest)
 {
     auto& state = *_state;
     if (!state.result.failure.domain.empty())
         return false;
     settleCards();
+    if (rest == Rest::none && state.groups)
+        makeGroups();
     if (state.outcome == Outcome::saved && !state.roster->save()) {
         auto error = state.roster->lastSaveError();
         if (error.domain.empty())
@@ -189,8 +199,19 @@ bool ZRvCardController::commit()
     state.result.updated += state.underWay.updated;
     state.result.same += state.underWay.same;
     state.result.kept += state.underWay.kept;
+    state.result.groups += state.underWay.groups;
     forgetPeople();
     return true;
+}
+
+void ZRvCardController::makeGroups()
+{
+    auto& reports = _state->result.reports;
+    _state->groups->finish([&](const interchange::ImportGroups::Unknown& unknown) {
+        if (unknown.file < reports.size())
+            reports[unknown.file].add(
+                unknown.number, unknown.line, vcard::prepare::Finding::memberUnknown, unknown.member);
+    });
 }
 
 /// People that were read only leave the roster in memory, too.

@@ -17,6 +17,10 @@
 
 class ZRPerson;
 
+namespace vcard::prepare {
+struct GroupCard;
+} // namespace vcard::prepare
+
 namespace interchange {
 struct ReadCard;
 enum class DuplicateHandling;
@@ -44,6 +48,8 @@ struct ZRvCardImport {
     std::size_t same = 0;
     /// Cards passed over since somebody of their name is there, who is to be kept.
     std::size_t kept = 0;
+    /// Cards that are groups, which were made or joined.
+    std::size_t groups = 0;
     /// Files left out: they are this roster's own cached cards.
     std::size_t skipped = 0;
     /// Cards that could not be read. The first `kMostRefusals` are told in `refusals`.
@@ -95,6 +101,14 @@ public:
     /// preference "ZRDontAutoMerge" is true, both cards stay.
     void setDuplicateHandling(interchange::DuplicateHandling handling);
 
+    /// What cards say of groups goes to notes until it is asked for: cards of `KIND:group` become groups, and
+    /// CATEGORIES are names of groups that the person is in. A group of that name that is there is joined.
+    struct GroupsAsked {
+        bool cards = false;
+        bool categories = false;
+    };
+    void setGroupsAsked(const GroupsAsked& asked);
+
     // ---- callbacks, all of which may be empty
 
     std::function<void(std::uint64_t totalBytes)> importBegan;
@@ -120,10 +134,12 @@ public:
         /// A line that tells people which card is meant, and the card as prepared.
         const std::string& firstLine;
         const std::string& text;
-        /// Null when it was refused, for that reason.
+        /// Null when it was refused, for that reason, or is a group.
         ZRPerson* person;
         const std::string& refusal;
         const interchange::ImportDecision& decision;
+        /// Null but for a group.
+        const vcard::prepare::GroupCard* group;
     };
     std::function<void(const CardDecided&)> cardWasDecided;
 
@@ -181,12 +197,16 @@ private:
     void keep(interchange::ReadCard& card, const platform::Ref<ZRPerson>& person);
     void refuse(ZRvCardRefusal refusal);
     void nameUnread();
-    bool commit();
+    /// Whether cards follow those that are saved, or what is known at the end alone is saved, too.
+    enum class Rest { follows, none };
+    bool commit(Rest rest = Rest::follows);
+    void makeGroups();
     void forgetPeople();
     /// What becomes of the cards that wait, and doing it.                 (ZRvCardController+Duplicates.cpp)
     void makePlan();
     void settleCards();
-    void carryOut(const interchange::ImportDecision& decision, const platform::Ref<ZRPerson>& card);
+    platform::Ref<ZRPerson> carryOut(
+        const interchange::ImportDecision& decision, const platform::Ref<ZRPerson>& card);
     void beginLastImport();
     bool fail(platform::Error error);
 

@@ -6,17 +6,18 @@
 
 #include <algorithm>
 #include <array>
+#include <mutex>
 #include <unordered_map>
 
+#include <unicode/uchar.h>
 #include <unicode/uloc.h>
 
 namespace platform {
 
 namespace {
 
-/// A name that means two countries in two languages means that of the first of these.
-constexpr const char* kLanguages[] = {"en", "de", "fr", "es", "it", "pt", "nl", "sv", "da", "nb", "fi", "pl",
-    "cs", "hu", "tr", "el", "ru", "uk", "ja", "zh", "ko"};
+/// In the order in which they are asked: a name that means two countries means that of the first of these.
+constexpr std::array kLanguages = {"en", "de", "fr", "es", "it", "pt", "nl", "sv", "pl", "ru", "ja", "zh"};
 
 struct UsualForm {
     std::string_view name, code;
@@ -89,22 +90,47 @@ Names countryCodes()
     return codes;
 }
 
-Names countryNames()
+/// Latin letters without their accents and all others in their plain case: what spellings have in common.
+std::string folded(std::string_view name)
+{
+    constexpr char16_t endOfLatin = 0x250, vietnamese = 0x1E00, endOfVietnamese = 0x1F00;
+    std::u16string form;
+    for (const char16_t letter : toUTF16(name)) {
+        if (letter < 0x80)
+            form += static_cast<char16_t>(lowered(static_cast<char>(letter)));
+        else if (letter < endOfLatin || (letter >= vietnamese && letter < endOfVietnamese))
+            form += toUTF16(foldCaseAndDiacritics(fromUTF16({&letter, 1})));
+        else
+            form += static_cast<char16_t>(u_foldCase(letter, U_FOLD_CASE_DEFAULT));
+    }
+    return fromUTF16(form);
+}
+
+Names countryNames(const char* language)
 {
     Names names;
     std::array<char16_t, 200> text{};
-    for (const char* language : kLanguages)
-        for (const char* const* country = uloc_getISOCountries(); *country; ++country) {
-            UErrorCode status = U_ZERO_ERROR;
-            const auto locale = std::string("und_") + *country;
-            const auto length = uloc_getDisplayCountry(
-                locale.c_str(), language, text.data(), static_cast<std::int32_t>(text.size()), &status);
-            if (U_FAILURE(status) || status == U_USING_DEFAULT_WARNING)
-                continue;
-            const auto name = fromUTF16({text.data(), static_cast<std::size_t>(length)});
-            names.emplace(foldCaseAndDiacritics(plainForm(name)), codeOf(*country));
-        }
+    for (const char* const* country = uloc_getISOCountries(); *country; ++country) {
+        UErrorCode status = U_ZERO_ERROR;
+        const auto locale = std::string("und_") + *country;
+        const auto length = uloc_getDisplayCountry(
+            locale.c_str(), language, text.data(), static_cast<std::int32_t>(text.size()), &status);
+        if (U_FAILURE(status) || status == U_USING_DEFAULT_WARNING)
+            continue;
+        const auto name = fromUTF16({text.data(), static_cast<std::size_t>(length)});
+        names.emplace(folded(plainForm(name)), codeOf(*country));
+    }
     return names;
+}
+
+/// The names of a language are read when those of the languages before it do not have the one that is asked
+/// for.
+const Names& namesIn(std::size_t language)
+{
+    static std::array<std::once_flag, kLanguages.size()> read;
+    static std::array<Names, kLanguages.size()> names;
+    std::call_once(read[language], [&] { names[language] = countryNames(kLanguages[language]); });
+    return names[language];
 }
 
 std::string found(const Names& names, const std::string& name)
@@ -130,8 +156,11 @@ std::string regionCodeForName(std::string_view name)
     if (plain.size() <= 3)
         if (auto code = found(codes, plain); !code.empty())
             return code;
-    static const Names names = countryNames();
-    return found(names, foldCaseAndDiacritics(plain));
+    const auto form = folded(plain);
+    for (std::size_t language = 0; language < kLanguages.size(); ++language)
+        if (auto code = found(namesIn(language), form); !code.empty())
+            return code;
+    return {};
 }
 
 } // namespace platform
