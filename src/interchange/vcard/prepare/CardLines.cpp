@@ -54,6 +54,7 @@ CardLines::Index CardLines::keepBehind(Index line)
 {
     const auto kept = keep();
     _lines[kept].next = _lines[line].next;
+    _lines[kept].follows = true;
     _lines[line].next = kept;
     return kept;
 }
@@ -62,35 +63,32 @@ void CardLines::keepInsteadOf(Index line)
 {
     keep();
     const auto next = _lines[line].next;
+    const bool follows = _lines[line].follows;
     _lines[line] = _lines.back();
     _lines[line].next = next;
+    _lines[line].follows = follows;
     _lines.pop_back();
 }
 
 /// The lines that stand by themselves; preferred entries take the first places of their list.
-std::vector<CardLines::Index> CardLines::order() const
+std::vector<CardLines::Index> CardLines::preferredFirst() const
 {
-    std::vector<bool> follows(_lines.size());
-    for (const auto& line : _lines)
-        if (line.next != kNone)
-            follows[line.next] = true;
     std::vector<Index> order;
     order.reserve(_lines.size());
     for (Index line = 0; line < _lines.size(); ++line)
-        if (!follows[line])
+        if (!_lines[line].follows)
             order.push_back(line);
-    const std::vector<Index> written = order;
     for (unsigned list = 0; _preferred >> list != 0; ++list) {
         if ((_preferred >> list & 1) == 0)
             continue;
+        const auto isEntry = [&](Index line) { return static_cast<unsigned>(_lines[line].entries) == list; };
         std::vector<Index> entries;
-        std::copy_if(written.begin(), written.end(), std::back_inserter(entries),
-            [&](Index line) { return static_cast<unsigned>(_lines[line].entries) == list; });
+        std::copy_if(order.begin(), order.end(), std::back_inserter(entries), isEntry);
         std::stable_sort(entries.begin(), entries.end(),
             [&](Index a, Index b) { return _lines[a].rank < _lines[b].rank; });
         auto next = entries.begin();
         for (auto& line : order)
-            if (static_cast<unsigned>(_lines[line].entries) == list)
+            if (isEntry(line))
                 line = *next++;
     }
     return order;
@@ -98,16 +96,26 @@ std::vector<CardLines::Index> CardLines::order() const
 
 void CardLines::appendTo(std::string& out) const
 {
-    for (const auto first : order())
-        for (auto line = first; line != kNone; line = _lines[line].next)
-            appendTo(out, line);
+    if (_preferred != 0) {
+        for (const auto line : preferredFirst())
+            appendFrom(line, out);
+        return;
+    }
+    for (Index line = 0; line < _lines.size(); ++line)
+        if (!_lines[line].follows)
+            appendFrom(line, out);
 }
 
-void CardLines::appendTo(std::string& out, Index index) const
+/// A line, and those that stand behind it.
+void CardLines::appendFrom(Index first, std::string& out) const
 {
-    const auto& line = _lines[index];
-    if (line.isGone)
-        return;
+    for (auto line = first; line != kNone; line = _lines[line].next)
+        if (!_lines[line].isGone)
+            append(_lines[line], out);
+}
+
+void CardLines::append(const Line& line, std::string& out) const
+{
     if (!line.group.empty()) {
         out.append(line.group).append(".");
     } else if (line.item != 0) {

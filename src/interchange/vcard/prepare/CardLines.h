@@ -35,6 +35,8 @@ public:
         Entries entries = Entries::none;
         std::uint8_t rank = kNoRank;
         bool isGone = false;
+        /// Whether it stands behind another line.
+        bool follows = false;
         std::size_t start = 0, value = 0, end = 0;
         /// A line that was begun later and stands right behind this one.
         Index next = kNone;
@@ -42,6 +44,8 @@ public:
 
     void clear();
     bool empty() const;
+    /// About how many bytes the lines have.
+    std::size_t size() const { return _text.size() + 16 * _lines.size(); }
 
     /// Begins a line of which `text()` gets the name, the parameters and the colon, then `beginValue`, then
     /// the value. It counts once it is kept.
@@ -72,8 +76,9 @@ public:
     void appendTo(std::string& out) const;
 
 private:
-    std::vector<Index> order() const;
-    void appendTo(std::string& out, Index line) const;
+    std::vector<Index> preferredFirst() const;
+    void appendFrom(Index first, std::string& out) const;
+    void append(const Line& line, std::string& out) const;
 
     std::string _text;
     Line _line;

@@ -43,6 +43,10 @@ enum class Nested : std::uint8_t { no, opens, mayFollow };
 /// A nested card opens behind AGENT: on its line, or in the line behind it when nothing is there.
 Nested nestedBy(std::string_view line)
 {
+    constexpr std::string_view agent = "AGENT";
+    const auto name = trimmed(line.substr(0, line.find_first_of(";:")));
+    if (name.size() < agent.size() || upper(name.back()) != agent.back())
+        return Nested::no;
     const auto colon = valueColon(line);
     const auto value = colon == line.npos ? line : trimmed(line.substr(colon + 1));
     Property property;

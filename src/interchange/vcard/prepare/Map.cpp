@@ -233,13 +233,29 @@ constexpr auto kSorted = [] {
 
 constexpr std::size_t kLongest = kSorted.back().name.size();
 
-/// Where the names of each length begin.
-constexpr auto kStarts = [] {
-    std::array<std::uint8_t, kLongest + 2> starts{};
-    for (std::size_t length = 0; length < starts.size(); ++length)
-        while (starts[length] < kSorted.size() && kSorted[starts[length]].name.size() < length)
-            ++starts[length];
-    return starts;
+/// Of a name in any case; spread well enough for names of properties.
+constexpr std::size_t hashOf(std::string_view name)
+{
+    const auto letter = [&](std::size_t at) { return static_cast<std::size_t>(upper(name[at])); };
+    return letter(0) + 5 * letter(name.size() / 2) + 11 * letter(name.size() - 1) + 43 * name.size();
+}
+
+constexpr std::size_t kSlots = 512;
+static_assert(kSorted.size() < kSlots / 2);
+constexpr std::uint8_t kNoRow = 255;
+static_assert(kSorted.size() < kNoRow);
+
+/// The rows by their hash; one that finds its place taken stands in the next free one.
+constexpr auto kRowsByHash = [] {
+    std::array<std::uint8_t, kSlots> slots{};
+    slots.fill(kNoRow);
+    for (std::size_t row = 0; row < kSorted.size(); ++row) {
+        auto slot = hashOf(kSorted[row].name) % kSlots;
+        while (slots[slot] != kNoRow)
+            slot = (slot + 1) % kSlots;
+        slots[slot] = static_cast<std::uint8_t>(row);
+    }
+    return slots;
 }();
 
 constexpr bool isTableSound()
@@ -273,9 +289,10 @@ const Row* rowOf(std::string_view name, Version version)
 {
     if (name.empty() || name.size() > kLongest)
         return nullptr;
-    for (auto at = kStarts[name.size()]; at < kStarts[name.size() + 1]; ++at)
-        if ((kSorted[at].versions & bitOf(version)) != 0 && equalInAnyCase(kSorted[at].name, name))
-            return &kSorted[at];
+    for (auto slot = hashOf(name) % kSlots; kRowsByHash[slot] != kNoRow; slot = (slot + 1) % kSlots)
+        if (const auto& row = kSorted[kRowsByHash[slot]];
+            (row.versions & bitOf(version)) != 0 && (row.name == name || equalInAnyCase(row.name, name)))
+            return &row;
     return nullptr;
 }
 

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <span>
-#include <unordered_set>
 #include <vector>
 
 namespace vcard::prepare {
@@ -56,8 +55,13 @@ Words wordsOf(std::string_view text)
     return words;
 }
 
-/// In upper case and without the punctuation around it.
-std::string comparable(std::string_view word)
+bool isBeforeInAnyCase(std::string_view a, std::string_view b)
+{
+    return std::lexicographical_compare(
+        a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return upper(x) < upper(y); });
+}
+
+std::string_view withoutPunctuation(std::string_view word)
 {
     const auto isPunctuation = [](char c) {
         return std::string_view(".,'\"()\\").find(c) != std::string_view::npos;
@@ -66,9 +70,7 @@ std::string comparable(std::string_view word)
         word.remove_prefix(1);
     while (!word.empty() && isPunctuation(word.back()))
         word.remove_suffix(1);
-    std::string form(word);
-    std::transform(form.begin(), form.end(), form.begin(), upper);
-    return form;
+    return word;
 }
 
 std::string joined(std::span<const std::string_view> words)
@@ -158,11 +160,13 @@ std::string nameFromText(std::string_view text)
 
 bool isSaidBy(std::string_view text, std::string_view others)
 {
-    std::unordered_set<std::string> known;
-    for (const auto word : wordsOf(others))
-        known.insert(comparable(word));
-    for (const auto word : wordsOf(text))
-        if (auto form = comparable(word); !form.empty() && !known.contains(form))
+    auto known = wordsOf(others);
+    for (auto& word : known)
+        word = withoutPunctuation(word);
+    std::sort(known.begin(), known.end(), isBeforeInAnyCase);
+    for (const auto written : wordsOf(text))
+        if (const auto word = withoutPunctuation(written);
+            !word.empty() && !std::binary_search(known.begin(), known.end(), word, isBeforeInAnyCase))
             return false;
     return true;
 }

@@ -13,11 +13,16 @@ namespace {
 
 constexpr std::size_t kLongestExcerpt = 200;
 
+std::string printable(std::string_view text)
+{
+    return platform::isValidUTF8(text) ? std::string(text) : platform::repairedUTF8(text);
+}
+
 std::string firstTellingLine(const RawCard& raw)
 {
     for (const auto& line : raw.lines)
         if (const auto text = raw.text(line); !startsInAnyCase(text, "VERSION"))
-            return platform::repairedUTF8(text.substr(0, kLongestExcerpt));
+            return printable(text.substr(0, kLongestExcerpt));
     return "BEGIN:VCARD";
 }
 

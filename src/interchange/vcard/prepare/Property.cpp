@@ -13,7 +13,7 @@ namespace {
 std::string_view cut(std::string_view& text, char separator)
 {
     std::size_t end = text.find(separator);
-    if (const auto quote = text.find('"'); quote < end && end != text.npos) {
+    if (const auto quote = end == text.npos ? end : text.substr(0, end).find('"'); quote != text.npos) {
         bool quoted = false;
         std::size_t at = quote;
         for (; at < text.size() && (quoted || text[at] != separator); ++at)

@@ -157,21 +157,38 @@ std::string decodedQuotedPrintable(std::string_view text)
     return bytes;
 }
 
+namespace {
+
+std::int8_t digitOf(char c) { return kDigitValues[static_cast<unsigned char>(c)]; }
+
+/// Four at a time: one that is no digit has a sign, which stays in what they are together.
+const char* endOfDigits(const char* at, const char* end)
+{
+    while (end - at >= 4 && (digitOf(at[0]) | digitOf(at[1]) | digitOf(at[2]) | digitOf(at[3])) >= 0)
+        at += 4;
+    while (at != end && digitOf(*at) >= 0)
+        ++at;
+    return at;
+}
+
+} // namespace
+
 bool isBase64Digit(char c) { return kDigitValues[static_cast<unsigned char>(c)] >= 0; }
 
 void appendBase64(std::string& out, std::string_view text, bool& sound)
 {
     const auto start = out.size();
-    std::size_t run = 0, padding = 0;
-    for (std::size_t at = 0; at <= text.size(); ++at) {
-        if (at < text.size() && isBase64Digit(text[at])) {
-            sound &= padding == 0;
-            continue;
-        }
-        out.append(text, run, at - run);
-        run = at + 1;
-        padding += at < text.size() && text[at] == '=';
-        sound &= at == text.size() || text[at] == '=' || isBlank(text[at]);
+    bool padded = false;
+    const char* at = text.data();
+    for (const char* const end = at + text.size(); at != end; ++at) {
+        const char* const run = at;
+        at = endOfDigits(at, end);
+        out.append(run, at);
+        sound &= !padded || at == run;
+        if (at == end)
+            break;
+        padded |= *at == '=';
+        sound &= *at == '=' || isBlank(*at);
     }
     if ((out.size() - start) % 4 == 1) {
         out.pop_back();

@@ -10,6 +10,9 @@ namespace vcard::prepare {
 
 namespace {
 
+/// About what stands around the lines of a card.
+constexpr std::size_t kFrame = 64;
+
 bool isType(std::string_view text)
 {
     return std::all_of(
@@ -79,6 +82,7 @@ void CardWriter::begin(const RawCard& raw, CanonicalCard& card)
     _lines.clear();
     _note.clear();
     _carried.clear();
+    _moreOfList.clear();
     std::fill(_first.begin(), _first.end(), CardLines::kNone);
     _labels.clear();
     _codes.clear();
@@ -114,6 +118,7 @@ void CardWriter::finish()
     if (_lines.empty())
         return;
     auto& text = _card->text;
+    text.reserve(_lines.size() + kFrame);
     text = "BEGIN:VCARD\r\nVERSION:3.0\r\n";
     _lines.appendTo(text);
     text += "END:VCARD\r\n";
@@ -121,6 +126,7 @@ void CardWriter::finish()
 
 void CardWriter::writeLine(std::string_view line)
 {
+    _isDecoded = false;
     if (!_property.parse(line))
         return tell(Finding::lineWithoutColon, line);
     if (!isName(_property.name))
@@ -210,19 +216,22 @@ Escapes CardWriter::escapes() const
     return _property.transfer == Transfer::plain ? Escapes::old : Escapes::oldEncoded;
 }
 
-/// The decoded value as UTF-8, without blanks at its ends; valid until the next call.
+/// The decoded value as UTF-8, without blanks at its ends; the same until the next line.
 std::string_view CardWriter::value()
 {
-    if (_property.transfer == Transfer::plain && _property.charset.empty()
-        && _charsets.encoding() == platform::kUTF8Encoding)
-        return trimmed(_property.value);
+    if (_isDecoded)
+        return _value;
+    _isDecoded = true;
+    const bool isPlain = _property.transfer == Transfer::plain;
+    if (isPlain && _property.charset.empty() && _charsets.encoding() == platform::kUTF8Encoding)
+        return _value = trimmed(_property.value);
     if (_property.transfer == Transfer::quotedPrintable)
         _text = decoded(decodedQuotedPrintable(_property.value), _property.charset);
     else if (_property.transfer == Transfer::base64)
         _text = decoded(decodedBase64(_property.value), _property.charset);
     else
         _text = decoded(_property.value, _property.charset);
-    return trimmed(_text);
+    return _value = trimmed(_text);
 }
 
 std::string CardWriter::decoded(std::string_view bytes, std::string_view charset)

@@ -77,6 +77,7 @@ private:
     void makeNickname(Index formatted);
     bool isAddress(std::string_view text) const;
     void writeList(const Row& row);
+    void finishList();
 
     // Groups of lines, and groups of people                                        (WriterGroups.cpp)
     void writeLabel();
@@ -120,11 +121,16 @@ private:
     CanonicalCard* _card = nullptr;
     std::size_t _line = 0;
     Property _property;
+    /// The value of the line at hand, once it was asked for, and what it was decoded into.
+    bool _isDecoded = false;
+    std::string_view _value;
     std::string _text;
     CardLines _lines;
     /// The value of NOTE lines, and what has no line of its own; both canonical.
     std::string _note;
     std::string _carried;
+    /// What stands in further lines of the one list that there is, NICKNAME; canonical.
+    std::string _moreOfList;
     /// The first line of each row; only rows with room for one have it.
     std::vector<Index> _first;
     /// Lines that are joined with others of their group at the end.

@@ -24,30 +24,40 @@ bool isFirstAndLast(std::string_view text, std::string_view name)
 
 } // namespace
 
-/// Repeated lines are values of one list.
+/// Repeated lines are values of one list: what comes behind the first one waits for the end.
 void CardWriter::writeList(const Row& row)
 {
-    const auto first = firstOf(row);
     beginLine(&row, _property.name);
-    if (first != CardLines::kNone)
-        _lines.text().append(_lines.valueOf(_lines[first])).append("\\, ");
-    const auto own = _lines.text().size();
     appendValue(_lines.text(), value(), row.shape, escapes());
-    joinListValues(_lines.text(), own);
-    if (_lines.text().size() == own) {
+    joinListValues(_lines.text(), _lines.begun().value);
+    if (_lines.begunValue().empty()) {
         _lines.giveUp();
-        tell(Finding::emptyValue, _property.name);
-    } else if (first == CardLines::kNone) {
-        keepLine(row, Finding::repeated);
-    } else {
-        _lines.keepInsteadOf(first);
+        return tell(Finding::emptyValue, _property.name);
     }
+    if (firstOf(row) == CardLines::kNone) {
+        keepLine(row, Finding::repeated);
+        return;
+    }
+    _moreOfList.append("\\, ").append(_lines.begunValue());
+    _lines.giveUp();
+}
+
+void CardWriter::finishList()
+{
+    if (_moreOfList.empty())
+        return;
+    const auto first = firstOf("NICKNAME");
+    const std::string all(_lines.valueOf(_lines[first]));
+    _lines.begin(_lines[first].row, "NICKNAME", all + _moreOfList);
+    _lines.begun().group = _lines[first].group;
+    _lines.keepInsteadOf(first);
 }
 
 /// FN gives what the name lacks. What it says beyond the name has a place as the nickname only; an
 /// organization needs no name.
 void CardWriter::finishNames()
 {
+    finishList();
     if (_kind == Kind::organization)
         finishOrganization();
     const auto formatted = firstOf("FN");
@@ -55,10 +65,6 @@ void CardWriter::finishNames()
         return;
     const auto text = _lines.valueOf(_lines[formatted]);
     const auto name = firstOf("N");
-    std::string said;
-    for (const auto line : {name, firstOf("ORG"), firstOf("NICKNAME")})
-        if (line != CardLines::kNone)
-            said.append(_lines.valueOf(_lines[line])).append(";");
     if (name != CardLines::kNone && isFirstAndLast(text, _lines.valueOf(_lines[name])))
         return;
     const bool isCompany = firstOf("X-ZRSHOWAS") != CardLines::kNone;
@@ -67,9 +73,12 @@ void CardWriter::finishNames()
     const bool needsName = name == CardLines::kNone && !isOrganization && !isCompany;
     if (needsName)
         return makeName(formatted, _kind != Kind::person);
-    if (isSaidBy(text, said) || isAddress(text))
-        return;
-    makeNickname(formatted);
+    std::string said;
+    for (const auto line : {name, firstOf("ORG"), firstOf("NICKNAME")})
+        if (line != CardLines::kNone)
+            said.append(_lines.valueOf(_lines[line])).append(";");
+    if (!isSaidBy(text, said) && !isAddress(text))
+        makeNickname(formatted);
 }
 
 /// The reader takes a single word as the last name by itself, unless there is an organization.

@@ -141,8 +141,8 @@ void CardWriter::writePicture(const Row& row)
 /// An address is none of base64's digits, whatever the line declares.
 void CardWriter::carryPictureReference()
 {
-    if (_property.transfer == Transfer::base64)
-        _property.transfer = Transfer::plain;
+    _property.transfer = _property.transfer == Transfer::base64 ? Transfer::plain : _property.transfer;
+    _isDecoded = false;
     carry(_property.name, canonicalValue(Shape::wholeLine), Finding::pictureByReference);
 }
 

@@ -143,11 +143,27 @@ TEST(Preparation, TakesTimeInProportionToTheInput)
             all += piece;
         return all;
     };
-    for (const auto* piece :
-        {"BEGIN:VCARD\n", "END:VCARD\n", "AGENT:BEGIN:VCARD\n", "\r", " \n", "\"", ";", "=\n",
-            "X;CHARSET=windows-1251:\xFF\n", "N;QUOTED-PRINTABLE:=FF\n", "N:a;b;c\n", "a:BEGIN:VCARD"}) {
+    for (const auto* piece : {"BEGIN:VCARD\n", "END:VCARD\n", "AGENT:BEGIN:VCARD\n", "\r", " \n", "\"", ";",
+             "=\n", "X;CHARSET=windows-1251:\xFF\n", "N;QUOTED-PRINTABLE:=FF\n", "N:a;b;c\n", "a:BEGIN:VCARD",
+             "a.X-LABEL:b\n", "X-SKYPE:b\n", "ADR:;;;;;;UK\n", "TEL;PREF=1:2\n", "NICKNAME:a,b\n",
+             "TEL;ALTID=1:2\n"}) {
         const auto file = prepared("BEGIN:VCARD\nX;QUOTED-PRINTABLE:" + repeated(piece) + "\nEND:VCARD\n");
         EXPECT_GE(file.cards.size(), 1U) << piece;
+    }
+}
+
+// What is joined at the end of a card could copy or search all of it for each of its lines.
+TEST(Preparation, TakesTimeInProportionToTheLinesOfOneCard)
+{
+    for (const std::string piece :
+        {"a.X-LABEL:b\n", "X-SKYPE:b\n", "ADR:;;;;;;UK\n", "TEL;PREF=1:2\n", "TEL;TYPE=PREF:2\n",
+            "NICKNAME:a,b\n", "NOTE:a\n", "TEL;ALTID=1:2\n", "a.ADR:;;;;;;UK\n", "ORG:a;b;c\n"}) {
+        std::string bytes = "BEGIN:VCARD\nFN:c d\n";
+        for (std::size_t line = 3; line < kMaximumCardLines; ++line)
+            bytes += piece;
+        const auto file = prepared(bytes + "END:VCARD\n");
+        ASSERT_EQ(file.cards.size(), 1U) << piece;
+        EXPECT_FALSE(file.cards.front().refusal) << piece;
     }
 }
 
