@@ -194,7 +194,7 @@ void joinValues(std::string& canonical, std::size_t from, std::size_t fieldOfTit
             text += field == fieldOfTitlesBehind ? "\\, " : " ";
         }
     }
-    canonical.replace(from, canonical.npos, text);
+    canonical.replace(from, canonical.npos, trimmed(text));
 }
 
 } // namespace

@@ -107,6 +107,8 @@ TEST(Map, MakesNamesWhole)
             "N:Public\\, Jr.\\, x;J\nNICKNAME:Jim\\, Jimmie\\, Bob\n"},
         {"3.0", "N:;;Rita;;\nFN:a@b.c\nEMAIL:a@b.c\n", "N:;;Rita;;\nFN:a@b.c\nEMAIL:a@b.c\n"},
         {"2.1", "N:Lima,x;A\nNICKNAME:Jim,Jo\n", "N:Lima\\,x;A\nNICKNAME:Jim\\,Jo\n"},
+        // Values that are empty leave no blanks at the ends.
+        {"3.0", "N:,b;a\xC3\x93,,\nNICKNAME:,c,\n", "N:b;a\xC3\x93\nNICKNAME:\\, c\\,\n"},
     }));
 }
 
