@@ -100,6 +100,21 @@ struct TextRead {
     ZRvCardImport result;
 };
 
+/// An import puts the preferred entry first. Here the order of the lines is that of the entries, and the
+/// primary entry is known by itself.
+std::string withoutPreferences(std::string text)
+{
+    constexpr std::string_view preference = ";type=pref";
+    for (std::size_t at = 0; (at = text.find(preference, at)) != text.npos;) {
+        const auto line = text.rfind('\n', at) + 1;
+        if (text.find(':', line) > at)
+            text.erase(at, preference.size());
+        else
+            at += preference.size();
+    }
+    return text;
+}
+
 TextRead readText(const std::string& text)
 {
     TextRead read;
@@ -109,7 +124,7 @@ TextRead readText(const std::string& text)
         if (card.person)
             read.cards.push_back(propertiesOf(*card.person));
     };
-    controller.importVCardData(text);
+    controller.importVCardData(withoutPreferences(text));
     read.result = controller.result();
     return read;
 }
