@@ -1,6 +1,7 @@
 // How names of countries are looked up.
 #include "platform/text/Regions.h"
 
+#include "platform/run/NeverDestroyed.h"
 #include "platform/text/Fold.h"
 #include "platform/text/Utf.h"
 
@@ -128,9 +129,9 @@ Names countryNames(const char* language)
 const Names& namesIn(std::size_t language)
 {
     static std::array<std::once_flag, kLanguages.size()> read;
-    static std::array<Names, kLanguages.size()> names;
-    std::call_once(read[language], [&] { names[language] = countryNames(kLanguages[language]); });
-    return names[language];
+    static const NeverDestroyed<std::array<Names, kLanguages.size()>> names;
+    std::call_once(read[language], [&] { (*names)[language] = countryNames(kLanguages[language]); });
+    return (*names)[language];
 }
 
 std::string found(const Names& names, const std::string& name)
@@ -152,9 +153,9 @@ std::string regionCodeForName(std::string_view name)
     const auto usual = std::ranges::lower_bound(kUsualForms, plain, {}, &UsualForm::name);
     if (usual != kUsualForms.end() && usual->name == plain)
         return std::string(usual->code);
-    static const Names codes = countryCodes();
+    static const NeverDestroyed<Names> codes(countryCodes());
     if (plain.size() <= 3)
-        if (auto code = found(codes, plain); !code.empty())
+        if (auto code = found(*codes, plain); !code.empty())
             return code;
     const auto form = folded(plain);
     for (std::size_t language = 0; language < kLanguages.size(); ++language)
