@@ -234,6 +234,7 @@ std::string pageOf(const Command& command, const std::string& page)
 
 std::string pageOfTool(const std::string& page)
 {
+    // The parser has these by itself; where they would put something is of no matter here.
     const std::vector<Option> standing{
         {"--help", "", "Print help, or behind a command help on it", &Options::json},
         {"--version", "", "Print the version", &Options::json}};

@@ -208,6 +208,14 @@ Candidates rules(ZRRoster& roster, const std::string& text)
     return found;
 }
 
+/// Opened without a word, and without what a command does beside it.
+Ref<ZRRoster> rosterIfAny(const Options& options)
+{
+    applyPreferences(options);
+    ZRRoster::setShouldCreateEmptyDatabase(true);
+    return zrHasStoreFile(ZRRoster::rosterDirectory()) ? ZRRoster::sharedRoster() : nullptr;
+}
+
 Candidates ofRoster(Offer offer, ZRRoster& roster, const std::string& text, const Options& options)
 {
     switch (offer) {
@@ -254,9 +262,7 @@ std::vector<Candidate> offered(Offer offer, const std::string& text, const Optio
             addIfBegins(found, text, property, "");
         return found;
     default:
-        applyPreferences(options);
-        return zrHasStoreFile(ZRRoster::rosterDirectory())
-            ? ofRoster(offer, *openRoster(options), text, options)
-            : found;
+        const auto roster = rosterIfAny(options);
+        return roster ? ofRoster(offer, *roster, text, options) : found;
     }
 }

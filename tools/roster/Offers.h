@@ -9,10 +9,9 @@ struct Candidate {
     std::string meaning;
 };
 
-/// The words of the roster that may stand in such a place and begin with `text`, in any case. Empty where
-/// there are too many to look through, and without a roster: none is made.
-///
-/// The options name the roster. Errors: a store that cannot be read raises a Failure.
+/// The words that may stand in such a place and begin with `text`, in any case. The options name the roster
+/// that is asked. Empty where there are too many cards to look through, where the roster cannot be used, and
+/// where there is none: none is made.
 std::vector<Candidate> offered(Offer offer, const std::string& text, const Options& options);
 
 /// Whether the text begins with the other one, in any case and with any accents.
