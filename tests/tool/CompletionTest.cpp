@@ -136,6 +136,11 @@ TEST_F(CompletionTest, OffersWhatMayStandThere)
     EXPECT_FALSE(std::filesystem::exists(world.path("nowhere")));
 }
 
+constexpr char bashScript[] =
+    "source \"$1\"; compopt() { :; }; COMP_LINE=$2 COMP_POINT=${#2}; current=$3; shift 3;"
+    "COMP_WORDS=(\"$@\") COMP_CWORD=$(($# - 1)); _roster roster \"$current\" x;"
+    "printf '%s\\n' \"${COMPREPLY[@]}\"";
+
 // The way of bash: it parts words at "=" and ":", and wants back what stands behind the last of these.
 TEST_F(CompletionTest, BashGetsItsWordsBack)
 {
@@ -160,15 +165,14 @@ TEST_F(CompletionTest, BashGetsItsWordsBack)
     };
     for (const auto& [line, words, current, offers] : cases) {
         SCOPED_TRACE(line);
-        Lines all{"-c",
-            "source \"$1\"; compopt() { :; }; COMP_LINE=$2 COMP_POINT=${#2}; current=$3; shift 3;"
-            "COMP_WORDS=(\"$@\") COMP_CWORD=$(($# - 1)); _roster roster \"$current\" x;"
-            "printf '%s\\n' \"${COMPREPLY[@]}\"",
-            "bash", completions + "roster.bash", line, current};
+        Lines all{"-c", bashScript, "bash", completions + "roster.bash", line, current};
         all.insert(all.end(), words.begin(), words.end());
         EXPECT_THAT(shell("/bin/bash", all), UnorderedElementsAreArray(offers));
     }
 }
+
+constexpr char zshScript[] = "compadd() { print -rl -- ${(P)@[-1]} }; completion=$1; shift;"
+                             "words=(\"$@\") CURRENT=$# PREFIX=${@[-1]}; source $completion";
 
 TEST_F(CompletionTest, ZshGetsWholeWords)
 {
@@ -186,10 +190,7 @@ TEST_F(CompletionTest, ZshGetsWholeWords)
     };
     for (const auto& [words, offers] : cases) {
         SCOPED_TRACE(testing::PrintToString(words));
-        Lines all{"-f", "-c",
-            "compadd() { print -rl -- ${(P)@[-1]} }; completion=$1; shift;"
-            "words=(\"$@\") CURRENT=$# PREFIX=${@[-1]}; source $completion",
-            "zsh", completions + "_roster"};
+        Lines all{"-f", "-c", zshScript, "zsh", completions + "_roster"};
         all.insert(all.end(), words.begin(), words.end());
         EXPECT_THAT(shell(ZSH, all), UnorderedElementsAreArray(offers));
     }
