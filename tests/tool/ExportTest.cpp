@@ -120,6 +120,11 @@ TEST_F(ExportTest, WritesGroupsAsCardsOnlyWhereTheyAreACard)
     EXPECT_EQ(kinds({}), (std::array{5, 0, 0}));
     EXPECT_EQ(kinds({"--with-groups"}), (std::array{7, 2, 1}));
     EXPECT_EQ(kinds({"--with-groups", "--group", "Friends"}), (std::array{2, 1, 1}));
+    ToolWorld other;
+    const auto all = done({"export", "--format", "vcard4", "--with-groups"}).out;
+    ASSERT_EQ(other.tool({"import", "--groups", other.write("all.vcf", all)}).status, 0);
+    EXPECT_EQ(namesIn(other.json({"list", "--group", "Friends"})), "Ana Lima");
+    EXPECT_EQ(other.cards().size(), 5U) << "a group is nobody";
     EXPECT_THAT(done({"export", "--format", "vcard4", "Anvil"}).out, HasSubstr("\r\nKIND:org\r\n"));
     expectRefusal({"export", "--with-groups"}, 2, "--with-groups: only vcard4 has cards of groups");
 }
