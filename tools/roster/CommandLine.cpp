@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <limits>
 
@@ -32,14 +33,19 @@ public:
         try {
             _app.parse(argc, argv);
             if (!_command)
-                throw Failure(exitStatus::usage, "say what to do; see roster --help");
+                throw Failure(exitStatus::usage, "say what to do" + whereHelpIs(_app));
             wish.command = _command;
         } catch (const CLI::CallForVersion&) {
             wish.text = ROSTER_VERSION "\n";
         } catch (const CLI::CallForHelp&) {
             wish.text = helpOf(_app, "");
+        } catch (const CLI::ExtrasError&) {
+            const bool hasCommand = !_app.get_subcommands().empty();
+            throw Failure(exitStatus::usage,
+                fmt::format("{}: {}{}", hasCommand ? "nothing is known of" : "there is no command",
+                    fmt::join(_app.remaining(true), " "), whereHelpIs(_app)));
         } catch (const CLI::ParseError& error) {
-            throw Failure(exitStatus::usage, error.what() + std::string("; see roster --help"));
+            throw Failure(exitStatus::usage, error.what() + whereHelpIs(_app));
         }
         wish.options = std::move(_options);
         return wish;
@@ -127,6 +133,15 @@ private:
         const Command* const command = commandNamed(parent, typed.front()->get_name());
         return typed.front()->get_subcommands().empty() ? helpText(*command)
                                                         : helpOf(*typed.front(), command->name);
+    }
+
+    /// What to add to a complaint: which command tells how it is used.
+    static std::string whereHelpIs(const CLI::App& app)
+    {
+        std::string command = "; see roster";
+        for (auto typed = app.get_subcommands(); !typed.empty(); typed = typed.front()->get_subcommands())
+            command += " " + typed.front()->get_name();
+        return command + " --help";
     }
 
     CLI::App _app{"", "roster"};
