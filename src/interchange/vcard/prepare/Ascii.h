@@ -39,6 +39,15 @@ constexpr bool startsInAnyCase(std::string_view text, std::string_view start)
     return text.size() >= start.size() && equalInAnyCase(text.substr(0, start.size()), start);
 }
 
+/// The part of a line in front of its parameters and its value.
+constexpr std::string_view nameOf(std::string_view line)
+{
+    std::size_t end = 0;
+    while (end < line.size() && line[end] != ';' && line[end] != ':')
+        ++end;
+    return line.substr(0, end);
+}
+
 /// Without the blanks and tabs at both ends.
 constexpr std::string_view trimmed(std::string_view text)
 {

@@ -32,7 +32,7 @@ Version versionAhead(PhysicalLines lines)
     for (; !lines.atEnd() && markInCard(lines.line()) == Mark::none; lines.advance()) {
         const auto line = lines.line();
         const auto colon = startsInAnyCase(line, "VERSION") ? line.find(':') : line.npos;
-        if (colon != line.npos && trimmed(line.substr(0, line.find_first_of(";:"))).size() == 7)
+        if (colon != line.npos && trimmed(nameOf(line)).size() == 7)
             return versionNamed(line.substr(colon + 1));
     }
     return Version::missing;
@@ -44,7 +44,7 @@ enum class Nested : std::uint8_t { no, opens, mayFollow };
 Nested nestedBy(std::string_view line)
 {
     constexpr std::string_view agent = "AGENT";
-    const auto name = trimmed(line.substr(0, line.find_first_of(";:")));
+    const auto name = trimmed(nameOf(line));
     if (name.size() < agent.size() || upper(name.back()) != agent.back())
         return Nested::no;
     const auto colon = valueColon(line);
