@@ -44,25 +44,37 @@ std::string limits()
     return text.str();
 }
 
+/// Signals 32 and 33 are the C library's own: it blocks them and handles them as it needs, and starts
+/// programs with both ignored.
+constexpr std::uint64_t kOwnSignals = 0x180000000;
+
+/// A line of signals, such as "SigBlk:", with what else is in it as a number.
+std::uint64_t signalsIn(const std::string& line)
+{
+    return std::stoull(line.substr(line.find('\t')), nullptr, 16) & ~kOwnSignals;
+}
+
 /// What the kernel says of a thread of this process, as far as a host minds.
 std::string kernelsView(const files::path& thread)
 {
     std::ifstream status(thread / "status");
-    std::string text;
+    std::ostringstream text;
     for (std::string line; std::getline(status, line);)
-        if (line.starts_with("SigBlk") || line.starts_with("SigIgn") || line.starts_with("Umask"))
-            text += line + '\n';
-    return text;
+        if (line.starts_with("Umask"))
+            text << line << '\n';
+        else if (line.starts_with("SigBlk") || line.starts_with("SigIgn"))
+            text << line.substr(0, 6) << ":\t" << std::hex << signalsIn(line) << '\n';
+    return text.str();
 }
 
-/// Whether a thread blocks every signal that can be blocked: all but SIGKILL, SIGSTOP and the C library's own
-/// two, which that blocks as well now and then. One that has ended meanwhile does.
+/// Whether a thread blocks every signal that can be blocked: all but SIGKILL and SIGSTOP. One that has ended
+/// meanwhile does.
 bool takesNoSignals(const files::path& thread)
 {
     constexpr std::uint64_t kAll = 0xfffffffe7ffbfeff;
-    const std::string view = kernelsView(thread), key = "SigBlk:\t";
-    const auto at = view.find(key);
-    return at == view.npos || (std::stoull(view.substr(at + key.size(), 16), nullptr, 16) & kAll) == kAll;
+    const std::string view = kernelsView(thread);
+    const auto at = view.find("SigBlk");
+    return at == view.npos || (signalsIn(view.substr(at)) & kAll) == kAll;
 }
 
 /// A host's signals are delivered to any thread that does not block them.
