@@ -54,7 +54,7 @@ public:
         if (text.ends_with('\\'))
             text += 'n';
         if (text.find(':') != text.npos)
-            text.insert(0, "x");
+            text.insert(text.begin(), 'x');
         _rest.remove_prefix(std::min(end + 1, _rest.size()));
         return text;
     }
