@@ -17,7 +17,7 @@ set(ROSTER_PUBLIC_HEADERS
     search/ZRSearchElementHelper.h search/ZRSearchElementMatch.h search/ZRSmartGroup.h
     # Cards in and out, and as people read them.
     interchange/import/ImportPlan.h interchange/import/ZRvCardController.h interchange/vcard/VCard40.h
-    interchange/vcard/ZRVCardParser.h
+    interchange/vcard/ZRVCardParser.h interchange/vcard/prepare/CanonicalCard.h
     format/AddressDisplay.h format/ZRAddressFunctions.h format/ZRPhoneFormatter.h format/ZRPhoneNumberDisplay.h
     # Changes that can be undone, the same person twice, and what became of the roster.
     commands/ApplicationHost.h commands/ZRAddToGroupCommand.h commands/ZRChangePropertiesCommand.h
