@@ -1,6 +1,7 @@
 // How each plain function is called, rightly and wrongly: one row a function.
 #include "api/Misuse.h"
 
+#include "core/ZRInfo.h"
 #include "search/ZRSmartGroup.h"
 #include "store/ZRRoster.h"
 
@@ -49,6 +50,14 @@ ZRTypeRef search()
 
 ZRTypeRef smartGroup() { return reinterpret_cast<ZRTypeRef>(ZRSmartGroup::init().leak()); }
 
+/// The record in which the roster keeps what is about itself: neither a person nor a group.
+ZRTypeRef infoRecord()
+{
+    const auto roster = ZRRoster::sharedRoster();
+    auto info = locked(*roster, ZRAccess::write, [&]() ZR_NTS { return roster->nts_Info(); });
+    return reinterpret_cast<ZRTypeRef>(info.leak());
+}
+
 /// Every index that an array of one element does not have.
 Given<ZRIndex> index(ZRIndex right, ZRIndex firstBad = 1)
 {
@@ -72,7 +81,7 @@ Samples::Samples()
         {kZRTypeDictionary, dictionary("org.example.age", ZRNumberCreateWithInteger(kZRPropertyTypeInteger))},
         {kZRTypeMultiValue, ZRRecordCopyValue(person, kZREmailProperty)},
         {kZRTypeMutableMultiValue, multiValue}, {kZRTypePerson, person}, {kZRTypeGroup, ZRGroupCreate()},
-        {kZRTypeSmartGroup, smartGroup()}, {kZRTypeSearchElement, element},
+        {kZRTypeSmartGroup, smartGroup()}, {kZRTypeRecord, infoRecord()}, {kZRTypeSearchElement, element},
         {kZRTypeRoster, ZRGetSharedRoster()}};
     std::fill(std::begin(_list), std::end(_list), name);
     _listWithHole[0] = name;
@@ -83,7 +92,8 @@ Samples::~Samples()
 {
     const auto roster = of(kZRTypeRoster);
     for (const auto& [kind, sample] : _handles) {
-        ZRRemoveRecord(roster, sample);
+        if (kind != kZRTypeRecord)
+            ZRRemoveRecord(roster, sample);
         if (kind != kZRTypeNull && kind != kZRTypeRoster)
             ZRRelease(sample);
     }
@@ -123,7 +133,7 @@ namespace {
 
 Given<ZRTypeRef> a(ZRTypeID kind) { return handle({kind}); }
 Given<ZRTypeRef> orNone(ZRTypeID kind) { return handle({kind}, Null::taken); }
-Given<ZRTypeRef> record() { return handle({kZRTypePerson, kZRTypeGroup, kZRTypeSmartGroup}); }
+Given<ZRTypeRef> record() { return handle({kZRTypePerson, kZRTypeGroup, kZRTypeSmartGroup, kZRTypeRecord}); }
 Given<ZRTypeRef> group() { return handle({kZRTypeGroup, kZRTypeSmartGroup}); }
 Given<ZRTypeRef> entriesOf() { return handle({kZRTypeMultiValue, kZRTypeMutableMultiValue}); }
 Given<ZRTypeRef> editable() { return a(kZRTypeMutableMultiValue); }
