@@ -62,8 +62,8 @@ void backUp(sqlite::Connection& from, sqlite::Connection& to)
         sqlite::raise(to.native(), finished != SQLITE_OK ? finished : stepped, "backup");
 }
 
-/// SQLite fills an empty file as it would a new one, and gives its journal the same mode. The mask of a process for
-/// new files belongs to its host.
+/// SQLite fills an empty file as it would a new one, and gives its journal the same mode. The mask of a
+/// process for new files belongs to its host.
 void makePrivateFile(const std::string& path)
 {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);

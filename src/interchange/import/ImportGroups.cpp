@@ -5,6 +5,7 @@
 #include "core/ZRPerson.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 namespace interchange {
@@ -40,27 +41,39 @@ void ImportGroups::addPerson(
         groupCalled(category)->addMember(person);
 }
 
-void ImportGroups::finish(const std::function<void(const Unknown&)>& tell)
+void ImportGroups::finish(const Tell& tell)
 {
-    std::unordered_map<std::string, Ref<ZRGroup>> groups;
-    for (const auto& [card, uid, file, number, line] : _cards)
-        groups.emplace(uid.empty() ? "\n" + card.name : uid, groupCalled(card.name));
-    for (const auto& [card, uid, file, number, line] : _cards) {
-        const auto group = groupCalled(card.name);
-        for (const auto& member : card.members) {
-            const auto person = _people.find(comparable(member));
-            const auto subgroup = groups.find(comparable(member));
-            const auto record =
-                person == _people.end() ? nullptr : _roster->recordForUniqueId(person->second);
-            if (const auto somebody = platform::refCast<ZRPerson>(record))
-                group->addMember(*somebody);
-            else if (subgroup != groups.end())
-                group->addSubgroup(*subgroup->second);
-            else
-                tell({file, number, line, member});
-        }
-    }
+    Groups groups;
+    for (const auto& card : _cards)
+        groups.emplace(card.uid.empty() ? "\n" + card.card.name : card.uid, groupCalled(card.card.name));
+    for (const auto& card : _cards)
+        fill(card, groups, tell);
     _cards.clear();
+}
+
+/// One fetch for all who are in the group.
+void ImportGroups::fill(const Card& card, const Groups& groups, const Tell& tell)
+{
+    const auto group = groupCalled(card.card.name);
+    std::vector<std::string> ids;
+    for (const auto& member : card.card.members)
+        if (const auto person = _people.find(comparable(member)); person != _people.end())
+            ids.push_back(person->second);
+    const auto people = _roster->recordsForUniqueIds(ids);
+    group->addMembers(people);
+    std::unordered_set<std::string> there;
+    for (const auto& person : people)
+        there.insert(person->uniqueId());
+    for (const auto& member : card.card.members) {
+        const auto uid = comparable(member);
+        const auto person = _people.find(uid);
+        if (person != _people.end() && there.contains(person->second))
+            continue;
+        if (const auto subgroup = groups.find(uid); subgroup != groups.end())
+            group->addSubgroup(*subgroup->second);
+        else
+            tell({card.file, card.number, card.line, member});
+    }
 }
 
 Ref<ZRGroup> ImportGroups::groupCalled(const std::string& name)

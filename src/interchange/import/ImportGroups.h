@@ -37,8 +37,9 @@ public:
         std::size_t file, number, line;
         const std::string& member;
     };
+    using Tell = std::function<void(const Unknown&)>;
     /// Makes the groups of cards, and tells of members whom nobody is.
-    void finish(const std::function<void(const Unknown&)>& tell);
+    void finish(const Tell& tell);
 
 private:
     struct Card {
@@ -47,6 +48,10 @@ private:
         std::size_t file, number, line;
     };
 
+    /// The groups of cards, by the UIDs of these.
+    using Groups = std::unordered_map<std::string, platform::Ref<ZRGroup>>;
+
+    void fill(const Card& card, const Groups& groups, const Tell& tell);
     platform::Ref<ZRGroup> groupCalled(const std::string& name);
 
     platform::Ref<ZRRoster> _roster;

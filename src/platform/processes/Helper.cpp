@@ -25,8 +25,9 @@ namespace {
 constexpr double kSecondsToSend = 1.0;
 constexpr double kLongestGoodbye = 1.0;
 
-/// The directory of the library that this code is in, or of the program when it is part of one; without symbolic
-/// links, because what lies beside a link to a directory (such as /lib) is not what lies beside the directory.
+/// The directory of the library that this code is in, or of the program when it is part of one; without
+/// symbolic links, because what lies beside a link to a directory (such as /lib) is not what lies beside the
+/// directory.
 std::string ownDirectory()
 {
     Dl_info info{};

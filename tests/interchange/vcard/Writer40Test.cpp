@@ -5,9 +5,9 @@
 #include "interchange/vcard/Line40.h"
 #include "interchange/vcard/Names40.h"
 #include "interchange/vcard/VCard40.h"
+#include "interchange/vcard/WriterWorld.h"
 #include "platform/text/Dates.h"
 #include "platform/text/Utf.h"
-#include "store/RosterWorld.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,10 +17,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
-using Lines = std::vector<std::string>;
-
-Value day(int year, int month, int dayOfMonth) { return *platform::noonOf({year, month, dayOfMonth}); }
-Value address(const std::vector<std::pair<std::string, Value>>& fields) { return Value::dictionary(fields); }
 
 /// What is set, and the lines between VERSION and PRODID.
 struct Case {
@@ -109,14 +105,6 @@ const std::vector<Case>& cases()
     return *all;
 }
 
-std::string joined(const Lines& lines)
-{
-    std::string text;
-    for (const std::string& line : lines)
-        text += line + "\r\n";
-    return text;
-}
-
 std::string urn(const ZRRecord& record)
 {
     std::string id = record.uniqueId().substr(0, 36);
@@ -147,15 +135,7 @@ protected:
         roster = openShared();
         roster->setDefaultCountryCode("us");
     }
-    void TearDown() override
-    {
-        roster->setMe(nullptr);
-        for (const auto& record : roster->people())
-            roster->removeRecord(record);
-        for (const auto& record : roster->groups())
-            roster->removeRecord(record);
-        roster->save();
-    }
+    void TearDown() override { removeAllRecords(*roster); }
 
     Ref<ZRRoster> roster;
 };

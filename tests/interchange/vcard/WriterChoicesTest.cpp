@@ -4,10 +4,10 @@
 #include "core/ZRMultiValue.h"
 #include "interchange/import/ZRvCardController.h"
 #include "interchange/vcard/VCardText.h"
+#include "interchange/vcard/WriterWorld.h"
 #include "interchange/vcard/ZRPersonVCardAdditions.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/text/Dates.h"
-#include "store/RosterWorld.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,12 +27,7 @@ protected:
     }
     void TearDown() override
     {
-        roster->setMe(nullptr);
-        for (const auto& record : roster->people())
-            roster->removeRecord(record);
-        for (const auto& record : roster->groups())
-            roster->removeRecord(record);
-        roster->save();
+        removeAllRecords(*roster);
         for (const char* key : {"ZRIncludePhotosInVCard", "ZRIncludeNotesInVCard", "ZRUse21vCardFormat",
                  "ZRPrivateVCardFieldsEnabled", "ZRPrivateVCardFields"})
             preferences->removeObjectForKey(key);

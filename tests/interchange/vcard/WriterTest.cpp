@@ -1,9 +1,9 @@
 // What a person looks like as a vCard: every byte of it, in both versions.
 #include "core/ZRConstants.h"
 #include "interchange/vcard/VCardCharsets.h"
+#include "interchange/vcard/WriterWorld.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/text/Dates.h"
-#include "store/RosterWorld.h"
 
 #include <gtest/gtest.h>
 
@@ -11,11 +11,6 @@ namespace test {
 namespace {
 
 using Properties = std::vector<std::pair<std::string_view, Value>>;
-using Lines = std::vector<std::string>;
-
-Value day(int year, int month, int dayOfMonth) { return *platform::noonOf({year, month, dayOfMonth}); }
-
-Value address(const std::vector<std::pair<std::string, Value>>& fields) { return Value::dictionary(fields); }
 
 /// One card: what is set, and the lines between VERSION and the id or the end.
 struct Case {
@@ -180,14 +175,6 @@ const std::vector<Case>& cases()
                 "X-AIM;type=HOME;type=pref;CHARSET=windows-1252:f\xFCr 2\x80"}},
     };
     return *all;
-}
-
-std::string joined(const Lines& lines)
-{
-    std::string text;
-    for (const std::string& line : lines)
-        text += line + "\r\n";
-    return text;
 }
 
 std::string version30(const std::string& body, const ZRPerson& person)
