@@ -5,7 +5,6 @@
 #include "interchange/vcard/RosterReaderContext.h"
 #include "interchange/vcard/ZRVCardParser.h"
 #include "interchange/vcard/prepare/Preparation.h"
-#include "platform/text/Encoding.h"
 #include "store/ZRRoster.h"
 
 using border::as;
@@ -16,14 +15,6 @@ using platform::Value;
 using namespace vcard::prepare;
 
 namespace {
-
-/// The character set that the user's old cards are in, where they name none; 0 for none.
-TextEncoding preferredEncoding(const RosterReaderContext& context)
-{
-    const auto name = context.preferred21Encoding();
-    const TextEncoding encoding = name ? platform::encodingForName(*name) : platform::invalidTextEncoding;
-    return encoding == platform::invalidTextEncoding ? 0 : encoding;
-}
 
 Value finding(
     std::size_t card, std::size_t line, std::string_view subject, std::string_view what, Action done)
@@ -38,7 +29,7 @@ public:
     CardReading(ZRRoster& roster, std::string_view bytes)
         : _roster(roster)
         , _context(roster)
-        , _preparation(bytes, {.file = "", .preferredEncoding = preferredEncoding(_context)})
+        , _preparation(bytes, {.file = "", .preferredEncoding = _context.preferredEncoding()})
     {
     }
 

@@ -2,6 +2,7 @@
 #include "interchange/import/CardFeed.h"
 
 #include "interchange/import/ImportFile.h"
+#include "interchange/vcard/VCardReaderContext.h"
 #include "interchange/vcard/prepare/Preparation.h"
 #include "platform/run/Mutex.h"
 #include "platform/run/Thread.h"
@@ -80,7 +81,7 @@ private:
         }
         if (_options.form == Form::prepared)
             _preparation.emplace(
-                _bytes, Preparation::Options{source.name, _options.preferredEncoding, _options.groups});
+                _bytes, Preparation::Options{source.name, _context.preferredEncoding(), _options.groups});
         else
             _raw.emplace(_bytes, _context);
         _number = 0;

@@ -3,7 +3,6 @@
 
 #include "interchange/import/CardReader.h"
 #include "interchange/vcard/prepare/Report.h"
-#include "platform/text/Encoding.h"
 
 #include <cstddef>
 #include <memory>
@@ -35,8 +34,6 @@ public:
     enum class Form { prepared, raw };
     struct Options {
         Form form = Form::prepared;
-        /// Tried where neither card nor file names a character set; 0 for none.
-        TextEncoding preferredEncoding = 0;
         vcard::prepare::GroupWishes groups = {};
     };
 

@@ -6,7 +6,6 @@
 #include "core/ZRLog.h"
 #include "core/ZRPerson.h"
 #include "interchange/import/ZRImportServices.h"
-#include "platform/files/ZRUserDefaults.h"
 #include "platform/run/Clock.h"
 
 #include <algorithm>
@@ -22,14 +21,6 @@ constexpr std::size_t kCardsInTransaction = 2000;
 constexpr std::size_t kBytesInTransaction = 64U << 20;
 /// How many cards there are between two reports of progress.
 constexpr std::size_t kCardsBetweenReports = 10;
-
-TextEncoding preferredEncoding()
-{
-    const auto name = ZRUserDefaults::rosterPreferences()->objectForKey(zr::kZR21vCardEncoding);
-    const TextEncoding encoding =
-        name.isString() ? platform::encodingForName(name.asText()) : platform::invalidTextEncoding;
-    return encoding == platform::invalidTextEncoding ? 0 : encoding;
-}
 
 } // namespace
 
@@ -67,8 +58,8 @@ bool ZRvCardController::importVCards()
     const CardFeed::Form form =
         _state->preparation == Preparation::full ? CardFeed::Form::prepared : CardFeed::Form::raw;
     const auto& asked = _state->groupsAsked;
-    _state->feed.emplace(_state->sources, *_state->surroundings,
-        CardFeed::Options{form, preferredEncoding(), {asked.cards, asked.categories}});
+    _state->feed.emplace(
+        _state->sources, *_state->surroundings, CardFeed::Options{form, {asked.cards, asked.categories}});
     if (importBegan)
         importBegan(_state->totalBytes);
     while (ReadCard* const card = nextCard())

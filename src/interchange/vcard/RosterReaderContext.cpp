@@ -8,7 +8,7 @@
 
 namespace {
 
-std::optional<std::string> preferredEncoding()
+std::optional<std::string> encodingPreference()
 {
     const auto name = ZRUserDefaults::rosterPreferences()->objectForKey(zr::kZR21vCardEncoding);
     return name.isString() ? std::optional<std::string>(name.asText()) : std::nullopt;
@@ -19,7 +19,7 @@ std::optional<std::string> preferredEncoding()
 RosterReaderContext::RosterReaderContext(ZRRoster& roster)
     : _countryCode(roster.defaultCountryCode())
     , _nameOrdering(roster.defaultNameOrdering())
-    , _encoding(preferredEncoding())
+    , _encoding(encodingPreference())
 {
 }
 

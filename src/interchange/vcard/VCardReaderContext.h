@@ -1,6 +1,7 @@
 // What a reader of vCards must know of the user and the system around it.
 #pragma once
 
+#include "platform/text/Encoding.h"
 #include "platform/value/Value.h"
 
 #include <cstdint>
@@ -25,6 +26,13 @@ public:
     virtual std::int64_t defaultNameOrdering() const { return 32; }
     /// The preferred character set of cards that are no vCard 3.0: the IANA name under "ZR21vCardEncoding".
     virtual std::optional<std::string> preferred21Encoding() const { return std::nullopt; }
+    /// The same as a number; 0 for none, and for a name that nobody knows.
+    TextEncoding preferredEncoding() const
+    {
+        const auto name = preferred21Encoding();
+        const TextEncoding encoding = name ? platform::encodingForName(*name) : platform::invalidTextEncoding;
+        return encoding == platform::invalidTextEncoding ? 0 : encoding;
+    }
     /// The data of a picture that comes with the system, or absent.
     virtual platform::Value builtInPicture(std::string_view) const { return {}; }
 

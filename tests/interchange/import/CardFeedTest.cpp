@@ -16,7 +16,7 @@ class CardFeedTest : public ImportTest {
 protected:
     static CardFeed feedOf(std::vector<CardSource> sources, CardFeed::Form form = CardFeed::Form::prepared)
     {
-        return {std::move(sources), VCardReaderContext::standard(), {form, 0}};
+        return {std::move(sources), VCardReaderContext::standard(), {form, {}}};
     }
     static std::string lastName(const interchange::ReadCard& card)
     {
