@@ -1,4 +1,5 @@
 // A file that is imported a second time, as it was and with changes; and what random cards lose to an import.
+#include "interchange/Corpus.h"
 #include "interchange/import/PlanWorld.h"
 
 #include "core/ZRStringAdditions.h"
@@ -7,15 +8,12 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <iterator>
 #include <map>
 
 namespace {
 
 using namespace test;
-namespace files = std::filesystem;
 using interchange::ValueChange;
 
 /// Whether the card has what people are looked for by.
@@ -32,12 +30,11 @@ bool hasName(const ZRRecord& card)
 
 TEST_F(PlanTest, EveryFileOfTheCorpusIsThereTheSecondTime)
 {
-    const char* const given = std::getenv("ROSTER_CORPUS");
-    const files::path folder = given ? given : CORPUS;
-    if (!files::is_directory(folder))
-        GTEST_SKIP() << "no corpus; name its folder in ROSTER_CORPUS";
+    const auto folder = corpusFolder();
+    if (!std::filesystem::is_directory(folder))
+        GTEST_SKIP() << "no cards of other programs at " << folder;
     std::size_t cards = 0, nameless = 0;
-    for (const auto& entry : files::directory_iterator(folder)) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
         const std::string extension = entry.path().extension().string();
         if (extension != ".vcf" && extension != ".bin")
             continue;

@@ -5,6 +5,7 @@
 #include "RandomCards.h"
 #include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
+#include "interchange/Corpus.h"
 #include "interchange/vcard/RosterReaderContext.h"
 #include "interchange/vcard/ZRVCardParser.h"
 #include "interchange/vcard/prepare/Preparation.h"
@@ -15,10 +16,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <sstream>
 
@@ -126,12 +123,6 @@ TEST_F(RoundTrip, Of21KeepsEveryScriptUnderEveryPreference)
     }
 }
 
-std::string contentsOf(const std::filesystem::path& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(stream), {});
-}
-
 /// Whoever imports the cards of a file has these people.
 std::vector<Ref<ZRPerson>> imported(const std::string& bytes, const Ref<ZRRoster>& roster)
 {
@@ -165,7 +156,7 @@ TEST_F(RoundTrip, OfTheExamplesLosesWhatTheListSays)
 {
     std::size_t count = 0;
     Names met;
-    for (const auto& file : std::filesystem::directory_iterator(EXAMPLE_CARDS))
+    for (const auto& file : std::filesystem::directory_iterator(kExampleCards))
         for (const auto& person : imported(contentsOf(file.path()), roster)) {
             SCOPED_TRACE(file.path());
             for (const Road& road : kRoads)
@@ -178,10 +169,9 @@ TEST_F(RoundTrip, OfTheExamplesLosesWhatTheListSays)
 /// Cards of other programs: what the first export lost is all that is ever lost.
 TEST_F(RoundTrip, OfTheCorpusIsTheSameTheSecondTime)
 {
-    const char* const given = std::getenv("ROSTER_CORPUS");
-    const std::filesystem::path folder = given ? given : CORPUS;
+    const auto folder = corpusFolder();
     if (!std::filesystem::is_directory(folder))
-        GTEST_SKIP() << "no corpus; name its folder in ROSTER_CORPUS";
+        GTEST_SKIP() << "no cards of other programs at " << folder;
     Names met;
     for (const auto& file : std::filesystem::directory_iterator(folder)) {
         if (file.path().extension() != ".vcf")
@@ -201,7 +191,7 @@ TEST_F(RoundTrip, OfTheCorpusIsTheSameTheSecondTime)
 /// The list that people read is the one that holds.
 TEST(Losses, StandInTheDocument)
 {
-    const std::string document = contentsOf(VCARD_DOCUMENT);
+    const std::string document = contentsOf(SOURCE_FOLDER "/docs/vcard.md");
     for (const Loss& loss : allLosses())
         EXPECT_NE(document.find("| " + std::string(loss.name) + " |"), document.npos) << loss.name;
     const std::size_t list = document.find("## What does not come back"),

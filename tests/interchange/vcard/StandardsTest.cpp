@@ -1,45 +1,18 @@
 // The examples of the standards: what becomes of each property, in the record, in its note or in the report.
 #include "Journey.h"
+#include "interchange/Corpus.h"
 #include "interchange/vcard/prepare/Preparation.h"
 #include "store/RosterWorld.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <utility>
 
 namespace test {
 namespace {
 
 using vcard::prepare::CanonicalCard;
 using vcard::prepare::Preparation;
-
-struct Example {
-    std::string title, lines, outcome;
-};
-
-/// A file of examples: a text for people, "version", and for each example a title, the lines of a card, and
-/// what becomes of it.
-struct Examples {
-    explicit Examples(const std::filesystem::path& file)
-    {
-        std::ifstream stream(file);
-        for (std::string line; std::getline(stream, line);) {
-            if (line.starts_with("version "))
-                version = line.substr(8);
-            else if (line.starts_with("## "))
-                all.push_back({line.substr(3), {}, {}});
-            else if (!all.empty() && line.starts_with("=> "))
-                all.back().outcome += line.substr(3) + "\n";
-            else if (!all.empty() && !line.empty())
-                all.back().lines += line + "\r\n";
-        }
-    }
-
-    std::string version;
-    std::vector<Example> all;
-};
 
 std::string outcomeOf(const PlainCard& card)
 {
@@ -60,7 +33,7 @@ std::string told(const vcard::prepare::Report& report)
     return text;
 }
 
-class Standards : public testing::TestWithParam<const char*> {
+class Standards : public testing::TestWithParam<std::pair<std::string, std::string>> {
 protected:
     static void SetUpTestSuite() { openShared(); }
     void SetUp() override
@@ -93,18 +66,19 @@ protected:
 
 TEST_P(Standards, HavePlacesForTheirExamples)
 {
-    const Examples examples(std::filesystem::path(STANDARDS) / GetParam());
-    EXPECT_GE(examples.all.size(), 30U);
-    for (const Example& example : examples.all)
-        EXPECT_EQ(
-            outcome("BEGIN:VCARD\r\nVERSION:" + examples.version + "\r\n" + example.lines + "END:VCARD\r\n"),
-            example.outcome)
-            << example.title << "\n"
-            << example.lines;
+    const auto& [file, version] = GetParam();
+    const auto examples = casesIn(kTestsOfCards / "vcard/standards" / file);
+    EXPECT_GE(examples.size(), 30U);
+    for (const auto& example : examples)
+        EXPECT_EQ(outcome("BEGIN:VCARD\r\nVERSION:" + version + "\r\n" + example.input + "END:VCARD\r\n"),
+            example.expected)
+            << example.message();
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Standards, testing::Values("rfc6350.txt", "rfc2426.txt", "vcard21.txt"),
-    [](const auto& file) { return std::string(file.param).substr(0, std::string(file.param).find('.')); });
+INSTANTIATE_TEST_SUITE_P(All, Standards,
+    testing::Values(
+        std::pair("rfc6350.txt", "4.0"), std::pair("rfc2426.txt", "3.0"), std::pair("vcard21.txt", "2.1")),
+    [](const auto& standard) { return standard.param.first.substr(0, standard.param.first.find('.')); });
 
 } // namespace
 } // namespace test
