@@ -1,27 +1,19 @@
 // The cards that come as examples: every one is read, whatever its script, version and picture.
 #include "CardText.h"
+#include "interchange/Corpus.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 
 using namespace cardtext;
 
 namespace {
 
-std::string contentsOf(const std::filesystem::path& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(stream), {});
-}
-
 std::vector<Setter> cardsOf(const std::string& file)
 {
     std::vector<Setter> cards;
-    const std::string data = contentsOf(std::filesystem::path(EXAMPLE_CARDS) / file);
+    const std::string data = test::contentsOf(test::kExampleCards / file);
     const auto parser = ZRVCardParser::initWithData(data);
     while (parser && !parser->atEnd())
         if (Setter setter; parser->importToValueSetter(setter))
@@ -34,7 +26,7 @@ std::vector<Setter> cardsOf(const std::string& file)
 TEST(ExampleCards, AreAllRead)
 {
     std::map<std::string, std::size_t> counts;
-    for (const auto& entry : std::filesystem::directory_iterator(EXAMPLE_CARDS))
+    for (const auto& entry : std::filesystem::directory_iterator(test::kExampleCards))
         counts[entry.path().filename()] = cardsOf(entry.path().filename()).size();
     const std::map<std::string, std::size_t> expected = {{"companies.vcf", 4}, {"east-asia.vcf", 5},
         {"europe.vcf", 7}, {"families.vcf", 3}, {"friends.vcf", 6}, {"greek-cyrillic.vcf", 4},
