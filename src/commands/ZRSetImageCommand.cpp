@@ -1,10 +1,12 @@
 // How a card's pictures are exchanged: the small one by the card, the large one between two files.
 #include "commands/ZRSetImageCommand.h"
 
+#include "core/ZRConstants.h"
 #include "platform/files/Directories.h"
 #include "platform/files/Files.h"
 #include "platform/run/Log.h"
 #include "store/ZRDBCache.h"
+#include "store/ZRPictureChanges.h"
 
 #include <fmt/format.h>
 
@@ -101,8 +103,9 @@ void ZRSetImageCommand::_switchImage()
 {
     const Value data = std::exchange(_imageData, _person->imageData());
     _person->setImageData(data);
-    cache().nonThreadedSave();
+    // Before the save: who keeps a history of what it writes must know of both pictures.
     switchLargeImage();
+    cache().nonThreadedSave();
 }
 
 void ZRSetImageCommand::switchLargeImage() const
@@ -110,6 +113,12 @@ void ZRSetImageCommand::switchLargeImage() const
     const auto large = _person->largeImagePath();
     if (!large || (!platform::isPlainFile(*large) && !platform::isPlainFile(_alternatePath)))
         return;
+    const auto coming = platform::readFile(_alternatePath);
+    ZRRoster& roster = *_person->roster();
+    locked(roster, ZRAccess::write, [&]() ZR_NTS {
+        ZRPictureWillChange(
+            roster, _person->uniqueId(), zr::kZRLargeImageProperty, coming ? Value::data(*coming) : Value());
+    });
     logFailure(platform::makePrivateDirectory(cachesDirectory()));
     const std::string swap = fmt::format("{}/zrimageswap-{:x}.tiff", cachesDirectory(), _identity);
     logFailure(platform::removeFile(swap));

@@ -241,6 +241,10 @@ void HistoryReplay::bringPictures()
                     _tables.putPending(_step, change.record, kind, data);
                 continue;
             }
+            // A large picture may have outlived its card.
+            for (const auto& [kind, stale] : picturesOf(_imagesDirectory, change.record))
+                if (!pictures.contains(kind))
+                    _tables.putPending(_step, change.record, kind, std::nullopt);
             for (const auto& [kind, data] : pictures)
                 bytes += data.size();
             if (!pictures.empty())

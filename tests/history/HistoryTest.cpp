@@ -160,15 +160,7 @@ const Role underWay("undo a step under way", [](const Words&) {
 
 // ---- what stands in the way
 
-struct Meddling {
-    const char* what;
-    /// The step, and what somebody else does then. They share the ids of records that are there at first.
-    std::function<void(HistoryTest&, ZRRoster&)> edit;
-    std::function<void(HistoryTest&, ZRRoster&)> meddle;
-    const char* reason;
-};
-
-Ref<ZRPerson> first(ZRRoster& roster)
+Ref<ZRPerson> anaOf(ZRRoster& roster)
 {
     for (const auto& record : roster.people())
         if (record->valueForProperty(kZRFirstNameProperty).asText() == "Ana")
@@ -178,39 +170,41 @@ Ref<ZRPerson> first(ZRRoster& roster)
 
 Ref<ZRGroup> onlyGroup(ZRRoster& roster) { return platform::refCast<ZRGroup>(roster.groups().front()); }
 
+using Edit = std::function<void(ZRRoster&)>;
+
+Edit sets(std::string_view property, const Value& value)
+{
+    return [=](ZRRoster& roster) { EXPECT_TRUE(anaOf(roster)->setValue(value, property)); };
+}
+
+const Edit joins = [](ZRRoster& roster) { onlyGroup(roster)->addMember(*anaOf(roster)); };
+
+/// Ana and a group are there at first. A step changes Ana, then somebody else does something.
+struct Meddling {
+    const char* what;
+    Edit step, meddle;
+    const char* reason;
+};
+
 const Meddling meddlings[] = {
-    {"a changed card was changed again",
-        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("Lima"), kZRLastNameProperty); },
-        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("Porto"), kZRLastNameProperty); },
-        "was changed"},
-    {"an entry of a changed card was changed",
-        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("Lima"), kZRLastNameProperty); },
-        [](auto&, ZRRoster& roster) {
-            first(roster)->setValue(multiValue({{Value("x@y.example"), kZRHomeLabel}}), kZREmailProperty);
-        },
-        "was changed"},
-    {"a changed card was removed",
-        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("Lima"), kZRLastNameProperty); },
-        [](auto&, ZRRoster& roster) { roster.removeRecord(first(roster)); }, "is missing"},
-    {"somebody else left the group",
-        [](auto&, ZRRoster& roster) { onlyGroup(roster)->addMember(*first(roster)); },
-        [](auto&, ZRRoster& roster) { onlyGroup(roster)->removeMember(*first(roster)); }, "was changed"},
-    {"Me was chosen anew", [](auto&, ZRRoster& roster) { roster.setMe(first(roster)); },
-        [](auto&, ZRRoster& roster) { roster.setMe(nullptr); }, "was changed"},
+    {"a changed card was changed again", sets(kZRLastNameProperty, "Lima"),
+        sets(kZRLastNameProperty, "Porto"), "was changed"},
+    {"an entry of a changed card was changed", sets(kZRLastNameProperty, "Lima"),
+        sets(kZREmailProperty, multiValue({{"x@y.example", kZRHomeLabel}})), "was changed"},
+    {"a changed card was removed", sets(kZRLastNameProperty, "Lima"),
+        [](ZRRoster& roster) { roster.removeRecord(anaOf(roster)); }, "is missing"},
+    {"somebody else left the group", joins,
+        [](ZRRoster& roster) { onlyGroup(roster)->removeMember(*anaOf(roster)); }, "was changed"},
+    {"Me was chosen anew", [](ZRRoster& roster) { roster.setMe(anaOf(roster)); },
+        [](ZRRoster& roster) { roster.setMe(nullptr); }, "was changed"},
     // What does not count.
-    {"another card was changed",
-        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("Lima"), kZRLastNameProperty); },
-        [](auto&, ZRRoster& roster) {
-            const auto other = ZRPerson::initWithRoster(Ref<ZRRoster>(&roster));
-            other->setValue(Value("Bo"), kZRFirstNameProperty);
+    {"another card was added", sets(kZRLastNameProperty, "Lima"),
+        [](ZRRoster& roster) {
+            person(Ref<ZRRoster>(&roster), {{kZRFirstNameProperty, "Bo"}});
         },
         nullptr},
-    {"the card came into a group",
-        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("L"), kZRNoteProperty); },
-        [](auto&, ZRRoster& roster) { onlyGroup(roster)->addMember(*first(roster)); }, nullptr},
-    {"the mark of the last import was set",
-        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value("L"), kZRNoteProperty); },
-        [](auto&, ZRRoster& roster) { first(roster)->setValue(Value(0x80), kZRPersonFlags); }, nullptr},
+    {"the card came into a group", sets(kZRNoteProperty, "L"), joins, nullptr},
+    {"the mark of the last import was set", sets(kZRNoteProperty, "L"), sets(kZRPersonFlags, 0x80), nullptr},
 };
 
 TEST_F(HistoryTest, NamesWhatWasChangedSince)
@@ -219,14 +213,14 @@ TEST_F(HistoryTest, NamesWhatWasChangedSince)
         SCOPED_TRACE(meddling.what);
         roster = ZRRoster::emptyMemoryBackedRoster();
         ZRHistory own(*roster);
-        std::string ana;
+        std::string id;
         unnoted([&] {
-            ana = add("Ana")->uniqueId();
+            id = add("Ana")->uniqueId();
             addGroup("Friends");
         });
         const Snapshot start = snapshotOf(roster);
-        step([&] { meddling.edit(*this, *roster); });
-        unnoted([&] { meddling.meddle(*this, *roster); });
+        step([&] { meddling.step(*roster); });
+        unnoted([&] { meddling.meddle(*roster); });
         const Snapshot meddled = snapshotOf(roster);
         const auto outcome = own.undo();
         if (!meddling.reason) {
@@ -236,7 +230,7 @@ TEST_F(HistoryTest, NamesWhatWasChangedSince)
         }
         EXPECT_EQ(outcome.status, Status::conflict);
         ASSERT_EQ(outcome.conflicts.size(), 1U);
-        EXPECT_EQ(outcome.conflicts[0].uniqueId, ana);
+        EXPECT_EQ(outcome.conflicts[0].uniqueId, id);
         EXPECT_TRUE(outcome.conflicts[0].name.starts_with("Ana")) << outcome.conflicts[0].name;
         EXPECT_EQ(outcome.conflicts[0].reason, meddling.reason);
         expectState(meddled);
@@ -296,7 +290,7 @@ TEST_F(HistoryTest, KeepsTheLastThousandSteps)
 {
     unnoted([&] { add("Ana"); });
     for (int i = 0; i < 1'005; ++i)
-        step([&] { first(*roster)->setValue(Value(i), kZRPersonFlags); }, std::to_string(i));
+        step([&] { anaOf(*roster)->setValue(Value(i), kZRPersonFlags); }, std::to_string(i));
     const auto steps = history.steps();
     ASSERT_EQ(steps->size(), 1'000U);
     EXPECT_EQ(steps->front().title, "1004");
@@ -306,7 +300,7 @@ TEST_F(HistoryTest, KeepsTheLastThousandSteps)
 TEST_F(HistoryTest, KeepsSixtyFourMegabytesAndABiggerStepAlone)
 {
     const auto note = [&](std::size_t megabytes, char c) {
-        step([&] { first(*roster)->setValue(Value(std::string(megabytes << 20, c)), kZRHomePageProperty); });
+        step([&] { anaOf(*roster)->setValue(Value(std::string(megabytes << 20, c)), kZRHomePageProperty); });
     };
     unnoted([&] { add("Ana"); });
     note(20, 'a');
@@ -322,7 +316,7 @@ TEST_F(HistoryTest, KeepsSixtyFourMegabytesAndABiggerStepAlone)
     note(1, 'h');
     EXPECT_EQ(countOfSteps(), 1U) << "what keeps 70 MB is alone";
     ASSERT_EQ(undo(), Status::done);
-    EXPECT_EQ(first(*roster)->valueForProperty(kZRHomePageProperty).asText().size(), std::size_t{70} << 20);
+    EXPECT_EQ(anaOf(*roster)->valueForProperty(kZRHomePageProperty).asText().size(), std::size_t{70} << 20);
     ASSERT_TRUE(history.clear());
     EXPECT_EQ(countOfSteps(), 0U);
     EXPECT_EQ(redo(), Status::nothing);

@@ -7,9 +7,8 @@
 
 namespace test {
 
-/// Makes one change, or a few that belong together, and saves: cards, groups, smart groups, choices of
-/// entries, Me, pictures and values of custom properties are added, changed and removed. The same seed does
-/// the same to the same roster.
+/// Makes one change, or a few that belong together, in one or several saves. The same seed does the same to
+/// the same roster. It is linked with the rooms whose changes are walked.
 void editAtRandom(const Ref<ZRRoster>& roster, std::uint32_t seed);
 
 } // namespace test
