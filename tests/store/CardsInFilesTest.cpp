@@ -75,15 +75,6 @@ const Role readsCard("read card", [](const Words& words) {
     return one ? textOf(*one, days) : std::string("no card");
 });
 
-const Role touches("change the nickname", [](const Words& words) {
-    const auto roster = openShared();
-    const auto one = roster->recordForUniqueId(words.at(0));
-    if (words.at(1) == "preserving")
-        one->nts_setContextInfo(true, zr::kZRPreserveModificationDate);
-    one->setValue("Other", zr::kZRNicknameProperty);
-    return std::string(roster->save() ? "saved" : "not saved");
-});
-
 constexpr char cardId[] = "01234567-89AB-CDEF-0123-456789ABCDEF:ZRPerson";
 
 } // namespace
@@ -101,19 +92,6 @@ TEST(CardsInFiles, AreReadEqualByAnotherProcessInAnyTimeZone)
             const auto read = play("read card", {cardId}, home.stage({{"TZ", reader}}));
             EXPECT_EQ(read.answer, written.answer) << writer << " read in " << reader << "\n" << read.log;
         }
-    }
-}
-
-TEST(CardsInFiles, KeepTheirModificationDateOnlyWhenAsked)
-{
-    for (const bool preserving : {true, false}) {
-        const Home home;
-        ASSERT_EQ(home.play("write everything", {cardId}).status, 0);
-        ASSERT_EQ(home.play("change the nickname", {cardId, preserving ? "preserving" : ""}).answer, "saved");
-        const auto read = home.play("read card", {cardId});
-        EXPECT_THAT(read.answer, testing::HasSubstr("Nickname: \"Other\""));
-        EXPECT_EQ(read.answer.find("Modification: date 2000000.500000\n") != std::string::npos, preserving)
-            << read.answer;
     }
 }
 

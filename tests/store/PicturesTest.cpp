@@ -109,13 +109,4 @@ TEST_F(Pictures, OfAFailedSaveLeaveNoFile)
     EXPECT_TRUE(fs::exists(fileOf(one)) && fs::exists(fileOf(two)));
 }
 
-TEST_F(Pictures, OfACardThatWentBeforeTheSaveAreNotWritten)
-{
-    locked(*roster, ZRAccess::write, [&]() ZR_NTS { roster->nts_SetKeepsPictures(true); });
-    one->setImageData(picture);
-    roster->removeRecord(one);
-    ASSERT_TRUE(roster->save());
-    EXPECT_FALSE(fs::exists(fileOf(one)));
-}
-
 } // namespace test

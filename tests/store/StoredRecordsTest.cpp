@@ -9,7 +9,6 @@
 #include "search/ZRSmartGroup.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelTable.h"
-#include "store/ZRMultiValueObjectStoreWrapper.h"
 #include "store/ZRMutableSet.h"
 #include "store/ZROSRecord.h"
 
@@ -20,11 +19,9 @@ namespace test {
 
 namespace {
 
-using objectstore::Comparator;
 using objectstore::ObjectList;
 using objectstore::Slot;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 const objectstore::Entity& entity(std::string_view name)
 {
@@ -45,10 +42,6 @@ protected:
             list.emplace_back(row->text(row->slot(name)));
         return list;
     }
-    std::vector<std::string> firstNamesOf(const objectstore::PredicateRef& condition)
-    {
-        return texts(roster->managedObjectContext()->zrContactsForPredicate(condition), "firstName");
-    }
     Ref<ZRRoster> roster = ZRRoster::emptyMemoryBackedRoster();
 };
 
@@ -64,15 +57,9 @@ TEST_F(StoredRecords, KnowWhereEachPropertyIsKept)
     };
     const Case cases[] = {{"ZROSContact", zr::kZRFirstNameProperty, "firstName", "", ""},
         {"ZROSContact", zr::kZREmailProperty, "emailAddresses", "ZROSEmailAddress", "address"},
-        {"ZROSContact", zr::kZRAddressProperty, "postalAddresses", "ZROSPostalAddress", ""},
-        {"ZROSContact", zr::kZRNoteProperty, "note", "ZROSNote", "text"},
         {"ZROSContact", zr::kZRICQInstantProperty, "messagingAddresses", "ZROSMessagingAddress", "address",
             false},
-        {"ZROSContact", zr::kZRRemoteLocationProperty, "remoteLocations", "ZROSRemoteLocation", "url"},
-        {"ZROSGroup", zr::kZRRemoteLocationProperty, "tmpRemoteLocation", "", ""},
-        {"ZROSSmartGroup", zr::kZRGroupNameProperty, "name", "", ""},
-        {"ZROSRosterSource", "displayName", "name", "", ""},
-        {"ZROSMailRecent", zr::kZREmailProperty, "email", "", ""}};
+        {"ZROSGroup", zr::kZRRemoteLocationProperty, "tmpRemoteLocation", "", ""}};
     for (const auto& one : cases) {
         const auto& of = entity(one.entity);
         const auto* place = ZROSRecord::keyForProperty(one.property, of);
@@ -95,15 +82,12 @@ TEST_F(StoredRecords, KnowTheirEntitiesOnlyInARosterThatHasThem)
         << "the store of mail recents is not open";
     const auto& context = *roster->managedObjectContext();
     for (const auto& [key, name, isKnown] :
-        {std::tuple("firstName", zr::kZRObjectStoreContactEntityName, true),
-            std::tuple("uniqueId", zr::kZRObjectStoreSubscribedContactEntityName, true),
-            std::tuple("firstName", zr::kZRObjectStoreGroupEntityName, false),
-            std::tuple("email", zr::kZRObjectStoreMailRecentEntityName, false)}) {
+        {std::tuple("uniqueId", zr::kZRObjectStoreSubscribedContactEntityName, true),
+            {"firstName", zr::kZRObjectStoreGroupEntityName, false},
+            {"email", zr::kZRObjectStoreMailRecentEntityName, false}}) {
         EXPECT_EQ(ZROSRecord::zrEntityKnowsKey(key, name, *roster), isKnown) << key;
         EXPECT_EQ(ZROSRecord::zrEntityKnowsKey(key, name, context), isKnown) << key;
     }
-    const auto one = person(roster, {});
-    EXPECT_EQ(one->zrDatabaseImpl()->zrEntityName(), "ZROSContact");
 }
 
 TEST_F(StoredRecords, NormaliseTextsForSortingAndForSearching)
@@ -113,25 +97,6 @@ TEST_F(StoredRecords, NormaliseTextsForSortingAndForSearching)
     EXPECT_EQ(ZROSRecord::newNormalizedSearchString("ÉMILE"), "emile");
     EXPECT_EQ(ZROSRecord::newIncrementedSearchString("emil"), "emim");
     EXPECT_EQ(ZROSRecord::newIncrementedSearchString(""), "");
-}
-
-TEST_F(StoredRecords, TellAbsentFlagsFromClearOnes)
-{
-    person(roster, {{zr::kZRFirstNameProperty, "none"}});
-    for (const auto& [name, flags] : {std::pair("clear", 1), std::pair("set", 129)})
-        person(roster, {{zr::kZRFirstNameProperty, name}})->zrosSetValue(flags, "displayFlags");
-    const auto isSet = [](Comparator comparison) {
-        return ZROSRecord::bitwiseAndPredicateForKey("displayFlags", 128, 0, comparison);
-    };
-    EXPECT_THAT(firstNamesOf(ZROSRecord::compoundPredicateForKey(
-                    "displayFlags", ZRNullOption::andNotNull, isSet(Comparator::notEqual))),
-        ElementsAre("set"));
-    EXPECT_THAT(firstNamesOf(ZROSRecord::compoundPredicateForKey(
-                    "displayFlags", ZRNullOption::andNotNull, isSet(Comparator::equal))),
-        ElementsAre("clear"));
-    EXPECT_THAT(firstNamesOf(ZROSRecord::compoundPredicateForKey(
-                    "displayFlags", ZRNullOption::orIsNull, isSet(Comparator::equal))),
-        testing::UnorderedElementsAre("none", "clear"));
 }
 
 TEST_F(StoredRecords, FindTheRowOfAnEntry)
@@ -193,60 +158,6 @@ TEST_F(StoredRecords, GiveOneHandleOfTheClassOfTheirEntity)
         ZRSubscribedPerson::recordClassDescription, *one->zrDatabaseImpl(), *roster));
 }
 
-TEST_F(StoredRecords, KeepTheChoiceOfAnEntryThroughItsNewRow)
-{
-    using Rows = ZRMultiValueObjectStoreWrapper;
-    const auto one = person(roster, {{zr::kZREmailProperty, multiValue({{"a", "x"}, {"b", "x"}})}});
-    auto& impl = *one->zrDatabaseImpl();
-    auto& context = *roster->managedObjectContext();
-    const Slot& emails = key(one, "emailAddresses");
-    const ObjectList rows = impl.sortedPropertyValuesWithKey(emails);
-    const std::string identifier(rows[1]->text(rows[1]->slot("uniqueId")));
-    EXPECT_EQ(Rows::primaryIdentifierForEntities(rows), rows[0]->text(rows[0]->slot("uniqueId")));
-    EXPECT_EQ(Rows::primaryIdentifierForEntities({rows[1]}), std::nullopt);
-    const auto choice = context.insertObjectOfEntity(zr::kZRObjectStoreDistributionListConfigEntityName);
-    choice->setRelated(choice->slot("email"), rows[1].get());
-    rows[0]->setValueForKey("uniqueId", {});
-
-    Rows::DistributionListConfigs saved;
-    Rows::deletePropertyValues(rows, emails, saved, impl, context);
-    EXPECT_THAT(saved, ElementsAre(testing::Pair(identifier, ElementsAre(choice))));
-    EXPECT_THAT(texts(impl.propertyValuesWithKey(emails), "address"), ElementsAre("a"))
-        << "a row without identifier is left alone";
-    const auto fresh = context.insertObjectOfEntity(zr::kZRObjectStoreEmailAddressEntityName);
-    Rows::rewireDistributionListConfig(saved, *fresh, "another");
-    EXPECT_THAT(saved, testing::SizeIs(1));
-    Rows::rewireDistributionListConfig(saved, *fresh, identifier);
-    EXPECT_EQ(choice->related(choice->slot("email")), fresh);
-    EXPECT_THAT(saved, IsEmpty());
-}
-
-TEST_F(StoredRecords, MakeAddressesOfDictionariesAndBack)
-{
-    using Rows = ZRMultiValueObjectStoreWrapper;
-    const auto one = person(roster, {});
-    const Value given = Value::dictionary({{"City", "Rome"}, {"CountryCode", "uk"},
-        {"ZIP", Value(platform::NullMarker())}, {"Floor", "2"}, {"Door", Value(platform::NullMarker())}});
-    const auto row = Rows::addressEntityWithValue(given, *one->zrDatabaseImpl());
-    EXPECT_EQ(row->text(row->slot("countryCode")), "gb");
-    EXPECT_EQ(textOf(Rows::addressValueWithEntity(*row)),
-        textOf(Value::dictionary({{"City", "Rome"}, {"CountryCode", "gb"}, {"Floor", "2"}})));
-}
-
-TEST_F(StoredRecords, ShareOneServiceInAStore)
-{
-    auto& context = *roster->managedObjectContext();
-    const auto service = [&] {
-        return ZRMultiValueObjectStoreWrapper::serviceWithName(zr::kZRAIMInstantProperty, context, nullptr);
-    };
-    const auto made = service();
-    ASSERT_TRUE(made);
-    EXPECT_EQ(service(), made);
-    const auto id = made->storeId();
-    context.reset();
-    EXPECT_EQ(service()->storeId(), id) << "found again after the context forgot it";
-}
-
 TEST_F(StoredRecords, LetAToManyKeyBeChangedInPlace)
 {
     const auto group = ZRRecord::initWithUniqueId(ZRGroup::recordClassDescription, {}, roster);
@@ -273,25 +184,6 @@ TEST_F(StoredRecords, HaveOneLocalSourceInARoster)
     EXPECT_EQ(ZROSInfo::fetchedRosterSourceWithRoster(*roster), source);
     impl.setRelated(impl.slot("rosterSource"), nullptr);
     EXPECT_EQ(impl.rosterSource(), source) << "found again, not made anew";
-}
-
-// What feeds the index string is exactly what makes it stale.
-TEST_F(StoredRecords, ListTheRelationshipsOfTheIndexString)
-{
-    const auto one = person(roster,
-        {{zr::kZREmailProperty, multiValue({{"a@x", "x"}})},
-            {zr::kZRPhoneProperty, multiValue({{"55", "x"}})},
-            {zr::kZRURLsProperty, multiValue({{"http://u", "x"}})},
-            {zr::kZRRelatedNamesProperty, multiValue({{"Kin", "x"}})},
-            {zr::kZRAIMInstantProperty, multiValue({{"aim", "x"}})}, {zr::kZRNoteProperty, "note"},
-            {zr::kZRAddressProperty, multiValue({{Value::dictionary({{"City", "Rome"}}), "x"}})}});
-    const auto& paths = ZROSContact::stringForIndexingKeypaths();
-    for (const auto& path : paths) {
-        const auto& slot = key(one, path.c_str());
-        const Value rows = one->zrDatabaseImpl()->value(slot);
-        EXPECT_FALSE(slot.isToMany() ? rows.asArray().empty() : rows.isNothing()) << path;
-    }
-    EXPECT_THAT(paths, testing::SizeIs(8));
 }
 
 // A search asks the index before it asks such a key: a card whose text it lacks would not be found.
@@ -323,28 +215,6 @@ TEST_F(StoredRecords, HaveInTheIndexStringWhatTheModelSaysFeedsIt)
         check(*part);
     }
     EXPECT_GT(marks, 40);
-}
-
-TEST_F(StoredRecords, SayWhichValuesAreWorthKeeping)
-{
-    const auto context = roster->managedObjectContext();
-    struct Case {
-        const char* entity;
-        const char* key;
-        Value value;
-        bool hasContent;
-    };
-    const Case cases[] = {{"ZROSEmailAddress", "address", "", false},
-        {"ZROSEmailAddress", "address", "a", true}, {"ZROSPostalAddress", "countryCode", "gb", false},
-        {"ZROSPostalAddress", "region", "r", true}, {"ZROSNote", "text", "", true},
-        {"ZROSContactDate", "date", {}, false}, {"ZROSContactDate", "date", Value(platform::Date{0}), true},
-        {"ZROSCalendarURI", "url", "", true}, {"ZROSContact", "firstName", {}, true}};
-    for (const auto& one : cases) {
-        const auto object = context->insertObjectOfEntity(one.entity);
-        object->setValueForKey(one.key, one.value);
-        EXPECT_EQ(ZROSOwnedObject::hasRosterContentForRecord(*object), one.hasContent)
-            << one.entity << " " << one.value.description();
-    }
 }
 
 } // namespace test
