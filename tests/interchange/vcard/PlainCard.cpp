@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <sstream>
 
 namespace test {
 
@@ -72,6 +73,21 @@ Value multiValueOf(const std::vector<PlainEntry>& entries, std::string_view prop
     return Value(values);
 }
 
+/// The text that stands in quotes at the front of `rest`, from where it is taken.
+std::string takeQuoted(std::string_view& rest)
+{
+    std::string text;
+    for (rest.remove_prefix(1); rest.front() != '"'; rest.remove_prefix(1)) {
+        const bool isEscape = rest.front() == '\\';
+        rest.remove_prefix(isEscape);
+        text += !isEscape || (rest.front() != 'n' && rest.front() != 'r') ? rest.front()
+            : rest.front() == 'n'                                         ? '\n'
+                                                                          : '\r';
+    }
+    rest.remove_prefix(1);
+    return text;
+}
+
 } // namespace
 
 PlainCard PlainCard::of(const ZRPerson& person)
@@ -108,6 +124,34 @@ platform::Ref<ZRPerson> PlainCard::addTo(const platform::Ref<ZRRoster>& roster) 
     if (!photo.empty())
         person->setImageData(Value::data(photo));
     return person;
+}
+
+PlainCard PlainCard::read(const std::string& text)
+{
+    PlainCard card;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        const bool isPrimary = line.starts_with('*');
+        const auto end = line.find_first_of(" :", isPrimary);
+        const auto property = line.substr(isPrimary, end - isPrimary);
+        std::string_view rest = line;
+        rest.remove_prefix(end + 2);
+        if (property == "flags") {
+            card.flags = std::stoi(std::string(rest));
+        } else if (line[end] == ':') {
+            card.texts[property] = takeQuoted(rest);
+        } else {
+            PlainEntry entry{takeQuoted(rest), {}, isPrimary};
+            rest.remove_prefix(1);
+            for (auto equals = rest.find('='); equals != rest.npos; equals = rest.find('=')) {
+                const std::string key(rest.substr(1, equals - 1));
+                rest.remove_prefix(equals + 1);
+                entry.value[key] = takeQuoted(rest);
+            }
+            card.entries[property].push_back(entry);
+        }
+    }
+    return card;
 }
 
 std::string PlainCard::text() const

@@ -31,6 +31,8 @@ struct PlainCard {
     std::vector<std::string> groups;
 
     static PlainCard of(const ZRPerson& person);
+    /// What `text` prints, in files of cases.
+    static PlainCard read(const std::string& text);
     /// A new person of that roster with all that is here but the groups.
     platform::Ref<ZRPerson> addTo(const platform::Ref<ZRRoster>& roster) const;
     /// For messages: a line each.

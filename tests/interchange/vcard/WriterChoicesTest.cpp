@@ -1,79 +1,62 @@
 // What stands in a vCard beside a person's own fields, and what the user leaves out of it.
 #include "core/ZRConstants.h"
-#include "core/ZRGroup.h"
 #include "core/ZRMultiValue.h"
 #include "interchange/import/ZRvCardController.h"
 #include "interchange/vcard/VCardText.h"
 #include "interchange/vcard/WriterWorld.h"
 #include "interchange/vcard/ZRPersonVCardAdditions.h"
-#include "platform/files/ZRUserDefaults.h"
 #include "platform/text/Dates.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
+
+#include <set>
 
 namespace test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
-class WriterChoices : public testing::Test {
+class WriterChoices : public WriterTest {
 protected:
-    void SetUp() override
-    {
-        roster = openShared();
-        ana = person(roster, {{kZRLastNameProperty, "Lima"}, {kZRNoteProperty, "one\ntwo"}});
-    }
-    void TearDown() override
-    {
-        removeAllRecords(*roster);
-        for (const char* key : {"ZRIncludePhotosInVCard", "ZRIncludeNotesInVCard", "ZRUse21vCardFormat",
-                 "ZRPrivateVCardFieldsEnabled", "ZRPrivateVCardFields"})
-            preferences->removeObjectForKey(key);
-    }
-
-    Ref<ZRGroup> group(const char* name)
-    {
-        const auto made = ZRGroup::initWithRoster(roster);
-        made->setValue(name, kZRGroupNameProperty);
-        return made;
-    }
-
-    Ref<ZRRoster> roster;
-    Ref<ZRPerson> ana;
-    const Ref<ZRUserDefaults> preferences = ZRUserDefaults::rosterPreferences();
+    const Ref<ZRPerson> ana = person(roster, {{kZRLastNameProperty, "Lima"}, {kZRNoteProperty, "one\ntwo"}});
 };
 
 TEST_F(WriterChoices, LeavesNotesAndPhotosOutUntilTheyAreWanted)
 {
-    ana->setImageData(Value::data("picture"));
-    const std::string note = "NOTE:one\\ntwo\r\n", photo = "PHOTO;BASE64:\r\n  cGljdHVyZQ==\r\n";
-
-    EXPECT_THAT(ana->_vCardRepresentationAsString(), Not(HasSubstr("NOTE")));
-    EXPECT_THAT(ana->_vCardRepresentationAsString(), Not(HasSubstr("PHOTO")));
-    EXPECT_THAT(ana->_21vCardRepresentationAsData(), Not(HasSubstr("NOTE")));
-
+    ana->setImageData(Value::data("\x89PNG\r\n\x1A\n"));
+    const std::string note = "NOTE:one\\ntwo\r\n", photo30 = "PHOTO;BASE64:\r\n  iVBORw0KGgo=\r\n",
+                      photo40 = "PHOTO:data:image/png;base64,iVBORw0KGgo=\r\n";
+    const auto notesAndPhotosIn = [](const std::string& card) {
+        const auto from = std::min(card.find("NOTE"), card.find("PHOTO")),
+                   to = std::min(card.find("X-ZRUID"), std::min(card.find("PRODID"), card.find("END:")));
+        return from == card.npos ? "" : card.substr(from, to - from);
+    };
+    const auto expectByPreference = [&](const std::string& v30, const std::string& v21) {
+        EXPECT_EQ(notesAndPhotosIn(ana->_vCardRepresentationAsString()), v30);
+        EXPECT_EQ(notesAndPhotosIn(ana->_21vCardRepresentationAsData()), v21) << "2.1 never has a photo";
+    };
+    expectByPreference("", "");
     ZRPerson::setIncludeNotesInVCards(true);
-    EXPECT_TRUE(ZRPerson::includeNotesInVCards());
-    EXPECT_THAT(ana->_vCardRepresentationAsString(), HasSubstr(note));
-    EXPECT_THAT(ana->_vCardRepresentationAsString(), Not(HasSubstr("PHOTO")));
-    EXPECT_THAT(ana->_21vCardRepresentationAsData(), HasSubstr(note));
-
+    expectByPreference(note, note);
     ZRPerson::setIncludePhotosInVCards(true);
-    EXPECT_TRUE(ZRPerson::includePhotosInVCards());
-    EXPECT_THAT(ana->_vCardRepresentationAsString(), HasSubstr(note + photo));
-    EXPECT_THAT(ana->_21vCardRepresentationAsData(), Not(HasSubstr("PHOTO"))) << "2.1 never has one";
+    expectByPreference(note + photo30, note);
 
     // What a caller asks for stands above the preferences.
-    const auto with = [&](ZRVCardOptions options) {
-        return ana->_vCardRepresentationAsStringUsingImageCache(Value(), options);
+    const struct {
+        ZRVCardOptions options;
+        std::string v30, v21, v40;
+    } cases[] = {
+        {0, "", "", ""},
+        {kZRVCardWithNote, note, note, note},
+        {kZRVCardWithPhoto, photo30, "", photo40},
+        {kZRVCardWithNote | kZRVCardWithPhoto, note + photo30, note, note + photo40},
     };
-    EXPECT_THAT(with(0), Not(HasSubstr("NOTE")));
-    EXPECT_THAT(with(0), Not(HasSubstr("PHOTO")));
-    EXPECT_THAT(with(kZRVCardWithPhoto), HasSubstr(photo));
-    EXPECT_THAT(with(kZRVCardWithNote), HasSubstr(note));
-    EXPECT_THAT(ana->_21vCardRepresentationAsData(0), Not(HasSubstr("NOTE")));
+    for (const auto& [options, v30, v21, v40] : cases) {
+        SCOPED_TRACE(options);
+        EXPECT_EQ(notesAndPhotosIn(ana->_vCardRepresentationAsStringUsingImageCache(Value(), options)), v30);
+        EXPECT_EQ(notesAndPhotosIn(ana->_21vCardRepresentationAsData(options)), v21);
+        EXPECT_EQ(notesAndPhotosIn(version40(*ana, options)), v40);
+    }
     ana->setImageData(Value());
 }
 
@@ -112,13 +95,17 @@ TEST_F(WriterChoices, BreaksPhotosIntoLinesThatBeginWithBlanks)
 TEST_F(WriterChoices, NamesTheGroupsOfAPerson)
 {
     group("Empty");
-    group("Sea; boats, and: more")->addMember(*ana);
-    group("Ärzte")->addMember(*ana);
+    for (const char* const name : {"Sea; boats, and: more", "Ärzte"})
+        group(name)->addMember(*ana);
     roster->save();
     EXPECT_THAT(ana->_vCardRepresentationAsString(),
         HasSubstr("FN:Lima\r\nCATEGORIES:Sea; boats, and: more,Ärzte\r\nX-ZRUID"));
     EXPECT_THAT(ana->_21vCardRepresentationAsData(), HasSubstr("FN:Lima\r\nEND:VCARD\r\n"))
         << "2.1 has no character set for names of groups, so a line that is not ASCII is left out";
+    group("")->addMember(*ana);
+    roster->save();
+    EXPECT_THAT(version40(*ana), HasSubstr("CATEGORIES:Sea; boats\\, and: more,Ärzte\r\nPRODID"))
+        << "4.0 names no group without a name";
 }
 
 TEST_F(WriterChoices, WritesACountryOfTheRosterForAnAddressWithoutOne)
@@ -127,7 +114,6 @@ TEST_F(WriterChoices, WritesACountryOfTheRosterForAnAddressWithoutOne)
     roster->setDefaultCountryCode("at");
     EXPECT_THAT(ana->_vCardRepresentationAsString(),
         HasSubstr("item1.ADR;type=HOME;type=pref:;;;Ulm;;;\r\nitem1.X-ZRLabel:Barn\r\nitem1.X-ZRADR:at\r\n"));
-    preferences->removeObjectForKey("ZRDefaultAddressCountryCode");
 }
 
 TEST_F(WriterChoices, KeepsPrivateFieldsOfMeToItself)
@@ -138,21 +124,24 @@ TEST_F(WriterChoices, KeepsPrivateFieldsOfMeToItself)
     ana->setValue(birthday, kZRBirthdayProperty);
     const auto bo = person(roster, {{kZRPhoneProperty, phones}, {kZRBirthdayProperty, birthday}});
     roster->setMe(ana);
-    const std::string home =
-        std::string(kZRPhoneProperty) + "." + phones.as<ZRMultiValue>()->identifierAtIndex(0);
-
-    const auto isHidden = [](const ZRPerson& person) {
-        const std::string v30 = person._vCardRepresentationAsString(),
-                          v21 = person._21vCardRepresentationAsData();
-        EXPECT_THAT(v30, HasSubstr("TEL;type=WORK")) << "an entry that is not private";
-        EXPECT_EQ(v30.find(":1\r\n") == v30.npos, v21.find(":1\r\n") == v21.npos);
-        EXPECT_EQ(v30.find(":1\r\n") == v30.npos, v30.find("BDAY") == v30.npos);
-        EXPECT_EQ(v21.find(":1\r\n") == v21.npos, v21.find("BDAY") == v21.npos);
-        return v30.find("BDAY") == v30.npos;
+    const auto* const entries = phones.as<ZRMultiValue>();
+    const std::string home = std::string(kZRPhoneProperty) + "." + entries->identifierAtIndex(0);
+    const auto makePrivate = [&](bool isPrivate) {
+        ZRPerson::setVCardField(home, isPrivate);
+        ZRPerson::setVCardField(kZRBirthdayProperty, isPrivate);
     };
-    ZRPerson::setVCardField(home, true);
-    ZRPerson::setVCardField(kZRBirthdayProperty, true);
-    EXPECT_TRUE(ZRPerson::vcardFieldisPrivate(home));
+    const auto isHidden = [](const ZRPerson& person) {
+        std::set<bool> hidden;
+        for (const auto& card : {person._vCardRepresentationAsString(), person._21vCardRepresentationAsData(),
+                 version40(person)}) {
+            EXPECT_THAT(card, HasSubstr(":2\r\n")) << "an entry that is not private";
+            hidden.insert(card.find(":1\r\n") == card.npos);
+            hidden.insert(card.find("BDAY") == card.npos);
+        }
+        EXPECT_EQ(hidden.size(), 1U) << "versions and properties must agree";
+        return *hidden.begin();
+    };
+    makePrivate(true);
     EXPECT_FALSE(isHidden(*ana)) << "it must be switched on";
     EXPECT_TRUE(ana->_showField(kZRBirthdayProperty));
 
@@ -164,20 +153,18 @@ TEST_F(WriterChoices, KeepsPrivateFieldsOfMeToItself)
     EXPECT_TRUE(isHidden(*ana)) << "saved, and fetched with others";
     EXPECT_FALSE(isHidden(*bo));
     EXPECT_FALSE(ana->_showField(kZRBirthdayProperty));
-    EXPECT_FALSE(ana->_showField(kZRPhoneProperty, phones.as<ZRMultiValue>()->identifierAtIndex(0)));
-    EXPECT_TRUE(ana->_showField(kZRPhoneProperty, phones.as<ZRMultiValue>()->identifierAtIndex(1)));
+    EXPECT_FALSE(ana->_showField(kZRPhoneProperty, entries->identifierAtIndex(0)));
+    EXPECT_TRUE(ana->_showField(kZRPhoneProperty, entries->identifierAtIndex(1)));
     EXPECT_TRUE(bo->_showField(kZRBirthdayProperty));
     roster->setMe(bo);
     EXPECT_FALSE(isHidden(*bo)) << "another Me begins with nothing private";
-    ZRPerson::setVCardField(home, true);
-    ZRPerson::setVCardField(kZRBirthdayProperty, true);
+    makePrivate(true);
     EXPECT_TRUE(isHidden(*bo));
     EXPECT_FALSE(isHidden(*ana)) << "not Me any more";
 
-    ZRPerson::setVCardField(home, false);
-    ZRPerson::setVCardField(kZRBirthdayProperty, false);
+    makePrivate(false);
     EXPECT_FALSE(isHidden(*bo));
-    ZRPerson::setVCardField(kZRBirthdayProperty, true);
+    makePrivate(true);
     ZRPerson::clearPrivateFields();
     EXPECT_FALSE(isHidden(*bo));
     preferences->setObject("no dictionary", "ZRPrivateVCardFields");
@@ -210,24 +197,21 @@ TEST_F(WriterChoices, WritesGroupsMemberByMember)
 TEST_F(WriterChoices, GivesDataOnlyOfUnicode)
 {
     EXPECT_EQ(ana->vCardRepresentation(), ana->_vCardRepresentationAsString());
+    EXPECT_EQ(ZRRecord::copyPasteboardStringForRecords({ana}), ana->_vCardRepresentationAsString());
     ana->setValue("\xFF", kZRJobTitleProperty);
     EXPECT_EQ(ana->vCardRepresentation(), std::nullopt);
 }
 
-TEST_F(WriterChoices, WritesThePasteboardsCards)
-{
-    EXPECT_EQ(ZRRecord::copyPasteboardStringForRecords({ana}), ana->_vCardRepresentationAsString());
-}
-
 TEST_F(WriterChoices, WritesAPersonThatIsGoneAsAnEmptyCard)
 {
-    const std::string id = ana->uniqueId();
     roster->removeRecord(ana);
     roster->save();
-    const std::string card = ana->_vCardRepresentationAsString();
-    EXPECT_TRUE(card.starts_with("BEGIN:VCARD\r\nVERSION:3.0\r\nN:;;;;\r\nX-ZRUID:" + id.substr(0, 36)))
-        << card;
-    EXPECT_TRUE(card.ends_with("END:VCARD\r\n"));
+    const auto id = ana->uniqueId().substr(0, 36);
+    EXPECT_THAT(ana->_vCardRepresentationAsString(),
+        testing::AllOf(testing::StartsWith("BEGIN:VCARD\r\nVERSION:3.0\r\nN:;;;;\r\nX-ZRUID:" + id),
+            testing::EndsWith("END:VCARD\r\n")));
+    EXPECT_THAT(
+        version40(*ana), testing::StartsWith("BEGIN:VCARD\r\nVERSION:4.0\r\nFN:\r\nN:;;;;\r\nPRODID"));
 }
 
 TEST_F(WriterChoices, WritesLinesOfOnePropertyForCallers)

@@ -1,222 +1,105 @@
-// What a person looks like as a vCard: every byte of it, in both versions.
+// What a card looks like: every byte of it, in each version.
+#include "PlainCard.h"
 #include "core/ZRConstants.h"
+#include "core/ZRFrameworkBundle.h"
+#include "interchange/Corpus.h"
+#include "interchange/vcard/Line40.h"
+#include "interchange/vcard/Names40.h"
 #include "interchange/vcard/VCardCharsets.h"
 #include "interchange/vcard/WriterWorld.h"
-#include "platform/files/ZRUserDefaults.h"
 #include "platform/text/Dates.h"
+#include "platform/text/Utf.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace test {
 namespace {
 
-using Properties = std::vector<std::pair<std::string_view, Value>>;
-
-/// One card: what is set, and the lines between VERSION and the id or the end.
-struct Case {
-    const char* what;
-    Properties properties;
-    Lines version30, version21;
-};
-
-const std::vector<Case>& cases()
+std::string withLineEnds(const std::string& lines)
 {
-    static const auto* const all = new std::vector<Case>{
-        {"nothing at all", {}, {"N:;;;;"}, {"N:;;;;"}},
-        {"every part of a name",
-            {{kZRFirstNameProperty, "Ana"}, {kZRLastNameProperty, "Lima"}, {kZRMiddleNameProperty, "Rita"},
-                {kZRTitleProperty, "Dr."}, {kZRSuffixProperty, "Jr."}},
-            {"N:Lima;Ana;Rita;Dr.;Jr.", "FN:Dr. Ana Rita Lima Jr."},
-            {"N:Lima;Ana;Rita;Dr.;Jr.", "FN:Dr. Ana Rita Lima Jr."}},
-        {"further names",
-            {{kZRLastNameProperty, "Ito"}, {kZRNicknameProperty, "Ishi"}, {kZRMaidenNameProperty, "Sato"},
-                {kZRFirstNamePhoneticProperty, "a"}, {kZRMiddleNamePhoneticProperty, "b"},
-                {kZRLastNamePhoneticProperty, "c"}},
-            {"N:Ito;;;;", "FN:Ito", "NICKNAME:Ishi", "X-MAIDENNAME:Sato", "X-PHONETIC-FIRST-NAME:a",
-                "X-PHONETIC-MIDDLE-NAME:b", "X-PHONETIC-LAST-NAME:c"},
-            {"N:Ito;;;;", "FN:Ito", "NICKNAME:Ishi", "X-MAIDENNAME:Sato", "X-PHONETIC-FIRST-NAME:a",
-                "X-PHONETIC-MIDDLE-NAME:b", "X-PHONETIC-LAST-NAME:c"}},
-        {"empty texts give no line",
-            {{kZRNicknameProperty, ""}, {kZRMaidenNameProperty, ""}, {kZRJobTitleProperty, ""},
-                {kZROrganizationProperty, ""}, {kZRDepartmentProperty, ""}},
-            {"N:;;;;"}, {"N:;;;;"}},
-        {"characters that mean something",
-            {{kZRLastNameProperty, "a;b,c:d\\e"}, {kZRJobTitleProperty, "one\r\ntwo\rthree\nfour"}},
-            {R"(N:a\;b\,c\:d\e;;;;)", R"(FN:a\;b\,c\:d\e)", R"(TITLE:one\n\ntwo\nthree\nfour)"},
-            {R"(N:a\;b\,c\:d\e;;;;)", R"(FN:a\;b\,c\:d\e)", R"(TITLE:one\n\ntwo\nthree\nfour)"}},
-        {"a company",
-            {{kZROrganizationProperty, "Lima, Inc"}, {kZRDepartmentProperty, "R;D"},
-                {kZRPersonFlags, Value(1)}},
-            {"N:;;;;", R"(FN:Lima\, Inc)", R"(ORG:Lima\, Inc;R\;D)", "X-ZRShowAs:COMPANY"},
-            {"N:;;;;", R"(FN:Lima\, Inc)", R"(ORG:Lima\, Inc;R\;D)"}},
-        {"a department alone", {{kZRDepartmentProperty, "Sales"}}, {"N:;;;;", "ORG:;Sales"},
-            {"N:;;;;", "ORG:;Sales"}},
-        {"an empty organization alone is one", {{kZROrganizationProperty, ""}}, {"N:;;;;", "ORG:;"},
-            {"N:;;;;", "ORG:;"}},
-        {"the other order of names",
-            {{kZRLastNameProperty, "Lima"}, {kZRFirstNameProperty, "Ana"}, {kZRPersonFlags, Value(16)}},
-            {"N:Lima;Ana;;;", "FN:Lima Ana", "X-ZROrder:LAST"}, {"N:Lima;Ana;;;", "FN:Lima Ana"}},
-        {"both orders, and a company without a name",
-            {{kZRLastNameProperty, "Lima"}, {kZRPersonFlags, Value(1 + 16 + 32)}},
-            {"N:Lima;;;;", "FN:Lima", "X-ZRShowAs:COMPANY", "X-ZROrder:FIRST"}, {"N:Lima;;;;", "FN:Lima"}},
-        {"e-mail addresses, of which the second is the primary one",
-            {{kZRLastNameProperty, "L"},
-                {kZREmailProperty, multiValue({{"h@x", kZREmailHomeLabel}, {"w@x", kZREmailWorkLabel}}, 1)}},
-            {"N:L;;;;", "FN:L", "EMAIL;type=INTERNET;type=HOME:h@x",
-                "EMAIL;type=INTERNET;type=WORK;type=pref:w@x"},
-            {"N:L;;;;", "FN:L", "EMAIL;INTERNET;HOME:h@x", "EMAIL;INTERNET;WORK:w@x"}},
-        {"an e-mail address as the name", {{kZREmailProperty, multiValue({{"a@x", kZREmailHomeLabel}})}},
-            {"N:;;;;", "FN:a@x", "EMAIL;type=INTERNET;type=HOME;type=pref:a@x"},
-            {"N:;;;;", "FN:a@x", "EMAIL;INTERNET;HOME:a@x"}},
-        {"labels without a type, built in and of one's own",
-            {{kZRLastNameProperty, "L"},
-                {kZREmailProperty, multiValue({{"o@x", kZROtherLabel}, {"c@x", "boat; work"}})}},
-            {"N:L;;;;", "FN:L", "item1.EMAIL;type=INTERNET;type=pref:o@x", "item1.X-ZRLabel:_$!<Other>!$_",
-                "item2.EMAIL;type=INTERNET:c@x", R"(item2.X-ZRLabel:boat\; work)"},
-            {"N:L;;;;", "FN:L", "EMAIL;INTERNET:o@x", "EMAIL;INTERNET:c@x"}},
-        {"telephones of every type",
-            {{kZRLastNameProperty, "L"},
-                {kZRPhoneProperty,
-                    multiValue(
-                        {{"1", kZRPhoneWorkLabel}, {"2", kZRPhoneHomeLabel}, {"3", kZRPhoneMobileLabel},
-                            {"4", kZRPhoneMainLabel}, {"5", kZRPhoneWorkFAXLabel},
-                            {"6", kZRPhoneHomeFAXLabel}, {"7", kZRPhonePagerLabel}},
-                        4)}},
-            {"N:L;;;;", "FN:L", "TEL;type=WORK:1", "TEL;type=HOME:2", "TEL;type=CELL:3", "TEL;type=MAIN:4",
-                "TEL;type=WORK;type=FAX;type=pref:5", "TEL;type=HOME;type=FAX:6", "TEL;type=PAGER:7"},
-            {"N:L;;;;", "FN:L", "TEL;WORK:1", "TEL;HOME:2", "TEL;CELL:3", "TEL;MAIN:4", "TEL;WORK;FAX:5",
-                "TEL;HOME;FAX:6", "TEL;PAGER:7"}},
-        {"a telephone with a label of one's own",
-            {{kZRLastNameProperty, "L"}, {kZRPhoneProperty, multiValue({{"+1 555;9", "Boat"}})}},
-            {"N:L;;;;", "FN:L", R"(item1.TEL;type=pref:+1 555\;9)", "item1.X-ZRLabel:Boat"},
-            {"N:L;;;;", "FN:L", R"(TEL:+1 555\;9)"}},
-        {"an address at home",
-            {{kZRLastNameProperty, "L"},
-                {kZRAddressProperty,
-                    multiValue({{address({{"Street", "1, High Street"}, {"City", "Ayr"}, {"State", "KA"},
-                                     {"ZIP", "KA7"}, {"Country", "Scotland"}, {"CountryCode", "gb"}}),
-                        kZRAddressHomeLabel}})}},
-            {"N:L;;;;", "FN:L", R"(item1.ADR;type=HOME;type=pref:;;1\, High Street;Ayr;KA;KA7;Scotland)",
-                "item1.X-ZRADR:gb"},
-            {"N:L;;;;", "FN:L", R"(ADR;HOME:;;1\, High Street;Ayr;KA;KA7;Scotland)"}},
-        {"streets with line ends, and an address without one",
-            {{kZRLastNameProperty, "L"},
-                {kZRAddressProperty,
-                    multiValue(
-                        {{address({{"Street", "a\rb\rc"}, {"CountryCode", "de"}}), kZRAddressWorkLabel},
-                            {address({{"Street", "a\nb"}, {"CountryCode", "de"}}), kZRAddressWorkLabel},
-                            {address({{"Street", "a\r\nb"}, {"CountryCode", "de"}}), kZRAddressWorkLabel},
-                            {address({{"City", "Ulm"}, {"CountryCode", "de"}}), kZRAddressWorkLabel}})}},
-            {"N:L;;;;", "FN:L", R"(item1.ADR;type=WORK;type=pref:;a;b\nc;;;;)", "item1.X-ZRADR:de",
-                R"(item2.ADR;type=WORK:;;a\nb;;;;)", "item2.X-ZRADR:de", R"(item3.ADR;type=WORK:;a;\nb;;;;)",
-                "item3.X-ZRADR:de", "item4.ADR;type=WORK:;;;Ulm;;;", "item4.X-ZRADR:de"},
-            {"N:L;;;;", "FN:L", R"(ADR;WORK:;a;b\nc;;;;)", R"(ADR;WORK:;;a\nb;;;;)", R"(ADR;WORK:;a;\nb;;;;)",
-                "ADR;WORK:;;;Ulm;;;"}},
-        {"numbers of groups run through the card",
-            {{kZRLastNameProperty, "L"}, {kZREmailProperty, multiValue({{"a@x", "Boat"}})},
-                {kZRAddressProperty,
-                    multiValue({{address({{"City", "Ulm"}, {"CountryCode", "de"}}), kZRAddressHomeLabel},
-                                   {address({{"City", "Bonn"}, {"CountryCode", "de"}}), "Barn"}},
-                        1)},
-                {kZRURLsProperty, multiValue({{"http://x", kZRHomePageLabel}})}},
-            {"N:L;;;;", "FN:L", "item1.EMAIL;type=INTERNET;type=pref:a@x", "item1.X-ZRLabel:Boat",
-                "item2.ADR;type=HOME:;;;Ulm;;;", "item2.X-ZRADR:de",
-                "item3.ADR;type=HOME;type=pref:;;;Bonn;;;", "item3.X-ZRLabel:Barn", "item3.X-ZRADR:de",
-                R"(item4.URL;type=pref:http\://x)", "item4.X-ZRLabel:_$!<HomePage>!$_"},
-            {"N:L;;;;", "FN:L", "EMAIL;INTERNET:a@x", "ADR;HOME:;;;Ulm;;;", "ADR:;;;Bonn;;;",
-                R"(URL;type=pref:http\://x)"}},
-        {"URLs and calendars",
-            {{kZRLastNameProperty, "L"},
-                {kZRURLsProperty,
-                    multiValue({{"http://x/?a;b", kZRWorkLabel}, {"http://y", kZRHomeLabel}}, 1)},
-                {kZRCalendarURIsProperty, multiValue({{"http://c", kZRWorkLabel}})}},
-            {"N:L;;;;", "FN:L", R"(URL;type=WORK:http\://x/?a\;b)", R"(URL;type=HOME;type=pref:http\://y)",
-                R"(CALURI;type=WORK;type=pref:http\://c)"},
-            {"N:L;;;;", "FN:L", R"(URL;type=WORK:http\://x/?a\;b)", R"(URL;type=HOME;type=pref:http\://y)"}},
-        {"a birthday", {{kZRLastNameProperty, "L"}, {kZRBirthdayProperty, day(1970, 5, 1)}},
-            {"N:L;;;;", "FN:L", "BDAY;value=date:1970-05-01"},
-            {"N:L;;;;", "FN:L", "BDAY;value=date:1970-05-01"}},
-        {"days before 1970 and in an early year",
-            {{kZRLastNameProperty, "L"}, {kZRBirthdayProperty, day(1604, 2, 29)},
-                {kZROtherDatesProperty,
-                    multiValue({{day(33, 4, 3), kZRAnniversaryLabel}, {day(9999, 12, 31), "End"}})}},
-            {"N:L;;;;", "FN:L", "BDAY;value=date:1604-02-29", "item1.X-ZRDATE;type=pref:0033-04-03",
-                "item1.X-ZRLabel:_$!<Anniversary>!$_", "item2.X-ZRDATE:9999-12-31", "item2.X-ZRLabel:End"},
-            {"N:L;;;;", "FN:L", "BDAY;value=date:1604-02-29", "X-ZRDATE;type=pref:0033-04-03",
-                "X-ZRDATE:9999-12-31"}},
-        {"messaging, where one service stands twice",
-            {{kZRLastNameProperty, "L"}, {kZRICQInstantProperty, multiValue({{"5", kZRICQHomeLabel}})},
-                {kZRYahooInstantProperty, multiValue({{"4", kZRYahooWorkLabel}, {"4b", "Boat"}})},
-                {kZRMSNInstantProperty, multiValue({{"3", kZRMSNHomeLabel}})},
-                {kZRJabberInstantProperty, multiValue({{"2", kZRJabberHomeLabel}})},
-                {kZRAIMInstantProperty, multiValue({{"1", kZRAIMHomeLabel}})}},
-            {"N:L;;;;", "FN:L", "X-AIM;type=HOME;type=pref:1", "X-JABBER;type=HOME;type=pref:2",
-                "X-MSN;type=HOME;type=pref:3", "X-YAHOO;type=WORK;type=pref:4", "item1.X-YAHOO:4b",
-                "item1.X-ZRLabel:Boat", "X-YAHOO-ID;type=WORK;type=pref:4", "item2.X-YAHOO-ID:4b",
-                "item2.X-ZRLabel:Boat", "X-ICQ;type=HOME;type=pref:5"},
-            {"N:L;;;;", "FN:L", "X-AIM;type=HOME;type=pref:1", "X-JABBER;type=HOME;type=pref:2",
-                "X-MSN;type=HOME;type=pref:3", "X-YAHOO;type=WORK;type=pref:4", "X-YAHOO:4b",
-                "X-YAHOO-ID;type=WORK;type=pref:4", "X-YAHOO-ID:4b", "X-ICQ;type=HOME;type=pref:5"}},
-        {"related names",
-            {{kZRLastNameProperty, "L"},
-                {kZRRelatedNamesProperty, multiValue({{"Eva", kZRMotherLabel}, {"Bo", kZRHomeLabel}})}},
-            {"N:L;;;;", "FN:L", "item1.X-ZRRELATEDNAMES;type=pref:Eva", "item1.X-ZRLabel:_$!<Mother>!$_",
-                "X-ZRRELATEDNAMES;type=HOME:Bo"},
-            {"N:L;;;;", "FN:L", "X-ZRRELATEDNAMES;type=pref:Eva", "X-ZRRELATEDNAMES;type=HOME:Bo"}},
-        {"a value longer than any line",
-            {{kZRLastNameProperty, "L"}, {kZRJobTitleProperty, std::string(300, 'x')}},
-            {"N:L;;;;", "FN:L", "TITLE:" + std::string(300, 'x')},
-            {"N:L;;;;", "FN:L", "TITLE:" + std::string(300, 'x')}},
-        {"text beyond ASCII",
-            {{kZRLastNameProperty, "Müller"}, {kZRFirstNameProperty, "Łucja"},
-                {kZRAIMInstantProperty, multiValue({{"für 2€", kZRAIMHomeLabel}})}},
-            {"N:Müller;Łucja;;;", "FN:Łucja Müller", "X-AIM;type=HOME;type=pref:für 2€"},
-            {"N;CHARSET=UTF-8:Müller;Łucja;;;", "FN;CHARSET=UTF-8:Łucja Müller",
-                "X-AIM;type=HOME;type=pref;CHARSET=windows-1252:f\xFCr 2\x80"}},
-    };
-    return *all;
+    std::string text;
+    for (const char c : lines)
+        text += c == '\n' ? "\r\n" : std::string(1, c);
+    return text;
 }
 
-std::string version30(const std::string& body, const ZRPerson& person)
+/// The card between its frames; VERSION stands in front of it.
+std::string body(const std::string& card, const std::string& back)
 {
-    std::string id = person.uniqueId();
+    const std::string front = "BEGIN:VCARD\r\n";
+    EXPECT_TRUE(card.starts_with(front) && card.ends_with(back)) << card << "does not end in\n" << back;
+    return card.substr(front.size(), card.size() - front.size() - back.size());
+}
+
+std::string urn(const ZRRecord& record)
+{
+    std::string id = record.uniqueId().substr(0, 36);
+    for (char& c : id)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return "urn:uuid:" + id;
+}
+
+/// How a record's card ends in 3.0.
+std::string ending30(const ZRRecord& record)
+{
+    std::string id = record.uniqueId();
     id.insert(id.find(':'), "\\");
-    return "BEGIN:VCARD\r\nVERSION:3.0\r\n" + body + "X-ZRUID:" + id + "\r\nEND:VCARD\r\n";
+    return "X-ZRUID:" + id + "\r\nEND:VCARD\r\n";
 }
 
-std::string version21(const std::string& body)
+/// And in 4.0.
+std::string ending40(const ZRRecord& record)
 {
-    return "BEGIN:VCARD\r\nVERSION:2.1\r\n" + body + "END:VCARD\r\n";
+    std::string rev = platform::iso8601(record.valueForProperty(kZRModificationDateProperty).asDate());
+    std::erase_if(rev, [](char c) { return c == '-' || c == ':'; });
+    return "PRODID:-//Roster//Roster " + ZRFrameworkBundle().version() + "//EN\r\nUID:" + urn(record)
+        + "\r\nREV:" + rev + "\r\nEND:VCARD\r\n";
 }
 
-class Writer : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        ZRRoster::setShouldCreateEmptyDatabase(true);
-        roster = ZRRoster::emptyMemoryBackedRoster();
-        ASSERT_TRUE(roster);
-        preferences->setObject("windows-1252", kZR21vCardEncoding);
-    }
-    void TearDown() override
-    {
-        for (const char* key : {kZR21vCardEncoding, "ZRIncludePhotosInVCard", "ZRIncludeNotesInVCard",
-                 "ZRPrivateVCardFieldsEnabled", "ZRPrivateVCardFields"})
-            preferences->removeObjectForKey(key);
-    }
-
-    Ref<ZRRoster> roster;
-    const Ref<ZRUserDefaults> preferences = ZRUserDefaults::rosterPreferences();
-};
-
-TEST_F(Writer, WritesEveryByteOfBothVersions)
+TEST_F(WriterTest, WritesEveryByteOfEachVersion)
 {
-    for (const Case& card : cases()) {
-        const auto written = person(roster, card.properties);
-        EXPECT_EQ(written->_vCardRepresentationAsString(), version30(joined(card.version30), *written))
-            << card.what;
-        EXPECT_EQ(written->_21vCardRepresentationAsData(), version21(joined(card.version21))) << card.what;
+    for (const auto& card : casesIn(kTestsOfCards / "vcard/writer.txt")) {
+        const auto person = PlainCard::read(card.input).addTo(roster);
+        std::string written;
+        const auto add = [&](const char* version, const std::string& text) {
+            if (card.expected.find("VERSION:" + std::string(version)) != std::string::npos)
+                written += text;
+        };
+        add("3.0", body(person->_vCardRepresentationAsString(), ending30(*person)));
+        add("2.1", body(person->_21vCardRepresentationAsData(), "END:VCARD\r\n"));
+        roster->save();
+        add("4.0", body(version40(*person), ending40(*person)));
+        EXPECT_EQ(written, withLineEnds(card.expected)) << card.message();
     }
+}
+
+TEST_F(WriterTest, SaysTheCharacterSetOfEachLineOf21)
+{
+    const auto lucja = person(roster,
+        {{kZRLastNameProperty, "Müller"}, {kZRFirstNameProperty, "Łucja"},
+            {kZRAIMInstantProperty, multiValue({{"für 2€", kZRAIMHomeLabel}})}});
+    EXPECT_EQ(body(lucja->_vCardRepresentationAsString(), ending30(*lucja)),
+        withLineEnds("VERSION:3.0\nN:Müller;Łucja;;;\nFN:Łucja Müller\nX-AIM;type=HOME;type=pref:für 2€\n"));
+    EXPECT_EQ(body(lucja->_21vCardRepresentationAsData(), "END:VCARD\r\n"),
+        withLineEnds("VERSION:2.1\nN;CHARSET=UTF-8:Müller;Łucja;;;\nFN;CHARSET=UTF-8:Łucja Müller\n"
+                     "X-AIM;type=HOME;type=pref;CHARSET=windows-1252:f\xFCr 2\x80\n"));
+}
+
+TEST_F(WriterTest, NamesTheMembersOfAGroup)
+{
+    const auto ana = person(roster, {{kZRLastNameProperty, "Lima"}});
+    const auto outer = group("Sea, boats"), inner = group("Inner");
+    outer->addMember(*ana);
+    outer->addMember(*ZRPerson::initWithUniqueId("odd", roster));
+    outer->addSubgroup(*inner);
+    roster->save();
+    std::string card;
+    zrAppendVCard40(*outer, card);
+    EXPECT_EQ(body(card, ending40(*outer)),
+        withLineEnds("VERSION:4.0\nKIND:group\nFN:Sea\\, boats\nMEMBER:" + urn(*ana)
+            + "\nMEMBER:" + urn(*inner) + "\n"));
+    EXPECT_THAT(version40(*ZRPerson::initWithUniqueId("odd; one", roster)),
+        testing::HasSubstr("UID;VALUE=text:odd; one\r\n"));
 }
 
 // Lines of single values prefer the user's set, lines of entries ISO Latin 1.
@@ -247,6 +130,45 @@ TEST(WriterCharsets, AreTriedInTwoOrders)
         EXPECT_EQ(encodedDataForValue(text, name, preferred), dataBytes) << preferred << ": " << text;
         EXPECT_EQ(name.value_or(""), ofData) << preferred << ": " << text;
     }
+}
+
+// A line of 75 bytes stays; a further one begins with a blank, and no character is cut.
+TEST(Line40, IsFoldedBetweenCharacters)
+{
+    for (const char* const letter : {"x", "é", "€", "😀", "\x80"})
+        for (std::size_t size = 60; size < 240; ++size) {
+            std::string value = std::string(size % 4, '-'), to;
+            while (value.size() < size)
+                value += letter;
+            vcard::Line40(to, "NOTE").text(value);
+            std::string unfolded, rest = to;
+            for (std::size_t end; (end = rest.find("\r\n")) != rest.npos; rest.erase(0, end + 2)) {
+                const bool isFirst = unfolded.empty();
+                EXPECT_TRUE(end <= 75 && (isFirst || (end > 1 && rest[0] == ' '))) << to;
+                EXPECT_TRUE(*letter == '\x80' || platform::isValidUTF8(rest.substr(0, end))) << to;
+                EXPECT_TRUE(rest.size() == end + 2 || end > 71) << "folded early: " << to;
+                unfolded += rest.substr(isFirst ? 0 : 1, end - (isFirst ? 0 : 1));
+            }
+            EXPECT_EQ(unfolded, "NOTE:" + value);
+        }
+}
+
+// Readers take a line that runs into the next card for two.
+TEST(Line40, NeverEndsInWhatBeginsACard)
+{
+    std::string to;
+    vcard::Line40(to, "NOTE").text("x Begin:VCard");
+    EXPECT_EQ(to, "NOTE:x Begin:VCar\r\n d\r\n");
+}
+
+TEST(Pictures, AreKnownByTheirFirstBytes)
+{
+    const std::pair<std::string_view, const char*> cases[] = {{"\xFF\xD8\xFF\xE0", "image/jpeg"},
+        {"\x89PNG\r\n\x1A\n", "image/png"}, {"GIF89a", "image/gif"}, {{"MM\0*", 4}, "image/tiff"},
+        {{"II*\0", 4}, "image/tiff"}, {"BM1", "image/bmp"}, {"RIFF1234WEBP", "image/webp"},
+        {"RIFF1234WAVE", "application/octet-stream"}, {"", "application/octet-stream"}};
+    for (const auto& [bytes, type] : cases)
+        EXPECT_EQ(vcard::mediaTypeOfPicture(bytes), type);
 }
 
 } // namespace

@@ -1,39 +1,49 @@
-// What tests of the writers share: values, the lines of a card, and an empty roster behind each case.
+// What tests of the writers share: the shared roster, emptied between tests, and a person as 4.0.
 #pragma once
 
-#include "platform/text/Dates.h"
+#include "core/ZRGroup.h"
+#include "interchange/vcard/VCard40.h"
+#include "platform/files/ZRUserDefaults.h"
 #include "store/RosterWorld.h"
 
+#include <gtest/gtest.h>
+
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace test {
 
-using Lines = std::vector<std::string>;
+class WriterTest : public testing::Test {
+protected:
+    void SetUp() override { preferences->setObject("windows-1252", kZR21vCardEncoding); }
+    void TearDown() override
+    {
+        roster->setMe(nullptr);
+        for (const auto& records : {roster->people(), roster->groups()})
+            for (const auto& record : records)
+                roster->removeRecord(record);
+        roster->save();
+        for (const char* key :
+            {kZR21vCardEncoding, "ZRIncludePhotosInVCard", "ZRIncludeNotesInVCard", "ZRUse21vCardFormat",
+                "ZRPrivateVCardFieldsEnabled", "ZRPrivateVCardFields", "ZRDefaultAddressCountryCode"})
+            preferences->removeObjectForKey(key);
+    }
 
-inline Value day(int year, int month, int dayOfMonth) { return *platform::noonOf({year, month, dayOfMonth}); }
+    Ref<ZRGroup> group(const char* name)
+    {
+        const auto made = ZRGroup::initWithRoster(roster);
+        made->setValue(name, kZRGroupNameProperty);
+        return made;
+    }
 
-inline Value address(const std::vector<std::pair<std::string, Value>>& fields)
-{
-    return Value::dictionary(fields);
-}
+    static std::string version40(const ZRPerson& person, ZRVCardOptions options = 0)
+    {
+        std::string card;
+        zrAppendVCard40(person, card, options);
+        return card;
+    }
 
-inline std::string joined(const Lines& lines)
-{
-    std::string text;
-    for (const std::string& line : lines)
-        text += line + "\r\n";
-    return text;
-}
-
-inline void removeAllRecords(ZRRoster& roster)
-{
-    roster.setMe(nullptr);
-    for (const auto& records : {roster.people(), roster.groups()})
-        for (const auto& record : records)
-            roster.removeRecord(record);
-    roster.save();
-}
+    const Ref<ZRRoster> roster = openShared();
+    const Ref<ZRUserDefaults> preferences = ZRUserDefaults::rosterPreferences();
+};
 
 } // namespace test
