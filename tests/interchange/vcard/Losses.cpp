@@ -427,7 +427,7 @@ template <class List>
 void addFields(PlainCard& card, std::string_view fields, const List& properties)
 {
     for (const auto property : properties) {
-        const auto end = vcard::prepare::endOfFields(fields, 1);
+        const auto end = vcard::prepare::firstFields(fields, 1).end;
         if (const auto text = unescaped(std::string(fields.substr(0, end)), true); !text.empty())
             card.texts.emplace(property, text);
         fields.remove_prefix(std::min(end + 1, fields.size()));

@@ -58,4 +58,10 @@ constexpr std::string_view trimmed(std::string_view text)
     return text;
 }
 
+/// Nothing but blanks and tabs.
+constexpr bool isBlank(std::string_view text)
+{
+    return (text.empty() || isBlank(text.front())) && trimmed(text).empty();
+}
+
 } // namespace vcard::prepare

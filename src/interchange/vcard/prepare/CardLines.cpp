@@ -9,11 +9,50 @@
 
 namespace vcard::prepare {
 
+namespace {
+
+constexpr std::string_view kLineEnd = "\r\n";
+
+} // namespace
+
+/// Appends pieces of a text, those that stand behind one another at once: most lines stay in their order.
+class CardLines::Pieces {
+public:
+    Pieces(std::string_view text, std::string& out) : _text(text), _out(out) { }
+
+    void append(std::size_t start, std::size_t end)
+    {
+        if (start != _end) {
+            finish();
+            _start = start;
+        }
+        _end = end;
+    }
+
+    void appendItem(std::uint32_t number)
+    {
+        finish();
+        _start = _end;
+        char digits[12];
+        _out.append("item")
+            .append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr)
+            .append(".");
+    }
+
+    void finish() { _out.append(_text.substr(_start, _end - _start)); }
+
+private:
+    std::string_view _text;
+    std::string& _out;
+    std::size_t _start = 0, _end = 0;
+};
+
 void CardLines::clear()
 {
     _text.clear();
     _lines.clear();
-    _preferred = 0;
+    _unsorted = 0;
+    _lastRank.fill(0);
 }
 
 bool CardLines::empty() const
@@ -21,31 +60,44 @@ bool CardLines::empty() const
     return std::all_of(_lines.begin(), _lines.end(), [](const Line& line) { return line.isGone; });
 }
 
-void CardLines::begin(const Row* row)
+void CardLines::begin(const Row* row, std::string_view group)
 {
     _line = {};
     _line.row = row;
+    _line.group = group;
     _line.entries = row ? row->entries : Entries::none;
-    _line.start = _line.value = _text.size();
+    _line.start = _text.size();
+    if (!group.empty())
+        _text.append(group).append(".");
+    _line.name = _line.value = _text.size();
 }
 
-void CardLines::begin(const Row* row, std::string_view name, std::string_view value)
+void CardLines::begin(const Row* row, std::string_view group, std::string_view name, std::string_view value)
 {
-    begin(row);
+    begin(row, group);
     _text.append(name).append(":");
     beginValue();
     _text.append(value);
+}
+
+void CardLines::prefer(std::uint8_t rank)
+{
+    if (_line.entries != Entries::none)
+        _line.rank = rank;
 }
 
 CardLines::Index CardLines::keep()
 {
     // A blank behind a value is no part of it, and keeps a value from ending in what looks like a card's
     // BEGIN.
-    if (upper(_text.back()) == 'D' && endsInBegin(std::string_view(_text).substr(_line.start)))
+    if (upper(_text.back()) == 'D' && endsInBegin(std::string_view(_text).substr(_line.name)))
         _text += ' ';
     _line.end = _text.size();
-    if (_line.rank != kNoRank)
-        _preferred |= 1U << static_cast<unsigned>(_line.entries);
+    _text += kLineEnd;
+    auto& last = _lastRank[static_cast<std::size_t>(_line.entries)];
+    if (_line.rank < last)
+        _unsorted |= 1U << static_cast<unsigned>(_line.entries);
+    last = _line.rank;
     _lines.push_back(_line);
     return static_cast<Index>(_lines.size() - 1);
 }
@@ -78,8 +130,8 @@ std::vector<CardLines::Index> CardLines::preferredFirst() const
     for (Index line = 0; line < _lines.size(); ++line)
         if (!_lines[line].follows)
             order.push_back(line);
-    for (unsigned list = 0; _preferred >> list != 0; ++list) {
-        if ((_preferred >> list & 1) == 0)
+    for (unsigned list = 0; _unsorted >> list != 0; ++list) {
+        if ((_unsorted >> list & 1) == 0)
             continue;
         const auto isEntry = [&](Index line) { return static_cast<unsigned>(_lines[line].entries) == list; };
         std::vector<Index> entries;
@@ -96,35 +148,29 @@ std::vector<CardLines::Index> CardLines::preferredFirst() const
 
 void CardLines::appendTo(std::string& out) const
 {
-    if (_preferred != 0) {
+    Pieces pieces(_text, out);
+    if (_unsorted != 0) {
         for (const auto line : preferredFirst())
-            appendFrom(line, out);
-        return;
+            appendFrom(line, pieces);
+    } else {
+        for (Index line = 0; line < _lines.size(); ++line)
+            if (!_lines[line].follows)
+                appendFrom(line, pieces);
     }
-    for (Index line = 0; line < _lines.size(); ++line)
-        if (!_lines[line].follows)
-            appendFrom(line, out);
+    pieces.finish();
 }
 
 /// A line, and those that stand behind it.
-void CardLines::appendFrom(Index first, std::string& out) const
+void CardLines::appendFrom(Index first, Pieces& pieces) const
 {
-    for (auto line = first; line != kNone; line = _lines[line].next)
-        if (!_lines[line].isGone)
-            append(_lines[line], out);
-}
-
-void CardLines::append(const Line& line, std::string& out) const
-{
-    if (!line.group.empty()) {
-        out.append(line.group).append(".");
-    } else if (line.item != 0) {
-        char digits[12];
-        out.append("item")
-            .append(digits, std::to_chars(digits, digits + sizeof digits, line.item).ptr)
-            .append(".");
+    for (auto at = first; at != kNone; at = _lines[at].next) {
+        const auto& line = _lines[at];
+        if (line.isGone)
+            continue;
+        if (line.item != 0)
+            pieces.appendItem(line.item);
+        pieces.append(line.item != 0 ? line.name : line.start, line.end + kLineEnd.size());
     }
-    out.append(_text, line.start, line.end - line.start).append("\r\n");
 }
 
 } // namespace vcard::prepare

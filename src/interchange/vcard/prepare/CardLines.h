@@ -1,8 +1,10 @@
 // The lines of a canonical card while it is made, and the order that they get.
 #pragma once
 
+#include "interchange/vcard/prepare/Headers.h"
 #include "interchange/vcard/prepare/Map.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -11,7 +13,7 @@
 
 namespace vcard::prepare {
 
-/// The lines of one card, each without its group and its end.
+/// The lines of one card.
 ///
 /// It knows nothing of values: what is written is taken as it is. Lines come out as they were begun, but for
 /// entries of a list of which some are preferred: these change places, the preferred ones first.
@@ -23,21 +25,20 @@ class CardLines {
 public:
     using Index = std::uint32_t;
     static constexpr Index kNone = ~Index{0};
-    /// The rank of an entry that is not preferred; a lower one stands before it.
-    static constexpr std::uint8_t kNoRank = 255;
 
     struct Line {
         const Row* row = nullptr;
-        /// The group that was written, or, where that is empty, the number of one of ours: "item1"; 0 for
-        /// none.
+        /// The group that was written, and stands in the text.
         std::string_view group;
+        /// The number of a group of ours that takes its place, "item1"; 0 for none.
         std::uint32_t item = 0;
         Entries entries = Entries::none;
         std::uint8_t rank = kNoRank;
         bool isGone = false;
         /// Whether it stands behind another line.
         bool follows = false;
-        std::size_t start = 0, value = 0, end = 0;
+        /// Where it begins, its name and its value do, and where the value ends; CR LF stand behind it.
+        std::size_t start = 0, name = 0, value = 0, end = 0;
         /// A line that was begun later and stands right behind this one.
         Index next = kNone;
     };
@@ -49,10 +50,12 @@ public:
 
     /// Begins a line of which `text()` gets the name, the parameters and the colon, then `beginValue`, then
     /// the value. It counts once it is kept.
-    void begin(const Row* row);
+    void begin(const Row* row, std::string_view group);
     void beginValue() { _line.value = _text.size(); }
     /// Begins a whole line, without parameters.
-    void begin(const Row* row, std::string_view name, std::string_view value);
+    void begin(const Row* row, std::string_view group, std::string_view name, std::string_view value);
+    /// The line begun, if it is an entry, stands before those of higher rank.
+    void prefer(std::uint8_t rank);
     std::string& text() { return _text; }
     Line& begun() { return _line; }
     /// What of the value is there.
@@ -72,19 +75,22 @@ public:
         return std::string_view(_text).substr(line.value, line.end - line.value);
     }
 
-    /// Appends all lines, each with its group and CR LF.
+    /// Appends all lines, each with its group and its end.
     void appendTo(std::string& out) const;
 
 private:
+    class Pieces;
+
     std::vector<Index> preferredFirst() const;
-    void appendFrom(Index first, std::string& out) const;
-    void append(const Line& line, std::string& out) const;
+    void appendFrom(Index first, Pieces& pieces) const;
 
     std::string _text;
     Line _line;
     std::vector<Line> _lines;
-    /// The lists of which an entry is preferred, as bits.
-    std::uint32_t _preferred = 0;
+    /// The lists of which a preferred entry stands behind another one, as bits.
+    std::uint32_t _unsorted = 0;
+    /// The rank of the last entry of each list.
+    std::array<std::uint8_t, kLists> _lastRank{};
 };
 
 } // namespace vcard::prepare

@@ -139,10 +139,11 @@ void CardReader::readLine(RawCard& card)
 {
     const auto start = card.bytes.size();
     const auto number = _lines.number();
+    const auto nul = _nul.behind(_lines.offset());
     const auto folding = card.version == Version::v21 ? Folding::keepBlank : Folding::dropBlank;
     readLogicalLine(_lines, folding, kMaximumCardBytes, card.bytes);
     // A NUL means nothing in a card, and a separator to its reader.
-    if (card.bytes.find('\0', start) != card.bytes.npos)
+    if (nul < _lines.offset())
         card.bytes.erase(
             std::remove(card.bytes.begin() + static_cast<std::ptrdiff_t>(start), card.bytes.end(), '\0'),
             card.bytes.end());
@@ -154,7 +155,7 @@ void CardReader::readLine(RawCard& card)
             card.nested.push_back(number);
         _depth += nested == Nested::opens;
         card.bytes.resize(start);
-    } else if (_depth > 0 || trimmed(line).empty()) {
+    } else if (_depth > 0 || isBlank(line)) {
         card.bytes.resize(start);
     } else {
         _nestedClosed = false;

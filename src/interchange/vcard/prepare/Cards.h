@@ -12,6 +12,7 @@
 namespace vcard::prepare {
 
 enum class Version : std::uint8_t { missing, other, v21, v30, v40 };
+inline constexpr std::size_t kVersions = 5;
 
 /// How a card's text came to its end.
 enum class Ending : std::uint8_t {
@@ -68,7 +69,7 @@ inline constexpr std::size_t kMaximumCardLines = 100'000;
 /// Errors:    none; what is wrong with a card is its `ending`.
 class CardReader {
 public:
-    explicit CardReader(std::string_view bytes) : _lines(bytes) { }
+    explicit CardReader(std::string_view bytes) : _lines(bytes), _nul(bytes, '\0') { }
 
     enum class Found : std::uint8_t { card, textOutside, nothing };
 
@@ -84,6 +85,7 @@ private:
     void readLine(RawCard& card);
 
     PhysicalLines _lines;
+    NextByte _nul;
     /// Nested cards that are open.
     std::size_t _depth = 0;
     /// "AGENT:" with nothing behind it: a BEGIN in the next line opens a nested card.

@@ -60,11 +60,13 @@ std::string_view headerOf(std::string_view line)
     return colon == line.npos ? std::string_view{} : line.substr(0, colon);
 }
 
+/// Digits of base64, their padding, and blanks behind them.
 bool isBase64Line(std::string_view line)
 {
-    const auto text = trimmed(line);
-    return !text.empty()
-        && std::all_of(text.begin(), text.end(), [](char c) { return isBase64Digit(c) || c == '='; });
+    std::size_t end = 0;
+    while (end < line.size() && (isBase64Digit(line[end]) || line[end] == '='))
+        ++end;
+    return end > 0 && isBlank(line.substr(end));
 }
 
 /// The transfer of the logical line so far. Only a header with parameters can declare one.
@@ -114,16 +116,15 @@ bool endsInBegin(std::string_view line)
     return before.back() != ':' || !property.parse(before) || !equalInAnyCase(property.name, "AGENT");
 }
 
-PhysicalLines::PhysicalLines(std::string_view bytes) : _bytes(bytes) { findEnd(); }
+PhysicalLines::PhysicalLines(std::string_view bytes)
+    : _bytes(bytes), _lineFeed(bytes, '\n'), _carriageReturn(bytes, '\r')
+{
+    findEnd();
+}
 
 void PhysicalLines::findEnd()
 {
-    if (!_lineFeedKnown || _lineFeed < _start) {
-        _lineFeed = std::min(_bytes.find('\n', _start), _bytes.size());
-        _lineFeedKnown = true;
-    }
-    const auto carriageReturn = _bytes.substr(_start, _lineFeed - _start).find('\r');
-    _end = carriageReturn == _bytes.npos ? _lineFeed : _start + carriageReturn;
+    _end = std::min(_lineFeed.behind(_start), _carriageReturn.behind(_start));
     _endsAtMark = endsInBegin(line());
     if (_endsAtMark)
         _end -= kBegin.size();
@@ -145,7 +146,8 @@ void PhysicalLines::advance()
 
 Mark markOf(std::string_view line)
 {
-    line = trimmed(line);
+    if (!line.empty() && isBlank(line.front()))
+        line = trimmed(line);
     if (line.empty() || (upper(line.front()) != 'B' && upper(line.front()) != 'E'))
         return Mark::none;
     const auto colon = line.find(':');

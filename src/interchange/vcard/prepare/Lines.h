@@ -1,6 +1,7 @@
 // How bytes become lines: the character width, the line ends, and which lines belong together.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -19,6 +20,31 @@ std::string_view withoutMark(std::string_view bytes);
 /// The mark of a card's beginning at the very end of a line of other text: what a card that was cut off
 /// leaves when the next one follows at once. Not so behind "AGENT:", where a nested card begins.
 bool endsInBegin(std::string_view line);
+
+/// Where the next of one kind of byte is: a byte that is not there is looked for once, not in each line.
+///
+/// Ownership: borrows the bytes.
+/// Threads:   a plain value.
+/// Errors:    none.
+class NextByte {
+public:
+    NextByte(std::string_view bytes, char byte) : _bytes(bytes), _byte(byte) { find(0); }
+
+    /// Its place at or behind `start`, which never goes back, or the end of the bytes.
+    std::size_t behind(std::size_t start)
+    {
+        if (_at < start)
+            find(start);
+        return _at;
+    }
+
+private:
+    void find(std::size_t start) { _at = std::min(_bytes.find(_byte, start), _bytes.size()); }
+
+    std::string_view _bytes;
+    char _byte;
+    std::size_t _at = 0;
+};
 
 /// The physical lines of some bytes, ended by CR, LF or CR LF; a position that is cheap to copy.
 ///
@@ -46,10 +72,9 @@ private:
     std::string_view _bytes;
     std::size_t _start = 0;
     std::size_t _end = 0;
-    /// The first LF at or behind `_start`, kept so that a file with CR alone is searched for it once.
-    std::size_t _lineFeed = 0;
+    NextByte _lineFeed;
+    NextByte _carriageReturn;
     std::size_t _number = 1;
-    bool _lineFeedKnown = false;
     /// The line ends at a mark, not at a line end.
     bool _endsAtMark = false;
 };

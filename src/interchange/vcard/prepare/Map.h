@@ -75,6 +75,7 @@ enum class Entries : std::uint8_t {
     dates,
     relatedNames
 };
+inline constexpr std::size_t kLists = static_cast<std::size_t>(Entries::relatedNames) + 1;
 
 enum class Count : std::uint8_t {
     /// The record has room for one; a second, different one goes to the note.

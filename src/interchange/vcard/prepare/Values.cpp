@@ -2,6 +2,7 @@
 #include "interchange/vcard/prepare/Values.h"
 
 #include "interchange/vcard/prepare/Ascii.h"
+#include "interchange/vcard/prepare/Block.h"
 
 #include <array>
 #include <cstddef>
@@ -10,22 +11,47 @@ namespace vcard::prepare {
 
 namespace {
 
-constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-constexpr auto kDigitValues = [] {
-    std::array<std::int8_t, 256> values;
-    values.fill(-1);
-    for (std::size_t i = 0; i < kDigits.size(); ++i)
-        values[static_cast<unsigned char>(kDigits[i])] = static_cast<std::int8_t>(i);
-    return values;
-}();
-
 constexpr auto kSpecial = [] {
     std::array<bool, 256> special{};
     for (const char c : {'\\', ';', ',', '\r', '\n', '\0'})
         special[static_cast<unsigned char>(c)] = true;
     return special;
 }();
+
+/// The bytes of a value that do not stand for themselves.
+class Specials {
+public:
+    Specials(Shape shape, Escapes escapes)
+        : _semicolon(shape == Shape::onePart ? ';' : '\\')
+        , _comma(escapes != Escapes::rfc && shape != Shape::wholeLine ? ',' : '\\')
+    {
+    }
+
+    /// Of one byte or of a block of them.
+    template <typename Bytes>
+    auto in(Bytes bytes) const
+    {
+        return (bytes == '\\') | (bytes == _semicolon) | (bytes == _comma) | (bytes == '\r') | (bytes == '\n')
+            | (bytes == '\0');
+    }
+
+    /// The place of the first one at or behind `at`, or the end.
+    std::size_t next(std::string_view value, std::size_t at) const
+    {
+        constexpr auto block = sizeof(Block);
+        while (value.size() - at >= block && !isAny(in(blockAt(value.data() + at))))
+            at += block;
+        // The last block may begin before `at`.
+        if (value.size() - at < block && value.size() >= block && !isAny(in(blockAt(value.end() - block))))
+            return value.size();
+        while (at < value.size() && !(kSpecial[static_cast<unsigned char>(value[at])] && in(value[at])))
+            ++at;
+        return at;
+    }
+
+private:
+    char _semicolon, _comma;
+};
 
 int hexDigit(char c)
 {
@@ -82,16 +108,15 @@ std::size_t appendSpecial(
 
 void appendValue(std::string& out, std::string_view value, Shape shape, Escapes escapes)
 {
-    std::size_t run = 0;
-    for (std::size_t at = 0; at < value.size();) {
-        if (!kSpecial[static_cast<unsigned char>(value[at])]) {
-            ++at;
-            continue;
-        }
+    const Specials specials(shape, escapes);
+    for (std::size_t at = 0;;) {
+        const auto run = at;
+        at = specials.next(value, at);
         out.append(value, run, at - run);
-        run = at = appendSpecial(out, value, at, shape, escapes);
+        if (at == value.size())
+            return;
+        at = appendSpecial(out, value, at, shape, escapes);
     }
-    out.append(value, run);
 }
 
 std::string plainText(std::string_view canonical)
@@ -105,25 +130,20 @@ std::string plainText(std::string_view canonical)
     return text;
 }
 
-std::size_t endOfFields(std::string_view canonical, std::size_t count)
+FirstFields firstFields(std::string_view canonical, std::size_t most)
 {
-    for (std::size_t at = 0; at < canonical.size(); ++at) {
-        if (canonical[at] == '\\')
-            ++at;
-        else if (canonical[at] == ';' && --count == 0)
-            return at;
+    FirstFields fields;
+    for (auto& at = fields.end; at < canonical.size(); ++at) {
+        if (canonical[at] == '\\') {
+            at += at + 1 < canonical.size();
+        } else if (canonical[at] == ';') {
+            if (fields.count == most)
+                break;
+            ++fields.count;
+            fields.last = at + 1;
+        }
     }
-    return canonical.size();
-}
-
-std::size_t countFields(std::string_view canonical)
-{
-    std::size_t count = 1;
-    for (auto end = endOfFields(canonical, 1); end < canonical.size(); ++count) {
-        canonical.remove_prefix(end + 1);
-        end = endOfFields(canonical, 1);
-    }
-    return count;
+    return fields;
 }
 
 bool isEmptyValue(std::string_view canonical, Shape shape)
@@ -159,36 +179,39 @@ std::string decodedQuotedPrintable(std::string_view text)
 
 namespace {
 
-std::int8_t digitOf(char c) { return kDigitValues[static_cast<unsigned char>(c)]; }
-
-/// Four at a time: one that is no digit has a sign, which stays in what they are together.
-const char* endOfDigits(const char* at, const char* end)
+/// Where the digits at `from`, without padding, end.
+std::size_t endOfDigits(std::string_view text, std::size_t from)
 {
-    while (end - at >= 4 && (digitOf(at[0]) | digitOf(at[1]) | digitOf(at[2]) | digitOf(at[3])) >= 0)
-        at += 4;
-    while (at != end && digitOf(*at) >= 0)
-        ++at;
-    return at;
+    const auto isBetween = [](Block bytes, char before, char behind) {
+        return (bytes > before) & (bytes < behind);
+    };
+    for (; text.size() - from >= sizeof(Block); from += sizeof(Block)) {
+        const auto bytes = blockAt(text.data() + from);
+        const auto digits = isBetween(bytes, 'A' - 1, 'Z' + 1) | isBetween(bytes, 'a' - 1, 'z' + 1)
+            | isBetween(bytes, '/' - 1, '9' + 1) | (bytes == '+');
+        if (isAny(~digits))
+            break;
+    }
+    while (from < text.size() && isBase64Digit(text[from]))
+        ++from;
+    return from;
 }
 
 } // namespace
-
-bool isBase64Digit(char c) { return kDigitValues[static_cast<unsigned char>(c)] >= 0; }
 
 void appendBase64(std::string& out, std::string_view text, bool& sound)
 {
     const auto start = out.size();
     bool padded = false;
-    const char* at = text.data();
-    for (const char* const end = at + text.size(); at != end; ++at) {
-        const char* const run = at;
-        at = endOfDigits(at, end);
-        out.append(run, at);
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const auto run = at;
+        at = endOfDigits(text, at);
+        out.append(text, run, at - run);
         sound &= !padded || at == run;
-        if (at == end)
+        if (at == text.size())
             break;
-        padded |= *at == '=';
-        sound &= *at == '=' || isBlank(*at);
+        padded |= text[at] == '=';
+        sound &= text[at] == '=' || isBlank(text[at]);
     }
     if ((out.size() - start) % 4 == 1) {
         out.pop_back();
@@ -205,7 +228,7 @@ std::string decodedBase64(std::string_view text)
     std::uint32_t bits = 0;
     int count = 0;
     for (const char c : text) {
-        const auto digit = kDigitValues[static_cast<unsigned char>(c)];
+        const auto digit = kBase64Values[static_cast<unsigned char>(c)];
         if (digit < 0)
             continue;
         bits = bits << 6 | static_cast<std::uint32_t>(digit);

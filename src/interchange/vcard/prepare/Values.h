@@ -1,6 +1,7 @@
 // How the bytes of a value become canonical text: quoted-printable, base64 and escapes.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -40,11 +41,16 @@ void appendValue(std::string& out, std::string_view value, Shape shape, Escapes 
 /// The text that a canonical value of one part stands for.
 std::string plainText(std::string_view canonical);
 
-/// Where the first `count` fields of a canonical value end, at the ";" behind them or at the value's end.
-std::size_t endOfFields(std::string_view canonical, std::size_t count);
-
-/// The number of fields, at least 1.
-std::size_t countFields(std::string_view canonical);
+/// The first fields of a canonical value.
+struct FirstFields {
+    /// How many there are, at least 1.
+    std::size_t count = 1;
+    /// Where the last one of them begins.
+    std::size_t last = 0;
+    /// Where it ends, at the ";" behind it or at the value's end.
+    std::size_t end = 0;
+};
+FirstFields firstFields(std::string_view canonical, std::size_t most);
 
 /// True when there is nothing but blanks and, in fields, separators.
 bool isEmptyValue(std::string_view canonical, Shape shape);
@@ -61,7 +67,16 @@ void appendBase64(std::string& out, std::string_view text, bool& sound);
 /// The bytes; whatever is no digit is passed over.
 std::string decodedBase64(std::string_view text);
 
-/// A digit of base64 (RFC 2045 §6.8), without the padding.
-bool isBase64Digit(char c);
+/// The values of the digits of base64 (RFC 2045 §6.8) by byte; -1 for any other, the padding too.
+inline constexpr auto kBase64Values = [] {
+    constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::array<std::int8_t, 256> values;
+    values.fill(-1);
+    for (std::size_t i = 0; i < digits.size(); ++i)
+        values[static_cast<unsigned char>(digits[i])] = static_cast<std::int8_t>(i);
+    return values;
+}();
+
+constexpr bool isBase64Digit(char c) { return kBase64Values[static_cast<unsigned char>(c)] >= 0; }
 
 } // namespace vcard::prepare

@@ -4,7 +4,6 @@
 #include "interchange/vcard/prepare/Ascii.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace vcard::prepare {
 
@@ -12,43 +11,6 @@ namespace {
 
 /// About what stands around the lines of a card.
 constexpr std::size_t kFrame = 64;
-
-bool isType(std::string_view text)
-{
-    return std::all_of(
-        text.begin(), text.end(), [](char c) { return isNameCharacter(c) || c == '/' || c == '+'; });
-}
-
-/// Bare words of vCard 2.1 that say how the value is packed, not what it is.
-bool isTransferWord(std::string_view word)
-{
-    for (const std::string_view transfer : {"QUOTED-PRINTABLE", "BASE64", "8BIT", "7BIT"})
-        if (equalInAnyCase(word, transfer))
-            return true;
-    return false;
-}
-
-constexpr std::pair<std::string_view, std::string_view> kSameTypes[] = {{"MOBILE", "CELL"},
-    {"MAIN-NUMBER", "MAIN"}, {"BUSINESS", "WORK"}, {"PRIVATE", "HOME"}, {"PERSONAL", "HOME"}};
-
-/// The word that the reader knows for a type, or the type.
-std::string_view readType(std::string_view type)
-{
-    for (const auto& [written, read] : kSameTypes)
-        if (equalInAnyCase(type, written))
-            return read;
-    return type;
-}
-
-/// What RFC 6350 §5.3 lets PREF be; anything else is no preference.
-std::uint8_t rankOf(std::string_view value)
-{
-    unsigned rank = 0;
-    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), rank);
-    const bool isRank =
-        error == std::errc() && end == value.data() + value.size() && rank >= 1 && rank <= 100;
-    return isRank ? static_cast<std::uint8_t>(rank) : CardLines::kNoRank;
-}
 
 } // namespace
 
@@ -89,10 +51,12 @@ void CardWriter::begin(const RawCard& raw, CanonicalCard& card)
     _addresses.clear();
     _emptied.clear();
     _ownLabels.clear();
+    _group = {};
     _item = 0;
     _kind = Kind::person;
     _alternatives.clear();
     _charsets.beginCard(raw.bytes);
+    _headers.beginCard(raw.version);
     card.text.clear();
     card.group.reset();
     card.uid.clear();
@@ -112,7 +76,7 @@ void CardWriter::finish()
     finishItems();
     join(_note, _carried);
     if (!_note.empty()) {
-        _lines.begin(nullptr, "NOTE", _note);
+        _lines.begin(nullptr, {}, "NOTE", _note);
         _lines.keep();
     }
     if (_lines.empty())
@@ -126,15 +90,19 @@ void CardWriter::finish()
 
 void CardWriter::writeLine(std::string_view line)
 {
-    _isDecoded = false;
-    if (!_property.parse(line))
+    const auto colon = valueColon(line);
+    if (colon == line.npos)
         return tell(Finding::lineWithoutColon, line);
-    if (!isName(_property.name))
+    _header = &_headers.of(line.substr(0, colon + 1));
+    _group = _header->property.group;
+    _transfer = _header->property.transfer;
+    _written = line.substr(colon + 1);
+    _isDecoded = false;
+    if (!_header->isNamed)
         return carryUnreadable(line);
-    const auto* row = rowOf(_property.name, _raw->version);
     if (isAlternative())
         return carryText(Finding::alternative);
-    return row ? write(*row) : carryText(Finding::noPlace);
+    return _header->row ? write(*_header->row) : carryText(Finding::noPlace);
 }
 
 void CardWriter::write(const Row& row)
@@ -155,13 +123,12 @@ void CardWriter::write(const Row& row)
     case Use::service:
         return writeService(row);
     case Use::day:
-        return writeDay(row, _property.name);
     case Use::otherDate:
-        return writeOtherDate(row);
+        return writeDay(row);
     case Use::related:
         return writeRelated(row);
     case Use::relation:
-        return writeRelation(_property.name, row.word);
+        return writeRelation(name(), row.word);
     case Use::picture:
         return writePicture(row);
     case Use::label:
@@ -189,22 +156,21 @@ void CardWriter::write(const Row& row)
 
 void CardWriter::writeBookkeeping()
 {
-    if (trimmed(_property.value).empty())
+    if (trimmed(_written).empty())
         return;
-    if (_wishes.cards && equalInAnyCase(_property.name, "UID"))
+    if (_wishes.cards && equalInAnyCase(name(), "UID"))
         _card->uid = value();
-    tell(Finding::bookkeeping, _property.name);
+    tell(Finding::bookkeeping, name());
 }
 
 /// A property of which another one of the same ALTID was there; RFC 6350 §5.4.
 bool CardWriter::isAlternative()
 {
-    const auto altid = _property.parameter(ParameterName::altid);
-    if (altid.empty())
+    if (_header->altid.empty())
         return false;
-    std::string key(_property.name);
+    std::string key(name());
     std::transform(key.begin(), key.end(), key.begin(), upper);
-    return !_alternatives.insert(key.append("=").append(altid)).second;
+    return !_alternatives.insert(key.append("=").append(_header->altid)).second;
 }
 
 // ---- values
@@ -213,7 +179,7 @@ Escapes CardWriter::escapes() const
 {
     if (_raw->version != Version::v21)
         return Escapes::rfc;
-    return _property.transfer == Transfer::plain ? Escapes::old : Escapes::oldEncoded;
+    return _transfer == Transfer::plain ? Escapes::old : Escapes::oldEncoded;
 }
 
 /// The decoded value as UTF-8, without blanks at its ends; the same until the next line.
@@ -222,15 +188,15 @@ std::string_view CardWriter::value()
     if (_isDecoded)
         return _value;
     _isDecoded = true;
-    const bool isPlain = _property.transfer == Transfer::plain;
-    if (isPlain && _property.charset.empty() && _charsets.encoding() == platform::kUTF8Encoding)
-        return _value = trimmed(_property.value);
-    if (_property.transfer == Transfer::quotedPrintable)
-        _text = decoded(decodedQuotedPrintable(_property.value), _property.charset);
-    else if (_property.transfer == Transfer::base64)
-        _text = decoded(decodedBase64(_property.value), _property.charset);
+    const bool isPlain = _transfer == Transfer::plain;
+    if (isPlain && _header->property.charset.empty() && _charsets.encoding() == platform::kUTF8Encoding)
+        return _value = trimmed(_written);
+    if (_transfer == Transfer::quotedPrintable)
+        _text = decoded(decodedQuotedPrintable(_written), _header->property.charset);
+    else if (_transfer == Transfer::base64)
+        _text = decoded(decodedBase64(_written), _header->property.charset);
     else
-        _text = decoded(_property.value, _property.charset);
+        _text = decoded(_written, _header->property.charset);
     return _value = trimmed(_text);
 }
 
@@ -250,58 +216,38 @@ std::string CardWriter::canonicalValue(Shape shape)
 
 // ---- lines
 
-void CardWriter::beginLine(const Row* row, std::string_view name, bool base64)
+/// Begins a line with the name and the types that were written.
+void CardWriter::beginLine(const Row& row)
 {
-    _lines.begin(row);
-    if (isName(_property.group))
-        _lines.begun().group = _property.group;
-    _lines.text().append(name);
-    if (base64)
-        _lines.text().append(";ENCODING=b");
-    appendTypes();
-    _lines.text() += ':';
+    _lines.begin(&row, groupOfLine());
+    _lines.text().append(_header->canonical);
     _lines.beginValue();
+    takeTypes();
 }
 
-/// Bare types and TYPE lists alike become TYPE lists of unquoted words.
-void CardWriter::appendTypes()
+/// Begins a line with the types that were written.
+void CardWriter::beginLine(const Row& row, std::string_view name, std::string_view encoding)
 {
-    for (const auto& parameter : _property.parameters) {
-        if (parameter.known == ParameterName::pref)
-            prefer(rankOf(unquoted(parameter.value)));
-        const bool bare = parameter.known == ParameterName::bare;
-        if (bare ? isTransferWord(parameter.value) : parameter.known != ParameterName::type)
-            continue;
-        auto list = unquoted(parameter.value);
-        for (bool open = false; !list.empty();) {
-            const auto comma = std::min(list.find(','), list.size());
-            appendType(unquoted(trimmed(list.substr(0, comma))), open);
-            list.remove_prefix(std::min(comma + 1, list.size()));
-        }
-    }
+    _lines.begin(&row, groupOfLine());
+    _lines.text().append(name).append(encoding).append(_header->types).append(":");
+    _lines.beginValue();
+    takeTypes();
 }
 
-void CardWriter::appendType(std::string_view type, bool& open)
+/// Begins a line of which the types are forgotten; what is left says how preferred the entry is.
+void CardWriter::beginLineWithoutTypes(const Row* row, std::string_view name)
 {
-    // Some writers repeat the name within the list.
-    if (startsInAnyCase(type, "TYPE="))
-        type = trimmed(type.substr(5));
-    if (type.empty())
-        return;
-    if (!isType(type))
-        return tell(Finding::typeUnreadable, type);
-    if (equalInAnyCase(type, "PREF"))
-        prefer(0);
-    _lines.text().append(open ? "," : ";TYPE=").append(readType(type));
-    open = true;
+    _lines.begin(row, groupOfLine());
+    _lines.text().append(name).append(":");
+    _lines.beginValue();
+    _lines.prefer(_header->rankOfParameter);
 }
 
-/// The type stands above a rank, since it is what stays in the canonical line.
-void CardWriter::prefer(std::uint8_t rank)
+void CardWriter::takeTypes()
 {
-    auto& line = _lines.begun();
-    if (line.entries != Entries::none)
-        line.rank = std::min(line.rank, rank);
+    _lines.prefer(std::min(_header->rankOfTypes, _header->rankOfParameter));
+    for (const auto type : _header->unreadableTypes)
+        tell(Finding::typeUnreadable, type);
 }
 
 /// Keeps the line, unless the record has room for one value and has it: a different one goes to the note or
@@ -316,9 +262,9 @@ CardWriter::Index CardWriter::keepLine(const Row& row, Finding ifRepeated)
     const auto value = _lines.begunValue();
     if (_lines.valueOf(_lines[first]) != value) {
         if (actionOf(ifRepeated) == Action::keptInNote)
-            carry(_property.name, value, ifRepeated);
+            carry(name(), value, ifRepeated);
         else
-            tell(ifRepeated, _property.name);
+            tell(ifRepeated, name());
     }
     _lines.giveUp();
     return CardLines::kNone;
@@ -350,7 +296,7 @@ void CardWriter::join(std::string& text, std::string_view more)
 void CardWriter::tell(Finding finding, std::string_view subject)
 {
     if (finding == Finding::emptyValue)
-        _emptied.insert(_property.group);
+        _emptied.insert(_group);
     _report.add(_card->number, _line, finding, subject);
 }
 

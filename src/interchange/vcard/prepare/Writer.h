@@ -6,8 +6,8 @@
 #include "interchange/vcard/prepare/Cards.h"
 #include "interchange/vcard/prepare/Charset.h"
 #include "interchange/vcard/prepare/Countries.h"
+#include "interchange/vcard/prepare/Headers.h"
 #include "interchange/vcard/prepare/Map.h"
-#include "interchange/vcard/prepare/Property.h"
 #include "interchange/vcard/prepare/Report.h"
 
 #include <cstddef>
@@ -47,7 +47,7 @@ private:
 
     // Places                                                                       (WriterPlaces.cpp)
     void writeKept(const Row& row);
-    void cutSurplus(const Row& row, bool& surplus);
+    bool cutSurplus(std::size_t end);
     void carryParameters(const Row& row);
     void writePicture(const Row& row);
     void carryPictureReference();
@@ -64,11 +64,9 @@ private:
     void writeService(const Row& row);
     void writeAddressOf(std::string_view scheme, std::string_view address, std::string_view whole);
     void writeRelated(const Row& row);
-    void forgetTypes();
     void writeRelation(std::string_view name, std::string_view label);
-    void writeDay(const Row& row, std::string_view name);
+    void writeDay(const Row& row);
     bool isRepeated(const Row& row, std::string_view value) const;
-    void writeOtherDate(const Row& row);
 
     // Names, once all lines are there                                              (WriterNames.cpp)
     void finishNames();
@@ -95,14 +93,16 @@ private:
     void finishGroup();
 
     // Values and lines                                                             (Writer.cpp)
+    std::string_view name() const { return _header->property.name; }
     std::string_view value();
     std::string decoded(std::string_view bytes, std::string_view charset);
     std::string canonicalValue(Shape shape = Shape::onePart);
     Escapes escapes() const;
-    void beginLine(const Row* row, std::string_view name, bool base64 = false);
-    void appendTypes();
-    void appendType(std::string_view type, bool& open);
-    void prefer(std::uint8_t rank);
+    std::string_view groupOfLine() const { return _header->hasGroup ? _group : std::string_view(); }
+    void beginLine(const Row& row);
+    void beginLine(const Row& row, std::string_view name, std::string_view encoding = {});
+    void beginLineWithoutTypes(const Row* row, std::string_view name);
+    void takeTypes();
     Index keepLine(const Row& row, Finding ifRepeated);
     Index firstOf(const Row& row) const { return _first[indexOf(row)]; }
     Index firstOf(std::string_view name) const { return firstOf(*rowOf(name, _raw->version)); }
@@ -120,8 +120,12 @@ private:
     const RawCard* _raw = nullptr;
     CanonicalCard* _card = nullptr;
     std::size_t _line = 0;
-    Property _property;
-    /// The value of the line at hand, once it was asked for, and what it was decoded into.
+    Headers _headers;
+    /// The line at hand: what stands in front of its value, and the value as it was written.
+    const Header* _header = nullptr;
+    std::string_view _group, _written;
+    Transfer _transfer = Transfer::plain;
+    /// Its value, once it was asked for, and what it was decoded into.
     bool _isDecoded = false;
     std::string_view _value;
     std::string _text;
@@ -134,7 +138,9 @@ private:
     /// The first line of each row; only rows with room for one have it.
     std::vector<Index> _first;
     /// Lines that are joined with others of their group at the end.
-    std::vector<Index> _labels, _codes, _addresses;
+    std::vector<Index> _labels, _codes;
+    /// Addresses that name a country, and where in their value.
+    std::vector<std::pair<Index, std::size_t>> _addresses;
     /// The groups of lines that were empty.
     std::unordered_set<std::string_view> _emptied;
     /// Lines that get a label of ours, and that label.

@@ -42,11 +42,11 @@ std::string_view labelOfRelation(std::string_view type)
 /// A line with `text` as its value; one that is empty is told.
 void CardWriter::writeText(const Row& row, std::string_view text, Escapes escapes)
 {
-    beginLine(&row, _property.name);
+    beginLine(row);
     appendValue(_lines.text(), trimmed(text), row.shape, escapes);
     if (isEmptyValue(_lines.begunValue(), row.shape)) {
         _lines.giveUp();
-        return tell(Finding::emptyValue, _property.name);
+        return tell(Finding::emptyValue, name());
     }
     keepLine(row, Finding::repeated);
 }
@@ -67,7 +67,7 @@ void CardWriter::writeTelephone(const Row& row)
             if (startsInAnyCase(parameter, extension))
                 plain.append(" ext. ").append(parameter.substr(extension.size()));
             else
-                carry(_property.name, parameter, Finding::noPlace);
+                carry(name(), parameter, Finding::noPlace);
         }
         number = trimmed(decodedPercents(plain));
     }
@@ -98,7 +98,7 @@ void CardWriter::writeService(const Row& row)
 {
     const auto address = plainText(canonicalValue());
     if (address.empty())
-        return tell(Finding::emptyValue, _property.name);
+        return tell(Finding::emptyValue, name());
     const bool hasScheme = equalInAnyCase(schemeOf(address), row.word);
     const auto whole = hasScheme ? address : std::string(row.word).append(":").append(address);
     writeAddressOf(row.word, std::string_view(whole).substr(row.word.size() + 1), whole);
@@ -111,12 +111,12 @@ void CardWriter::writeAddressOf(std::string_view scheme, std::string_view addres
     const auto property = service ? service->property : std::string_view();
     const auto label = service ? service->label : scheme;
     const auto& row = *rowOf(property.empty() ? "URL" : property, _raw->version);
-    beginLine(&row, row.name);
+    beginLine(row, row.name);
     const auto text = property.empty() ? std::string(whole) : decodedPercents(address);
     appendValue(_lines.text(), trimmed(text), row.shape, Escapes::none);
     if (trimmed(address).empty() || _lines.begunValue().empty()) {
         _lines.giveUp();
-        return tell(Finding::emptyValue, _property.name);
+        return tell(Finding::emptyValue, name());
     }
     const auto kept = _lines.keep();
     if (!label.empty())
@@ -128,19 +128,12 @@ void CardWriter::writeAddressOf(std::string_view scheme, std::string_view addres
 void CardWriter::writeRelated(const Row&)
 {
     const auto text = value();
-    const bool isText = equalInAnyCase(_property.parameter(ParameterName::value), "text");
+    const bool isText = equalInAnyCase(_header->property.parameter(ParameterName::value), "text");
     if (!isText && !schemeOf(text).empty() && text.find(' ') == text.npos)
         return carryText(Finding::noPlace);
-    std::string_view type = _property.parameter(ParameterName::type);
+    std::string_view type = _header->property.parameter(ParameterName::type);
     type = trimmed(type.substr(0, type.find(',')));
-    writeRelation(_property.name, labelOfRelation(type));
-}
-
-/// What is left says how preferred the entry is.
-void CardWriter::forgetTypes()
-{
-    std::erase_if(
-        _property.parameters, [](const auto& parameter) { return parameter.known != ParameterName::pref; });
+    writeRelation(name(), labelOfRelation(type));
 }
 
 void CardWriter::writeRelation(std::string_view name, std::string_view label)
@@ -149,8 +142,7 @@ void CardWriter::writeRelation(std::string_view name, std::string_view label)
     if (text.empty())
         return tell(Finding::emptyValue, name);
     const auto& row = *rowOf(kRelatedName, _raw->version);
-    forgetTypes();
-    beginLine(&row, kRelatedName);
+    beginLineWithoutTypes(&row, kRelatedName);
     appendValue(_lines.text(), text, Shape::onePart, escapes());
     const auto kept = _lines.keep();
     if (!label.empty())
@@ -159,24 +151,27 @@ void CardWriter::writeRelation(std::string_view name, std::string_view label)
 
 // ---- dates
 
-void CardWriter::writeDay(const Row& row, std::string_view name)
+void CardWriter::writeDay(const Row& row)
 {
     const auto text = value();
     if (text.empty())
-        return tell(Finding::emptyValue, _property.name);
+        return tell(Finding::emptyValue, name());
     const auto length = lengthOfDay(text);
     if (!length)
-        return carry(_property.name, canonicalValue(),
+        return carry(name(), canonicalValue(),
             isPartOfDate(text) ? Finding::dateWithoutYear : Finding::dateUnreadable);
     if (isRepeated(row, text.substr(0, *length)))
-        return carry(_property.name, canonicalValue(), Finding::repeated);
-    beginLine(&row, name);
+        return carry(name(), canonicalValue(), Finding::repeated);
+    if (row.use == Use::otherDate)
+        beginLineWithoutTypes(&row, kOtherDateName);
+    else
+        beginLine(row);
     appendDay(_lines.text(), text.substr(0, *length));
     const auto kept = keepLine(row, Finding::repeated);
     if (kept == CardLines::kNone)
         return;
     if (*length < text.size())
-        tell(Finding::timeOfDay, _property.name);
+        tell(Finding::timeOfDay, name());
     if (!row.word.empty())
         _ownLabels.emplace_back(kept, row.word);
 }
@@ -186,12 +181,6 @@ bool CardWriter::isRepeated(const Row& row, std::string_view value) const
 {
     const auto first = firstOf(row);
     return first != CardLines::kNone && _lines.valueOf(_lines[first]) != value;
-}
-
-void CardWriter::writeOtherDate(const Row& row)
-{
-    forgetTypes();
-    writeDay(row, kOtherDateName);
 }
 
 } // namespace vcard::prepare

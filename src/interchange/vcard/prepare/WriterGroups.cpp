@@ -11,7 +11,6 @@ namespace vcard::prepare {
 
 namespace {
 
-constexpr std::size_t kFieldsInFrontOfCountry = 6;
 /// The reader looks for no label of this old form of an address.
 constexpr std::string_view kAddressWithoutGroup = "ADD";
 
@@ -50,27 +49,26 @@ std::vector<std::string> valuesOfList(std::string_view canonical)
 
 void CardWriter::writeLabel()
 {
-    if (!isName(_property.group))
+    if (!_header->hasGroup)
         return carryText(Finding::noPlace);
-    _property.parameters.clear();
-    beginLine(nullptr, kLabelName);
+    beginLineWithoutTypes(nullptr, kLabelName);
     appendValue(_lines.text(), value(), Shape::onePart, escapes());
     if (_lines.begunValue().empty()) {
         _lines.giveUp();
-        return tell(Finding::emptyValue, _property.name);
+        return tell(Finding::emptyValue, name());
     }
     _labels.push_back(_lines.keep());
 }
 
 void CardWriter::writeCountryCode(const Row& row)
 {
-    if (!isName(_property.group))
-        return tell(Finding::binary, _property.name);
-    beginLine(&row, _property.name);
+    if (!_header->hasGroup)
+        return tell(Finding::binary, name());
+    beginLine(row);
     appendValue(_lines.text(), value(), Shape::onePart, escapes());
     if (_lines.begunValue().empty()) {
         _lines.giveUp();
-        return tell(Finding::emptyValue, _property.name);
+        return tell(Finding::emptyValue, name());
     }
     _codes.push_back(_lines.keep());
 }
@@ -110,11 +108,9 @@ void CardWriter::addCountryCodes()
     std::unordered_set<std::string_view> known;
     for (const auto code : _codes)
         known.insert(_lines[code].group);
-    for (const auto address : _addresses) {
+    for (const auto& [address, place] : _addresses) {
         const auto group = _lines[address].group;
-        const auto value = _lines.valueOf(_lines[address]);
-        const auto end = std::min(endOfFields(value, kFieldsInFrontOfCountry) + 1, value.size());
-        const auto country = trimmed(value.substr(end, endOfFields(value.substr(end), 1)));
+        const auto country = trimmed(_lines.valueOf(_lines[address]).substr(place));
         if (country.empty() || (!group.empty() && known.contains(group)))
             continue;
         const auto code = _countries.codeOf(country);
@@ -152,8 +148,7 @@ void CardWriter::addLabels()
 /// A line of the same group behind one that is there.
 void CardWriter::writeBehind(Index entry, std::string_view name, std::string_view canonical)
 {
-    _lines.begin(nullptr, name, canonical);
-    _lines.begun().group = _lines[entry].group;
+    _lines.begin(nullptr, _lines[entry].group, name, canonical);
     _lines.begun().item = _lines[entry].item;
     _lines.keepBehind(entry);
 }
@@ -180,9 +175,10 @@ void CardWriter::writeCategories()
 /// Whether a line says that the card is a group. It may be the last one.
 bool CardWriter::isGroup(const RawCard& raw)
 {
+    Property property;
     for (const auto& line : raw.lines)
-        if (_property.parse(raw.text(line)) && equalInAnyCase(_property.name, "KIND")
-            && equalInAnyCase(trimmed(_property.value), "group"))
+        if (property.parse(raw.text(line)) && equalInAnyCase(property.name, "KIND")
+            && equalInAnyCase(trimmed(property.value), "group"))
             return true;
     return false;
 }
@@ -191,9 +187,9 @@ void CardWriter::writeKind()
 {
     const auto kind = value();
     if (kind.empty())
-        return tell(Finding::emptyValue, _property.name);
+        return tell(Finding::emptyValue, name());
     if (equalInAnyCase(kind, "individual"))
-        return tell(Finding::bookkeeping, _property.name);
+        return tell(Finding::bookkeeping, name());
     if (_isGroup)
         return;
     const bool isOrganization = equalInAnyCase(kind, "org");

@@ -27,12 +27,12 @@ bool isFirstAndLast(std::string_view text, std::string_view name)
 /// Repeated lines are values of one list: what comes behind the first one waits for the end.
 void CardWriter::writeList(const Row& row)
 {
-    beginLine(&row, _property.name);
+    beginLine(row);
     appendValue(_lines.text(), value(), row.shape, escapes());
     joinListValues(_lines.text(), _lines.begun().value);
     if (_lines.begunValue().empty()) {
         _lines.giveUp();
-        return tell(Finding::emptyValue, _property.name);
+        return tell(Finding::emptyValue, name());
     }
     if (firstOf(row) == CardLines::kNone) {
         keepLine(row, Finding::repeated);
@@ -48,8 +48,7 @@ void CardWriter::finishList()
         return;
     const auto first = firstOf("NICKNAME");
     const std::string all(_lines.valueOf(_lines[first]));
-    _lines.begin(_lines[first].row, "NICKNAME", all + _moreOfList);
-    _lines.begun().group = _lines[first].group;
+    _lines.begin(_lines[first].row, _lines[first].group, "NICKNAME", all + _moreOfList);
     _lines.keepInsteadOf(first);
 }
 
@@ -92,7 +91,7 @@ void CardWriter::makeName(Index formatted, bool whole)
         joinNameValues(name, 0);
     if (isEmptyValue(name, Shape::fields))
         return;
-    _lines.begin(rowOf("N", _raw->version), "N", name);
+    _lines.begin(rowOf("N", _raw->version), {}, "N", name);
     _lines.keepBehind(formatted);
     tell(Finding::nameTaken, "FN");
 }
@@ -116,7 +115,7 @@ void CardWriter::makeNickname(Index formatted)
         return carry("FN", text, Finding::repeated);
     }
     joinListValues(text, 0);
-    _lines.begin(rowOf("NICKNAME", _raw->version), "NICKNAME", text);
+    _lines.begin(rowOf("NICKNAME", _raw->version), {}, "NICKNAME", text);
     _lines.keepBehind(formatted);
     tell(Finding::nicknameTaken, "FN");
 }
@@ -126,7 +125,7 @@ void CardWriter::finishOrganization()
 {
     if (firstOf("X-ZRSHOWAS") == CardLines::kNone) {
         const auto& row = *rowOf("X-ZRSHOWAS", _raw->version);
-        _lines.begin(&row, kShowAsName, "COMPANY");
+        _lines.begin(&row, {}, kShowAsName, "COMPANY");
         _first[indexOf(row)] = _lines.keep();
     }
     const auto formatted = firstOf("FN");
@@ -135,7 +134,7 @@ void CardWriter::finishOrganization()
         return;
     const auto& row = *rowOf("ORG", _raw->version);
     const std::string text(_lines.valueOf(_lines[formatted]));
-    _lines.begin(&row, "ORG", text);
+    _lines.begin(&row, {}, "ORG", text);
     _first[indexOf(row)] = _lines.keepBehind(formatted);
 }
 

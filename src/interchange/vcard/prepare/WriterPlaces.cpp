@@ -11,6 +11,8 @@ namespace vcard::prepare {
 namespace {
 
 constexpr std::size_t kShortestUndeclaredPicture = 80;
+/// The country is the last one of the fields of an address.
+constexpr std::size_t kFieldOfCountry = 7;
 
 bool isDataURI(std::string_view value) { return startsInAnyCase(value, "data:"); }
 
@@ -54,44 +56,42 @@ struct DataURI {
 
 void CardWriter::writeKept(const Row& row)
 {
-    beginLine(&row, _property.name);
+    beginLine(row);
     appendValue(_lines.text(), value(), row.shape, escapes());
     if (row.use == Use::names)
         joinNameValues(_lines.text(), _lines.begun().value);
-    bool surplus = false;
-    if (row.fields != 0)
-        cutSurplus(row, surplus);
+    const auto fields = row.fields == 0 ? FirstFields() : firstFields(_lines.begunValue(), row.fields);
+    const bool hasSurplus = row.fields != 0 && cutSurplus(fields.end);
     if (isEmptyValue(_lines.begunValue(), row.shape)) {
         _lines.giveUp();
-        if (!surplus)
-            tell(Finding::emptyValue, _property.name);
+        if (!hasSurplus)
+            tell(Finding::emptyValue, name());
     } else {
-        for (auto fields = row.least ? countFields(_lines.begunValue()) : 0; fields < row.least; ++fields)
-            _lines.text() += ';';
+        _lines.text().append(fields.count < row.least ? row.least - fields.count : 0, ';');
         const auto kept = keepLine(row, Finding::repeated);
-        if (row.entries == Entries::addresses)
-            _addresses.push_back(kept);
+        if (row.entries == Entries::addresses && fields.count == kFieldOfCountry)
+            _addresses.emplace_back(kept, fields.last);
     }
     carryParameters(row);
 }
 
-/// What stands in fields that the reader has no place for goes to the note.
-void CardWriter::cutSurplus(const Row& row, bool& surplus)
+/// What stands in fields that the reader has no place for goes to the note. Answers whether anything does.
+bool CardWriter::cutSurplus(std::size_t end)
 {
-    const auto end = endOfFields(_lines.begunValue(), row.fields);
     if (end == _lines.begunValue().size())
-        return;
-    surplus = !isEmptyValue(_lines.begunValue().substr(end), Shape::fields);
-    if (surplus)
-        carry(_property.name, _lines.begunValue().substr(end + 1), Finding::surplusFields);
+        return false;
+    const bool hasSurplus = !isEmptyValue(_lines.begunValue().substr(end), Shape::fields);
+    if (hasSurplus)
+        carry(name(), _lines.begunValue().substr(end + 1), Finding::surplusFields);
     _lines.cutValue(end);
     _lines.cutValue(trimmed(_lines.begunValue()).size());
+    return hasSurplus;
 }
 
 /// Parameters that say something of their own.
 void CardWriter::carryParameters(const Row& row)
 {
-    for (const auto& [name, written, known] : _property.parameters) {
+    for (const auto& [name, written, known] : _header->property.parameters) {
         const bool isOfAddress =
             known == ParameterName::label || known == ParameterName::geo || known == ParameterName::tz;
         if (isOfAddress && row.entries == Entries::addresses) {
@@ -107,15 +107,15 @@ void CardWriter::carryParameters(const Row& row)
 
 void CardWriter::writePicture(const Row& row)
 {
-    auto raw = trimmed(_property.value);
+    auto raw = trimmed(_written);
     if (raw.empty())
-        return tell(Finding::emptyValue, _property.name);
+        return tell(Finding::emptyValue, name());
     const bool isData = isDataURI(raw);
     if (!isData && raw.find(':') != raw.npos)
         return carryPictureReference();
     const DataURI uri(isData ? raw : "");
-    beginLine(&row, _property.name, true);
-    if (isData && !uri.type().empty() && _property.parameter(ParameterName::type).empty()) {
+    beginLine(row, name(), ";ENCODING=b");
+    if (isData && !uri.type().empty() && _header->property.parameter(ParameterName::type).empty()) {
         _lines.cutValue(0);
         _lines.text().pop_back();
         _lines.text() += ";TYPE=";
@@ -128,29 +128,29 @@ void CardWriter::writePicture(const Row& row)
     if (!isData || uri.isBase64())
         appendBase64(_lines.text(), isData ? uri.digits : raw, sound);
     // Some writers leave the parameter out; then only text that cannot be anything else is a picture.
-    const bool declared = isData || _property.transfer == Transfer::base64;
+    const bool declared = isData || _transfer == Transfer::base64;
     const bool meant = declared || (sound && raw.size() >= kShortestUndeclaredPicture);
     if (_lines.begunValue().empty() || !meant) {
         _lines.giveUp();
-        return tell(Finding::pictureUnreadable, _property.name);
+        return tell(Finding::pictureUnreadable, name());
     }
     if (keepLine(row, Finding::binary) != CardLines::kNone && !sound)
-        tell(Finding::pictureDamaged, _property.name);
+        tell(Finding::pictureDamaged, name());
 }
 
 /// An address is none of base64's digits, whatever the line declares.
 void CardWriter::carryPictureReference()
 {
-    _property.transfer = _property.transfer == Transfer::base64 ? Transfer::plain : _property.transfer;
+    _transfer = _transfer == Transfer::base64 ? Transfer::plain : _transfer;
     _isDecoded = false;
-    carry(_property.name, canonicalValue(Shape::wholeLine), Finding::pictureByReference);
+    carry(name(), canonicalValue(Shape::wholeLine), Finding::pictureByReference);
 }
 
 void CardWriter::addToNote()
 {
     const auto text = value();
     if (text.empty())
-        return tell(Finding::emptyValue, _property.name);
+        return tell(Finding::emptyValue, name());
     join(_note, canonicalValue());
 }
 
@@ -163,17 +163,17 @@ void CardWriter::writePosition()
     const auto second = separator == text.npos ? "" : trimmed(text.substr(separator + 1));
     if (!isNumber(first) || !isNumber(second))
         return carryText(Finding::noPlace);
-    carry(_property.name, std::string(second).append(";").append(first), Finding::noPlace);
+    carry(name(), std::string(second).append(";").append(first), Finding::noPlace);
 }
 
 void CardWriter::carryText(Finding finding)
 {
-    if (trimmed(_property.value).empty())
-        return tell(Finding::emptyValue, _property.name);
+    if (trimmed(_written).empty())
+        return tell(Finding::emptyValue, name());
     // Bytes say nothing of the character set of the card.
-    if (_property.transfer == Transfer::base64 || isDataURI(value()))
-        return tell(Finding::binary, _property.name);
-    carry(_property.name, canonicalValue(), finding);
+    if (_transfer == Transfer::base64 || isDataURI(value()))
+        return tell(Finding::binary, name());
+    carry(name(), canonicalValue(), finding);
 }
 
 void CardWriter::carryUnreadable(std::string_view line)

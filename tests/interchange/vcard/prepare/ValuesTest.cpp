@@ -45,10 +45,17 @@ TEST(Values, HaveTheFourEscapesAndNoOther)
 
 TEST(Values, FieldsAreCountedPastEscapes)
 {
-    EXPECT_EQ(countFields(""), 1U);
-    EXPECT_EQ(countFields("a\\;b;c\\\\;"), 3U);
-    EXPECT_EQ(endOfFields("a\\;b;c;d", 2), 6U);
-    EXPECT_EQ(endOfFields("a;b", 2), 3U);
+    const struct {
+        const char* canonical;
+        std::size_t most, count, last, end;
+    } cases[] = {{"", 2, 1, 0, 0}, {"a\\;b;c\\\\;", 9, 3, 9, 9}, {"a\\;b;c;d", 2, 2, 5, 6},
+        {"a;b", 2, 2, 2, 3}, {"a\\", 1, 1, 0, 2}};
+    for (const auto& [canonical, most, count, last, end] : cases) {
+        const auto fields = firstFields(canonical, most);
+        EXPECT_EQ(fields.count, count) << canonical;
+        EXPECT_EQ(fields.last, last) << canonical;
+        EXPECT_EQ(fields.end, end) << canonical;
+    }
     EXPECT_TRUE(isEmptyValue("; ;\t", Shape::fields));
     EXPECT_FALSE(isEmptyValue(";", Shape::wholeLine));
 }

@@ -1,0 +1,77 @@
+// What stands in front of the values of lines: read once, however many lines and cards repeat it.
+#pragma once
+
+#include "interchange/vcard/prepare/Cards.h"
+#include "interchange/vcard/prepare/Map.h"
+#include "interchange/vcard/prepare/Property.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace vcard::prepare {
+
+/// The rank of an entry that is not preferred; a lower one stands before it.
+inline constexpr std::uint8_t kNoRank = 255;
+
+/// What the part of a line up to its colon says.
+struct Header {
+    /// Its value is empty: that is what differs between lines of one header.
+    Property property;
+    /// Whether the name, and the group, is one that a reader would take.
+    bool isNamed = false, hasGroup = false;
+    /// What is done with such a property in cards of the version at hand, or null.
+    const Row* row = nullptr;
+    std::string_view altid;
+    /// Bare types and TYPE lists alike as TYPE lists of unquoted words: ";TYPE=WORK,VOICE".
+    std::string types;
+    std::vector<std::string_view> unreadableTypes;
+    /// The name as it was written, the types and the colon.
+    std::string canonical;
+    /// How preferred the type PREF makes an entry, and how the parameter.
+    std::uint8_t rankOfTypes = kNoRank, rankOfParameter = kNoRank;
+
+    void read(std::string_view text, Version version);
+
+private:
+    void readParameters();
+    void readTypes(std::string_view list);
+    void readType(std::string_view type, bool& open);
+};
+
+/// Reads headers, and remembers those it has read: a file has thousands of lines and a handful of headers.
+///
+/// Ownership: owns what it remembers, which is bounded; what it does not, borrows the line.
+/// Threads:   one thread at a time.
+/// Errors:    none; what cannot be read is in the header.
+class Headers {
+public:
+    static constexpr std::size_t kMostRemembered = 512;
+    static constexpr std::size_t kLongestRemembered = 200;
+
+    /// Until the next card headers are those of this version.
+    void beginCard(Version version);
+
+    /// `text` ends with the colon. The names and words in the answer are valid until the next card; the
+    /// answer itself until the next call.
+    const Header& of(std::string_view text);
+
+private:
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    };
+
+    using Known = std::unordered_map<std::string, Header, Hash, std::equal_to<>>;
+
+    Version _version = Version::missing;
+    /// By version, since a file may have cards of several.
+    std::array<Known, kVersions> _known;
+    Header _unknown;
+};
+
+} // namespace vcard::prepare
