@@ -1,9 +1,11 @@
 // Sixteen bytes looked at together: most text holds nothing that a scan looks for.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace vcard::prepare {
 
@@ -15,6 +17,17 @@ inline Block blockAt(const char* bytes)
     Block block;
     std::memcpy(&block, bytes, sizeof block);
     return block;
+}
+
+/// The last block of a text; where that is shorter, all of it and what `filler` says.
+inline Block lastBlock(std::string_view text, char filler)
+{
+    if (text.size() >= sizeof(Block))
+        return blockAt(text.data() + text.size() - sizeof(Block));
+    std::array<char, sizeof(Block)> filled;
+    filled.fill(filler);
+    std::copy(text.begin(), text.end(), filled.begin());
+    return blockAt(filled.data());
 }
 
 inline bool isAny(Block found)

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <numeric>
 
 namespace vcard::prepare {
 
@@ -62,14 +63,14 @@ bool CardLines::empty() const
 
 void CardLines::begin(const Row* row, std::string_view group)
 {
-    _line = {};
-    _line.row = row;
-    _line.group = group;
-    _line.entries = row ? row->entries : Entries::none;
-    _line.start = _text.size();
+    auto& line = _lines.emplace_back();
+    line.row = row;
+    line.group = group;
+    line.entries = row ? row->entries : Entries::none;
+    line.start = _text.size();
     if (!group.empty())
         _text.append(group).append(".");
-    _line.name = _line.value = _text.size();
+    line.name = line.value = _text.size();
 }
 
 void CardLines::begin(const Row* row, std::string_view group, std::string_view name, std::string_view value)
@@ -82,29 +83,30 @@ void CardLines::begin(const Row* row, std::string_view group, std::string_view n
 
 void CardLines::prefer(std::uint8_t rank)
 {
-    if (_line.entries != Entries::none)
-        _line.rank = rank;
+    if (begun().entries != Entries::none)
+        _lines.back().rank = rank;
 }
 
 CardLines::Index CardLines::keep()
 {
     // A blank behind a value is no part of it, and keeps a value from ending in what looks like a card's
     // BEGIN.
-    if (upper(_text.back()) == 'D' && endsInBegin(std::string_view(_text).substr(_line.name)))
+    auto& line = _lines.back();
+    if (endsInBegin(std::string_view(_text).substr(line.name)))
         _text += ' ';
-    _line.end = _text.size();
+    line.end = _text.size();
     _text += kLineEnd;
-    auto& last = _lastRank[static_cast<std::size_t>(_line.entries)];
-    if (_line.rank < last)
-        _unsorted |= 1U << static_cast<unsigned>(_line.entries);
-    last = _line.rank;
-    _lines.push_back(_line);
+    auto& last = _lastRank[static_cast<std::size_t>(line.entries)];
+    if (line.rank < last)
+        _unsorted |= 1U << static_cast<unsigned>(line.entries);
+    last = line.rank;
     return static_cast<Index>(_lines.size() - 1);
 }
 
 CardLines::Index CardLines::keepBehind(Index line)
 {
     const auto kept = keep();
+    _lines[kept].item = _lines[line].item;
     _lines[kept].next = _lines[line].next;
     _lines[kept].follows = true;
     _lines[line].next = kept;
@@ -122,14 +124,9 @@ void CardLines::keepInsteadOf(Index line)
     _lines.pop_back();
 }
 
-/// The lines that stand by themselves; preferred entries take the first places of their list.
-std::vector<CardLines::Index> CardLines::preferredFirst() const
+/// Preferred entries take the first places of their list.
+void CardLines::preferFirst(std::vector<Index>& order) const
 {
-    std::vector<Index> order;
-    order.reserve(_lines.size());
-    for (Index line = 0; line < _lines.size(); ++line)
-        if (!_lines[line].follows)
-            order.push_back(line);
     for (unsigned list = 0; _unsorted >> list != 0; ++list) {
         if ((_unsorted >> list & 1) == 0)
             continue;
@@ -143,34 +140,27 @@ std::vector<CardLines::Index> CardLines::preferredFirst() const
             if (isEntry(line))
                 line = *next++;
     }
-    return order;
 }
 
 void CardLines::appendTo(std::string& out) const
 {
+    std::vector<Index> order(_lines.size());
+    std::iota(order.begin(), order.end(), 0U);
+    if (_unsorted != 0)
+        preferFirst(order);
     Pieces pieces(_text, out);
-    if (_unsorted != 0) {
-        for (const auto line : preferredFirst())
-            appendFrom(line, pieces);
-    } else {
-        for (Index line = 0; line < _lines.size(); ++line)
-            if (!_lines[line].follows)
-                appendFrom(line, pieces);
+    for (const auto first : order) {
+        // One that follows another one comes with it.
+        for (auto at = _lines[first].follows ? kNone : first; at != kNone; at = _lines[at].next) {
+            const auto& line = _lines[at];
+            if (line.isGone)
+                continue;
+            if (line.item != 0)
+                pieces.appendItem(line.item);
+            pieces.append(line.item != 0 ? line.name : line.start, line.end + kLineEnd.size());
+        }
     }
     pieces.finish();
-}
-
-/// A line, and those that stand behind it.
-void CardLines::appendFrom(Index first, Pieces& pieces) const
-{
-    for (auto at = first; at != kNone; at = _lines[at].next) {
-        const auto& line = _lines[at];
-        if (line.isGone)
-            continue;
-        if (line.item != 0)
-            pieces.appendItem(line.item);
-        pieces.append(line.item != 0 ? line.name : line.start, line.end + kLineEnd.size());
-    }
 }
 
 } // namespace vcard::prepare

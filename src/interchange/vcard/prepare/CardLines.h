@@ -51,22 +51,28 @@ public:
     /// Begins a line of which `text()` gets the name, the parameters and the colon, then `beginValue`, then
     /// the value. It counts once it is kept.
     void begin(const Row* row, std::string_view group);
-    void beginValue() { _line.value = _text.size(); }
+    void beginValue() { _lines.back().value = _text.size(); }
     /// Begins a whole line, without parameters.
     void begin(const Row* row, std::string_view group, std::string_view name, std::string_view value);
     /// The line begun, if it is an entry, stands before those of higher rank.
     void prefer(std::uint8_t rank);
     std::string& text() { return _text; }
-    Line& begun() { return _line; }
+    const Line& begun() const { return _lines.back(); }
     /// What of the value is there.
-    std::string_view begunValue() const { return std::string_view(_text).substr(_line.value); }
-    void cutValue(std::size_t length) { _text.resize(_line.value + length); }
+    std::string_view begunValue() const { return std::string_view(_text).substr(begun().value); }
+    void cutValue(std::size_t length) { _text.resize(begun().value + length); }
     Index keep();
-    /// Keeps it as what stands behind, or in the place of, a line that is there.
+    /// Keeps it as what stands behind, or in the place of, a line that is there; behind it, in the same group
+    /// of ours.
     Index keepBehind(Index line);
     void keepInsteadOf(Index line);
-    void giveUp() { _text.resize(_line.start); }
+    void giveUp()
+    {
+        _text.resize(begun().start);
+        _lines.pop_back();
+    }
 
+    /// Those that were kept, while none is begun.
     std::vector<Line>& lines() { return _lines; }
     const std::vector<Line>& lines() const { return _lines; }
     const Line& operator[](Index line) const { return _lines[line]; }
@@ -81,11 +87,9 @@ public:
 private:
     class Pieces;
 
-    std::vector<Index> preferredFirst() const;
-    void appendFrom(Index first, Pieces& pieces) const;
+    void preferFirst(std::vector<Index>& order) const;
 
     std::string _text;
-    Line _line;
     std::vector<Line> _lines;
     /// The lists of which a preferred entry stands behind another one, as bits.
     std::uint32_t _unsorted = 0;

@@ -10,10 +10,13 @@ namespace vcard::prepare {
 
 namespace {
 
+/// Whether a line may end in "VCARD", as few lines do.
+bool mayEndInCard(std::string_view line) { return upper(line.back()) == 'D' || isBlank(line.back()); }
+
 /// A mark counts only at the start of a line: behind a blank it continues the line before.
 Mark markInCard(std::string_view line)
 {
-    return line.empty() || isBlank(line.front()) ? Mark::none : markOf(line);
+    return line.empty() || isBlank(line.front()) || !mayEndInCard(line) ? Mark::none : markOf(line);
 }
 
 Version versionNamed(std::string_view value)
@@ -43,9 +46,7 @@ enum class Nested : std::uint8_t { no, opens, mayFollow };
 /// A nested card opens behind AGENT: on its line, or in the line behind it when nothing is there.
 Nested nestedBy(std::string_view line)
 {
-    constexpr std::string_view agent = "AGENT";
-    const auto name = trimmed(nameOf(line));
-    if (name.size() < agent.size() || upper(name.back()) != agent.back())
+    if (line.back() != ':' && !mayEndInCard(line))
         return Nested::no;
     const auto colon = valueColon(line);
     const auto value = colon == line.npos ? line : trimmed(line.substr(colon + 1));
@@ -148,7 +149,7 @@ void CardReader::readLine(RawCard& card)
             std::remove(card.bytes.begin() + static_cast<std::ptrdiff_t>(start), card.bytes.end(), '\0'),
             card.bytes.end());
     const auto line = std::string_view(card.bytes).substr(start);
-    const auto nested = nestedBy(line);
+    const auto nested = line.empty() ? Nested::no : nestedBy(line);
     _nestedMayFollow = nested == Nested::mayFollow;
     if (nested != Nested::no) {
         if (_depth == 0)

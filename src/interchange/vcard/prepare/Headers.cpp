@@ -50,8 +50,9 @@ std::uint8_t rankOf(std::string_view value)
 
 } // namespace
 
-void Header::read(std::string_view text, Version version)
+void Header::read(std::string_view written, Version version)
 {
+    text = written;
     property.parse(text);
     isNamed = isName(property.name);
     hasGroup = isName(property.group);
@@ -59,8 +60,9 @@ void Header::read(std::string_view text, Version version)
     altid = property.parameter(ParameterName::altid);
     types.clear();
     unreadableTypes.clear();
-    rankOfTypes = rankOfParameter = kNoRank;
+    rankOfParameter = rank = kNoRank;
     readParameters();
+    rank = std::min(rank, rankOfParameter);
     canonical.assign(property.name).append(types).append(":");
 }
 
@@ -97,30 +99,52 @@ void Header::readType(std::string_view type, bool& open)
     }
     // The type stands above a rank, since it is what stays in the canonical line.
     if (equalInAnyCase(type, "PREF"))
-        rankOfTypes = 0;
+        rank = 0;
     types.append(open ? "," : ";TYPE=").append(knownType(type));
     open = true;
 }
 
 void Headers::beginCard(Version version)
 {
+    auto& known = _known[static_cast<std::size_t>(version)];
+    if (version == _version && known.size() < kMostRemembered)
+        return;
     _version = version;
-    if (auto& known = _known[static_cast<std::size_t>(version)]; known.size() >= kMostRemembered)
+    _last = nullptr;
+    if (known.size() >= kMostRemembered)
         known.clear();
 }
 
-const Header& Headers::of(std::string_view text)
+const Header* Headers::of(std::string_view line)
+{
+    if (_last && _last->follower && line.starts_with(_last->follower->text))
+        return _last = _last->follower;
+    const auto colon = valueColon(line);
+    if (colon == line.npos)
+        return nullptr;
+    auto* const before = std::exchange(_last, remembered(line.substr(0, colon + 1)));
+    if (!_last) {
+        _unknown.read(line.substr(0, colon + 1), _version);
+        return &_unknown;
+    }
+    if (before)
+        before->follower = _last;
+    return _last;
+}
+
+/// The header, or null where it is not remembered. A quote that is left open makes the colon that ends it
+/// depend on the rest of the line.
+Header* Headers::remembered(std::string_view text)
 {
     auto& known = _known[static_cast<std::size_t>(_version)];
     if (const auto found = known.find(text); found != known.end())
-        return found->second;
-    if (text.size() > kLongestRemembered || known.size() >= kMostRemembered) {
-        _unknown.read(text, _version);
-        return _unknown;
-    }
+        return &found->second;
+    if (text.size() > kLongestRemembered || known.size() >= kMostRemembered
+        || std::count(text.begin(), text.end(), '"') % 2 != 0)
+        return nullptr;
     const auto added = known.try_emplace(std::string(text)).first;
     added->second.read(added->first, _version);
-    return added->second;
+    return &added->second;
 }
 
 } // namespace vcard::prepare

@@ -32,10 +32,14 @@ struct Header {
     std::vector<std::string_view> unreadableTypes;
     /// The name as it was written, the types and the colon.
     std::string canonical;
-    /// How preferred the type PREF makes an entry, and how the parameter.
-    std::uint8_t rankOfTypes = kNoRank, rankOfParameter = kNoRank;
+    /// How preferred an entry is: by the parameter PREF alone, and by the type of that name too.
+    std::uint8_t rankOfParameter = kNoRank, rank = kNoRank;
+    /// As it was written, with the colon.
+    std::string_view text;
+    /// The header that came behind this one the last time, or null.
+    Header* follower = nullptr;
 
-    void read(std::string_view text, Version version);
+    void read(std::string_view written, Version version);
 
 private:
     void readParameters();
@@ -56,9 +60,9 @@ public:
     /// Until the next card headers are those of this version.
     void beginCard(Version version);
 
-    /// `text` ends with the colon. The names and words in the answer are valid until the next card; the
-    /// answer itself until the next call.
-    const Header& of(std::string_view text);
+    /// The header of a line, or null where there is no colon. The words in the answer are valid until the
+    /// next card; the answer itself until the next call.
+    const Header* of(std::string_view line);
 
 private:
     struct Hash {
@@ -68,7 +72,11 @@ private:
 
     using Known = std::unordered_map<std::string, Header, Hash, std::equal_to<>>;
 
+    Header* remembered(std::string_view text);
+
     Version _version = Version::missing;
+    /// The header of the line before, if it is remembered: cards of a file have their lines in one order.
+    Header* _last = nullptr;
     /// By version, since a file may have cards of several.
     std::array<Known, kVersions> _known;
     Header _unknown;

@@ -1,7 +1,7 @@
 // How physical lines are joined into logical ones.
 #include "interchange/vcard/prepare/Lines.h"
 
-#include "interchange/vcard/prepare/Ascii.h"
+#include "interchange/vcard/prepare/Block.h"
 #include "interchange/vcard/prepare/Property.h"
 #include "interchange/vcard/prepare/Values.h"
 #include "platform/text/Utf.h"
@@ -12,8 +12,6 @@
 namespace vcard::prepare {
 
 namespace {
-
-constexpr std::string_view kBegin = "BEGIN:VCARD";
 
 struct Width {
     std::size_t bytes;
@@ -60,9 +58,14 @@ std::string_view headerOf(std::string_view line)
     return colon == line.npos ? std::string_view{} : line.substr(0, colon);
 }
 
-/// Digits of base64, their padding, and blanks behind them.
+/// Digits of base64, their padding, and blanks behind them. Most lines are properties, which show it at once.
 bool isBase64Line(std::string_view line)
 {
+    if (line.size() >= sizeof(Block)) {
+        const auto first = blockAt(line.data());
+        if (isAny((first == ':') | (first == ';')))
+            return false;
+    }
     std::size_t end = 0;
     while (end < line.size() && (isBase64Digit(line[end]) || line[end] == '='))
         ++end;
@@ -105,43 +108,13 @@ std::string_view withoutMark(std::string_view bytes)
     return bytes.starts_with("\xEF\xBB\xBF") ? bytes.substr(3) : bytes;
 }
 
-bool endsInBegin(std::string_view line)
+bool hasBeginBehindText(std::string_view line)
 {
-    if (line.size() <= kBegin.size() || upper(line.back()) != 'D')
-        return false;
-    const auto before = trimmed(line.substr(0, line.size() - kBegin.size()));
-    if (before.empty() || !equalInAnyCase(line.substr(line.size() - kBegin.size()), kBegin))
+    const auto before = trimmed(line.substr(0, line.size() - kBeginMark.size()));
+    if (before.empty() || !equalInAnyCase(line.substr(line.size() - kBeginMark.size()), kBeginMark))
         return false;
     Property property;
     return before.back() != ':' || !property.parse(before) || !equalInAnyCase(property.name, "AGENT");
-}
-
-PhysicalLines::PhysicalLines(std::string_view bytes)
-    : _bytes(bytes), _lineFeed(bytes, '\n'), _carriageReturn(bytes, '\r')
-{
-    findEnd();
-}
-
-void PhysicalLines::findEnd()
-{
-    _end = std::min(_lineFeed.behind(_start), _carriageReturn.behind(_start));
-    _endsAtMark = endsInBegin(line());
-    if (_endsAtMark)
-        _end -= kBegin.size();
-}
-
-void PhysicalLines::advance()
-{
-    if (atEnd())
-        return;
-    if (_endsAtMark) {
-        _start = _end;
-        return findEnd();
-    }
-    const bool both = _end + 1 < _bytes.size() && _bytes[_end] == '\r' && _bytes[_end + 1] == '\n';
-    _start = std::min(_end + (both ? 2 : 1), _bytes.size());
-    ++_number;
-    findEnd();
 }
 
 Mark markOf(std::string_view line)

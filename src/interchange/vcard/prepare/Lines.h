@@ -1,6 +1,8 @@
 // How bytes become lines: the character width, the line ends, and which lines belong together.
 #pragma once
 
+#include "interchange/vcard/prepare/Ascii.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -17,9 +19,15 @@ std::optional<std::string> textOfWideBytes(std::string_view bytes);
 /// The bytes without the UTF-8 mark in front.
 std::string_view withoutMark(std::string_view bytes);
 
+inline constexpr std::string_view kBeginMark = "BEGIN:VCARD";
+
 /// The mark of a card's beginning at the very end of a line of other text: what a card that was cut off
 /// leaves when the next one follows at once. Not so behind "AGENT:", where a nested card begins.
-bool endsInBegin(std::string_view line);
+bool hasBeginBehindText(std::string_view line);
+inline bool endsInBegin(std::string_view line)
+{
+    return line.size() > kBeginMark.size() && upper(line.back()) == 'D' && hasBeginBehindText(line);
+}
 
 /// Where the next of one kind of byte is: a byte that is not there is looked for once, not in each line.
 ///
@@ -55,19 +63,40 @@ private:
 /// Errors:    none. Behind the last line `atEnd` is true and `line` empty.
 class PhysicalLines {
 public:
-    explicit PhysicalLines(std::string_view bytes);
+    explicit PhysicalLines(std::string_view bytes)
+        : _bytes(bytes), _lineFeed(bytes, '\n'), _carriageReturn(bytes, '\r')
+    {
+        findEnd();
+    }
 
     bool atEnd() const { return _start >= _bytes.size(); }
     /// The line here, without its end.
-    std::string_view line() const { return _bytes.substr(_start, _end - _start); }
+    std::string_view line() const { return {_bytes.data() + _start, _end - _start}; }
     /// Its number in the file, from 1.
     std::size_t number() const { return _number; }
     /// Where it begins, in bytes.
     std::size_t offset() const { return _start; }
-    void advance();
+
+    void advance()
+    {
+        if (_endsAtMark || atEnd()) {
+            _start = _end;
+        } else {
+            const bool both = _bytes[_end] == '\r' && _end + 1 < _bytes.size() && _bytes[_end + 1] == '\n';
+            _start = std::min(_end + (both ? 2 : 1), _bytes.size());
+            ++_number;
+        }
+        findEnd();
+    }
 
 private:
-    void findEnd();
+    void findEnd()
+    {
+        _end = std::min(_lineFeed.behind(_start), _carriageReturn.behind(_start));
+        _endsAtMark = endsInBegin(line());
+        if (_endsAtMark)
+            _end -= kBeginMark.size();
+    }
 
     std::string_view _bytes;
     std::size_t _start = 0;

@@ -5,6 +5,7 @@
 #include "interchange/vcard/prepare/Lines.h"
 #include "platform/text/Utf.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vcard::prepare {
@@ -13,17 +14,14 @@ namespace {
 
 constexpr std::size_t kLongestExcerpt = 200;
 
-std::string printable(std::string_view text)
+/// Its first line that is neither BEGIN nor VERSION, printable.
+void setFirstLine(std::string& out, const RawCard& raw)
 {
-    return platform::isValidUTF8(text) ? std::string(text) : platform::repairedUTF8(text);
-}
-
-std::string firstTellingLine(const RawCard& raw)
-{
-    for (const auto& line : raw.lines)
-        if (const auto text = raw.text(line); !startsInAnyCase(text, "VERSION"))
-            return printable(text.substr(0, kLongestExcerpt));
-    return "BEGIN:VCARD";
+    const auto line = std::find_if(raw.lines.begin(), raw.lines.end(),
+        [&](const auto& each) { return !startsInAnyCase(raw.text(each), "VERSION"); });
+    out = line == raw.lines.end() ? "BEGIN:VCARD" : raw.text(*line).substr(0, kLongestExcerpt);
+    if (!platform::isValidUTF8(out))
+        out = platform::repairedUTF8(out);
 }
 
 } // namespace
@@ -48,8 +46,8 @@ bool Preparation::next(CanonicalCard& card)
         return false;
     card.number = ++_number;
     card.line = _raw.line;
-    card.firstLine = firstTellingLine(_raw);
-    card.refusal = refusalOf(_raw);
+    setFirstLine(card.firstLine, _raw);
+    card.refusal = refusalOf(_raw, card.firstLine);
     if (!card.refusal && !_writer.write(_raw, card))
         card.refusal = Finding::cardEmpty;
     if (card.refusal) {
@@ -59,7 +57,7 @@ bool Preparation::next(CanonicalCard& card)
     return true;
 }
 
-std::optional<Finding> Preparation::refusalOf(const RawCard& raw)
+std::optional<Finding> Preparation::refusalOf(const RawCard& raw, std::string_view firstLine)
 {
     switch (raw.ending) {
     case Ending::cutOff:
@@ -70,7 +68,7 @@ std::optional<Finding> Preparation::refusalOf(const RawCard& raw)
         return Finding::cardTooLarge;
     case Ending::begunAgain:
     case Ending::nestedOpen:
-        _report.add(_number, raw.line, Finding::endMissing, firstTellingLine(raw));
+        _report.add(_number, raw.line, Finding::endMissing, firstLine);
         break;
     case Ending::closed:
         break;

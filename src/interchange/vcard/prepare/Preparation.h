@@ -47,7 +47,7 @@ public:
     std::size_t bytesRead() const;
 
 private:
-    std::optional<Finding> refusalOf(const RawCard& raw);
+    std::optional<Finding> refusalOf(const RawCard& raw, std::string_view firstLine);
 
     std::size_t _size;
     std::optional<std::string> _converted;

@@ -41,8 +41,7 @@ public:
         constexpr auto block = sizeof(Block);
         while (value.size() - at >= block && !isAny(in(blockAt(value.data() + at))))
             at += block;
-        // The last block may begin before `at`.
-        if (value.size() - at < block && value.size() >= block && !isAny(in(blockAt(value.end() - block))))
+        if (value.size() - at < block && !isAny(in(lastBlock(value, 'A'))))
             return value.size();
         while (at < value.size() && !(kSpecial[static_cast<unsigned char>(value[at])] && in(value[at])))
             ++at;
@@ -52,6 +51,15 @@ public:
 private:
     char _semicolon, _comma;
 };
+
+/// Whether the backslash in front of a character is its own, not that of a pair.
+bool isEscaped(std::string_view text, std::size_t at)
+{
+    std::size_t backslashes = 0;
+    while (backslashes < at && text[at - 1 - backslashes] == '\\')
+        ++backslashes;
+    return backslashes % 2 != 0;
+}
 
 int hexDigit(char c)
 {
@@ -133,16 +141,16 @@ std::string plainText(std::string_view canonical)
 FirstFields firstFields(std::string_view canonical, std::size_t most)
 {
     FirstFields fields;
-    for (auto& at = fields.end; at < canonical.size(); ++at) {
-        if (canonical[at] == '\\') {
-            at += at + 1 < canonical.size();
-        } else if (canonical[at] == ';') {
-            if (fields.count == most)
-                break;
-            ++fields.count;
-            fields.last = at + 1;
-        }
+    for (auto at = canonical.find(';'); at != canonical.npos; at = canonical.find(';', at + 1)) {
+        if (isEscaped(canonical, at))
+            continue;
+        fields.end = at;
+        if (fields.count == most)
+            return fields;
+        ++fields.count;
+        fields.last = at + 1;
     }
+    fields.end = canonical.size();
     return fields;
 }
 
@@ -187,8 +195,9 @@ std::size_t endOfDigits(std::string_view text, std::size_t from)
     };
     for (; text.size() - from >= sizeof(Block); from += sizeof(Block)) {
         const auto bytes = blockAt(text.data() + from);
-        const auto digits = isBetween(bytes, 'A' - 1, 'Z' + 1) | isBetween(bytes, 'a' - 1, 'z' + 1)
-            | isBetween(bytes, '/' - 1, '9' + 1) | (bytes == '+');
+        // The bit in which letters differ by case, in no other byte leads to a letter.
+        const auto digits =
+            isBetween(bytes | 0x20, 'a' - 1, 'z' + 1) | isBetween(bytes, '/' - 1, '9' + 1) | (bytes == '+');
         if (isAny(~digits))
             break;
     }

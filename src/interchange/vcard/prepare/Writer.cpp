@@ -90,17 +90,17 @@ void CardWriter::finish()
 
 void CardWriter::writeLine(std::string_view line)
 {
-    const auto colon = valueColon(line);
-    if (colon == line.npos)
+    const auto* header = _headers.of(line);
+    if (!header)
         return tell(Finding::lineWithoutColon, line);
-    _header = &_headers.of(line.substr(0, colon + 1));
+    _header = header;
     _group = _header->property.group;
     _transfer = _header->property.transfer;
-    _written = line.substr(colon + 1);
+    _written = line.substr(header->text.size());
     _isDecoded = false;
     if (!_header->isNamed)
         return carryUnreadable(line);
-    if (isAlternative())
+    if (!_header->altid.empty() && isAlternative())
         return carryText(Finding::alternative);
     return _header->row ? write(*_header->row) : carryText(Finding::noPlace);
 }
@@ -166,8 +166,6 @@ void CardWriter::writeBookkeeping()
 /// A property of which another one of the same ALTID was there; RFC 6350 §5.4.
 bool CardWriter::isAlternative()
 {
-    if (_header->altid.empty())
-        return false;
     std::string key(name());
     std::transform(key.begin(), key.end(), key.begin(), upper);
     return !_alternatives.insert(key.append("=").append(_header->altid)).second;
@@ -182,11 +180,8 @@ Escapes CardWriter::escapes() const
     return _transfer == Transfer::plain ? Escapes::old : Escapes::oldEncoded;
 }
 
-/// The decoded value as UTF-8, without blanks at its ends; the same until the next line.
-std::string_view CardWriter::value()
+std::string_view CardWriter::decodedValue()
 {
-    if (_isDecoded)
-        return _value;
     _isDecoded = true;
     const bool isPlain = _transfer == Transfer::plain;
     if (isPlain && _header->property.charset.empty() && _charsets.encoding() == platform::kUTF8Encoding)
@@ -245,7 +240,7 @@ void CardWriter::beginLineWithoutTypes(const Row* row, std::string_view name)
 
 void CardWriter::takeTypes()
 {
-    _lines.prefer(std::min(_header->rankOfTypes, _header->rankOfParameter));
+    _lines.prefer(_header->rank);
     for (const auto type : _header->unreadableTypes)
         tell(Finding::typeUnreadable, type);
 }

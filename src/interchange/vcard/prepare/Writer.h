@@ -94,7 +94,9 @@ private:
 
     // Values and lines                                                             (Writer.cpp)
     std::string_view name() const { return _header->property.name; }
-    std::string_view value();
+    /// The decoded value as UTF-8, without blanks at its ends; the same until the next line.
+    std::string_view value() { return _isDecoded ? _value : decodedValue(); }
+    std::string_view decodedValue();
     std::string decoded(std::string_view bytes, std::string_view charset);
     std::string canonicalValue(Shape shape = Shape::onePart);
     Escapes escapes() const;

@@ -149,7 +149,6 @@ void CardWriter::addLabels()
 void CardWriter::writeBehind(Index entry, std::string_view name, std::string_view canonical)
 {
     _lines.begin(nullptr, _lines[entry].group, name, canonical);
-    _lines.begun().item = _lines[entry].item;
     _lines.keepBehind(entry);
 }
 

@@ -5,6 +5,7 @@
 #include "interchange/vcard/prepare/Names.h"
 
 #include <algorithm>
+#include <array>
 
 namespace vcard::prepare {
 
@@ -12,14 +13,28 @@ namespace {
 
 bool isOneWord(std::string_view text) { return text.find_first_of(" ,\t\\") == text.npos; }
 
-/// "Ana Lima" where the name is "Lima;Ana", as most cards have it.
-bool isFirstAndLast(std::string_view text, std::string_view name)
+/// "Dr. Ana Maria Lima" where the name is "Lima;Ana;Maria;Dr.", as most cards have it.
+bool isWrittenOut(std::string_view text, std::string_view name)
 {
-    const auto last = name.substr(0, name.find(';'));
-    const auto behind = name.substr(std::min(last.size() + 1, name.size()));
-    const auto first = behind.substr(0, behind.find(';'));
-    return text.size() == first.size() + 1 + last.size() && text.starts_with(first)
-        && text[first.size()] == ' ' && text.ends_with(last);
+    std::array<std::string_view, 5> parts;
+    for (auto& part : parts) {
+        part = name.substr(0, name.find(';'));
+        name.remove_prefix(std::min(part.size() + 1, name.size()));
+    }
+    const auto& [last, first, middle, title, suffix] = parts;
+    bool isBehindAnother = false;
+    for (const auto part : {title, first, middle, last, suffix}) {
+        if (part.empty())
+            continue;
+        if (isBehindAnother && !text.starts_with(' '))
+            return false;
+        text.remove_prefix(isBehindAnother ? 1 : 0);
+        if (!text.starts_with(part))
+            return false;
+        text.remove_prefix(part.size());
+        isBehindAnother = true;
+    }
+    return text.empty();
 }
 
 } // namespace
@@ -64,7 +79,7 @@ void CardWriter::finishNames()
         return;
     const auto text = _lines.valueOf(_lines[formatted]);
     const auto name = firstOf("N");
-    if (name != CardLines::kNone && isFirstAndLast(text, _lines.valueOf(_lines[name])))
+    if (name != CardLines::kNone && isWrittenOut(text, _lines.valueOf(_lines[name])))
         return;
     const bool isCompany = firstOf("X-ZRSHOWAS") != CardLines::kNone;
     const bool isOrganization =
