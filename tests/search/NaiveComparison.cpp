@@ -12,16 +12,6 @@ namespace test {
 
 namespace {
 
-bool isYearless(ZRSearchComparison comparison)
-{
-    return comparison == kZRWithinIntervalAroundTodayYearless
-        || comparison == kZRNotWithinIntervalAroundTodayYearless
-        || comparison == kZRWithinIntervalFromTodayYearless
-        || comparison == kZRNotWithinIntervalFromTodayYearless;
-}
-
-bool isFromToday(ZRSearchComparison comparison) { return comparison >= kZRWithinIntervalFromToday; }
-
 bool isOneKind(const Value& a, const Value& b)
 {
     return (a.isString() && b.isString()) || (a.isNumber() && b.isNumber()) || (a.isDate() && b.isDate())
@@ -40,66 +30,37 @@ std::weak_ordering orderOf(const Value& a, const Value& b)
     return a.isData() ? order(a.asBytes(), b.asBytes()) : order(a.asReal(), b.asReal());
 }
 
-bool isOrdered(std::weak_ordering order, ZRSearchComparison comparison)
+bool isOrdered(std::weak_ordering order, Rule::Test test)
 {
-    switch (comparison) {
-    case kZREqual:
-    case kZREqualCaseInsensitive:
+    switch (test) {
+    case Rule::Test::equal:
         return order == 0;
-    case kZRLessThan:
+    case Rule::Test::less:
         return order < 0;
-    case kZRLessThanOrEqual:
+    case Rule::Test::lessOrEqual:
         return order <= 0;
-    case kZRGreaterThan:
+    case Rule::Test::greater:
         return order > 0;
-    case kZRGreaterThanOrEqual:
+    case Rule::Test::greaterOrEqual:
         return order >= 0;
     default:
         return false;
     }
 }
 
-/// The comparison that a negative one inverts.
-ZRSearchComparison positiveOf(ZRSearchComparison comparison)
-{
-    switch (comparison) {
-    case kZRNotEqual:
-        return kZREqual;
-    case kZRNotEqualCaseInsensitive:
-        return kZREqualCaseInsensitive;
-    case kZRDoesNotContainSubString:
-        return kZRContainsSubString;
-    case kZRDoesNotContainSubStringCaseInsensitive:
-        return kZRContainsSubStringCaseInsensitive;
-    default:
-        return comparison;
-    }
-}
-
 /// Whether a part of the text is there: anywhere, at its beginning, at its end.
-bool containsText(std::string_view text, std::string_view part, ZRSearchComparison comparison)
+bool containsText(std::string_view text, std::string_view part, Rule::Test test)
 {
-    switch (comparison) {
-    case kZRPrefixMatch:
-    case kZRPrefixMatchCaseInsensitive:
+    if (test == Rule::Test::beginsWith)
         return text.starts_with(part);
-    case kZRSuffixMatch:
-    case kZRSuffixMatchCaseInsensitive:
+    if (test == Rule::Test::endsWith)
         return text.ends_with(part);
-    default:
-        return text.find(part) != std::string_view::npos;
-    }
+    return text.find(part) != std::string_view::npos;
 }
 
-bool ignoresCase(ZRSearchComparison comparison)
+platform::FoldOptions foldOf(const Rule& rule, const Condition& condition)
 {
-    return comparison == kZREqualCaseInsensitive || comparison == kZRContainsSubStringCaseInsensitive
-        || comparison == kZRPrefixMatchCaseInsensitive || comparison == kZRSuffixMatchCaseInsensitive;
-}
-
-platform::FoldOptions foldOf(ZRSearchComparison comparison, const Condition& condition)
-{
-    if (!ignoresCase(comparison))
+    if (!rule.ignoresCase)
         return platform::kFoldNothing;
     return condition.ignoresDiacritics ? platform::kFoldCaseAndDiacritics : platform::kFoldCase;
 }
@@ -127,7 +88,7 @@ double dayIn1976(platform::CalendarDay day, int year)
 /// One value, or none.
 bool NaiveSearch::ofEntry(const Value& value, const Asked& asked) const
 {
-    if (asked.comparison == kZRBitsInBitFieldMatch) {
+    if (asked.rule.test == Rule::Test::bits) {
         const std::int64_t bits = value.asInteger(), sought = asked.value.asInteger();
         constexpr std::int64_t showAs = 7, nameOrder = 56;
         if (!asked.value.isNumber() || !(value.isNothing() || value.isNumber()))
@@ -137,54 +98,47 @@ bool NaiveSearch::ofEntry(const Value& value, const Asked& asked) const
         return (bits & sought) == sought;
     }
     if (value.isNothing() && !asked.hasValue())
-        return asked.isEquality();
+        return asked.rule.isEquality();
     if (value.isNothing() || !asked.hasValue())
-        return asked.isTextNegation();
+        return asked.rule.isTextNegation();
     return holds(value, asked);
 }
 
 bool NaiveSearch::holds(const Value& value, const Asked& asked) const
 {
-    if (isIntervalComparison(asked.comparison))
+    if (asked.rule.isInterval())
         return isWithin(value, asked);
     if (value.isData() && !asked.differs(Difference::data))
         return false;
     if (!isOneKind(value, asked.value))
-        return asked.isTextNegation() && asked.differs(Difference::otherKinds);
-    const auto comparison = positiveOf(asked.comparison);
-    if (isMembership(comparison))
+        return asked.rule.isTextNegation() && asked.differs(Difference::otherKinds);
+    if (asked.rule.isMembership())
         return false;
-    const bool inverts = asked.isTextNegation();
     if (!value.isString())
-        return isOrdered(orderOf(value, asked.value), comparison) != inverts;
-    const bool isOfWholes = comparison <= kZREqualCaseInsensitive;
-    const auto holdsFor = isOfWholes ? holdsText : holdsPart;
-    return holdsFor(value.asText(), asked.value.asText(), comparison, asked) != inverts;
+        return isOrdered(orderOf(value, asked.value), asked.rule.test) != asked.rule.inverts;
+    const auto holdsFor = asked.rule.isOrder() ? holdsText : holdsPart;
+    return holdsFor(value.asText(), asked.value.asText(), asked) != asked.rule.inverts;
 }
 
 /// Equality and order.
-bool NaiveSearch::holdsText(
-    std::string_view text, std::string_view sought, ZRSearchComparison comparison, const Asked& asked)
+bool NaiveSearch::holdsText(std::string_view text, std::string_view sought, const Asked& asked)
 {
-    const auto fold = foldOf(comparison, asked.condition);
-    if (asked.property == zr::kZREmailProperty && comparison == kZREqualCaseInsensitive) {
+    const auto test = asked.rule.test;
+    const auto fold = foldOf(asked.rule, asked.condition);
+    if (asked.property == zr::kZREmailProperty && test == Rule::Test::equal && asked.rule.ignoresCase) {
         if (asked.differs(Difference::emailEquality))
             return platform::foldCaseAndDiacritics(text) == platform::foldCaseAndDiacritics(sought);
     } else if (asked.differs(Difference::localizedComparison)) {
-        return isOrdered(
-            platform::transformed(text, fold) <=> platform::transformed(sought, fold), comparison);
+        return isOrdered(platform::transformed(text, fold) <=> platform::transformed(sought, fold), test);
     }
-    return isOrdered(
-        platform::compare(text, sought, optionsOf(fold) | platform::kCompareLocalized), comparison);
+    return isOrdered(platform::compare(text, sought, optionsOf(fold) | platform::kCompareLocalized), test);
 }
 
 // Memory takes a part that is found in a text for there only if it is as long as what was sought.
-bool NaiveSearch::holdsPart(
-    std::string_view text, std::string_view sought, ZRSearchComparison comparison, const Asked& asked)
+bool NaiveSearch::holdsPart(std::string_view text, std::string_view sought, const Asked& asked)
 {
-    const auto fold = foldOf(comparison, asked.condition);
-    const bool isContained =
-        comparison == kZRContainsSubString || comparison == kZRContainsSubStringCaseInsensitive;
+    const auto fold = foldOf(asked.rule, asked.condition);
+    const bool isContained = asked.rule.test == Rule::Test::contains;
     const std::string folded = platform::transformed(sought, fold);
     if (sought.empty())
         return isContained;
@@ -194,7 +148,7 @@ bool NaiveSearch::holdsPart(
         const auto found = platform::rangeOf(sought, text, optionsOf(fold));
         return found && platform::utf16Length(found->of(text)) == platform::utf16Length(sought);
     }
-    return containsText(platform::transformed(text, fold), folded, comparison);
+    return containsText(platform::transformed(text, fold), folded, asked.rule.test);
 }
 
 // ---- days from today
@@ -207,17 +161,17 @@ bool NaiveSearch::isWithin(const Value& value, const Asked& asked) const
     const Date stored = asked.isDay() ? platform::noonInGMTOfLocalDay(date) : date;
     const double interval = asked.value.asReal();
     bool isIn = false;
-    if (isYearless(asked.comparison)) {
+    if (asked.rule.isYearless) {
         isIn = asked.differs(Difference::yearCompanion) ? isWithinYearlessInStore(stored, asked)
                                                         : isWithinYearless(date, asked);
     } else {
         const Date compared = asked.differs(Difference::daysAtNoonGMT) ? stored : date;
         const double distance = compared.seconds - _now.seconds;
-        const double measured = isFromToday(asked.comparison) ? distance : std::abs(distance);
+        const double measured = asked.rule.test == Rule::Test::fromToday ? distance : std::abs(distance);
         isIn = measured >= 0
             && (asked.differs(Difference::intervalEnds) ? measured <= interval : measured < interval);
     }
-    return isIn != asked.isNegation();
+    return isIn != asked.rule.inverts;
 }
 
 /// Both days are taken to 1976; the nearer of the years around counts.
@@ -229,7 +183,7 @@ bool NaiveSearch::isWithinYearless(Date date, const Asked& asked) const
     const double interval = asked.value.asReal();
     const double from = dayIn1976(*today, 1976), there = dayIn1976(*day, 1976);
     const double other = dayIn1976(*day, there < from ? 1977 : 1975);
-    if (isFromToday(asked.comparison)) {
+    if (asked.rule.test == Rule::Test::fromToday) {
         const double ahead = ((there < from ? other : there) - from) * kDay;
         return ahead >= 0 && ahead < interval;
     }
@@ -253,7 +207,7 @@ bool NaiveSearch::isWithinYearlessInStore(Date stored, const Asked& asked) const
 {
     const int year = platform::yearOf(_now).value_or(1970);
     const double length = platform::startOfYear(year + 1).seconds - platform::startOfYear(year).seconds;
-    const bool isAhead = isFromToday(asked.comparison);
+    const bool isAhead = asked.rule.test == Rule::Test::fromToday;
     const double interval = asked.value.asReal();
     if (interval >= length || (!isAhead && interval >= length / 2))
         return true;

@@ -20,36 +20,6 @@ constexpr std::string_view kIndexedTexts[]{zr::kZRFirstNameProperty, zr::kZRMidd
 constexpr std::string_view kMessaging[]{zr::kZRAIMInstantProperty, zr::kZRJabberInstantProperty,
     zr::kZRMSNInstantProperty, zr::kZRYahooInstantProperty, zr::kZRICQInstantProperty};
 
-class IndexText {
-public:
-    explicit IndexText(const NaiveRecord& record) : _record(record) { }
-
-    void append(std::string_view piece)
-    {
-        if (!piece.empty())
-            _text.append(piece).append(" ");
-    }
-
-    template <class Body>
-    void forEntriesOf(std::string_view property, Body body)
-    {
-        if (const auto at = _record.entries.find(property); at != _record.entries.end())
-            for (const auto& entry : at->second)
-                body(entry.value);
-    }
-
-    void appendEntriesOf(std::string_view property)
-    {
-        forEntriesOf(property, [this](const Value& value) { append(value.asText()); });
-    }
-
-    std::string take() { return std::move(_text); }
-
-private:
-    const NaiveRecord& _record;
-    std::string _text;
-};
-
 bool isContent(std::string_view property, const Value& value)
 {
     if (property == zr::kZRAddressProperty)
@@ -90,27 +60,36 @@ bool isCustom(const NaiveRoster& roster, std::string_view property, NaiveRecord:
 
 std::string indexTextOf(const NaiveRecord& record)
 {
-    IndexText text(record);
+    std::string text;
+    const auto append = [&](const Value& piece) {
+        if (!piece.asText().empty())
+            text.append(piece.asText()).append(" ");
+    };
+    const auto forEntriesOf = [&](std::string_view property, const auto& body) {
+        if (const auto at = record.entries.find(property); at != record.entries.end())
+            for (const auto& entry : at->second)
+                body(entry.value);
+    };
     for (const auto property : kIndexedTexts)
         if (const auto at = record.values.find(property); at != record.values.end())
-            text.append(at->second.asText());
-    text.appendEntriesOf(zr::kZRURLsProperty);
-    text.forEntriesOf(zr::kZRAddressProperty, [&](const Value& address) {
+            append(at->second);
+    forEntriesOf(zr::kZRURLsProperty, append);
+    forEntriesOf(zr::kZRAddressProperty, [&](const Value& address) {
         for (const auto part : {"Street", "City", "State", "ZIP", "Sama", "Region", "Country"})
-            text.append(address[part].asText());
+            append(address[part]);
         for (const auto& [key, part] : address.asDictionary()->entries())
             if (std::ranges::find(kAddressParts, key) == kAddressParts.end())
-                text.append(part.asText());
+                append(part);
     });
-    text.appendEntriesOf(zr::kZREmailProperty);
-    text.forEntriesOf(zr::kZRPhoneProperty, [&](const Value& number) {
-        text.append(number.asText());
-        text.append(platform::digitsOnly(number.asText()));
+    forEntriesOf(zr::kZREmailProperty, append);
+    forEntriesOf(zr::kZRPhoneProperty, [&](const Value& number) {
+        append(number);
+        append(Value(platform::digitsOnly(number.asText())));
     });
     for (const auto property : kMessaging)
-        text.appendEntriesOf(property);
-    text.appendEntriesOf(zr::kZRRelatedNamesProperty);
-    return text.take();
+        forEntriesOf(property, append);
+    forEntriesOf(zr::kZRRelatedNamesProperty, append);
+    return text;
 }
 
 void dropEmptyEntries(NaiveRecord& record)

@@ -95,7 +95,7 @@ bool NaiveSearch::matchesLeaf(const NaiveRecord& record, const Condition& condit
         .differences = differences,
         .property = condition.property.value_or(""),
         .value = condition.value,
-        .comparison = condition.comparison,
+        .rule = ruleOf(condition.comparison),
         .isCustom = test::isCustom(_roster, condition.property.value_or(""), record.kind)};
     const bool isOther = record.isPerson() != condition.ofPeople;
     if (asked.property.empty())
@@ -107,7 +107,7 @@ bool NaiveSearch::matchesLeaf(const NaiveRecord& record, const Condition& condit
         asked.value = Value(platform::noonOfSameDay(asked.value.asDate(), local, local));
     }
     const bool isOfGroups = asked.property == zr::kZRParentGroupsProperty;
-    if (isOfGroups || (isMembership(asked.comparison) && asked.differs(Difference::membershipOfOthers)))
+    if (isOfGroups || (asked.rule.isMembership() && asked.differs(Difference::membershipOfOthers)))
         return membership(record, asked, visited);
     if (asked.differs(Difference::emptyText) && isNoValue(asked.value))
         asked.value = Value();
@@ -120,7 +120,7 @@ bool NaiveSearch::matchesLeaf(const NaiveRecord& record, const Condition& condit
 bool NaiveSearch::wholeCard(const NaiveRecord& record, const Asked& asked)
 {
     const bool inverts =
-        asked.is({kZRNotEqual, kZRDoesNotContainSubString, kZRDoesNotContainSubStringCaseInsensitive});
+        asked.rule.isTextNegation() && asked.condition.comparison != kZRNotEqualCaseInsensitive;
     const std::string card =
         record.isPerson() ? platform::foldCaseAndDiacritics(indexTextOf(record)) : std::string();
     const std::string_view text = asked.value.asText();
@@ -139,7 +139,7 @@ bool NaiveSearch::wholeCard(const NaiveRecord& record, const Asked& asked)
 
 bool NaiveSearch::membership(const NaiveRecord& record, const Asked& asked, const Visited& visited) const
 {
-    const bool inverts = asked.comparison == kZRNotMemberOfGroup;
+    const bool inverts = asked.rule.isMembership() && asked.rule.inverts;
     if (!asked.hasValue() || (isNoValue(asked.value) && asked.differs(Difference::emptyText)))
         return false;
     const auto* group = asked.value.as<ZRGroup>();
@@ -213,7 +213,7 @@ bool NaiveSearch::ofProperty(const NaiveRecord& record, const Asked& asked) cons
         && asked.differs(Difference::importMark))
         value = Value(value.asInteger() | mark);
     const bool hasNoNote = asked.property == zr::kZRNoteProperty && value.isNothing() && !record.hasEmptyNote;
-    if (hasNoNote && asked.hasValue() && asked.isNegation() && asked.differs(Difference::absentNote))
+    if (hasNoNote && asked.hasValue() && asked.rule.isNegation() && asked.differs(Difference::absentNote))
         return false;
     return ofOne(value, asked);
 }
@@ -227,8 +227,8 @@ bool NaiveSearch::ofOne(const Value& value, const Asked& asked) const
         return ofEntry(value[*asked.condition.key], asked);
     const auto holdsFor = [&](const Value& part) { return ofEntry(part, asked); };
     const auto parts = partsOf(value);
-    return value.isDictionary() && asked.isNegation() ? std::ranges::all_of(parts, holdsFor)
-                                                      : std::ranges::any_of(parts, holdsFor);
+    return value.isDictionary() && asked.rule.isNegation() ? std::ranges::all_of(parts, holdsFor)
+                                                           : std::ranges::any_of(parts, holdsFor);
 }
 
 // With a label memory looks at the first entry of that label, the store at all of them.
@@ -249,12 +249,13 @@ bool NaiveSearch::ofEntries(const std::vector<NaiveEntry>& entries, const Asked&
         return ofRows(entries, asked);
     if (entries.empty()) {
         if (asked.hasValue())
-            return asked.isNegation();
-        return asked.comparison == kZREqual || (asked.isEquality() && asked.differs(Difference::noValue));
+            return asked.rule.isNegation();
+        return asked.condition.comparison == kZREqual
+            || (asked.rule.isEquality() && asked.differs(Difference::noValue));
     }
     const auto holdsFor = [&](const NaiveEntry& entry) { return ofOne(entry.value, asked); };
-    return asked.isNegation() ? std::ranges::all_of(entries, holdsFor)
-                              : std::ranges::any_of(entries, holdsFor);
+    return asked.rule.isNegation() ? std::ranges::all_of(entries, holdsFor)
+                                   : std::ranges::any_of(entries, holdsFor);
 }
 
 /// How the store looks at the rows of a property: some fulfil a comparison, or none its contrary.
@@ -269,10 +270,11 @@ bool NaiveSearch::ofRows(const std::vector<NaiveEntry>& entries, const Asked& as
     const auto isPresent = [](const Value& value) { return !value.isNothing(); };
     const auto holdsFor = [&](const Value& value) { return ofEntry(value, asked); };
     if (asked.hasValue())
-        return asked.isNegation() ? std::ranges::all_of(rows, holdsFor) : std::ranges::any_of(rows, holdsFor);
-    if (asked.isTextNegation())
+        return asked.rule.isNegation() ? std::ranges::all_of(rows, holdsFor)
+                                       : std::ranges::any_of(rows, holdsFor);
+    if (asked.rule.isTextNegation())
         return asked.hasLabel() ? !rows.empty() : std::ranges::any_of(rows, isPresent);
-    if (!asked.isEquality())
+    if (!asked.rule.isEquality())
         return false;
     return asked.hasLabel() ? rows.empty() || !std::ranges::all_of(rows, isPresent)
                             : std::ranges::none_of(rows, isPresent);
@@ -286,9 +288,9 @@ bool NaiveSearch::ofAddressesInStore(const std::vector<NaiveEntry>& entries, con
         ofPart.part = part;
         return ofRows(entries, ofPart);
     };
-    const bool joinsByOr = asked.hasValue()
-        ? asked.is({kZRNotEqual, kZRContainsSubString, kZRContainsSubStringCaseInsensitive})
-        : asked.isTextNegation();
+    const bool isAnyPart = asked.condition.comparison == kZRNotEqual
+        || (asked.rule.test == Rule::Test::contains && !asked.rule.inverts);
+    const bool joinsByOr = asked.hasValue() ? isAnyPart : asked.rule.isTextNegation();
     return joinsByOr ? std::ranges::any_of(kSearchedAddressParts, holdsForPart)
                      : std::ranges::all_of(kSearchedAddressParts, holdsForPart);
 }

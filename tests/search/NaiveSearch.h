@@ -59,10 +59,8 @@ private:
     bool ofRows(const std::vector<NaiveEntry>&, const Asked&) const;
     bool ofAddressesInStore(const std::vector<NaiveEntry>&, const Asked&) const;
     bool holds(const Value& value, const Asked&) const;
-    static bool holdsText(
-        std::string_view text, std::string_view sought, ZRSearchComparison comparison, const Asked&);
-    static bool holdsPart(
-        std::string_view text, std::string_view sought, ZRSearchComparison comparison, const Asked&);
+    static bool holdsText(std::string_view text, std::string_view sought, const Asked&);
+    static bool holdsPart(std::string_view text, std::string_view sought, const Asked&);
     bool isWithin(const Value& value, const Asked&) const;
     bool isWithinYearless(Date date, const Asked&) const;
     bool isWithinYearlessInStore(Date stored, const Asked&) const;

@@ -35,15 +35,11 @@ std::optional<Unasked> NaiveSearch::whyLeafUnasked(
     if (condition.property.value_or("").empty())
         return condition.value.isString() && kind == Kind::person ? std::nullopt
                                                                   : std::optional(Unasked::notText);
-    const Asked asked{.condition = condition,
-        .differences = {},
-        .property = *condition.property,
-        .value = condition.value,
-        .comparison = condition.comparison};
+    const Rule& rule = ruleOf(condition.comparison);
     if (isNoValue(condition.value)) {
-        if (!asked.isEquality() && !asked.isTextNegation())
+        if (!rule.isEquality() && !rule.isTextNegation())
             return std::nullopt;
-    } else if (isMembership(condition.comparison)) {
+    } else if (rule.isMembership()) {
         return whyMembershipUnasked(condition.value, kind, visited);
     }
     return whyPropertyUnasked(condition, kind);
@@ -86,7 +82,7 @@ std::optional<Unasked> NaiveSearch::whyPropertyUnasked(const Condition& conditio
         return std::nullopt;
     if (condition.comparison == kZRBitsInBitFieldMatch)
         return Unasked::bits;
-    if (isIntervalComparison(condition.comparison)
+    if (ruleOf(condition.comparison).isInterval()
         && (base != kZRPropertyTypeDate || !condition.value.isNumber()))
         return Unasked::noInterval;
     return std::nullopt;

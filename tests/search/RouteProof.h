@@ -21,8 +21,6 @@ public:
 
     /// Fails for each difference that was never seen, and each reason not to ask the store.
     void expectEveryDifference() const;
-    /// How much was searched, for whoever runs it.
-    void tell() const;
     int failures() const { return _failures; }
     /// Searches that the store was asked, and how many records it found.
     int asked() const { return _asked; }
@@ -42,7 +40,7 @@ private:
     std::vector<std::string> _complaints;
     std::array<int, kDifferences.size()> _seen{};
     std::array<int, kUnasked.size()> _unasked{};
-    int _searches = 0, _asked = 0, _found = 0, _failures = 0;
+    int _asked = 0, _found = 0, _failures = 0;
 };
 
 } // namespace test

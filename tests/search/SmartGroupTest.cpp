@@ -21,12 +21,6 @@ TEST_F(SmartGroups, HaveWhoeverMatches)
     EXPECT_EQ(namesOf(group->membersAndSubgroups()), Names{"Ana"});
     EXPECT_TRUE(group->_isSmartGroupParentOfRecord(*ana));
     EXPECT_FALSE(group->_isSmartGroupParentOfRecord(*bo));
-
-    card("Cy");
-    bo->setValue("Ana", kZRFirstNameProperty);
-    EXPECT_EQ(namesOf(group->members()), (Names{"Ana", "Ana", "Cy"}));
-    group->setSearchElement(where(kZRFirstNameProperty, kZREqual, "Cy"));
-    EXPECT_EQ(namesOf(group->members()), Names{"Cy"});
 }
 
 TEST_F(SmartGroups, WithoutASearchHaveNobody)
@@ -35,10 +29,7 @@ TEST_F(SmartGroups, WithoutASearchHaveNobody)
     const auto empty = group("empty");
     EXPECT_FALSE(empty->searchElement());
     EXPECT_TRUE(empty->members().empty());
-    EXPECT_FALSE(empty->isModified());
-    empty->setIsModified(true);
-    EXPECT_TRUE(empty->members().empty());
-    EXPECT_TRUE(empty->isModified()) << "the bit is what is stored";
+    EXPECT_EQ(changesOf(*empty), "as before");
 }
 
 TEST_F(SmartGroups, CanLookForGroupsAndFindThemselves)
@@ -75,16 +66,6 @@ TEST_F(SmartGroups, RefuseASearchThatNoArchiveHolds)
 }
 
 // ---- what they notice
-
-TEST_F(SmartGroups, NoticeNothingAtTheFirstLook)
-{
-    card("Ana");
-    const auto group = groupOf({"Ana"});
-    group->members();
-    EXPECT_EQ(changesOf(*group), "as before");
-    group->members();
-    EXPECT_EQ(changesOf(*group), "as before");
-}
 
 TEST_F(SmartGroups, NoticeWhoComesAndGoes)
 {
@@ -154,43 +135,35 @@ TEST_F(SmartGroups, ThatAreGoneStayGone)
 TEST_F(SmartGroups, StoreIdsAsABinaryPropertyList)
 {
     const auto group = groupOf({"Ana"});
-    group->members();
-    const auto ana = card("Ana");
-    group->members();
+    const auto ids = Value::array({"an id"});
+    group->setValue(ids, kZRSmartGroupModifiedUIDsProperty);
     const Value stored = group->zrosValueForKey("modifiedUniqueIdsData");
     ASSERT_TRUE(stored.isData());
     EXPECT_EQ(platform::propertyListFormatOf(stored.asBytes()), platform::PropertyListFormat::binary);
-    EXPECT_EQ(*platform::decodePropertyList(stored.asBytes()), Value::array({Value(ana->uniqueId())}));
-}
+    EXPECT_EQ(*platform::decodePropertyList(stored.asBytes()), ids);
 
-TEST_F(SmartGroups, WriteNoIdsWhereTheyCannotBeWritten)
-{
-    const auto group = groupOf({"Ana"});
-    group->setValue(Value::array({"an id"}), kZRSmartGroupModifiedUIDsProperty);
     const platform::LogCapture log;
     group->setValue(Value::array({"\xff"}), kZRSmartGroupModifiedUIDsProperty);
     EXPECT_TRUE(log.contains("Error setting modified UIDs: "));
     EXPECT_TRUE(group->valueForProperty(kZRSmartGroupModifiedUIDsProperty).isNothing());
 }
 
-TEST_F(SmartGroups, KeepTwoFlagsApart)
+// Bits of newer versions are theirs.
+TEST_F(SmartGroups, KeepTheirFlagsApart)
 {
     const auto group = groupOf({"Ana"});
-    const auto flags = [&] { return group->valueForProperty(kZRSmartGroupFlagsProperty).asInteger(); };
-    group->setTracksModification(true);
-    EXPECT_EQ(flags(), 2);
-    group->setIsModified(true);
-    EXPECT_EQ(flags(), 3);
-    EXPECT_TRUE(group->tracksModification() && group->isModified());
-    group->setTracksModification(false);
-    EXPECT_EQ(flags(), 1);
-    group->setIsModified(false);
-    EXPECT_EQ(flags(), 0);
-    EXPECT_FALSE(group->tracksModification() || group->isModified());
-    // Bits of newer versions are theirs.
     group->setValue(Value(12), kZRSmartGroupFlagsProperty);
-    group->setIsModified(true);
-    EXPECT_EQ(flags(), 13);
+    const auto flagsWith = [&](bool tracks, bool isModified) {
+        group->setTracksModification(tracks);
+        group->setIsModified(isModified);
+        EXPECT_EQ(group->tracksModification(), tracks);
+        EXPECT_EQ(group->isModified(), isModified);
+        return group->valueForProperty(kZRSmartGroupFlagsProperty).asInteger();
+    };
+    EXPECT_EQ(flagsWith(true, false), 12 + 2);
+    EXPECT_EQ(flagsWith(true, true), 12 + 3);
+    EXPECT_EQ(flagsWith(false, true), 12 + 1);
+    EXPECT_EQ(flagsWith(false, false), 12);
 }
 
 // ---- what they refuse
@@ -205,26 +178,23 @@ TEST_F(SmartGroups, RefuseToBeFilledByHand)
     const std::string email(ana->valueForProperty(kZREmailProperty).as<ZRMultiValue>()->identifierAtIndex(0));
     ASSERT_TRUE(roster->save());
 
-    const std::pair<const char*, std::function<bool()>> refused[] = {
-        {"add member", [&] { return group->addMember(*bo); }},
-        {"remove member", [&] { return group->removeMember(*ana); }},
-        {"add members", [&] { return group->addMembers({bo}); }},
-        {"remove members", [&] { return group->removeMembers({ana}); }},
-        {"add subgroup", [&] { return group->addSubgroup(*other); }},
-        {"remove subgroup", [&] { return group->removeSubgroup(*other); }},
-        {"add subgroups", [&] { return group->addSubgroups({other}); }},
-        {"choose an address",
-            [&] { return group->setDistributionIdentifier(email, kZREmailProperty, *ana); }},
-        {"choose an address within the lock",
-            [&] {
-                return locked(*roster, ZRAccess::write, [&]() ZR_NTS {
-                    return group->nts_SetDistributionIdentifier(email, kZREmailProperty, *ana, true);
-                });
-            }},
-        {"publish", [&] { return group->isPublishable(); }},
+    const auto choose = [&]() ZR_NTS {
+        return group->nts_SetDistributionIdentifier(email, kZREmailProperty, *ana, true);
     };
-    for (const auto& [what, operation] : refused)
-        EXPECT_FALSE(operation()) << what;
+    const std::pair<const char*, bool> refused[] = {
+        {"add member", group->addMember(*bo)},
+        {"remove member", group->removeMember(*ana)},
+        {"add members", group->addMembers({bo})},
+        {"remove members", group->removeMembers({ana})},
+        {"add subgroup", group->addSubgroup(*other)},
+        {"remove subgroup", group->removeSubgroup(*other)},
+        {"add subgroups", group->addSubgroups({other})},
+        {"choose an address", group->setDistributionIdentifier(email, kZREmailProperty, *ana)},
+        {"choose one within the lock", locked(*roster, ZRAccess::write, choose)},
+        {"publish", group->isPublishable()},
+    };
+    for (const auto& [what, isDone] : refused)
+        EXPECT_FALSE(isDone) << what;
     EXPECT_FALSE(group->distributionIdentifierForProperty(kZREmailProperty, *ana));
     EXPECT_FALSE(roster->hasUnsavedChanges());
     EXPECT_EQ(namesOf(group->members()), Names{"Ana"});
@@ -251,15 +221,6 @@ TEST_F(SmartGroups, TellOfASearchThatCannotBeRead)
     EXPECT_THROW(newer->members(), ZRIncompatibleSearchElementVersionException);
     EXPECT_FALSE(roster->hasUnsavedChanges()) << "nobody left the group: its members are not known";
 
-    // Who walks all groups goes on with the others.
-    std::size_t found = 0;
-    for (const auto& record : roster->groups())
-        try {
-            found += static_cast<const ZRGroup&>(*record).members().size();
-        } catch (const std::exception& failure) {
-            EXPECT_NE(std::string_view(failure.what()), "");
-        }
-    EXPECT_EQ(found, 1u);
     EXPECT_FALSE(sound->isModified()) << "nor does it keep the others from being looked after";
 }
 
@@ -273,7 +234,6 @@ TEST_F(SmartGroups, GoThroughDictionaries)
     group->setValue(Value::array({"an id"}), kZRSmartGroupModifiedUIDsProperty);
     const Value dictionary = group->dictionaryRepresentation();
     EXPECT_EQ(dictionary.asDictionary()->count(), 5u) << dictionary.description();
-    EXPECT_EQ(dictionary[kZRUIDProperty], Value(group->uniqueId()));
     EXPECT_EQ(dictionary[kZRGroupClassKey], Value("ZRSmartGroup"));
 
     const auto elsewhere = ZRRoster::emptyMemoryBackedRoster();

@@ -42,20 +42,12 @@ std::set<std::string> idsOf(const ZRRecordList& records)
 // ---- where and when
 
 PlaceAndTime::PlaceAndTime(const char* zone, platform::CalendarTime time)
-    : _zoneBefore(getenv("TZ") ? std::optional<std::string>(getenv("TZ")) : std::nullopt)
 {
     setenv("TZ", zone, 1);
     _clock.setNow(platform::dateOf(time)->seconds);
-    _scope.emplace(_clock);
 }
 
-PlaceAndTime::~PlaceAndTime()
-{
-    if (_zoneBefore)
-        setenv("TZ", _zoneBefore->c_str(), 1);
-    else
-        unsetenv("TZ");
-}
+PlaceAndTime::~PlaceAndTime() { setenv("TZ", "UTC", 1); }
 
 // ---- twins
 

@@ -15,9 +15,9 @@ namespace test {
 Ref<ZRSearchElement> elementOf(const Condition& search);
 std::set<std::string> idsOf(const ZRRecordList& records);
 
-/// Where and when somebody searches, for a scope.
+/// Where and when somebody searches, for a scope; behind it the zone is UTC.
 ///
-/// Ownership: installs the clock and the zone of the process, and takes both back.
+/// Ownership: installs the clock and the zone of the process.
 /// Threads:   one at a time.
 /// Errors:    none.
 class PlaceAndTime {
@@ -28,12 +28,9 @@ public:
     PlaceAndTime(const PlaceAndTime&) = delete;
     PlaceAndTime& operator=(const PlaceAndTime&) = delete;
 
-    Date now() const { return {_clock.now()}; }
-
 private:
-    const std::optional<std::string> _zoneBefore;
     platform::ManualClock _clock;
-    std::optional<platform::ClockScope> _scope;
+    const platform::ClockScope _scope{_clock};
 };
 
 /// A roster and its plain twin, changed together.
