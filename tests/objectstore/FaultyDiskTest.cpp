@@ -2,6 +2,7 @@
 #include "objectstore/Generations.h"
 #include "objectstore/StoreErrors.h"
 #include "support/FaultyVfs.h"
+#include "support/SQL.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -74,7 +75,7 @@ protected:
 
     std::string copy()
     {
-        const std::string path = freshStorePath();
+        const std::string path = freshPath();
         for (const char* suffix : {"", "-wal"})
             if (std::filesystem::exists(original + suffix))
                 std::filesystem::copy_file(original + suffix, path + suffix);
@@ -109,7 +110,7 @@ protected:
             checkAfter(fault, hasFailed, result, path, *context, generations);
         }
         EXPECT_EQ(generationAt(path), generation + 1) << "after the store was closed and opened again";
-        EXPECT_EQ(integrity(path), "ok");
+        EXPECT_EQ(runSQL(path, "PRAGMA integrity_check"), "ok");
         return hasFailed;
     }
 
@@ -135,7 +136,7 @@ protected:
     }
 
     FaultyVfs vfs;
-    const std::string original = freshStorePath();
+    const std::string original = freshPath();
     int generation = 0;
     int refused = 0;
     int databaseWrites = 0;

@@ -1,16 +1,15 @@
 // A store that is rewritten save by save, so that its whole content tells which save was the last.
 #pragma once
 
-#include "objectstore/TortureModel.h"
+#include "objectstore/TestStore.h"
 
 #include <algorithm>
-#include <sqlite3.h>
 #include <string>
 #include <vector>
 
 namespace test {
 
-/// Generation g: five people who carry its number in every kind of slot, and one person for each of the last
+/// Generation g: five authors who carry its number in every kind of slot, and one author for each of the last
 /// five generations. Generation 0 is the empty store.
 class Generations {
 public:
@@ -19,13 +18,14 @@ public:
     /// Turns generation `g` less one into `g`, without a save.
     void write(int g)
     {
-        const auto team = oneOrNew("Team", "all");
+        const auto book = oneOrNew("Book", "all");
         for (int i = 0; i < kPillars; ++i)
-            writePillar(i, g, *team);
-        const auto recent = oneOrNew("Person", "recent " + std::to_string(g));
-        recent->addObject(recent->slot("teams"), *team);
-        addPhone(*recent, 0, g);
-        if (const auto old = one("Person", "recent " + std::to_string(g - kRecent)))
+            writePillar(i, g, *book);
+        const auto recent = oneOrNew("Author", "recent " + std::to_string(g));
+        recent->addObject(recent->slot("books"), *book);
+        addHandle(*_context, *recent, {"0", std::to_string(g)});
+        if (const auto old =
+                fetchOne(*_context, "Author", "uniqueId", "recent " + std::to_string(g - kRecent)))
             _context->deleteObject(*old);
     }
 
@@ -33,8 +33,8 @@ public:
     std::vector<std::string> read()
     {
         std::vector<std::string> lines;
-        for (const auto& person : fetch("Person"))
-            lines.push_back(line(*person));
+        for (const auto& author : fetchAll(*_context, "Author"))
+            lines.push_back(line(*author));
         std::sort(lines.begin(), lines.end());
         return lines;
     }
@@ -69,49 +69,28 @@ private:
     /// Several pages long.
     static std::string picture(int i, int g) { return std::to_string(1000 * g + i) + std::string(9000, ' '); }
 
-    void writePillar(int i, int g, os::StoreObject& team)
+    void writePillar(int i, int g, StoreObject& book)
     {
-        const auto person = oneOrNew("Person", "pillar " + std::to_string(i));
-        person->setValueForKey("age", g);
-        person->setValueForKey("picture", platform::Value::data(picture(i, g)));
-        auto index = person->related(person->slot("index"));
+        const auto author = oneOrNew("Author", "pillar " + std::to_string(i));
+        author->setValueForKey("visits", g);
+        author->setValueForKey("portrait", Value::data(picture(i, g)));
+        auto index = author->related(author->slot("index"));
         if (!index) {
             index = _context->insertObjectOfEntity("Index");
-            index->setRelated(index->slot("person"), person.get());
+            index->setRelated(index->slot("author"), author.get());
         }
         index->setValueForKey("text", "text " + std::to_string(g));
-        const auto& teams = person->slot("teams");
-        isMember(i, g) ? person->addObject(teams, team) : person->removeObject(teams, team);
-        for (const auto& phone : person->objects(person->slot("phones")))
-            _context->deleteObject(*phone);
+        const auto& books = author->slot("books");
+        isMember(i, g) ? author->addObject(books, book) : author->removeObject(books, book);
+        for (const auto& handle : author->objects(author->slot("handles")))
+            _context->deleteObject(*handle);
         for (int entry = 0; entry < 2; ++entry)
-            addPhone(*person, entry, g);
+            addHandle(*_context, *author, {std::to_string(entry), std::to_string(g)});
     }
 
-    void addPhone(os::StoreObject& person, int entry, int g)
+    ObjectRef oneOrNew(std::string_view entity, const std::string& uniqueId)
     {
-        const auto phone = _context->insertObjectOfEntity("Phone");
-        phone->setRelated(phone->slot("owner"), &person);
-        phone->setValueForKey("uniqueId", "phone " + std::to_string(entry));
-        phone->setValueForKey("number", std::to_string(g));
-    }
-
-    os::ObjectList fetch(std::string_view entity, os::PredicateRef predicate = nullptr)
-    {
-        return expected(
-            _context->runFetch(os::StoreFetch(*tortureModel()->entity(entity), std::move(predicate))));
-    }
-
-    os::ObjectRef one(std::string_view entity, const std::string& uniqueId)
-    {
-        const auto found =
-            fetch(entity, os::StorePredicate::compare("uniqueId", os::Comparator::equal, uniqueId));
-        return found.empty() ? nullptr : found.front();
-    }
-
-    os::ObjectRef oneOrNew(std::string_view entity, const std::string& uniqueId)
-    {
-        auto object = one(entity, uniqueId);
+        auto object = fetchOne(*_context, entity, "uniqueId", uniqueId);
         if (!object) {
             object = _context->insertObjectOfEntity(entity);
             object->setValueForKey("uniqueId", uniqueId);
@@ -119,41 +98,24 @@ private:
         return object;
     }
 
-    /// "name|text|age|start of picture|team|numbers…,found", the last when the text index finds the text.
-    std::string line(os::StoreObject& person)
+    /// "name|text|visits|start of portrait|book|handles…,found", the last when the text index finds the text.
+    std::string line(StoreObject& author)
     {
-        const auto text = std::string(person.valueForKeyPath("index.text").asText());
-        std::string line = std::string(person.text(person.slot("uniqueId"))) + "|" + text + "|"
-            + std::to_string(person.integer(person.slot("age"))) + "|"
-            + std::string(person.valueForKey("picture").asBytes().substr(0, 8)) + "|";
-        for (const auto& team : person.objects(person.slot("teams")))
-            line += team->text(team->slot("uniqueId"));
+        const auto text = textOf(author, "index.text");
+        std::string line = textOf(author, "uniqueId") + "|" + text + "|"
+            + std::to_string(author.integer(author.slot("visits"))) + "|"
+            + std::string(author.valueForKey("portrait").asBytes().substr(0, 8)) + "|";
+        for (const auto& id : texts(author.objects(author.slot("books")), "uniqueId"))
+            line += id;
         line += "|";
-        for (const auto& phone : person.objects(person.slot("phones")))
-            line += std::string(phone->text(phone->slot("number"))) + ",";
-        const auto isFound =
-            os::StorePredicate::all({os::StorePredicate::isObject(platform::Value(os::ObjectRef(&person))),
-                os::StorePredicate::compare("index.text", os::Comparator::contains, text)});
-        return line + (text.empty() || fetch("Person", isFound).empty() ? "" : "found");
+        for (const auto& handle : texts(author.objects(author.slot("handles")), "text"))
+            line += handle + ",";
+        const auto isFound = os::StorePredicate::all({os::StorePredicate::isObject(Value(ObjectRef(&author))),
+            os::StorePredicate::compare("index.text", os::Comparator::contains, text)});
+        return line + (text.empty() || fetchAll(*_context, "Author", isFound).empty() ? "" : "found");
     }
 
-    platform::Ref<os::StoreContext> _context;
+    const platform::Ref<os::StoreContext> _context;
 };
-
-/// What SQLite itself says of the file; "ok" when it is sound.
-inline std::string integrity(const std::string& path)
-{
-    sqlite3* connection = nullptr;
-    std::string answer;
-    const auto note = [](void* text, int, char** columns, char**) {
-        *static_cast<std::string*>(text) += columns[0];
-        return 0;
-    };
-    if (sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK
-        || sqlite3_exec(connection, "PRAGMA integrity_check", note, &answer, nullptr) != SQLITE_OK)
-        answer += sqlite3_errmsg(connection);
-    sqlite3_close(connection);
-    return answer;
-}
 
 } // namespace test

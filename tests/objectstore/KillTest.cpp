@@ -1,6 +1,7 @@
 // What is left of a store when its writer is killed at any moment?
 #include "objectstore/Generations.h"
 #include "support/FaultyVfs.h"
+#include "support/SQL.h"
 
 #include <chrono>
 #include <csignal>
@@ -115,7 +116,7 @@ protected:
     /// The store opens, is sound, and holds all of the last save or, when that was under way, of the next.
     void check(const Writer& writer)
     {
-        ASSERT_EQ(integrity(path), "ok");
+        ASSERT_EQ(runSQL(path, "PRAGMA integrity_check"), "ok");
         const Store store(path);
         const auto lines = Generations(store.makeContext()).read();
         const int now = Generations::generationOf(lines);
@@ -126,8 +127,8 @@ protected:
         generation = now;
     }
 
-    Dice dice{Dice::chosenSeed(51)};
-    const std::string path = freshStorePath();
+    Dice dice{51};
+    const std::string path = freshPath();
     int generation = 0;
 };
 

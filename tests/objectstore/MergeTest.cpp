@@ -1,7 +1,8 @@
 // What comes of changes that two contexts made to the same objects.
-#include "objectstore/TestModel.h"
+#include "objectstore/TestStore.h"
 
 #include "platform/run/Log.h"
+#include "support/SQL.h"
 
 #include <gmock/gmock.h>
 
@@ -14,14 +15,8 @@ using testing::ElementsAre;
 
 class MergeTest : public testing::Test {
 protected:
-    platform::Ref<os::StoreContext> makeContext() const
-    {
-        return platform::makeRef<os::StoreContext>(coordinator);
-    }
-
-    platform::Ref<os::StoreCoordinator> coordinator = openLibrary(freshPath());
-    platform::Ref<os::StoreContext> mine = makeContext();
-    platform::Ref<os::StoreContext> theirs = makeContext();
+    const Store store;
+    const platform::Ref<os::StoreContext> mine = store.makeContext(), theirs = store.makeContext();
     platform::LogCapture log;
 };
 
@@ -87,7 +82,7 @@ TEST_F(MergeTest, BothAddingTheOneBiographyLeavesOne)
     }
     must(theirs->save());
     must(mine->save());
-    EXPECT_THAT(texts(fetchAll(*makeContext(), "Biography"), "text"), ElementsAre("mine"));
+    EXPECT_THAT(texts(fetchAll(*store.makeContext(), "Biography"), "text"), ElementsAre("mine"));
 }
 
 TEST_F(MergeTest, AContextThatMissedMoreThanIsKeptLooksAtEverything)
@@ -99,7 +94,7 @@ TEST_F(MergeTest, AContextThatMissedMoreThanIsKeptLooksAtEverything)
     fetchAuthor(*theirs, "Ana")->setValueForKey("visits", 4);
     must(theirs->save());
     // As if so much had happened since that the records were thrown away.
-    runSQL(coordinator->stores().front()->path(),
+    runSQL(store.store->path(),
         "DELETE FROM store_deletion; UPDATE store_state SET deletionsFrom = commitNumber");
     EXPECT_EQ(kept->valueForKey("visits"), Value(0)) << "nothing is noticed without a look at the store";
     must(mine->catchUp());
@@ -190,7 +185,7 @@ TEST_P(UnitMergeTest, KeepsWhatBothMeant)
                 must(mine->save());
                 EXPECT_EQ(unitOf(*here), unit.merged);
                 EXPECT_EQ(unitOf(*fetchAuthor(*theirs, name)), unit.merged);
-                EXPECT_EQ(unitOf(*fetchAuthor(*makeContext(), name)), unit.merged);
+                EXPECT_EQ(unitOf(*fetchAuthor(*store.makeContext(), name)), unit.merged);
             }
 }
 
@@ -227,7 +222,7 @@ TEST_F(MergeTest, UnitsOfOneOwnerAreApart)
             handle->setValueForKey("text", "3");
     must(theirs->save());
     must(mine->save());
-    EXPECT_THAT(texts(fetchAll(*makeContext(), "Handle"), "text"), ElementsAre("3"));
+    EXPECT_THAT(texts(fetchAll(*store.makeContext(), "Handle"), "text"), ElementsAre("3"));
 }
 
 TEST_F(MergeTest, ContextsTakeInWhatOthersSavedWithoutBeingTold)

@@ -1,5 +1,5 @@
 // Which descriptions make a model, and which contradict themselves.
-#include "objectstore/TestModel.h"
+#include "objectstore/TestStore.h"
 
 #include "objectstore/SchemaSQL.h"
 

@@ -1,313 +1,234 @@
-// The same people, teams and phones twice: as stored objects, and as plain structs that need no engine.
+// The same authors, books and handles twice: as stored objects, and as plain things that need no engine.
 #pragma once
 
-#include "objectstore/TortureModel.h"
+#include "objectstore/TestStore.h"
 
+#include <algorithm>
 #include <map>
-#include <optional>
-#include <set>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace test {
 
-using Text = std::optional<std::string>;
+/// What is stored of an object, told plainly: values by key, and the things at the other ends.
+struct Thing {
+    ObjectRef object;
+    std::map<std::string, Value, std::less<>> values = {};
+    std::map<std::string, std::vector<Thing*>, std::less<>> related = {};
 
-struct PlainPhone {
-    os::ObjectRef object;
-    Text label;
-    Text number;
-    std::optional<std::size_t> kind;
+    const std::vector<Thing*>& behind(std::string_view key) const
+    {
+        static const std::vector<Thing*> nothing;
+        const auto at = related.find(key);
+        return at == related.end() ? nothing : at->second;
+    }
+    /// Absent where a relationship on the way is.
+    Value at(std::string_view path) const
+    {
+        const auto dot = path.find('.');
+        if (dot == std::string_view::npos) {
+            const auto value = values.find(path);
+            return value == values.end() ? Value() : value->second;
+        }
+        const auto key = path.substr(0, dot), rest = path.substr(dot + 1);
+        if (key == os::kSelf)
+            return at(rest);
+        return behind(key).empty() ? Value() : behind(key).front()->at(rest);
+    }
 };
 
-struct PlainPerson {
-    os::ObjectRef object;
-    Text uniqueId, name, city;
-    std::optional<std::int64_t> age;
-    std::optional<double> height, born;
-    std::optional<bool> isMember;
-    Text token, picture;
-    std::optional<std::size_t> friendOf, kind;
-    std::vector<PlainPhone> phones;
-    std::vector<Text> tags;
-    os::ObjectRef note, index;
-    Text noteText, indexText;
-    std::set<std::size_t> teams;
-};
+using Things = std::vector<std::unique_ptr<Thing>>;
+/// Values to choose from.
+using Pool = std::vector<Value>;
 
-struct PlainTeam {
-    os::ObjectRef object;
-    Text uniqueId, name, rule;
-    bool isClub = false;
-    std::set<std::size_t> children;
-};
+/// Something of everything: texts that differ in case, marks or length, quotes, wildcards, other scripts.
+inline const Pool kTexts{"", "a", "Ana", "ana", "ANA", "\u00c1na", "A\u0301na", "Anabel", "banana",
+    "stra\u00dfe", "STRASSE", "abc", "abcd", "xabcdx", "a\"b", "a'b", "50%_off", "\u65e5\u672c\u8a9e",
+    "\u304b\u3099", "\u304c", std::string("nul\0abcd", 8), "\U0001f600 abcd \U0001f600", "tab\tand\nline",
+    "z\\z"};
+inline const Pool kWholes{
+    0, 1, 2, -1, 7, 8, 128, 129, 1000000007, INT64_MAX, INT64_MIN, (std::int64_t(1) << 53) + 1};
+inline const Pool kReals{0.0, 1.0, 1.5, -2.25, 0.1, 86400.0, 1e300, 9007199254740992.0};
+inline const Pool kTruths{true, false};
+
+template <class Make>
+Pool made(const Pool& from, Make make)
+{
+    Pool pool;
+    std::ranges::transform(from, std::back_inserter(pool), make);
+    return pool;
+}
+inline const Pool kBytes = made(kTexts, [](const Value& text) { return Value::data(text.asText()); });
+inline const Pool kDates =
+    made(kReals, [](const Value& real) { return Value(platform::Date{real.asReal()}); });
 
 /// Every edit is made to both; what is read back must agree.
 class PredicateWorld {
 public:
-    PredicateWorld(Dice& dice, const Store& store) : _dice(dice), context(store.makeContext())
+    PredicateWorld(Dice& dice, const Store& store) : context(store.makeContext()), _dice(dice)
     {
-        for (const char* code : {"red", "Blue", "bleu"}) {
-            kinds.push_back(expected(context->sharedObject(*tortureModel()->entity("Kind"), {code})));
-            kindCodes.emplace_back(code);
+        for (const char* name : {"red", "Blue", "bleu"}) {
+            sites.push_back(
+                std::make_unique<Thing>(must(context->sharedObject(entityNamed("Site"), {name}))));
+            sites.back()->values["name"] = name;
         }
+        for (int i = 0; i < 6; ++i)
+            addBook();
+        for (int i = 0; i < 30; ++i)
+            addAuthor();
     }
 
-    /// Something of everything: names that differ in case, marks or length, quotes, wildcards, other scripts.
-    static const std::vector<std::string>& texts()
-    {
-        static const std::vector<std::string> pool{"", "a", "Ana", "ana", "ANA", "\xc3\x81na", "A\xcc\x81na",
-            "Anabel", "banana",
-            "stra\xc3\x9f"
-            "e",
-            "STRASSE", "abc", "abcd", "xabcdx", "a\"b", "a'b", "50%_off",
-            "\xe6\x97\xa5\xe6\x9c\xac\xe8\xaa\x9e", "\xe3\x81\x8b\xe3\x82\x99", "\xe3\x81\x8c",
-            std::string("nul\0abcd", 8), "\xf0\x9f\x98\x80 abcd \xf0\x9f\x98\x80", "tab\tand\nline", "z\\z"};
-        return pool;
-    }
-
-    Text anyText() { return _dice.chance(20) ? Text() : Text(_dice.among(texts())); }
-
-    void addPerson()
-    {
-        PlainPerson person;
-        person.object = context->insertObjectOfEntity("Person");
-        people.push_back(std::move(person));
-        const std::size_t at = people.size() - 1;
-        for (int i = 0; i < 12; ++i)
-            editPerson(at);
-    }
-
-    void addTeam()
-    {
-        PlainTeam team;
-        team.isClub = _dice.chance(30);
-        team.object = context->insertObjectOfEntity(team.isClub ? "Club" : "Team");
-        set(*team.object, "name", team.name, anyText());
-        set(*team.object, "uniqueId", team.uniqueId, anyText());
-        if (team.isClub)
-            set(*team.object, "rule", team.rule, anyText());
-        teams.push_back(std::move(team));
-    }
+    /// One of them, or none.
+    Value any(const Pool& pool) { return _dice.chance(20) ? Value() : _dice.among(pool); }
 
     void edit()
     {
         switch (_dice.below(12)) {
         case 0:
-            return addPerson();
+            return addAuthor();
         case 1:
-            return deletePerson(_dice.below(people.size()));
+            return removeAuthor();
         case 2:
-            return addTeam();
+            return addBook();
         case 3:
-            return editTeam(_dice.below(teams.size()));
+            return _dice.chance(30) ? set(anyOf(books), "genre", any(kTexts))
+                                    : toggle(anyOf(books), "volumes", anyOf(books));
         case 4: {
-            const std::size_t kind = _dice.below(kinds.size());
-            kindCodes[kind] = _dice.among(texts()) + std::to_string(kind);
-            return kinds[kind]->setValueForKey("code", *kindCodes[kind]);
+            const std::size_t site = _dice.below(sites.size());
+            return set(*sites[site], "name",
+                Value(std::string(_dice.among(kTexts).asText()) + std::to_string(site)));
         }
         default:
-            return editPerson(_dice.below(people.size()));
+            return editAuthor(anyOf(authors));
         }
     }
 
-    void editTeam(std::size_t at)
-    {
-        auto& team = teams[at];
-        const std::size_t other = _dice.below(teams.size());
-        if (_dice.chance(30))
-            set(*team.object, "name", team.name, anyText());
-        else if (team.children.erase(other))
-            team.object->removeObject(team.object->slot("children"), *teams[other].object);
-        else {
-            team.children.insert(other);
-            team.object->addObject(team.object->slot("children"), *teams[other].object);
-        }
-    }
+    Thing& anyOf(const Things& things) { return *_dice.among(things); }
 
-    void editPerson(std::size_t at)
-    {
-        auto& person = people[at];
-        if (!person.object)
-            return;
-        auto& object = *person.object;
-        switch (_dice.below(15)) {
-        case 0:
-            return set(object, "name", person.name, anyText());
-        case 1:
-            return set(object, "city", person.city, anyText());
-        case 2:
-            return set(object, "uniqueId", person.uniqueId, anyText());
-        case 3:
-            return set(object, "age", person.age, anyWhole());
-        case 4:
-            return set(object, "height", person.height, anyReal());
-        case 5:
-            return set(object, "isMember", person.isMember,
-                _dice.chance(20) ? std::optional<bool>() : _dice.chance(50));
-        case 6:
-            person.born = anyReal();
-            return object.setValueForKey(
-                "born", person.born ? platform::Value(platform::Date{*person.born}) : platform::Value());
-        case 7:
-            return setBytes(object, "token", person.token);
-        case 8:
-            return setBytes(object, "picture", person.picture);
-        case 9:
-            return setReference(object, "friend", person.friendOf, anyLivingPerson());
-        case 10:
-            return setReference(object, "kind", person.kind,
-                _dice.chance(30) ? std::optional<std::size_t>() : _dice.below(kinds.size()));
-        case 11:
-            return editPhones(person);
-        case 12:
-            return toggleTeam(at);
-        case 13:
-            return editPart("Note", person.object, person.note, person.noteText);
-        default:
-            if (_dice.chance(50))
-                return editPart("Index", person.object, person.index, person.indexText);
-            return addTag(person);
-        }
-    }
-
-    void deletePerson(std::size_t at)
-    {
-        auto& person = people[at];
-        if (!person.object)
-            return;
-        for (auto& other : people)
-            if (other.object && other.friendOf == at)
-                setReference(*other.object, "friend", other.friendOf, std::nullopt);
-        context->deleteObject(*person.object);
-        person = PlainPerson();
-    }
-
-    std::optional<std::int64_t> anyWhole()
-    {
-        static const std::vector<std::int64_t> pool{
-            0, 1, 2, -1, 7, 8, 128, 129, 1000000007, INT64_MAX, INT64_MIN, (std::int64_t(1) << 53) + 1};
-        return _dice.chance(20) ? std::optional<std::int64_t>() : _dice.among(pool);
-    }
-
-    std::optional<double> anyReal()
-    {
-        static const std::vector<double> pool{0, 1, 1.5, -2.25, 0.1, 86400, 1e300, 9007199254740992.0};
-        return _dice.chance(20) ? std::optional<double>() : _dice.among(pool);
-    }
-
-    /// The team and every one below it.
-    std::set<std::size_t> below(std::size_t team) const
-    {
-        std::set<std::size_t> found;
-        std::vector<std::size_t> waiting{team};
-        while (!waiting.empty()) {
-            const std::size_t next = waiting.back();
-            waiting.pop_back();
-            if (found.insert(next).second)
-                waiting.insert(waiting.end(), teams[next].children.begin(), teams[next].children.end());
-        }
-        return found;
-    }
-
-    Text codeOf(std::optional<std::size_t> kind) const { return kind ? kindCodes[*kind] : Text(); }
-
-    std::vector<PlainPerson> people;
-    std::vector<PlainTeam> teams;
-    std::vector<os::ObjectRef> kinds;
-    std::vector<Text> kindCodes;
+    Things authors, books, sites;
+    const platform::Ref<os::StoreContext> context;
 
 private:
-    template <class T>
-    void set(os::StoreObject& object, std::string_view key, std::optional<T>& plain, std::optional<T> value)
+    Thing& add(Things& things, std::string_view entity)
     {
-        object.setValueForKey(key, value ? platform::Value(*value) : platform::Value());
-        plain = std::move(value);
+        return *things.emplace_back(std::make_unique<Thing>(context->insertObjectOfEntity(entity)));
     }
 
-    void setBytes(os::StoreObject& object, std::string_view key, Text& plain)
+    void addAuthor()
     {
-        plain = anyText();
-        object.setValueForKey(key, plain ? platform::Value::data(*plain) : platform::Value());
+        Thing& author = add(authors, _dice.chance(30) ? "PenName" : "Author");
+        set(author, "visits", 0);
+        for (int i = 0; i < 12; ++i)
+            editAuthor(author);
     }
 
-    std::optional<std::size_t> anyLivingPerson()
+    void addBook()
     {
-        const std::size_t at = _dice.below(people.size());
-        return people[at].object ? std::optional(at) : std::nullopt;
+        Thing& book = add(books, "Book");
+        set(book, "genre", any(kTexts));
     }
 
-    void setReference(os::StoreObject& object, std::string_view key, std::optional<std::size_t>& plain,
-        std::optional<std::size_t> target)
+    void editAuthor(Thing& author)
     {
-        plain = target;
-        const auto& pool = key == "kind" ? kinds : std::vector<os::ObjectRef>();
-        object.setRelated(object.slot(key),
-            !target             ? nullptr
-                : key == "kind" ? pool[*target].get()
-                                : people[*target].object.get());
-    }
-
-    void editPhones(PlainPerson& person)
-    {
-        if (!person.phones.empty() && _dice.chance(30)) {
-            context->deleteObject(*person.phones.back().object);
-            person.phones.pop_back();
-            return;
+        const std::pair<const char*, const Pool*> attributes[]{{"name", &kTexts}, {"city", &kTexts},
+            {"uniqueId", &kTexts}, {"visits", &kWholes}, {"rating", &kReals}, {"isLiving", &kTruths},
+            {"born", &kDates}, {"seal", &kBytes}, {"portrait", &kBytes}};
+        switch (_dice.below(15)) {
+        case 0:
+            return point(author, "friend", &anyOf(authors));
+        case 1:
+            return point(author, "site", _dice.chance(30) ? nullptr : &anyOf(sites));
+        case 2:
+            return editHandles(author);
+        case 3:
+            return toggle(author, "books", anyOf(books));
+        case 4:
+            return editPart(author, "biography", "Biography");
+        case 5:
+            return editPart(author, "index", "Index");
+        default: {
+            const auto& [key, pool] = _dice.among(attributes);
+            return set(author, key, any(*pool));
         }
-        PlainPhone phone;
-        phone.object = context->insertObjectOfEntity("Phone");
-        phone.object->setValueForKey("uniqueId", "p" + std::to_string(++_phoneCount));
-        phone.object->setRelated(phone.object->slot("owner"), person.object.get());
-        set(*phone.object, "label", phone.label, anyText());
-        set(*phone.object, "number", phone.number, anyText());
-        if (_dice.chance(50))
-            setReference(*phone.object, "kind", phone.kind, _dice.below(kinds.size()));
-        person.phones.push_back(std::move(phone));
+        }
     }
 
-    void toggleTeam(std::size_t at)
+    void removeAuthor()
     {
-        if (teams.empty())
-            return;
-        auto& person = people[at];
-        const std::size_t team = _dice.below(teams.size());
-        const auto& slot = person.object->slot("teams");
-        if (person.teams.erase(team)) {
-            person.object->removeObject(slot, *teams[team].object);
+        const auto gone = authors.begin() + static_cast<std::ptrdiff_t>(_dice.below(authors.size()));
+        for (const auto& other : authors)
+            if (other->related["friend"] == std::vector{gone->get()})
+                point(*other, "friend", nullptr);
+        context->deleteObject(*(*gone)->object);
+        authors.erase(gone);
+    }
+
+    static void set(Thing& thing, const std::string& key, const Value& value)
+    {
+        thing.object->setValueForKey(key, value);
+        thing.values[key] = value;
+        if (key == "name" && &thing.object->entity() != &entityNamed("Site"))
+            thing.values["nameLength"] = value.isNothing() ? Value() : Value(value.asText().size());
+    }
+
+    static void point(Thing& from, const std::string& key, Thing* to)
+    {
+        from.object->setRelated(from.object->slot(key), to ? to->object.get() : nullptr);
+        from.related[key].clear();
+        if (to)
+            from.related[key].push_back(to);
+    }
+
+    static void toggle(Thing& from, const std::string& key, Thing& to)
+    {
+        const auto& slot = from.object->slot(key);
+        if (std::erase(from.related[key], &to) > 0) {
+            from.object->removeObject(slot, *to.object);
         } else {
-            person.teams.insert(team);
-            person.object->addObject(slot, *teams[team].object);
+            from.related[key].push_back(&to);
+            from.object->addObject(slot, *to.object);
         }
     }
 
-    void editPart(std::string_view entity, const os::ObjectRef& person, os::ObjectRef& part, Text& plain)
+    /// A row that belongs to the author: it is there once more, or is the only one.
+    Thing& addPart(Thing& author, const std::string& key, std::string_view entity, std::string_view owner)
     {
-        if (part && _dice.chance(20)) {
-            context->deleteObject(*part);
-            part = nullptr;
-            plain.reset();
-            return;
-        }
-        if (!part) {
-            part = context->insertObjectOfEntity(entity);
-            part->setRelated(part->slot("person"), person.get());
-        }
-        set(*part, "text", plain, anyText());
+        Thing& part = add(_parts, entity);
+        part.object->setRelated(part.object->slot(owner), author.object.get());
+        author.related[key].push_back(&part);
+        return part;
     }
 
-    void addTag(PlainPerson& person)
+    void removePart(Thing& author, const std::string& key)
     {
-        const auto tag = context->insertObjectOfEntity("Tag");
-        tag->setRelated(tag->slot("record"), person.object.get());
-        set(*tag, "word", person.tags.emplace_back(), anyText());
+        context->deleteObject(*author.related[key].back()->object);
+        author.related[key].pop_back();
+    }
+
+    void editHandles(Thing& author)
+    {
+        if (!author.behind("handles").empty() && _dice.chance(30))
+            return removePart(author, "handles");
+        Thing& handle = addPart(author, "handles", "Handle", "owner");
+        set(handle, "uniqueId", std::to_string(_parts.size()));
+        set(handle, "label", any(kTexts));
+        set(handle, "text", any(kTexts));
+        if (_dice.chance(50))
+            point(handle, "site", &anyOf(sites));
+    }
+
+    void editPart(Thing& author, const std::string& key, std::string_view entity)
+    {
+        if (!author.behind(key).empty() && _dice.chance(20))
+            return removePart(author, key);
+        if (author.behind(key).empty())
+            addPart(author, key, entity, "author");
+        set(*author.related[key].front(), "text", any(kTexts));
     }
 
     Dice& _dice;
-    int _phoneCount = 0;
-
-public:
-    const platform::Ref<os::StoreContext> context;
+    Things _parts;
 };
 
 } // namespace test

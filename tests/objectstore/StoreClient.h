@@ -1,11 +1,13 @@
 // A context that is driven by words: the same in this process and behind a pipe in another one.
 #pragma once
 
-#include "objectstore/TortureModel.h"
+#include "objectstore/TestStore.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -43,114 +45,90 @@ private:
     std::string answer(const Words& words)
     {
         const auto& what = words[0];
-        if (what == "save")
-            return done(_context->save());
         if (what == "view")
             return view();
         if (what == "find")
             return find(words[1], words[2]);
-        if (what == "person")
-            return addPerson(words[1]);
-        if (what == "team") {
-            _context->insertObjectOfEntity("Team")->setValueForKey("uniqueId", words[1]);
-            return "ok";
-        }
-        const auto object = one(words[1]);
-        if (what == "delete")
-            _context->deleteObject(*object);
-        else if (what == "set")
-            object->setValueForKeyPath(
-                words[2], words[3].empty() ? platform::Value() : platform::Value(words[3]));
-        else if (what == "link")
-            object->addObject(object->slot("teams"), *one(words[2]));
-        else if (what == "unlink")
-            object->removeObject(object->slot("teams"), *one(words[2]));
-        else if (what == "phones")
-            rewritePhones(*object, words);
-        else if (what == "phone")
-            editPhone(*object, words[2], words[3]);
+        if (what == "save")
+            must(_context->save());
+        else if (what == "author")
+            addAuthor(words[1]);
+        else if (what == "book")
+            _context->insertObjectOfEntity("Book")->setValueForKey("uniqueId", words[1]);
         else
-            throw std::runtime_error("unknown word " + what);
+            edit(*one(words[1]), words);
         return "ok";
     }
 
-    static std::string done(const platform::Result<void>& result)
+    void edit(StoreObject& object, const Words& words)
     {
-        return result ? "ok" : "failed: " + result.error().text;
+        const auto& what = words[0];
+        if (what == "delete")
+            _context->deleteObject(object);
+        else if (what == "set")
+            object.setValueForKeyPath(words[2], words[3].empty() ? Value() : Value(words[3]));
+        else if (what == "link")
+            object.addObject(object.slot("books"), *one(words[2]));
+        else if (what == "unlink")
+            object.removeObject(object.slot("books"), *one(words[2]));
+        else if (what == "handles")
+            rewriteHandles(object, words);
+        else if (what == "handle")
+            editHandle(object, words[2], words[3]);
+        else
+            throw std::runtime_error("unknown word " + what);
     }
 
-    os::ObjectList fetch(std::string_view entity, os::PredicateRef predicate = nullptr)
+    ObjectRef one(const std::string& uniqueId)
     {
-        return expected(
-            _context->runFetch(os::StoreFetch(*tortureModel()->entity(entity), std::move(predicate))));
-    }
-
-    os::ObjectRef one(const std::string& uniqueId)
-    {
-        auto found = fetch("Record", Predicate::compare("uniqueId", os::Comparator::equal, uniqueId));
+        auto found =
+            fetchAll(*_context, "Item", Predicate::compare("uniqueId", os::Comparator::equal, uniqueId));
         if (found.size() != 1)
             throw std::runtime_error(std::to_string(found.size()) + " objects called " + uniqueId);
         return found.front();
     }
 
-    std::string addPerson(const std::string& uniqueId)
+    void addAuthor(const std::string& uniqueId)
     {
-        const auto person = _context->insertObjectOfEntity("Person");
-        person->setValueForKey("uniqueId", uniqueId);
+        const auto author = _context->insertObjectOfEntity("Author");
+        author->setValueForKey("uniqueId", uniqueId);
         const auto index = _context->insertObjectOfEntity("Index");
-        index->setRelated(index->slot("person"), person.get());
-        return "ok";
+        index->setRelated(index->slot("author"), author.get());
     }
 
     /// As a multi-value is written: all rows go, and come back under the identifiers that they had.
-    void rewritePhones(os::StoreObject& person, const Words& words)
+    void rewriteHandles(StoreObject& author, const Words& words)
     {
-        for (const auto& phone : person.objects(person.slot("phones")))
-            _context->deleteObject(*phone);
-        for (std::size_t i = 2; i + 2 < words.size(); i += 3) {
-            const auto phone = _context->insertObjectOfEntity("Phone");
-            phone->setRelated(phone->slot("owner"), &person);
-            phone->setValueForKey("uniqueId", words[i]);
-            phone->setValueForKey("label", words[i + 1]);
-            phone->setValueForKey("number", words[i + 2]);
-            phone->setValueForKey("place", static_cast<int>(i / 3));
-        }
+        for (const auto& handle : author.objects(author.slot("handles")))
+            _context->deleteObject(*handle);
+        for (std::size_t i = 2; i + 1 < words.size(); i += 2)
+            addHandle(*_context, author, {words[i], words[i + 1], static_cast<int>(i / 2)});
     }
 
-    void editPhone(os::StoreObject& person, const std::string& identifier, const std::string& number)
+    static void editHandle(StoreObject& author, const std::string& identifier, const std::string& text)
     {
-        for (const auto& phone : person.objects(person.slot("phones")))
-            if (phone->text(phone->slot("uniqueId")) == identifier)
-                return phone->setValueForKey("number", number);
-        throw std::runtime_error("no phone " + identifier);
+        for (const auto& handle : author.objects(author.slot("handles")))
+            if (textOf(*handle, "uniqueId") == identifier)
+                return handle->setValueForKey("text", text);
+        throw std::runtime_error("no handle " + identifier);
     }
 
-    /// One line a person, "uniqueId name city text {phones} {teams}", then one a team; sorted.
+    /// One line an author, "uniqueId name city text {handles} {books}", then one a book; sorted.
     std::string view()
     {
-        std::vector<std::string> lines;
-        for (const auto& person : fetch("Person"))
-            lines.push_back(line(*person));
-        for (const auto& team : fetch("Team"))
-            lines.push_back(textOf(*team, "uniqueId"));
+        std::vector<std::string> lines = texts(fetchAll(*_context, "Book"), "uniqueId");
+        for (const auto& author : fetchAll(*_context, "Author"))
+            lines.push_back(line(*author));
         return joined(lines, "\n");
     }
 
-    static std::string line(os::StoreObject& person)
+    static std::string line(StoreObject& author)
     {
-        std::vector<std::string> phones, teams;
-        for (const auto& phone : person.objects(person.slot("phones")))
-            phones.push_back(
-                textOf(*phone, "uniqueId") + "=" + textOf(*phone, "label") + ":" + textOf(*phone, "number"));
-        for (const auto& team : person.objects(person.slot("teams")))
-            teams.push_back(textOf(*team, "uniqueId"));
-        return textOf(person, "uniqueId") + " " + textOf(person, "name") + " " + textOf(person, "city") + " "
-            + textOf(person, "index.text") + " {" + joined(phones, ",") + "} {" + joined(teams, ",") + "}";
-    }
-
-    static std::string textOf(os::StoreObject& object, std::string_view path)
-    {
-        return std::string(object.valueForKeyPath(path).asText());
+        std::vector<std::string> handles, books = texts(author.objects(author.slot("books")), "uniqueId");
+        for (const auto& handle : author.objects(author.slot("handles")))
+            handles.push_back(textOf(*handle, "uniqueId") + "=" + textOf(*handle, "text"));
+        return textOf(author, "uniqueId") + " " + textOf(author, "name") + " " + textOf(author, "city") + " "
+            + textOf(author, "index.text") + " {" + joined(handles, ",") + "} {" + joined(books, ",") + "}";
     }
 
     static std::string joined(std::vector<std::string>& parts, const char* separator)
@@ -167,26 +145,17 @@ private:
         const auto contains = [&](const char* key) {
             return Predicate::compare(key, os::Comparator::contains, what);
         };
-        os::PredicateRef predicate;
-        if (how == "name")
-            predicate = Predicate::compare("name", os::Comparator::beginsWith, what);
-        else if (how == "text")
-            predicate = contains("index.text");
-        else if (how == "phone")
-            predicate = Predicate::rows("phones", os::Rows::some, contains("number"));
-        else if (how == "no phone")
-            predicate = Predicate::rows("phones", os::Rows::none, contains("number"));
-        else if (how == "team")
-            predicate = Predicate::rows("teams", os::Rows::some, contains("uniqueId"));
-        else if (how == "no city")
-            predicate = Predicate::isAbsent("city");
-        const auto people = fetch("Person", predicate);
-        const auto count =
-            expected(_context->countFetch(os::StoreFetch(*tortureModel()->entity("Person"), predicate)));
-        std::vector<std::string> names;
-        for (const auto& person : people)
-            names.push_back(textOf(*person, "uniqueId"));
-        return count == people.size() ? joined(names, " ") : "count " + std::to_string(count);
+        const std::map<std::string, os::PredicateRef> predicates{
+            {"name", Predicate::compare("name", os::Comparator::beginsWith, what)},
+            {"text", contains("index.text")},
+            {"handle", Predicate::rows("handles", os::Rows::some, contains("text"))},
+            {"no handle", Predicate::rows("handles", os::Rows::none, contains("text"))},
+            {"book", Predicate::rows("books", os::Rows::some, contains("uniqueId"))},
+            {"no city", Predicate::isAbsent("city")}};
+        const os::StoreFetch fetch(entityNamed("Author"), predicates.at(how));
+        auto names = texts(must(_context->runFetch(fetch)), "uniqueId");
+        const auto count = must(_context->countFetch(fetch));
+        return count == names.size() ? joined(names, " ") : "count " + std::to_string(count);
     }
 
     platform::Ref<os::StoreContext> _context;
@@ -222,7 +191,7 @@ public:
     {
         std::string message;
         for (const auto& word : words)
-            message += word + '\0';
+            message += word + '\n';
         send(_socket, message);
         return receive(_socket);
     }
@@ -232,7 +201,15 @@ private:
     static int served(const std::string& path, int socket) noexcept
     {
         try {
-            serve(path, socket);
+            const Store store(path);
+            LocalClient client(store.makeContext());
+            for (std::string message = receive(socket); !message.empty(); message = receive(socket)) {
+                std::istringstream lines(message);
+                Words words;
+                for (std::string word; std::getline(lines, word);)
+                    words.push_back(word);
+                send(socket, client.ask(words));
+            }
             return 0;
         } catch (const std::exception& failure) {
             std::fprintf(stderr, "client: %s\n", failure.what());
@@ -240,42 +217,31 @@ private:
         }
     }
 
-    static void serve(const std::string& path, int socket)
-    {
-        const Store store(path);
-        LocalClient client(store.makeContext());
-        for (std::string message = receive(socket); !message.empty(); message = receive(socket)) {
-            Words words;
-            for (std::size_t at = 0; at < message.size(); at += words.back().size() + 1)
-                words.emplace_back(message.c_str() + at);
-            send(socket, client.ask(words));
-        }
-    }
-
+    /// A message ends with a zero.
     static void send(int socket, const std::string& message)
     {
-        const auto size = static_cast<std::uint32_t>(message.size());
-        std::string frame(reinterpret_cast<const char*>(&size), sizeof size);
-        frame += message;
-        for (std::size_t sent = 0; sent < frame.size();) {
-            const auto count = ::send(socket, frame.data() + sent, frame.size() - sent, MSG_NOSIGNAL);
+        for (std::size_t sent = 0; sent <= message.size();) {
+            const auto count =
+                ::send(socket, message.c_str() + sent, message.size() + 1 - sent, MSG_NOSIGNAL);
             if (count <= 0)
                 throw std::runtime_error("the other end has gone");
             sent += static_cast<std::size_t>(count);
         }
     }
 
-    /// Empty when the other end has gone.
+    /// Empty when the other end has gone. They take turns, so nothing stands behind the zero.
     static std::string receive(int socket)
     {
-        std::uint32_t size = 0;
-        if (recv(socket, &size, sizeof size, MSG_WAITALL) != sizeof size)
-            return {};
-        std::string message(size, '\0');
-        if (size == 0) // which a receive of nothing would wait for
-            return {};
-        return recv(socket, message.data(), size, MSG_WAITALL) == static_cast<ssize_t>(size) ? message
-                                                                                             : std::string();
+        std::string message;
+        char part[4096];
+        while (!message.ends_with('\0')) {
+            const auto count = recv(socket, part, sizeof part, 0);
+            if (count <= 0)
+                return {};
+            message.append(part, static_cast<std::size_t>(count));
+        }
+        message.pop_back();
+        return message;
     }
 
     pid_t _child = -1;

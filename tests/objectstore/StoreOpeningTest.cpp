@@ -1,10 +1,11 @@
 // What becomes of a path that a store is to be opened at, and of the files behind open stores.
-#include "objectstore/TestModel.h"
+#include "objectstore/TestStore.h"
+#include "objectstore/sqlite/Connection.h"
+#include "support/SQL.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <pwd.h>
-#include <sqlite3.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -35,89 +36,85 @@ void put(const std::string& path, const std::string& bytes)
 /// A store with an author, closed, its log written back.
 void makeStore(const std::string& path)
 {
-    const auto coordinator = openLibrary(path);
-    const auto context = platform::makeRef<os::StoreContext>(coordinator);
+    const auto context = Store(path).makeContext();
     const ObjectRef author = addAuthor(*context, "Ana Lima");
     author->setValueForKey("portrait", Value::data(std::string(100000, 'x')));
     must(context->save());
 }
 
-struct Refusal {
-    const char* name;
-    std::function<void(const std::string& path)> make;
-    StoreFault fault;
-};
-
-void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.name; }
-
-void truncateTo(const std::string& path, double part)
+using Opened = platform::Result<os::PersistentStore*>;
+Opened open(const std::string& path, const os::StoreOptions& options = {},
+    const platform::Ref<const os::Model>& model = libraryModel())
 {
-    makeStore(path);
-    std::filesystem::resize_file(
-        path, static_cast<std::uintmax_t>(static_cast<double>(std::filesystem::file_size(path)) * part));
+    return os::StoreCoordinator::make(model)->addStore(os::StoreType::sqlite, path, options);
 }
 
-class RefusedStoreTest : public testing::TestWithParam<Refusal> { };
-
-TEST_P(RefusedStoreTest, AnswersItsCodeAndLeavesTheFileAlone)
+template <class T>
+void expectRefused(const platform::Result<T>& result, StoreFault fault)
 {
-    const std::string path = freshPath();
-    GetParam().make(path);
-    const bool isFile = std::filesystem::is_regular_file(path);
-    const std::string before = isFile ? bytesOf(path) : "";
-    const auto coordinator = os::StoreCoordinator::make(libraryModel());
-    os::StoreOptions options;
-    options.busyTimeout = 0.05;
-    const auto added = coordinator->addStore(os::StoreType::sqlite, path, options);
-    ASSERT_FALSE(added);
-    EXPECT_EQ(added.error().code, static_cast<long>(GetParam().fault)) << added.error().text;
-    EXPECT_THAT(added.error().text, testing::HasSubstr(path));
-    EXPECT_TRUE(coordinator->stores().empty());
-    if (isFile) {
-        EXPECT_EQ(bytesOf(path), before);
-    }
+    ASSERT_FALSE(result);
+    EXPECT_TRUE(os::isFault(result.error(), fault)) << result.error().text;
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, RefusedStoreTest,
-    testing::Values(
-        Refusal{"Text", [](const auto& path) { put(path, std::string(5000, 'a')); }, StoreFault::corrupt},
-        Refusal{"AFewBytes", [](const auto& path) { put(path, "SQLite format 3"); }, StoreFault::corrupt},
-        Refusal{"Directory", [](const auto& path) { std::filesystem::create_directory(path); },
-            StoreFault::corrupt},
-        Refusal{"CutInTheHeader",
-            [](const auto& path) {
-                makeStore(path);
-                std::filesystem::resize_file(path, 60);
-            },
-            StoreFault::corrupt},
-        Refusal{"CutInTheFirstPage",
-            [](const auto& path) {
-                makeStore(path);
-                std::filesystem::resize_file(path, 2000);
-            },
-            StoreFault::corrupt},
-        Refusal{"CutInHalf", [](const auto& path) { truncateTo(path, 0.5); }, StoreFault::corrupt},
-        Refusal{"CutByALittle", [](const auto& path) { truncateTo(path, 0.95); }, StoreFault::corrupt},
-        Refusal{"CutToNothingBesideItsLog",
+using Making = std::function<void(const std::string& path)>;
+
+Making holding(const std::string& bytes)
+{
+    return [=](const std::string& path) { put(path, bytes); };
+}
+/// Of a whole store so many bytes, or that part of its bytes.
+Making cutTo(double size)
+{
+    return [=](const std::string& path) {
+        makeStore(path);
+        const auto whole = static_cast<double>(std::filesystem::file_size(path));
+        std::filesystem::resize_file(path, static_cast<std::uintmax_t>(size < 1 ? whole * size : size));
+    };
+}
+
+TEST(StoreOpening, RefusesWhatIsNoStoreAndLeavesItAlone)
+{
+    using enum StoreFault;
+    const std::tuple<const char*, Making, StoreFault> rows[]{
+        {"a text", holding(std::string(5000, 'a')), corrupt},
+        {"a few bytes", holding("SQLite format 3"), corrupt},
+        {"a directory", [](const auto& path) { std::filesystem::create_directory(path); }, corrupt},
+        {"cut in the header", cutTo(60), corrupt},
+        {"cut in the first page", cutTo(2000), corrupt},
+        {"cut in half", cutTo(0.5), corrupt},
+        {"cut by a little", cutTo(0.95), corrupt},
+        {"cut to nothing beside its log",
             [](const auto& path) {
                 put(path, "");
                 put(path + "-wal", "something");
             },
-            StoreFault::corrupt},
-        Refusal{"AnotherDatabase", [](const auto& path) { runSQL(path, "CREATE TABLE t(a)"); },
-            StoreFault::unknownModel},
-        Refusal{"ANewerModel",
+            corrupt},
+        {"another database", [](const auto& path) { runSQL(path, "CREATE TABLE t(a)"); }, unknownModel},
+        {"a newer model",
             [](const auto& path) {
                 makeStore(path);
                 runSQL(path,
                     "UPDATE store_meta SET value = CAST(value || 'column x' AS BLOB) WHERE name = 'schema'");
                 runSQL(path, "PRAGMA wal_checkpoint(TRUNCATE)");
             },
-            StoreFault::unknownModel},
-        Refusal{"NoDirectory",
+            unknownModel},
+        {"no directory",
             [](const auto& path) { std::filesystem::create_symlink("/nonexistent/directory/file", path); },
-            StoreFault::internal}),
-    [](const auto& tested) { return tested.param.name; });
+            internal},
+    };
+    for (const auto& [name, make, fault] : rows) {
+        SCOPED_TRACE(name);
+        const std::string path = freshPath();
+        make(path);
+        const bool isFile = std::filesystem::is_regular_file(path);
+        const std::string before = isFile ? bytesOf(path) : "";
+        const auto opened = open(path, {.busyTimeout = 0.05, .vfs = {}});
+        ASSERT_FALSE(opened);
+        expectRefused(opened, fault);
+        EXPECT_THAT(opened.error().text, testing::HasSubstr(path));
+        EXPECT_EQ(isFile ? bytesOf(path) : "", before);
+    }
+}
 
 /// Runs the body as an ordinary user, for whom permissions count, and answers its exit status.
 int asOrdinaryUser(const std::function<int()>& body)
@@ -137,9 +134,8 @@ int asOrdinaryUser(const std::function<int()>& body)
 /// 0 when opening answers that fault.
 int opensWith(const std::string& path, StoreFault fault)
 {
-    const auto coordinator = os::StoreCoordinator::make(libraryModel());
-    const auto added = coordinator->addStore(os::StoreType::sqlite, path);
-    return !added && os::isFault(added.error(), fault) ? 0 : 1;
+    const auto opened = open(path);
+    return !opened && os::isFault(opened.error(), fault) ? 0 : 1;
 }
 
 TEST(StoreOpening, TellsWhatMayNotBeReadOrWritten)
@@ -176,20 +172,15 @@ TEST(StoreOpening, TellsThatDescriptorsAreOut)
 TEST(StoreOpening, WaitsForALockAsLongAsToldAndThenSaysBusy)
 {
     const std::string path = freshPath();
-    os::StoreOptions options;
-    options.busyTimeout = 0.05;
-    const auto coordinator = openLibrary(path, options);
-    const auto context = platform::makeRef<os::StoreContext>(coordinator);
+    const Store store(path, {.busyTimeout = 0.05, .vfs = {}});
+    const auto context = store.makeContext();
     addAuthor(*context, "Ana");
-    sqlite3* other = nullptr;
-    ASSERT_EQ(sqlite3_open(path.c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
-    const auto saved = context->save();
-    ASSERT_FALSE(saved);
-    EXPECT_TRUE(os::isFault(saved.error(), StoreFault::busy)) << saved.error().text;
-    EXPECT_TRUE(fetchAll(*platform::makeRef<os::StoreContext>(coordinator), "Author").empty());
-    ASSERT_EQ(sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(other);
+    {
+        os::sqlite::Connection other(path, os::sqlite::Connection::Access::readWrite, "", 0);
+        other.execute("BEGIN IMMEDIATE");
+        expectRefused(context->save(), StoreFault::busy);
+        EXPECT_TRUE(fetchAll(*store.makeContext(), "Author").empty());
+    }
     must(context->save());
 }
 
@@ -197,17 +188,15 @@ TEST(StoreOpening, MakesPrivateFiles)
 {
     const std::string path = freshPath();
     const mode_t before = umask(0);
-    const auto coordinator = openLibrary(path);
-    const auto context = platform::makeRef<os::StoreContext>(coordinator);
+    const Store store(path);
+    const auto context = store.makeContext();
     addAuthor(*context, "Ana");
     must(context->save());
-    must(coordinator->copyStore(coordinator->stores().front(), path + ".copy"));
+    must(store.coordinator->copyStore(store.store, path + ".copy"));
     umask(before);
-    for (const char* suffix : {"", "-wal", "-shm", ".copy"}) {
-        struct stat status;
-        ASSERT_EQ(stat((path + suffix).c_str(), &status), 0) << suffix;
-        EXPECT_EQ(status.st_mode & 0777, 0600u) << suffix;
-    }
+    for (const char* suffix : {"", "-wal", "-shm", ".copy"})
+        EXPECT_EQ(std::filesystem::status(path + suffix).permissions(), std::filesystem::perms(0600))
+            << suffix;
 }
 
 TEST(StoreOpening, AFileOfZeroLengthBecomesAStore)
@@ -215,22 +204,20 @@ TEST(StoreOpening, AFileOfZeroLengthBecomesAStore)
     const std::string path = freshPath();
     put(path, "");
     makeStore(path);
-    EXPECT_EQ(askSQL(path, "SELECT count(*) FROM author"), "1");
+    EXPECT_EQ(runSQL(path, "SELECT count(*) FROM author"), "1");
 }
 
 TEST(StoreOpening, NeverWritesToAFileThatTookTheStoresPlace)
 {
     for (const bool isReplaced : {true, false}) {
         const std::string path = freshPath();
-        const auto coordinator = openLibrary(path);
-        const auto context = platform::makeRef<os::StoreContext>(coordinator);
+        const Store store(path);
+        const auto context = store.makeContext();
         std::filesystem::rename(path, path + ".aside");
         if (isReplaced)
             put(path, "another file");
         addAuthor(*context, "Ana");
-        const auto saved = context->save();
-        ASSERT_FALSE(saved);
-        EXPECT_TRUE(os::isFault(saved.error(), StoreFault::replaced)) << saved.error().text;
+        expectRefused(context->save(), StoreFault::replaced);
         EXPECT_EQ(isReplaced, std::filesystem::exists(path));
         EXPECT_EQ(bytesOf(path), isReplaced ? "another file" : "");
         EXPECT_EQ(context->insertedObjects().size(), 1u);
@@ -239,8 +226,7 @@ TEST(StoreOpening, NeverWritesToAFileThatTookTheStoresPlace)
 
 TEST(StoreOpening, RefusesToWorkInAForkedChild)
 {
-    const auto coordinator = openLibrary(freshPath());
-    const auto context = platform::makeRef<os::StoreContext>(coordinator);
+    const auto context = Store().makeContext();
     const pid_t child = fork();
     if (child == 0) {
         const auto fetched = context->runFetch(os::StoreFetch(entityNamed("Author")));
@@ -254,39 +240,36 @@ TEST(StoreOpening, RefusesToWorkInAForkedChild)
 TEST(StoreMetadata, IsKeptAndCopied)
 {
     const std::string path = freshPath();
-    const auto coordinator = openLibrary(path);
-    os::PersistentStore* store = coordinator->stores().front();
+    const Store original(path);
+    const auto& [coordinator, store] = original;
     EXPECT_EQ(must(coordinator->metadata(store)), Value::dictionary({}));
     const Value metadata =
         Value::dictionary({{"version", 7}, {"name", "Zoë"}, {"list", Value::array({1, 2.5, true})}});
     must(coordinator->setMetadata(store, metadata));
     EXPECT_FALSE(coordinator->setMetadata(store, Value::dictionary({{"bad", Value::array({Value()})}})));
     must(coordinator->copyStore(store, path + ".copy"));
-    const auto copy = openLibrary(path + ".copy");
-    EXPECT_EQ(must(copy->metadata(copy->stores().front())), metadata);
-    EXPECT_EQ(copy->stores().front()->identifier(), store->identifier());
+    const Store copy(path + ".copy");
+    EXPECT_EQ(must(copy.coordinator->metadata(copy.store)), metadata);
+    EXPECT_EQ(copy.store->identifier(), store->identifier());
     EXPECT_FALSE(coordinator->copyStore(store, path + ".copy")) << "a file that is there is not overwritten";
 }
 
 TEST(StoreMigration, MovesToAnotherFileOrIntoMemoryWithItsObjects)
 {
-    for (const char* target : {"", "/dev/null"}) {
-        const std::string path = freshPath();
-        const auto coordinator = openLibrary(path);
-        const auto context = platform::makeRef<os::StoreContext>(coordinator);
+    for (const bool isIntoMemory : {false, true}) {
+        const std::string path = freshPath(), to = isIntoMemory ? "/dev/null" : path + ".moved";
+        const Store store(path);
+        const auto context = store.makeContext();
         const ObjectRef author = addAuthor(*context, "Ana");
         must(context->save());
-        const std::string to = *target ? target : path + ".moved";
-        os::PersistentStore* store =
-            must(coordinator->migrateStore(coordinator->stores().front(), to, os::StoreType::sqlite));
-        EXPECT_EQ(store->isInMemory(), *target != 0);
-        EXPECT_EQ(coordinator->stores().size(), 1u);
+        const auto* moved = must(store.coordinator->migrateStore(store.store, to, os::StoreType::sqlite));
+        EXPECT_EQ(moved->isInMemory(), isIntoMemory);
+        EXPECT_EQ(store.coordinator->stores().size(), 1u);
         author->setValueForKey("name", "Bo");
         addAuthor(*context, "Cy");
         must(context->save());
-        EXPECT_THAT(texts(fetchAll(*platform::makeRef<os::StoreContext>(coordinator), "Author"), "name"),
-            ElementsAre("Bo", "Cy"));
-        EXPECT_EQ(askSQL(path, "SELECT name FROM author"), "Ana");
+        EXPECT_THAT(texts(fetchAll(*store.makeContext(), "Author"), "name"), ElementsAre("Bo", "Cy"));
+        EXPECT_EQ(runSQL(path, "SELECT name FROM author"), "Ana");
     }
 }
 
@@ -327,19 +310,11 @@ inline constexpr std::array kNewEntities{
 
 } // namespace grown
 
-platform::Ref<os::StoreContext> contextOn(const platform::Ref<const os::Model>& model,
-    const std::string& path, const os::StoreOptions& options = {})
-{
-    auto coordinator = os::StoreCoordinator::make(model);
-    must(coordinator->addStore(os::StoreType::sqlite, path, options));
-    return platform::makeRef<os::StoreContext>(coordinator);
-}
-
 class AdditiveMigrationTest : public testing::Test {
 protected:
     void fillOld() const
     {
-        const auto context = contextOn(older, path);
+        const auto context = Store(path, {}, older).makeContext();
         for (const char* name : {"Ana", "Bo"}) {
             const ObjectRef person = context->insertObjectOfEntity("Person");
             person->setValueForKey("name", name);
@@ -359,7 +334,7 @@ TEST_F(AdditiveMigrationTest, AddsWhatAnOlderStoreLacks)
 {
     fillOld();
     {
-        const auto context = contextOn(newer, path);
+        const auto context = Store(path, {}, newer).makeContext();
         const os::Entity& person = *newer->entity("Person");
         const ObjectList people = must(context->runFetch(os::StoreFetch(person)));
         ASSERT_THAT(texts(people, "name"), ElementsAre("Ana", "Bo"));
@@ -370,47 +345,32 @@ TEST_F(AdditiveMigrationTest, AddsWhatAnOlderStoreLacks)
         must(context->save());
     }
     {
-        const auto context = contextOn(newer, path);
+        const auto context = Store(path, {}, newer).makeContext();
         const ObjectRef ana = must(context->runFetch(os::StoreFetch(*newer->entity("Person")))).front();
         EXPECT_EQ(ana->valueForKey("nick"), Value("A"));
         EXPECT_EQ(ana->valueForKeyPath("friends.name"), Value::array({"Bo"}));
         EXPECT_EQ(must(context->runFetch(os::StoreFetch(*newer->entity("Visitor")))).size(), 1u);
     }
     // Rows that were there before are in the text index, and follow changes.
-    EXPECT_EQ(askSQL(path, "SELECT group_concat(rowid) FROM words_text('bou')"), "1");
-    EXPECT_EQ(askSQL(path, "PRAGMA integrity_check"), "ok");
-    // There is no way back.
-    const auto coordinator = os::StoreCoordinator::make(older);
-    const auto added = coordinator->addStore(os::StoreType::sqlite, path);
-    ASSERT_FALSE(added);
-    EXPECT_TRUE(os::isFault(added.error(), StoreFault::unknownModel));
+    EXPECT_EQ(runSQL(path, "SELECT group_concat(rowid) FROM words_text('bou')"), "1");
+    EXPECT_EQ(runSQL(path, "PRAGMA integrity_check"), "ok");
+    expectRefused(open(path, {}, older), StoreFault::unknownModel);
 }
 
-TEST_F(AdditiveMigrationTest, HappensOnlyWhereItMay)
+TEST_F(AdditiveMigrationTest, HappensWholeAndOnlyWhereItMay)
 {
     fillOld();
     const std::string before = bytesOf(path);
-    for (int way = 0; way < 2; ++way) {
-        os::StoreOptions options;
-        (way == 0 ? options.migratesAutomatically : options.isReadOnly) = way != 0;
-        const auto coordinator = os::StoreCoordinator::make(newer);
-        const auto added = coordinator->addStore(os::StoreType::sqlite, path, options);
-        ASSERT_FALSE(added);
-        EXPECT_TRUE(os::isFault(added.error(), StoreFault::unknownModel)) << added.error().text;
+    for (const auto& options : {os::StoreOptions{.isReadOnly = true, .vfs = {}},
+             os::StoreOptions{.migratesAutomatically = false, .vfs = {}}}) {
+        expectRefused(open(path, options, newer), StoreFault::unknownModel);
     }
     EXPECT_EQ(bytesOf(path), before);
-}
 
-TEST_F(AdditiveMigrationTest, FailsWholeOrNotAtAll)
-{
-    fillOld();
     runSQL(path, "CREATE TABLE visitor(a)");
-    const std::string schema = askSQL(path, "SELECT group_concat(sql) FROM sqlite_schema");
-    const auto coordinator = os::StoreCoordinator::make(newer);
-    const auto added = coordinator->addStore(os::StoreType::sqlite, path);
-    ASSERT_FALSE(added);
-    EXPECT_TRUE(os::isFault(added.error(), StoreFault::migrationFailed)) << added.error().text;
-    EXPECT_EQ(askSQL(path, "SELECT group_concat(sql) FROM sqlite_schema"), schema);
+    const std::string schema = runSQL(path, "SELECT sql FROM sqlite_schema");
+    expectRefused(open(path, {}, newer), StoreFault::migrationFailed);
+    EXPECT_EQ(runSQL(path, "SELECT sql FROM sqlite_schema"), schema);
 }
 
 } // namespace

@@ -3,10 +3,9 @@
 #include "objectstore/PredicatePrinter.h"
 #include "objectstore/PredicateSQL.h"
 #include "objectstore/StoreErrors.h"
-#include "objectstore/TortureModel.h"
+#include "objectstore/TestStore.h"
 
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 namespace {
 
@@ -17,7 +16,6 @@ using os::PredicateRef;
 using os::Rows;
 using os::StorePredicate;
 using os::TextOption;
-using platform::Value;
 
 PredicateRef is(std::string_view key, PredicateOperand value)
 {
@@ -31,7 +29,7 @@ PredicateRef contains(std::string_view key, PredicateOperand value, TextOption o
 
 TEST(StorePredicate, PrintsInTheSyntaxThatPeopleWrite)
 {
-    const auto number = contains("number", "x");
+    const auto text = contains("text", "x");
     const struct {
         PredicateRef predicate;
         const char* text;
@@ -45,20 +43,21 @@ TEST(StorePredicate, PrintsInTheSyntaxThatPeopleWrite)
             "name ==[cd] \"a\\\"\\\\\\u000a\""},
         {StorePredicate::compare("name", Comparator::endsWith, "a", TextOption::ignoringCase),
             "name ENDSWITH[c] \"a\""},
-        {StorePredicate::compare("age", Comparator::in, Value::array({Value(1), Value(2.5), Value(true)})),
-            "age IN {1, 2.5, true}"},
+        {StorePredicate::compare("visits", Comparator::in, Value::array({Value(1), Value(2.5), Value(true)})),
+            "visits IN {1, 2.5, true}"},
         {StorePredicate::negation(contains("index.text", "x")), "NOT (index.text CONTAINS \"x\")"},
         {StorePredicate::any({StorePredicate::always(), StorePredicate::never()}), "(TRUE) OR (FALSE)"},
-        {StorePredicate::rows("phones", Rows::some, StorePredicate::all({number, is("label", "y")})),
-            "0 != SUBQUERY(phones, $rmo, ($rmo.number CONTAINS \"x\") AND ($rmo.label == \"y\")).@count"},
-        {StorePredicate::rows("phones", Rows::none, is("kind.code", "y")),
-            "0 == SUBQUERY(phones, $rmo, ($rmo.kind.code == \"y\")).@count"},
-        {StorePredicate::rows("teams", Rows::some), "teams.@count > 0"},
-        {StorePredicate::rows("teams", Rows::none), "teams.@count == 0"},
-        {StorePredicate::compareBits("age", 128, Comparator::notEqual, 0), "bitwiseAnd:with:(age, 128) != 0"},
+        {StorePredicate::rows("handles", Rows::some, StorePredicate::all({text, is("label", "y")})),
+            "0 != SUBQUERY(handles, $rmo, ($rmo.text CONTAINS \"x\") AND ($rmo.label == \"y\")).@count"},
+        {StorePredicate::rows("handles", Rows::none, is("site.name", "y")),
+            "0 == SUBQUERY(handles, $rmo, ($rmo.site.name == \"y\")).@count"},
+        {StorePredicate::rows("books", Rows::some), "books.@count > 0"},
+        {StorePredicate::rows("books", Rows::none), "books.@count == 0"},
+        {StorePredicate::compareBits("visits", 128, Comparator::notEqual, 0),
+            "bitwiseAnd:with:(visits, 128) != 0"},
         {StorePredicate::isOneOf(PredicateOperand::named("ALL")), "self IN $ALL"},
-        {StorePredicate::memberOfGroupOrBelow(PredicateOperand::named("TEAM"), "members", "children"),
-            "self IN RECURSIVE($TEAM, members, children)"},
+        {StorePredicate::memberOfGroupOrBelow(PredicateOperand::named("BOOK"), "authors", "volumes"),
+            "self IN RECURSIVE($BOOK, authors, volumes)"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(os::printed(*row.predicate), row.text);
@@ -67,38 +66,39 @@ TEST(StorePredicate, PrintsInTheSyntaxThatPeopleWrite)
 TEST(StorePredicate, SubstitutesNamedVariablesEverywhereAndSharesTheRest)
 {
     const auto shared = is("name", "x");
-    const auto variable = is("number", PredicateOperand::named("N"));
+    const auto variable = is("text", PredicateOperand::named("N"));
     const auto open = StorePredicate::all(
-        {shared, StorePredicate::negation(StorePredicate::rows("phones", Rows::some, variable)),
-            StorePredicate::compareBits("age", 1, Comparator::equal, PredicateOperand::named("M"))});
+        {shared, StorePredicate::negation(StorePredicate::rows("handles", Rows::some, variable)),
+            StorePredicate::compareBits("visits", 1, Comparator::equal, PredicateOperand::named("M"))});
     const auto closed = open->substituting({{"N", Value("7")}, {"unused", Value(1)}});
     EXPECT_EQ(os::printed(*closed),
-        "(name == \"x\") AND (NOT (0 != SUBQUERY(phones, $rmo, ($rmo.number == \"7\")).@count))"
-        " AND (bitwiseAnd:with:(age, 1) == $M)");
+        "(name == \"x\") AND (NOT (0 != SUBQUERY(handles, $rmo, ($rmo.text == \"7\")).@count))"
+        " AND (bitwiseAnd:with:(visits, 1) == $M)");
     EXPECT_EQ(std::get<StorePredicate::Compound>(closed->form()).parts.front(), shared);
     EXPECT_EQ(os::printed(*open->substituting({{"N", platform::NullMarker()}, {"M", Value(2)}})),
-        "(name == \"x\") AND (NOT (0 != SUBQUERY(phones, $rmo, ($rmo.number == null)).@count))"
-        " AND (bitwiseAnd:with:(age, 1) == 2)");
+        "(name == \"x\") AND (NOT (0 != SUBQUERY(handles, $rmo, ($rmo.text == null)).@count))"
+        " AND (bitwiseAnd:with:(visits, 1) == 2)");
 }
 
 TEST(StorePredicate, RefusesWhatTheEntityCannotBeAsked)
 {
-    const Store store(freshStorePath());
+    const Store store;
     const auto context = store.makeContext();
-    const auto person = context->insertObjectOfEntity("Person");
-    const auto phone = context->insertObjectOfEntity("Phone");
-    phone->setValueForKey("uniqueId", "1");
-    phone->setRelated(phone->slot("owner"), person.get());
-    expected(context->save());
-    const PredicateRef rows[]{is("nothing", 1), is("phones.number", "x"), is("phones", Value()),
+    const auto author = context->insertObjectOfEntity("Author");
+    const auto handle = context->insertObjectOfEntity("Handle");
+    handle->setValueForKey("uniqueId", "1");
+    handle->setRelated(handle->slot("owner"), author.get());
+    must(context->save());
+    const PredicateRef rows[]{is("nothing", 1), is("handles.text", "x"), is("handles", Value()),
         is("name.length", 1), is("name", PredicateOperand::named("X")),
-        StorePredicate::rows("note", Rows::some), StorePredicate::rows("phones", Rows::some, is("name", 1)),
-        StorePredicate::memberOfGroupOrBelow(Value(person), "members", "children")};
+        StorePredicate::rows("biography", Rows::some),
+        StorePredicate::rows("handles", Rows::some, is("name", 1)),
+        StorePredicate::memberOfGroupOrBelow(Value(author), "authors", "volumes")};
     for (const auto& predicate : rows) {
         SCOPED_TRACE(os::printed(*predicate));
-        EXPECT_THROW(os::matches(*predicate, *person), std::invalid_argument);
+        EXPECT_THROW(os::matches(*predicate, *author), std::invalid_argument);
         EXPECT_THROW(
-            os::translate(*predicate, person->entity(), {store.store->number()}), std::invalid_argument);
+            os::translate(*predicate, author->entity(), {store.store->number()}), std::invalid_argument);
     }
     EXPECT_THROW(StorePredicate::compare("name", Comparator::in, "no list"), std::invalid_argument);
 }
@@ -125,25 +125,24 @@ const struct {
         }},
     {"rows",
         [](PredicateRef inner) {
-            const auto back = StorePredicate::rows("members", Rows::none, inner);
-            return StorePredicate::rows("teams", Rows::some, StorePredicate::all({is("name", "a"), back}));
+            const auto back = StorePredicate::rows("authors", Rows::none, inner);
+            return StorePredicate::rows("books", Rows::some, StorePredicate::all({is("genre", "a"), back}));
         }},
     {"NOT rows OR",
         [](PredicateRef inner) {
-            const auto back = StorePredicate::negation(StorePredicate::rows("members", Rows::none, inner));
-            return StorePredicate::any({is("name", "a"), StorePredicate::rows("teams", Rows::some, back)});
+            const auto back = StorePredicate::negation(StorePredicate::rows("authors", Rows::none, inner));
+            return StorePredicate::any({is("name", "a"), StorePredicate::rows("books", Rows::some, back)});
         }},
 };
 
 // SQLite's parser has a small fixed stack: what goes beyond it must be left to memory, never fail.
 TEST(StorePredicate, TranslatesNoDeeperThanSQLiteParses)
 {
-    const std::string path = freshStorePath();
-    const Store store(path);
+    const Store store;
     const auto context = store.makeContext();
-    const auto person = context->insertObjectOfEntity("Person");
-    person->setValueForKey("name", "a");
-    expected(context->save());
+    const auto author = context->insertObjectOfEntity("Author");
+    author->setValueForKey("name", "a");
+    must(context->save());
     for (const auto& [name, wrap] : kWraps) {
         auto predicate = is("name", "a");
         bool wasTranslated = true;
@@ -151,11 +150,11 @@ TEST(StorePredicate, TranslatesNoDeeperThanSQLiteParses)
             SCOPED_TRACE(std::string(name) + " " + std::to_string(depth));
             predicate = wrap(predicate);
             const bool isTranslated =
-                os::translate(*predicate, person->entity(), {store.store->number()}).has_value();
+                os::translate(*predicate, author->entity(), {store.store->number()}).has_value();
             EXPECT_TRUE(wasTranslated || !isTranslated);
             wasTranslated = isTranslated;
-            const os::StoreFetch fetch(person->entity(), predicate);
-            EXPECT_EQ(expected(context->countFetch(fetch)), os::matches(*predicate, *person) ? 1u : 0u);
+            const os::StoreFetch fetch(author->entity(), predicate);
+            EXPECT_EQ(must(context->countFetch(fetch)), os::matches(*predicate, *author) ? 1u : 0u);
         }
         EXPECT_FALSE(wasTranslated) << name;
     }
@@ -163,11 +162,11 @@ TEST(StorePredicate, TranslatesNoDeeperThanSQLiteParses)
 
 TEST(StorePredicate, AnswersLongListsAndLongChains)
 {
-    const Store store(freshStorePath());
+    const Store store;
     const auto context = store.makeContext();
     for (int i = 0; i < 50; ++i)
-        context->insertObjectOfEntity("Person")->setValueForKey("name", "n" + std::to_string(i));
-    expected(context->save());
+        context->insertObjectOfEntity("Author")->setValueForKey("name", "n" + std::to_string(i));
+    must(context->save());
     std::vector<PredicateRef> parts;
     std::vector<Value> names;
     for (int i = 0; i < 3000; ++i) {
@@ -175,9 +174,9 @@ TEST(StorePredicate, AnswersLongListsAndLongChains)
         parts.push_back(is("name", names.back()));
     }
     const auto count = [&](const PredicateRef& predicate) {
-        const auto& entity = *tortureModel()->entity("Person");
+        const auto& entity = entityNamed("Author");
         EXPECT_TRUE(os::translate(*predicate, entity, {store.store->number()}));
-        return expected(context->countFetch(os::StoreFetch(entity, predicate)));
+        return must(context->countFetch(os::StoreFetch(entity, predicate)));
     };
     EXPECT_EQ(count(StorePredicate::any(parts)), 25u);
     EXPECT_EQ(count(StorePredicate::negation(StorePredicate::any(parts))), 25u);
@@ -186,23 +185,22 @@ TEST(StorePredicate, AnswersLongListsAndLongChains)
 
 TEST(StorePredicate, NamesWhatElseAnAnswerHangsOn)
 {
-    const auto team =
-        platform::Ref<const os::StorePredicate>(StorePredicate::rows("teams", Rows::some, is("name", "x")));
+    const auto book = StorePredicate::rows("books", Rows::some, is("genre", "x"));
     const struct {
         PredicateRef predicate;
         std::vector<std::string> entities;
     } rows[]{
         {is("name", "x"), {}},
-        {is("note.text", "x"), {}},
-        {StorePredicate::rows("phones", Rows::some, is("number", "x")), {}},
-        {StorePredicate::rows("teams", Rows::some), {}},
-        {StorePredicate::rows("phones", Rows::some, is("kind.code", "x")), {"Kind"}},
-        {is("friend.note.text", "x"), {"Person", "Note"}},
-        {StorePredicate::negation(team), {"Team"}},
+        {is("biography.text", "x"), {}},
+        {StorePredicate::rows("handles", Rows::some, is("text", "x")), {}},
+        {StorePredicate::rows("books", Rows::some), {}},
+        {StorePredicate::rows("handles", Rows::some, is("site.name", "x")), {"Site"}},
+        {is("friend.biography.text", "x"), {"Author", "Biography"}},
+        {StorePredicate::negation(book), {"Book"}},
     };
     for (const auto& row : rows) {
         std::vector<std::string> names;
-        for (const auto* entity : os::entitiesBehind(*row.predicate, *tortureModel()->entity("Person")))
+        for (const auto* entity : os::entitiesBehind(*row.predicate, entityNamed("Author")))
             names.push_back(entity->name());
         EXPECT_EQ(names, row.entities) << os::printed(*row.predicate);
     }

@@ -2,25 +2,15 @@
 #pragma once
 
 #include "objectstore/Model.h"
-#include "objectstore/PersistentStore.h"
-#include "objectstore/StoreContext.h"
-#include "objectstore/StoreCoordinator.h"
 #include "objectstore/StoreObject.h"
 
-#include <sqlite3.h>
-#include <unistd.h>
-
 #include <array>
-#include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace test {
 
 namespace os = objectstore;
-using os::ObjectList;
-using os::ObjectRef;
 using os::StoreObject;
 using platform::Value;
 
@@ -53,7 +43,7 @@ inline platform::Ref<StoreObject> makeAuthor(const os::Entity& entity)
     return platform::Ref<StoreObject>::adopt(new Author(entity));
 }
 
-/// "lima ana" of "Ana Lima".
+/// "Lima Ana" of "Ana Lima".
 inline Value sortName(StoreObject& author)
 {
     const std::string name(author.text(author.slot("name")));
@@ -63,21 +53,33 @@ inline Value sortName(StoreObject& author)
     return blank == name.npos ? name : name.substr(blank + 1) + " " + name.substr(0, blank);
 }
 inline void forgetSortName(StoreObject& author) { author.setPrimitiveValue(author.slot("sortName"), {}); }
-inline Value initials(StoreObject& author)
+inline Value nameLength(StoreObject& author)
+{
+    const auto& name = author.slot("name");
+    return author.isAbsent(name) ? Value() : Value(static_cast<int>(author.text(name).size()));
+}
+inline void cutName(StoreObject& author, const Value& length)
 {
     const std::string name(author.text(author.slot("name")));
-    return name.empty() ? Value() : Value(name.substr(0, 1));
+    author.setValueForKey("name", name.substr(0, static_cast<std::size_t>(length.asInteger())));
 }
-inline void setInitials(StoreObject& author, const Value& value) { author.setValueForKey("name", value); }
 
+/// Spans three tables, so that a fetch of it reads all, and owns rows whose owner can be in any.
 inline constexpr std::array kItem{
-    os::SlotDescription{.key = "uniqueId", .type = string, .flags = os::kIndexed}};
+    os::SlotDescription{.key = "uniqueId", .type = string, .flags = os::kIndexed},
+    os::SlotDescription{.key = "handles",
+        .kind = toMany,
+        .destination = "Handle",
+        .inverse = "owner",
+        .deleteRule = DeleteRule::cascade},
+};
 
 inline constexpr std::array kAuthor{
     os::SlotDescription{.key = "name", .type = string, .flags = os::kIndexed, .didSet = forgetSortName},
     os::SlotDescription{.key = "sortName", .type = string, .flags = os::kIndexed, .lazy = sortName},
     os::SlotDescription{
-        .key = "initials", .kind = computed, .type = string, .get = initials, .set = setInitials},
+        .key = "nameLength", .kind = computed, .type = integer, .get = nameLength, .set = cutName},
+    os::SlotDescription{.key = "city", .type = string},
     os::SlotDescription{.key = "visits", .type = integer},
     os::SlotDescription{.key = "rating", .type = real},
     os::SlotDescription{.key = "score", .type = number},
@@ -86,11 +88,8 @@ inline constexpr std::array kAuthor{
     os::SlotDescription{.key = "seal", .type = data},
     os::SlotDescription{.key = "portrait", .kind = largeAttribute, .type = data},
     os::SlotDescription{.key = "draft", .flags = os::kTransient},
-    os::SlotDescription{.key = "handles",
-        .kind = toMany,
-        .destination = "Handle",
-        .inverse = "owner",
-        .deleteRule = DeleteRule::cascade},
+    os::SlotDescription{.key = "friend", .kind = toOne, .destination = "Author"},
+    os::SlotDescription{.key = "site", .kind = toOne, .destination = "Site"},
     os::SlotDescription{.key = "biography",
         .kind = toOneInverse,
         .destination = "Biography",
@@ -115,12 +114,24 @@ inline constexpr std::array kPenName{os::SlotDescription{.key = "alias", .type =
 
 inline constexpr std::array kBook{
     os::SlotDescription{.key = "title", .type = string, .flags = os::kUnique},
+    os::SlotDescription{.key = "genre", .type = string},
     os::SlotDescription{.key = "authors",
         .kind = manyToMany,
         .destination = "Author",
         .inverse = "books",
         .joinTable = "author_book"},
     os::SlotDescription{.key = "shelf", .kind = toOne, .destination = "Shelf"},
+    os::SlotDescription{.key = "volumes",
+        .kind = manyToMany,
+        .destination = "Book",
+        .inverse = "series",
+        .joinTable = "volume",
+        .leads = true},
+    os::SlotDescription{.key = "series",
+        .kind = manyToMany,
+        .destination = "Book",
+        .inverse = "volumes",
+        .joinTable = "volume"},
 };
 
 inline constexpr std::array kShelf{
@@ -182,117 +193,6 @@ inline platform::Ref<const os::Model> libraryModel()
     return model;
 }
 
-/// The answer, or an exception with the error's text.
-template <class T>
-T must(platform::Result<T> result)
-{
-    if (!result)
-        throw std::runtime_error(result.error().text);
-    return *std::move(result);
-}
-inline void must(const platform::Result<void>& result)
-{
-    if (!result)
-        throw std::runtime_error(result.error().text);
-}
-
-/// A file name that no other test uses.
-inline std::string freshPath(std::string_view suffix = ".db")
-{
-    static int count = 0;
-    return (std::filesystem::temp_directory_path()
-        / ("library-" + std::to_string(getpid()) + "-" + std::to_string(++count) + std::string(suffix)))
-        .string();
-}
-
-inline platform::Ref<os::StoreCoordinator> openLibrary(
-    const std::string& path, const os::StoreOptions& options = {})
-{
-    auto coordinator = os::StoreCoordinator::make(libraryModel());
-    must(coordinator->addStore(os::StoreType::sqlite, path, options));
-    return coordinator;
-}
-
 inline const os::Entity& entityNamed(std::string_view name) { return *libraryModel()->entity(name); }
-
-inline ObjectRef addAuthor(os::StoreContext& context, std::string_view name)
-{
-    ObjectRef author = context.insertObjectOfEntity("Author");
-    author->setValueForKey("name", name);
-    author->setValueForKey("uniqueId", std::string(name) + ":Author");
-    return author;
-}
-
-struct HandleText {
-    std::string id;
-    std::string text;
-    int place = 0;
-    bool isPrimary = false;
-    std::string site = {};
-};
-
-inline ObjectRef addHandle(os::StoreContext& context, StoreObject& owner, const HandleText& told)
-{
-    ObjectRef handle = context.insertObjectOfEntity("Handle");
-    handle->setValueForKey("uniqueId", told.id);
-    handle->setValueForKey("text", told.text);
-    handle->setValueForKey("place", told.place);
-    handle->setValueForKey("isPrimary", told.isPrimary);
-    if (!told.site.empty())
-        handle->setRelated(
-            handle->slot("site"), must(context.sharedObject(entityNamed("Site"), {told.site})).get());
-    handle->setRelated(handle->slot("owner"), &owner);
-    return handle;
-}
-
-inline ObjectList fetchAll(os::StoreContext& context, std::string_view entity)
-{
-    return must(context.runFetch(os::StoreFetch(entityNamed(entity))));
-}
-
-inline ObjectRef fetchAuthor(os::StoreContext& context, std::string_view name)
-{
-    const os::StoreFetch fetch(
-        entityNamed("Author"), os::StorePredicate::compare("name", os::Comparator::equal, std::string(name)));
-    const ObjectList found = must(context.runFetch(fetch));
-    return found.empty() ? nullptr : found.front();
-}
-
-/// Runs statements on a connection of its own, as another program would.
-inline void runSQL(const std::string& path, const char* sql)
-{
-    sqlite3* connection = nullptr;
-    const bool isDone = sqlite3_open(path.c_str(), &connection) == SQLITE_OK
-        && sqlite3_exec(connection, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
-    const std::string reason = sqlite3_errmsg(connection);
-    sqlite3_close(connection);
-    if (!isDone)
-        throw std::runtime_error(reason);
-}
-
-/// The first column of the first row.
-inline std::string askSQL(const std::string& path, const std::string& sql)
-{
-    sqlite3* connection = nullptr;
-    sqlite3_stmt* statement = nullptr;
-    std::string answer;
-    if (sqlite3_open(path.c_str(), &connection) != SQLITE_OK
-        || sqlite3_prepare_v2(connection, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK)
-        answer = sqlite3_errmsg(connection);
-    else if (sqlite3_step(statement) == SQLITE_ROW && sqlite3_column_text(statement, 0))
-        answer = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
-    sqlite3_finalize(statement);
-    sqlite3_close(connection);
-    return answer;
-}
-
-/// The texts under one key, in the order of the list.
-inline std::vector<std::string> texts(const ObjectList& objects, std::string_view key)
-{
-    std::vector<std::string> found;
-    for (const auto& object : objects)
-        found.emplace_back(object->text(object->slot(key)));
-    return found;
-}
 
 } // namespace test

@@ -2,12 +2,13 @@
 #include "objectstore/PredicateMatch.h"
 #include "objectstore/PredicatePrinter.h"
 #include "objectstore/PredicateSQL.h"
-#include "objectstore/TortureModel.h"
+#include "objectstore/TestStore.h"
 #include "platform/text/Fold.h"
 
 #include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -17,52 +18,35 @@ using namespace test;
 using os::Comparator;
 using os::PredicateRef;
 using os::Rows;
-using os::SlotDescription;
 using os::StorePredicate;
 using os::TextOption;
-using platform::Value;
-using enum os::SlotKind;
-using enum os::AttributeType;
-using enum os::DeleteRule;
 
-constexpr std::array kCard{
-    SlotDescription{.key = "name", .type = string, .flags = os::kFeedsTextIndex},
-    SlotDescription{.key = "code", .type = string, .flags = os::kFeedsTextIndex | os::kIndexed},
-    SlotDescription{.key = "secret", .type = string},
-    SlotDescription{.key = "friend", .kind = toOne, .destination = "Card"},
-    SlotDescription{
-        .key = "phones", .kind = toMany, .destination = "Line", .inverse = "owner", .deleteRule = cascade},
-    SlotDescription{
-        .key = "note", .kind = toOneInverse, .destination = "Memo", .inverse = "card", .deleteRule = cascade},
-    SlotDescription{.key = "index",
-        .kind = toOneInverse,
-        .destination = "Entry",
-        .inverse = "card",
-        .deleteRule = cascade},
-};
-constexpr std::array kLine{
-    SlotDescription{.key = "owner", .kind = toOne, .destination = "Card", .inverse = "phones"},
-    SlotDescription{.key = "number", .type = string, .flags = os::kFeedsTextIndex},
-    SlotDescription{.key = "label", .type = string},
-};
-constexpr std::array kMemo{
-    SlotDescription{.key = "card", .kind = toOne, .destination = "Card", .inverse = "note"},
-    SlotDescription{.key = "text", .type = string, .flags = os::kFeedsTextIndex},
-};
-constexpr std::array kEntry{
-    SlotDescription{.key = "card", .kind = toOne, .destination = "Card", .inverse = "index"},
-    SlotDescription{.key = "text", .type = string, .flags = os::kTextIndex | os::kFeedsTextIndex},
-};
-constexpr std::array kEntities{
-    os::EntityDescription{.name = "Card", .table = "card", .slots = kCard},
-    os::EntityDescription{.name = "Line", .table = "line", .slots = kLine, .owner = "owner"},
-    os::EntityDescription{.name = "Memo", .table = "memo", .slots = kMemo, .owner = "card"},
-    os::EntityDescription{.name = "Entry", .table = "entry", .slots = kEntry, .owner = "card"},
-};
-
-platform::Ref<const os::Model> cardModel()
+/// The same slots; of those keys the texts are promised to be in the index.
+template <std::size_t count>
+std::array<os::SlotDescription, count> feeding(
+    std::array<os::SlotDescription, count> slots, std::initializer_list<std::string_view> keys)
 {
-    static const auto model = os::Model::make(kEntities);
+    for (auto& slot : slots)
+        if (std::ranges::find(keys, slot.key) != keys.end())
+            slot.flags |= os::kFeedsTextIndex;
+    return slots;
+}
+
+/// A library that keeps the index: "city" is a plain text in it, "name" one with an index of its own.
+const platform::Ref<const os::Model>& feedingModel()
+{
+    static const auto authors = feeding(library::kAuthor, {"name", "city"});
+    static const auto handles = feeding(library::kHandle, {"text"});
+    static const auto biographies = feeding(library::kBiography, {"text"});
+    static const auto entries = feeding(library::kIndex, {"text"});
+    static const auto model = [] {
+        const std::pair<std::string_view, std::span<const os::SlotDescription>> fed[]{
+            {"Author", authors}, {"Handle", handles}, {"Biography", biographies}, {"Index", entries}};
+        auto entities = library::kEntities;
+        for (const auto& [name, slots] : fed)
+            std::ranges::find(entities, name, &os::EntityDescription::name)->slots = slots;
+        return os::Model::make(entities);
+    }();
     return model;
 }
 
@@ -78,14 +62,14 @@ const std::vector<std::string>& pieces()
     return pool;
 }
 
-/// A few cards with texts of all kinds, the entries of the index kept as the model promises them.
+/// A few authors with texts of all kinds, the entries of the index kept as the model promises them.
 class TextFilterTest : public testing::TestWithParam<int> {
 protected:
     TextFilterTest()
     {
         for (int i = 0; i < 25; ++i)
-            addCard();
-        expected(context->save());
+            addAuthor();
+        must(context->save());
     }
 
     std::string anyText(std::size_t most)
@@ -109,59 +93,54 @@ protected:
         return dice.chance(20) ? platform::foldCase(part) : part;
     }
 
-    void set(os::StoreObject& object, std::string_view key)
+    void set(StoreObject& object, std::string_view key)
     {
         const std::string text = dice.chance(2) ? anyText(4000) : anyText(8);
         texts.push_back(text);
         object.setValueForKey(key, dice.chance(10) ? Value() : Value(text));
     }
 
-    os::ObjectRef part(std::string_view entity, std::string_view owner, const os::ObjectRef& card)
+    ObjectRef part(std::string_view entity, std::string_view owner, const ObjectRef& author)
     {
         const auto made = context->insertObjectOfEntity(entity);
-        made->setRelated(made->slot(owner), card.get());
+        made->setRelated(made->slot(owner), author.get());
         return made;
     }
 
-    void addCard()
+    void addAuthor()
     {
-        const auto card = context->insertObjectOfEntity("Card");
-        cards.push_back(card);
-        for (const char* key : {"name", "code", "secret"})
-            set(*card, key);
+        const auto author = context->insertObjectOfEntity("Author");
+        authors.push_back(author);
+        for (const char* key : {"name", "city", "uniqueId"})
+            set(*author, key);
         for (std::size_t i = dice.below(3); i > 0; --i) {
-            const auto line = part("Line", "owner", card);
-            set(*line, "number");
-            set(*line, "label");
+            const auto handle = part("Handle", "owner", author);
+            set(*handle, "text");
+            set(*handle, "label");
         }
-        set(*part("Memo", "card", card), "text");
-        card->setRelated(card->slot("friend"), dice.among(cards).get());
-        part("Entry", "card", card);
-        index(card);
+        set(*part("Biography", "author", author), "text");
+        author->setRelated(author->slot("friend"), dice.among(authors).get());
+        part("Index", "author", author);
+        index(author);
     }
 
     /// What the model promises: every text that feeds the entry is in it, folded.
-    static void index(const os::ObjectRef& card)
+    static void index(const ObjectRef& author)
     {
-        std::string text;
-        const auto add = [&](os::StoreObject& object, std::string_view key) {
-            text.append(object.text(object.slot(key))).append(" ");
-        };
-        add(*card, "name");
-        add(*card, "code");
-        add(*card->related(card->slot("note")), "text");
-        for (const auto& line : card->objects(card->slot("phones")))
-            add(*line, "number");
-        card->setValueForKeyPath("index.text", Value(platform::foldCaseAndDiacritics(text)));
+        std::string text =
+            textOf(*author, "name") + " " + textOf(*author, "city") + " " + textOf(*author, "biography.text");
+        for (const auto& handle : author->objects(author->slot("handles")))
+            text += " " + textOf(*handle, "text");
+        author->setValueForKeyPath("index.text", Value(platform::foldCaseAndDiacritics(text)));
     }
 
     void edit()
     {
-        const auto& card = dice.among(cards);
-        set(*card, dice.chance(50) ? "name" : "code");
+        const auto& author = dice.among(authors);
+        set(*author, dice.chance(50) ? "name" : "city");
         if (dice.chance(50))
-            set(*card->related(card->slot("note")), "text");
-        index(card);
+            set(*author->related(author->slot("biography")), "text");
+        index(author);
     }
 
     PredicateRef textTest(std::string_view path)
@@ -174,12 +153,12 @@ protected:
 
     PredicateRef anyTest(int depth)
     {
-        static constexpr std::string_view paths[]{
-            "name", "code", "secret", "note.text", "index.text", "friend.name", "friend.note.text"};
+        static constexpr std::string_view paths[]{"city", "name", "uniqueId", "biography.text", "index.text",
+            "friend.city", "friend.biography.text"};
         switch (dice.below(depth > 0 ? 7 : 4)) {
         case 0:
-            return StorePredicate::rows("phones", dice.chance(70) ? Rows::some : Rows::none,
-                textTest(dice.chance(70) ? "number" : "label"));
+            return StorePredicate::rows("handles", dice.chance(70) ? Rows::some : Rows::none,
+                textTest(dice.chance(70) ? "text" : "label"));
         case 1:
             return StorePredicate::compare(
                 "index.text", Comparator::contains, Value(platform::foldCaseAndDiacritics(anyNeedle())));
@@ -194,19 +173,19 @@ protected:
         }
     }
 
-    /// Asks each card in memory, where there is no index.
-    os::ObjectList plainAnswer(const PredicateRef& predicate) const
+    /// Asks each author in memory, where there is no index.
+    ObjectList plainAnswer(const PredicateRef& predicate) const
     {
-        os::ObjectList found;
-        for (const auto& card : cards)
-            if (os::matches(*predicate, *card))
-                found.push_back(card);
+        ObjectList found;
+        for (const auto& author : authors)
+            if (os::matches(*predicate, *author))
+                found.push_back(author);
         return found;
     }
 
-    static std::vector<const os::StoreObject*> sorted(const os::ObjectList& objects)
+    static std::vector<const StoreObject*> sorted(const ObjectList& objects)
     {
-        std::vector<const os::StoreObject*> pointers;
+        std::vector<const StoreObject*> pointers;
         for (const auto& object : objects)
             pointers.push_back(object.get());
         std::ranges::sort(pointers);
@@ -216,16 +195,16 @@ protected:
     void check(const PredicateRef& predicate)
     {
         SCOPED_TRACE(os::printed(*predicate));
-        os::StoreFetch fetch(*cardModel()->entity("Card"), predicate);
-        const auto all = expected(context->runFetch(fetch));
+        os::StoreFetch fetch(*feedingModel()->entity("Author"), predicate);
+        const auto all = must(context->runFetch(fetch));
         EXPECT_EQ(sorted(all), sorted(plainAnswer(predicate)));
-        EXPECT_EQ(expected(context->countFetch(fetch)), all.size());
+        EXPECT_EQ(must(context->countFetch(fetch)), all.size());
         fetch.offset = dice.below(3);
         fetch.limit = 1 + dice.below(5);
         const auto from = std::min(fetch.offset, all.size()), to = std::min(from + fetch.limit, all.size());
-        const os::ObjectList first(
+        const ObjectList first(
             all.begin() + static_cast<std::ptrdiff_t>(from), all.begin() + static_cast<std::ptrdiff_t>(to));
-        EXPECT_EQ(expected(context->runFetch(fetch)), first) << "the first few";
+        EXPECT_EQ(must(context->runFetch(fetch)), first) << "the first few";
     }
 
     void checkMany()
@@ -234,12 +213,10 @@ protected:
             check(anyTest(2));
     }
 
-    Dice dice{Dice::chosenSeed(static_cast<std::uint64_t>(GetParam()))};
-    const platform::Ref<os::StoreCoordinator> coordinator = os::StoreCoordinator::make(cardModel());
-    os::PersistentStore* const store =
-        expected(coordinator->addStore(os::StoreType::sqlite, freshStorePath(), {}));
-    const platform::Ref<os::StoreContext> context = platform::makeRef<os::StoreContext>(coordinator);
-    os::ObjectList cards;
+    Dice dice{static_cast<std::uint64_t>(GetParam())};
+    const Store store{freshPath(), {}, feedingModel()};
+    const platform::Ref<os::StoreContext> context = store.makeContext();
+    ObjectList authors;
     std::vector<std::string> texts{""};
 };
 
@@ -250,23 +227,23 @@ TEST_P(TextFilterTest, AnswersAsMemoryDoesSavedAndUnsaved)
         checkMany();
         for (int i = 0; i < 6; ++i)
             edit();
-        addCard();
+        addAuthor();
         checkMany();
-        expected(context->save());
+        must(context->save());
     }
 }
 
 // An entry may be missing in a store that others made, or be there without its text.
-TEST_P(TextFilterTest, LosesNoCardWhoseEntryIsNotWritten)
+TEST_P(TextFilterTest, LosesNobodyWhoseEntryIsNotWritten)
 {
     SCOPED_TRACE("ROSTER_TEST_SEED=" + std::to_string(dice.seed));
     for (int round = 0; round < 4 && !HasFailure(); ++round) {
-        const auto& card = dice.among(cards);
-        if (const auto entry = card->related(card->slot("index")); entry && round % 2 == 0)
+        const auto& author = dice.among(authors);
+        if (const auto entry = author->related(author->slot("index")); entry && round % 2 == 0)
             context->deleteObject(*entry);
         else if (entry)
             entry->setValueForKey("text", Value());
-        expected(context->save());
+        must(context->save());
         checkMany();
     }
 }
@@ -274,10 +251,10 @@ TEST_P(TextFilterTest, LosesNoCardWhoseEntryIsNotWritten)
 INSTANTIATE_TEST_SUITE_P(Seeds, TextFilterTest, testing::Values(1, 2, 3, 4));
 
 /// Whether SQL asks the index before it asks the test itself.
-bool isFiltered(const PredicateRef& predicate, std::string_view entity = "Card")
+bool isFiltered(const PredicateRef& predicate, std::string_view entity = "Author")
 {
     const auto condition = os::translate(
-        *predicate, *cardModel()->entity(entity), {.store = 1, .hasEveryEntry = [] { return true; }});
+        *predicate, *feedingModel()->entity(entity), {.store = 1, .hasEveryEntry = [] { return true; }});
     return condition && condition->sql.find("MATCH") != std::string::npos;
 }
 
@@ -292,34 +269,34 @@ TEST(TextFilterUseTest, IsForPositiveTestsOfThreeFoldedCharactersOfWhatFeedsIt)
     };
     using enum TextOption;
     const Case cases[]{
-        {"name", Comparator::contains, exact, "ana", true},
-        {"name", Comparator::equal, ignoringCase, "ana", true},
-        {"name", Comparator::beginsWith, ignoringCaseAndDiacritics, "ana", true},
-        {"name", Comparator::endsWith, exact, "ana", true},
-        {"note.text", Comparator::contains, ignoringCase, "ana", true},
-        {"friend.name", Comparator::contains, exact, "ana", true},
-        {"friend.note.text", Comparator::contains, exact, "ana", true},
+        {"city", Comparator::contains, exact, "ana", true},
+        {"city", Comparator::equal, ignoringCase, "ana", true},
+        {"city", Comparator::beginsWith, ignoringCaseAndDiacritics, "ana", true},
+        {"city", Comparator::endsWith, exact, "ana", true},
+        {"biography.text", Comparator::contains, ignoringCase, "ana", true},
+        {"friend.city", Comparator::contains, exact, "ana", true},
+        {"friend.biography.text", Comparator::contains, exact, "ana", true},
         {"index.text", Comparator::contains, exact, "ana", true},
-        {"code", Comparator::contains, exact, "ana", true},
-        {"name", Comparator::contains, exact, "\u00df\u00df", true},
-        {"name", Comparator::contains, exact, "an", false},
-        {"name", Comparator::contains, exact, "e\u0301\u0301\u0301", false},
-        {"name", Comparator::notEqual, exact, "ana", false},
-        {"name", Comparator::less, exact, "ana", false},
-        {"code", Comparator::equal, exact, "ana", false},
-        {"code", Comparator::beginsWith, exact, "ana", false},
-        {"secret", Comparator::contains, exact, "ana", false},
-        {"name", Comparator::contains, exact, "ana\x81\x82", false},
+        {"name", Comparator::contains, exact, "ana", true},
+        {"city", Comparator::contains, exact, "\u00df\u00df", true},
+        {"city", Comparator::contains, exact, "an", false},
+        {"city", Comparator::contains, exact, "e\u0301\u0301\u0301", false},
+        {"city", Comparator::notEqual, exact, "ana", false},
+        {"city", Comparator::less, exact, "ana", false},
+        {"name", Comparator::equal, exact, "ana", false},
+        {"name", Comparator::beginsWith, exact, "ana", false},
+        {"uniqueId", Comparator::contains, exact, "ana", false},
+        {"city", Comparator::contains, exact, "ana\x81\x82", false},
     };
     for (const auto& one : cases) {
         const auto test = StorePredicate::compare(one.path, one.comparator, Value(one.text), one.option);
         EXPECT_EQ(isFiltered(test), one.isFiltered) << os::printed(*test);
     }
-    const auto number = StorePredicate::compare("number", Comparator::contains, Value("960"));
-    EXPECT_TRUE(isFiltered(StorePredicate::rows("phones", Rows::some, number)));
-    EXPECT_FALSE(isFiltered(number, "Line")) << "a row may have no owner";
+    const auto number = StorePredicate::compare("text", Comparator::contains, Value("960"));
+    EXPECT_TRUE(isFiltered(StorePredicate::rows("handles", Rows::some, number)));
+    EXPECT_FALSE(isFiltered(number, "Handle")) << "a row may have no owner";
     EXPECT_FALSE(isFiltered(
-        StorePredicate::negation(StorePredicate::compare("name", Comparator::equal, Value("ana")))));
+        StorePredicate::negation(StorePredicate::compare("city", Comparator::equal, Value("ana")))));
 }
 
 } // namespace

@@ -1,9 +1,9 @@
 // Whether the trigram table says what the indexed rows say, whatever was done to them.
-#include "objectstore/TestModel.h"
+#include "objectstore/TestStore.h"
+
+#include "support/SQL.h"
 
 #include <gtest/gtest.h>
-
-#include <random>
 
 namespace test {
 namespace {
@@ -22,7 +22,7 @@ protected:
     /// The names of authors whose entry has the trigram.
     std::string having(const std::string& trigram) const
     {
-        return askSQL(path, "SELECT group_concat(rowid, ' ') FROM author_index_text('\"" + trigram + "\"')");
+        return runSQL(path, "SELECT group_concat(rowid, ' ') FROM author_index_text('\"" + trigram + "\"')");
     }
 
     /// Checks the table against the texts, by the full-text engine's own means.
@@ -33,8 +33,8 @@ protected:
     }
 
     const std::string path = freshPath();
-    platform::Ref<os::StoreCoordinator> coordinator = openLibrary(path);
-    platform::Ref<os::StoreContext> context = platform::makeRef<os::StoreContext>(coordinator);
+    const Store store{path};
+    const platform::Ref<os::StoreContext> context = store.makeContext();
 };
 
 TEST_F(TextIndexTest, FollowsInsertsChangesAndDeletes)
@@ -71,7 +71,7 @@ TEST_F(TextIndexTest, TakesOutWhatIsStoredNotWhatIsRemembered)
 {
     const ObjectRef ana = addIndexed("lima");
     must(context->save());
-    const auto other = platform::makeRef<os::StoreContext>(coordinator);
+    const auto other = store.makeContext();
     fetchAuthor(*other, "Author")->setValueForKeyPath("index.text", "ferro");
     ana->setValueForKeyPath("index.text", "castro");
     must(other->save());
@@ -79,33 +79,6 @@ TEST_F(TextIndexTest, TakesOutWhatIsStoredNotWhatIsRemembered)
     EXPECT_EQ(having("fer") + having("lim"), "");
     EXPECT_EQ(having("cas"), std::to_string(ana->key()));
     expectConsistent();
-}
-
-TEST_F(TextIndexTest, StaysConsistentThroughManySaves)
-{
-    std::mt19937 random(3);
-    const auto text = [&] {
-        std::string made;
-        for (int i = 0; i < 40; ++i)
-            made += static_cast<char>('a' + random() % 5);
-        return made;
-    };
-    ObjectList authors;
-    for (int round = 0; round < 150; ++round) {
-        for (int i = 0; i < 3; ++i)
-            authors.push_back(addIndexed(text()));
-        must(context->save());
-        const std::size_t chosen = random() % authors.size();
-        if (round % 3 == 0) {
-            context->deleteObject(*authors[chosen]);
-            authors.erase(authors.begin() + static_cast<std::ptrdiff_t>(chosen));
-        } else {
-            authors[chosen]->setValueForKeyPath("index.text", text());
-        }
-    }
-    must(context->save());
-    expectConsistent();
-    EXPECT_EQ(askSQL(path, "PRAGMA integrity_check"), "ok");
 }
 
 } // namespace
