@@ -82,7 +82,7 @@ public:
         if (_endsAtMark || atEnd()) {
             _start = _end;
         } else {
-            const bool both = _bytes[_end] == '\r' && _end + 1 < _bytes.size() && _bytes[_end + 1] == '\n';
+            const bool both = _end + 1 < _bytes.size() && _bytes[_end] == '\r' && _bytes[_end + 1] == '\n';
             _start = std::min(_end + (both ? 2 : 1), _bytes.size());
             ++_number;
         }

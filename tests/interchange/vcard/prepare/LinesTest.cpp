@@ -13,10 +13,12 @@ using namespace std::string_literals;
 
 constexpr std::size_t kNoLimit = 1U << 20;
 
+/// No byte stands behind the last one: a look beyond it is found out.
 std::vector<std::string> logicalLines(const std::string& bytes, Folding folding, std::size_t limit = kNoLimit)
 {
+    const std::vector<char> mapped(bytes.begin(), bytes.end());
     std::vector<std::string> logical;
-    for (PhysicalLines lines(bytes); !lines.atEnd();)
+    for (PhysicalLines lines({mapped.data(), mapped.size()}); !lines.atEnd();)
         readLogicalLine(lines, folding, limit, logical.emplace_back());
     return logical;
 }

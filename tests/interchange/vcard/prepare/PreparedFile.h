@@ -25,7 +25,9 @@ struct PreparedFile {
 
 inline PreparedFile prepared(std::string_view bytes, TextEncoding preferred = 0)
 {
-    Preparation preparation(bytes, {"f", preferred});
+    // No byte stands behind the last one, as at the end of a mapped file: a look beyond it is found out.
+    const std::vector<char> mapped(bytes.begin(), bytes.end());
+    Preparation preparation({mapped.data(), mapped.size()}, {"f", preferred});
     PreparedFile file;
     for (CanonicalCard card; preparation.next(card);)
         file.cards.push_back(card);
