@@ -189,14 +189,4 @@ TEST_F(PhoneFormatList, ComesFromTheUsersOwnResourceWhereThereIsOne)
     }
 }
 
-TEST_F(PhoneFormatList, OfTheSharedFormatterIsTheDefaultCountrys)
-{
-    test::openShared()->setDefaultCountryCode("us");
-    const auto formatter = ZRPhoneFormatter::sharedPhoneFormatter();
-    EXPECT_EQ(formatter, ZRPhoneFormatter::sharedPhoneFormatter());
-    EXPECT_EQ(formatter->formatAutosaveName(), "ZRPhoneFormat");
-    EXPECT_EQ(formatter->stringForObjectValue("4155551234"), "(415) 555-1234");
-    EXPECT_TRUE(stored("ZRPhoneFormat-Enabled").asBoolean());
-}
-
 } // namespace
