@@ -65,6 +65,13 @@ protected:
         return names;
     }
 
+    void removePeople() const
+    {
+        for (const auto& person : roster->people())
+            roster->removeRecord(person);
+        roster->save();
+    }
+
     std::filesystem::path folder;
     platform::Ref<ZRRoster> roster;
 };

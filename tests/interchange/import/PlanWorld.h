@@ -18,6 +18,14 @@ using Lines = std::vector<std::string>;
 
 /// A roster of its own for each test, and imports into it.
 class PlanTest : public MergeTest {
+public:
+    /// What became of each card, a word each; "refuse" is none of them.
+    static const char* wordFor(const ImportDecision& decision)
+    {
+        constexpr const char* words[] = {"add", "same", "update", "replace", "keep"};
+        return words[static_cast<std::size_t>(decision.fate)];
+    }
+
 protected:
     std::string vCard(const ZRPerson& card)
     {
@@ -31,13 +39,6 @@ protected:
         for (const auto& line : lines)
             text += vCard(*imported(line));
         return text;
-    }
-
-    /// What became of each card, a word each; "refuse" is none of them.
-    static const char* wordFor(const ImportDecision& decision)
-    {
-        constexpr const char* words[] = {"add", "same", "update", "replace", "keep"};
-        return words[static_cast<std::size_t>(decision.fate)];
     }
 
     struct Done {
