@@ -1,32 +1,17 @@
 // Any bytes as the notice file: a listener comes to their end, and hears what is posted after.
+#include "Target.h"
 #include "platform/files/Files.h"
 #include "platform/processes/NoticeFile.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-
 #include <unistd.h>
 
 namespace {
 
 using namespace platform;
+using fuzz::require;
 
 constexpr char kAfter[] = "posted after the damage";
-
-void require(bool holds, const char* what)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "%s\n", what);
-    std::abort();
-}
-
-std::string scratchFile()
-{
-    return std::filesystem::temp_directory_path() / ("fuzz-notices-" + std::to_string(getpid()));
-}
 
 /// Reads to the end; answers whether the last notice heard was `kAfter`. Each turn takes at least the head of
 /// one record, or moves to a new file.
@@ -48,8 +33,8 @@ bool readToTheEnd(NoticeTail& tail, std::size_t size)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    const auto path = scratchFile();
-    unlink(path.c_str());
+    static const fuzz::Home home;
+    const std::string path = home.path / "notices";
     NoticeTail tail(path);
     require(bool(tail.startAtEnd()), "no file to work on");
     std::ofstream(path, std::ios::binary | std::ios::trunc)

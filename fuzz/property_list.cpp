@@ -1,25 +1,16 @@
 // Any bytes as a property list: refused with a reason, or a value that comes back the same through both
 // forms.
+#include "Target.h"
 #include "platform/value/KeyedArchive.h"
 #include "platform/value/PropertyList.h"
-
-#include <cstdio>
-#include <cstdlib>
 
 namespace {
 
 using namespace platform;
+using fuzz::require;
 
 /// Small, so that arrays which hold one another twice are unfolded in no time when they are written again.
 constexpr PropertyListLimits kLimits{.depth = 512, .nodes = 1 << 16, .bytes = 1 << 22};
-
-void require(bool holds, const char* what, const std::string& detail = {})
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "%s: %s\n", what, detail.c_str());
-    std::abort();
-}
 
 /// Holds whatever it finds under two keys, so that forged archives can nest.
 class Pair : public Object {

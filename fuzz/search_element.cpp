@@ -1,47 +1,13 @@
 // Any bytes as an archived search: refused with a reason, or a search that is archived to the same again and
 // can be asked.
+#include "Target.h"
 #include "platform/value/KeyedArchive.h"
 #include "search/ZRSearchElement.h"
 #include "store/ZRRoster.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-
 namespace {
 
-namespace fs = std::filesystem;
-
-void require(bool holds, const char* what, const std::string& detail = {})
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "%s: %s\n", what, detail.c_str());
-    std::abort();
-}
-
-/// A home of the process's own, for the shared roster in which groups of archives are looked for.
-class Home {
-public:
-    Home()
-    {
-        std::string name = (fs::temp_directory_path() / "fuzz-XXXXXX").string();
-        require(mkdtemp(name.data()) != nullptr, "no home");
-        _path = name;
-        for (const char* variable :
-            {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR", "TMPDIR"})
-            setenv(variable, name.c_str(), 1);
-        ZRRoster::setShouldCreateEmptyDatabase(true);
-    }
-    ~Home()
-    {
-        std::error_code ignored;
-        fs::remove_all(_path, ignored);
-    }
-
-private:
-    fs::path _path;
-};
+using fuzz::require;
 
 void checkSearch(const ZRSearchElement& element) ZR_NTS
 {
@@ -77,7 +43,9 @@ void readArchive(std::string_view bytes)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    static const Home home;
+    // For the shared roster, in which groups of archives are looked for.
+    static const fuzz::Home home;
+    ZRRoster::setShouldCreateEmptyDatabase(true);
     readArchive(std::string_view(reinterpret_cast<const char*>(bytes), size));
     return 0;
 }

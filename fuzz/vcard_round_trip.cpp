@@ -1,16 +1,12 @@
 // Any bytes as a card: it is written and read back, and nothing may differ but what the list of losses says.
+#include "Target.h"
 #include "core/ZRConstants.h"
 #include "interchange/vcard/Journey.h"
 #include "platform/text/Utf.h"
 
 #include <array>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::array kTexts = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
     zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZRNicknameProperty, zr::kZRMaidenNameProperty,
@@ -97,37 +93,17 @@ test::PlainCard cardOf(Input& input)
     return card;
 }
 
-/// A home of the process's own, for preferences and pictures.
-struct Home {
-    Home()
-    {
-        std::string name = (fs::temp_directory_path() / "fuzz-XXXXXX").string();
-        if (!mkdtemp(name.data()))
-            std::abort();
-        path = name;
-        for (const char* variable :
-            {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR", "TMPDIR"})
-            setenv(variable, name.c_str(), 1);
-        ZRRoster::setShouldCreateEmptyDatabase(true);
-        roster = ZRRoster::emptyMemoryBackedRoster();
-        roster->setDefaultCountryCode("us");
-    }
-    ~Home()
-    {
-        roster = nullptr;
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-
-    fs::path path;
-    platform::Ref<ZRRoster> roster;
-};
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    static const Home home;
+    static const fuzz::Home home;
+    static const auto roster = [] {
+        ZRRoster::setShouldCreateEmptyDatabase(true);
+        auto made = ZRRoster::emptyMemoryBackedRoster();
+        made->setDefaultCountryCode("us");
+        return made;
+    }();
     Input input(bytes, size);
     const std::uint8_t way = input.number();
     // The bits that chose 3.0 and 2.1 still do, so that seeds of old mean what they meant.
@@ -139,13 +115,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         .withNote = (way & 4) == 0,
         .withPhoto = true,
         .countryCode = "us"};
-    const auto person = cardOf(input).addTo(home.roster);
+    const auto person = cardOf(input).addTo(roster);
     const test::PlainCard before = test::PlainCard::of(*person);
     const std::string data = test::written(*person, road);
-    home.roster->removeRecord(person);
+    roster->removeRecord(person);
     std::set<std::string_view> met;
     const test::PlainCard wanted = test::expected(before, road, met),
-                          got = test::comesBack(data, road, home.roster);
+                          got = test::comesBack(data, road, roster);
     if (got != wanted) {
         std::fprintf(stderr, "before:\n%s\nwanted:\n%s\ngot:\n%s\n%s", before.text().c_str(),
             wanted.text().c_str(), got.text().c_str(), data.c_str());
