@@ -8,17 +8,15 @@
 
 namespace {
 
-constexpr std::array kTexts = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
-    zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZRNicknameProperty, zr::kZRMaidenNameProperty,
-    zr::kZRFirstNamePhoneticProperty, zr::kZROrganizationProperty, zr::kZRDepartmentProperty,
-    zr::kZRJobTitleProperty, zr::kZRNoteProperty};
-constexpr std::array kEntries = {zr::kZREmailProperty, zr::kZRPhoneProperty, zr::kZRAddressProperty,
-    zr::kZRURLsProperty, zr::kZRCalendarURIsProperty, zr::kZRRelatedNamesProperty, zr::kZRAIMInstantProperty,
-    zr::kZRYahooInstantProperty};
-constexpr std::array kAddressParts = {zr::kZRAddressStreetKey, zr::kZRAddressCityKey, zr::kZRAddressStateKey,
-    zr::kZRAddressZIPKey, zr::kZRAddressCountryKey};
-constexpr std::array<std::string_view, 4> kLabels = {
-    zr::kZRHomeLabel, zr::kZRWorkLabel, zr::kZRPhoneMobileLabel, zr::kZROtherLabel};
+constexpr std::array kTexts = {kZRLastNameProperty, kZRFirstNameProperty, kZRMiddleNameProperty,
+    kZRTitleProperty, kZRSuffixProperty, kZRNicknameProperty, kZRMaidenNameProperty,
+    kZRFirstNamePhoneticProperty, kZROrganizationProperty, kZRDepartmentProperty, kZRJobTitleProperty,
+    kZRNoteProperty};
+constexpr std::array kEntries = {kZREmailProperty, kZRPhoneProperty, kZRAddressProperty, kZRURLsProperty,
+    kZRCalendarURIsProperty, kZRRelatedNamesProperty, kZRAIMInstantProperty, kZRYahooInstantProperty};
+constexpr std::array kAddressParts = {
+    kZRAddressStreetKey, kZRAddressCityKey, kZRAddressStateKey, kZRAddressZIPKey, kZRAddressCountryKey};
+constexpr std::array kLabels = {kZRHomeLabel, kZRWorkLabel, kZRPhoneMobileLabel, kZROtherLabel};
 /// A name of 256 characters counts as none, wherever it is shown.
 constexpr std::size_t kLongestText = 120;
 
@@ -67,7 +65,7 @@ test::PlainEntry entryOf(Input& input, std::string_view property, std::uint8_t k
     entry.label = kind < 200 ? std::string(kLabels[kind % kLabels.size()]) : input.text();
     if (entry.label.empty())
         entry.label.push_back(' ');
-    if (property != zr::kZRAddressProperty)
+    if (property != kZRAddressProperty)
         entry.value[""] = input.text();
     else
         for (const auto part : kAddressParts)

@@ -20,8 +20,7 @@ protected:
     }
     static std::string lastName(const interchange::ReadCard& card)
     {
-        return card.values ? std::string(card.values->valueForProperty(zr::kZRLastNameProperty).asText())
-                           : "";
+        return card.values ? std::string(card.values->valueForProperty(kZRLastNameProperty).asText()) : "";
     }
 };
 

@@ -63,7 +63,7 @@ TEST_F(GroupsTest, StayInNotesUntilTheyAreAskedFor)
     EXPECT_EQ(groups(), (std::map<std::string, std::string>()));
     std::multiset<std::string> notes;
     for (const auto& person : roster->people())
-        notes.emplace(person->valueForProperty(zr::kZRNoteProperty).asText());
+        notes.emplace(person->valueForProperty(kZRNoteProperty).asText());
     EXPECT_THAT(notes,
         testing::ElementsAre("CATEGORIES: Boats", "CATEGORIES: Friends,Boats", "KIND: group\nMEMBER: g1",
             "KIND: group\nMEMBER: urn:uuid:AA\nMEMBER: urn:uuid:bb\nMEMBER: mailto:x@y.z"));

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <random>
 
 using namespace cardtext;
@@ -28,10 +27,10 @@ int cardsIn(std::string_view data)
     for (std::size_t attempts = 0; parser && !parser->atEnd(); ++attempts) {
         Setter setter;
         cards += parser->importToValueSetter(setter);
-        if (attempts > data.size())
+        if (attempts > data.size()) {
             ADD_FAILURE() << "no progress in " << testing::PrintToString(data);
-        if (attempts > data.size())
             break;
+        }
     }
     return cards;
 }
@@ -48,7 +47,7 @@ TEST(Garbage, CutOffAnywhereIsNoCard)
     }
 }
 
-TEST(Garbage, InOneCardLeavesTheOthers)
+TEST(Garbage, InACardIsSurvived)
 {
     const std::string whole = fullCard();
     std::mt19937 random(7);
@@ -88,7 +87,8 @@ TEST(Garbage, OfAllLengthsAndBytesIsSurvived)
     }
 }
 
-// Each of these once made, or could make, the reader take time that grows with the square of the data.
+// Each of these once made, or could make, the reader take time that grows with the square of the data: hours,
+// where it takes well below a second with sanitizers.
 TEST(Garbage, OfAMegabyteIsReadInLinearTime)
 {
     const auto repeated = [](std::string_view piece) {
@@ -100,23 +100,14 @@ TEST(Garbage, OfAMegabyteIsReadInLinearTime)
     for (const char* piece :
         {"a:\\\n", "A=\n ", "A=\r\n A=", "NOTE;QUOTED-PRINTABLE:=5C\n", ";TYPE=HOME", ";a=b",
             "TEL;TYPE=HOME,", "X-AIM:a;", "\n\n\n\n", "PHOTO;BASE64:\n", " \n", "item1.X-ZRLabel:a\n",
-            "x:y\n", "NOTE:a\n b", "BEGIN:VCARD\n", "END:VCARD\nBEGIN:VCARD\n", "A;b=\n", "A;b:\n\n "}) {
-        const auto begin = std::chrono::steady_clock::now();
+            "x:y\n", "NOTE:a\n b", "BEGIN:VCARD\n", "END:VCARD\nBEGIN:VCARD\n", "A;b=\n", "A;b:\n\n "})
         cardsIn(repeated(piece));
-        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
-        // The slowest takes well below a second with sanitizers; the square would take hours.
-        EXPECT_LT(taken.count(), 20) << testing::PrintToString(piece);
-    }
-    std::string lines;
+    std::string parameters = "TEL", addresses = "X-AIM:";
     for (int number = 0; number < 100000; ++number)
-        lines += ";p" + std::to_string(number);
-    std::string addresses = "X-AIM:";
+        parameters += ";p" + std::to_string(number);
     for (int number = 0; number < 200000; ++number)
         addresses += std::to_string(number) + ";";
-    const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(cardsIn(card("TEL" + lines + ":1\n" + "TEL:2\n" + addresses + "\n")), 1);
-    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
-    EXPECT_LT(taken.count(), 20);
+    EXPECT_EQ(cardsIn(card(parameters + ":1\nTEL:2\n" + addresses + "\n")), 1);
 }
 
 } // namespace

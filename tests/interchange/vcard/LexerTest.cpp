@@ -96,14 +96,6 @@ TEST(LexerTokens, CountAndLogErrors)
         (Names{"vCard Syntax Error, character: 11 : g", "vCard Syntax Error, character: 18 : g"}));
 }
 
-TEST(LexerTokens, HaveNames)
-{
-    EXPECT_EQ(tokenName(kNoToken), "ZRNoToken");
-    EXPECT_EQ(tokenName(kSyntaxError), "ZRERROR");
-    EXPECT_EQ(tokenName(0x0801), "VERSION");
-    EXPECT_EQ(tokenName(0x1234), "????");
-}
-
 TEST(LexerTokens, AreSearchedThroughTheClassesThatMayStandBetween)
 {
     EXPECT_TRUE(lexerOn("  :")->advanceToToken(kColonToken, kSpace));

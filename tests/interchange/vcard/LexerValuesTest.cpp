@@ -237,23 +237,4 @@ TEST(LexerBase64, GoesOnOverLinesThatBeginWithASpace)
         }
 }
 
-// A value that escapes every end of its line reaches for the end of the data, again and again.
-TEST(LexerStrings, WithoutAnEndAreGivenUpInTime)
-{
-    std::string data = "BEGIN:VCARD\n";
-    for (int line = 0; line < 200000; ++line)
-        data += "a:\\\n";
-    const auto lexer = ZRVCardLexer::initWithData(data);
-    int strings = 0;
-    while (!lexer->atEOF()) {
-        ++strings;
-        lexer->nextArraySeperatedByToken(kGroupSeparator, kHeaderStops, kASCIIEncoding);
-        lexer->advanceToToken(kColonToken, 0);
-        lexer->nextStringInEncoding(kASCIIEncoding, false, kFieldStops, true);
-        lexer->advanceToEOL();
-        lexer->advancePastEOL();
-    }
-    EXPECT_LT(strings, 1000);
-}
-
 } // namespace

@@ -15,17 +15,17 @@ namespace test {
 
 namespace {
 
-constexpr std::array kMessaging = {zr::kZRAIMInstantProperty, zr::kZRJabberInstantProperty,
-    zr::kZRMSNInstantProperty, zr::kZRYahooInstantProperty, zr::kZRICQInstantProperty};
-constexpr std::array kTexts = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
-    zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZRNicknameProperty, zr::kZRMaidenNameProperty,
-    zr::kZRFirstNamePhoneticProperty, zr::kZRMiddleNamePhoneticProperty, zr::kZRLastNamePhoneticProperty,
-    zr::kZROrganizationProperty, zr::kZRDepartmentProperty, zr::kZRJobTitleProperty, zr::kZRNoteProperty,
-    zr::kZRBirthdayProperty};
-constexpr std::array kEntries = {zr::kZREmailProperty, zr::kZRPhoneProperty, zr::kZRAddressProperty,
-    zr::kZRURLsProperty, zr::kZRCalendarURIsProperty, zr::kZROtherDatesProperty, zr::kZRRelatedNamesProperty};
-constexpr std::array kAddressParts = {zr::kZRAddressStreetKey, zr::kZRAddressCityKey, zr::kZRAddressStateKey,
-    zr::kZRAddressZIPKey, zr::kZRAddressCountryKey, zr::kZRAddressCountryCodeKey};
+constexpr std::array kMessaging = {kZRAIMInstantProperty, kZRJabberInstantProperty, kZRMSNInstantProperty,
+    kZRYahooInstantProperty, kZRICQInstantProperty};
+constexpr std::array kTexts = {kZRLastNameProperty, kZRFirstNameProperty, kZRMiddleNameProperty,
+    kZRTitleProperty, kZRSuffixProperty, kZRNicknameProperty, kZRMaidenNameProperty,
+    kZRFirstNamePhoneticProperty, kZRMiddleNamePhoneticProperty, kZRLastNamePhoneticProperty,
+    kZROrganizationProperty, kZRDepartmentProperty, kZRJobTitleProperty, kZRNoteProperty,
+    kZRBirthdayProperty};
+constexpr std::array kEntries = {kZREmailProperty, kZRPhoneProperty, kZRAddressProperty, kZRURLsProperty,
+    kZRCalendarURIsProperty, kZROtherDatesProperty, kZRRelatedNamesProperty};
+constexpr std::array kAddressParts = {kZRAddressStreetKey, kZRAddressCityKey, kZRAddressStateKey,
+    kZRAddressZIPKey, kZRAddressCountryKey, kZRAddressCountryCodeKey};
 
 /// The name that a card without a name is shown by stands in FN; it takes the way of any text.
 constexpr std::string_view kShownName = "FN";
@@ -95,7 +95,7 @@ void withEscapedLinks(PlainCard& card, const List& properties)
 void withoutHeldBack(PlainCard& card, const Road& road)
 {
     if (!road.withNote)
-        card.texts.erase(std::string(zr::kZRNoteProperty));
+        card.texts.erase(kZRNoteProperty);
     if (!road.withPhoto)
         card.photo.clear();
 }
@@ -111,7 +111,7 @@ void withoutLines(PlainCard& card, const Road&)
 
 void withoutFurtherAddressParts(PlainCard& card, const Road&)
 {
-    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
+    for (PlainEntry& entry : card.entries[kZRAddressProperty])
         std::erase_if(entry.value, [](const auto& part) { return !holds(kAddressParts, part.first); });
 }
 
@@ -124,7 +124,7 @@ void withoutGroups(PlainCard& card, const Road& road)
     card.groups.clear();
     if (names.empty() || !road.isPrepared)
         return;
-    std::string& note = card.texts[std::string(zr::kZRNoteProperty)];
+    std::string& note = card.texts[kZRNoteProperty];
     trim(note, " \t");
     if (road.version == Version::v40)
         replaceAll(note, "\r\n", "\n"), replaceAll(note, "\r", "\n");
@@ -135,11 +135,11 @@ void without21(PlainCard& card, const Road& road)
 {
     if (road.version != Version::v21)
         return;
-    card.entries.erase(std::string(zr::kZRCalendarURIsProperty));
+    card.entries.erase(kZRCalendarURIsProperty);
     card.photo.clear();
     card.flags = 0;
-    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
-        entry.value.erase(std::string(zr::kZRAddressCountryCodeKey));
+    for (PlainEntry& entry : card.entries[kZRAddressProperty])
+        entry.value.erase(kZRAddressCountryCodeKey);
 }
 
 /// Of an address nothing is left but the address.
@@ -147,9 +147,9 @@ void withoutEmptyTexts(PlainCard& card, const Road&)
 {
     std::erase_if(card.texts, [](const auto& text) { return text.second.empty(); });
     for (auto& [property, entries] : card.entries)
-        if (property != zr::kZRAddressProperty)
+        if (property != kZRAddressProperty)
             std::erase_if(entries, [](const PlainEntry& entry) { return entry.value.at("").empty(); });
-    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
+    for (PlainEntry& entry : card.entries[kZRAddressProperty])
         std::erase_if(entry.value, [](const auto& part) { return part.second.empty(); });
 }
 
@@ -170,20 +170,20 @@ void withoutBlankLine(PlainCard& card, const List& parts)
 void withoutOuterTabs(PlainCard& card, const Road& road)
 {
     withoutBlankLine(card,
-        std::array{zr::kZRLastNameProperty, zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
-            zr::kZRTitleProperty, zr::kZRSuffixProperty});
-    withoutBlankLine(card, std::array{zr::kZROrganizationProperty, zr::kZRDepartmentProperty});
-    constexpr std::array notFirst = {zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
-        zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZRDepartmentProperty};
-    constexpr std::array notLast = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty,
-        zr::kZRMiddleNameProperty, zr::kZRTitleProperty, zr::kZROrganizationProperty};
+        std::array{kZRLastNameProperty, kZRFirstNameProperty, kZRMiddleNameProperty, kZRTitleProperty,
+            kZRSuffixProperty});
+    withoutBlankLine(card, std::array{kZROrganizationProperty, kZRDepartmentProperty});
+    constexpr std::array notFirst = {kZRFirstNameProperty, kZRMiddleNameProperty, kZRTitleProperty,
+        kZRSuffixProperty, kZRDepartmentProperty};
+    constexpr std::array notLast = {kZRLastNameProperty, kZRFirstNameProperty, kZRMiddleNameProperty,
+        kZRTitleProperty, kZROrganizationProperty};
     // 4.0 has no empty department behind an organization.
     const bool isOrganizationLast =
-        road.version == Version::v40 && !card.texts.contains(std::string(zr::kZRDepartmentProperty));
+        road.version == Version::v40 && !card.texts.contains(kZRDepartmentProperty);
     for (auto& [property, text] : card.texts) {
         if (!holds(notFirst, property))
             trimFront(text, " \t");
-        if (!holds(notLast, property) || (isOrganizationLast && property == zr::kZROrganizationProperty))
+        if (!holds(notLast, property) || (isOrganizationLast && property == kZROrganizationProperty))
             trimBack(text, " \t");
     }
     forEachEntry(card, [](const std::string&, PlainEntry& entry) {
@@ -191,7 +191,7 @@ void withoutOuterTabs(PlainCard& card, const Road& road)
         for (auto& [key, text] : entry.value)
             if (key.empty())
                 trim(text, " \t");
-            else if (key == zr::kZRAddressCountryKey)
+            else if (key == kZRAddressCountryKey)
                 trimBack(text, " \t");
     });
 }
@@ -200,12 +200,12 @@ void withoutOuterTabs(PlainCard& card, const Road& road)
 /// What is blanks alone is as empty as an empty text, save for the maiden name, which is there and empty.
 void withoutOuterBlanks(PlainCard& card, const Road& road)
 {
-    const bool hadMaidenName = card.texts.contains(std::string(zr::kZRMaidenNameProperty));
+    const bool hadMaidenName = card.texts.contains(kZRMaidenNameProperty);
     if (road.isPrepared)
         withoutOuterTabs(card, road);
     forEachText(card, [](std::string& text) { trim(text); });
-    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
-        if (const auto street = entry.value.find(std::string(zr::kZRAddressStreetKey));
+    for (PlainEntry& entry : card.entries[kZRAddressProperty])
+        if (const auto street = entry.value.find(kZRAddressStreetKey);
             street != entry.value.end() && road.version != Version::v40)
             if (const std::size_t end = street->second.find('\r'); end != std::string::npos) {
                 std::string first = street->second.substr(0, end), second = street->second.substr(end + 1);
@@ -214,7 +214,7 @@ void withoutOuterBlanks(PlainCard& card, const Road& road)
             }
     withoutEmptyTexts(card, road);
     if (hadMaidenName && !road.isPrepared)
-        card.texts.try_emplace(std::string(zr::kZRMaidenNameProperty));
+        card.texts.try_emplace(kZRMaidenNameProperty);
 }
 
 /// An address of nothing but its country's code. The first CR of a street parts two fields.
@@ -223,13 +223,12 @@ void withoutEmptyAddresses(PlainCard& card, const Road& road)
     const auto isBlank = [&](const auto& part) {
         std::string text = part.second;
         if (const std::size_t end = text.find('\r');
-            end != std::string::npos && part.first == zr::kZRAddressStreetKey && road.version != Version::v40)
+            end != std::string::npos && part.first == kZRAddressStreetKey && road.version != Version::v40)
             text.erase(end, 1);
-        return part.first == zr::kZRAddressCountryCodeKey
-            || text.find_first_not_of(" \t") == std::string::npos;
+        return part.first == kZRAddressCountryCodeKey || text.find_first_not_of(" \t") == std::string::npos;
     };
     if (road.isPrepared)
-        std::erase_if(card.entries[std::string(zr::kZRAddressProperty)],
+        std::erase_if(card.entries[kZRAddressProperty],
             [&](const PlainEntry& entry) { return std::ranges::all_of(entry.value, isBlank); });
 }
 
@@ -238,9 +237,8 @@ void splitStreets(PlainCard& card, const Road& road)
 {
     if (road.version == Version::v40)
         return;
-    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)])
-        if (const auto street = entry.value.find(std::string(zr::kZRAddressStreetKey));
-            street != entry.value.end())
+    for (PlainEntry& entry : card.entries[kZRAddressProperty])
+        if (const auto street = entry.value.find(kZRAddressStreetKey); street != entry.value.end())
             if (const std::size_t end = street->second.find('\r'); end != std::string::npos) {
                 const std::string first = street->second.substr(0, end),
                                   second = street->second.substr(end + 1);
@@ -250,7 +248,7 @@ void splitStreets(PlainCard& card, const Road& road)
             }
 }
 
-constexpr std::array kLinks = {zr::kZRURLsProperty, zr::kZRCalendarURIsProperty};
+constexpr std::array kLinks = {kZRURLsProperty, kZRCalendarURIsProperty};
 
 /// In 4.0 links are URIs, of which nothing is left to change.
 void withLineFeeds(PlainCard& card, const Road& road)
@@ -294,8 +292,7 @@ void withoutBackslashes(PlainCard& card, const Road& road)
 /// lines.
 void withFirstAsPrimary(PlainCard& card, const Road& road)
 {
-    constexpr std::array notPreferred21 = {
-        zr::kZREmailProperty, zr::kZRPhoneProperty, zr::kZRAddressProperty};
+    constexpr std::array notPreferred21 = {kZREmailProperty, kZRPhoneProperty, kZRAddressProperty};
     for (auto& [property, entries] : card.entries) {
         const auto primary = std::ranges::find_if(entries, &PlainEntry::isPrimary);
         const bool isSeen = road.isPrepared && primary != entries.end()
@@ -318,42 +315,38 @@ void withoutEqualMessaging(PlainCard& card, const Road&)
     }
 }
 
-void withEscapedURLs(PlainCard& card, const Road&)
-{
-    withEscapedLinks(card, std::array{zr::kZRURLsProperty});
-}
+void withEscapedURLs(PlainCard& card, const Road&) { withEscapedLinks(card, std::array{kZRURLsProperty}); }
 
 /// An address of 2.1 has only the name of its country.
 void withCountryCodes(PlainCard& card, const Road& road)
 {
     vcard::prepare::Countries countries;
-    for (PlainEntry& entry : card.entries[std::string(zr::kZRAddressProperty)]) {
-        const auto country = entry.value.find(std::string(zr::kZRAddressCountryKey));
+    for (PlainEntry& entry : card.entries[kZRAddressProperty]) {
+        const auto country = entry.value.find(kZRAddressCountryKey);
         std::string code;
         if (road.version == Version::v21 && road.isPrepared && country != entry.value.end())
             code = countries.codeOf(canonical(country->second));
-        entry.value.try_emplace(
-            std::string(zr::kZRAddressCountryCodeKey), code.empty() ? road.countryCode : code);
+        entry.value.try_emplace(kZRAddressCountryCodeKey, code.empty() ? road.countryCode : code);
     }
 }
 
 /// The label that an entry gets from a line that says nothing of one.
 std::string_view labelOfNone(std::string_view property)
 {
-    if (property == zr::kZRURLsProperty)
-        return zr::kZRHomePageLabel;
-    if (property == zr::kZRPhoneProperty || property == zr::kZROtherDatesProperty
-        || property == zr::kZRRelatedNamesProperty)
-        return zr::kZROtherLabel;
-    return zr::kZRWorkLabel;
+    if (property == kZRURLsProperty)
+        return kZRHomePageLabel;
+    if (property == kZRPhoneProperty || property == kZROtherDatesProperty
+        || property == kZRRelatedNamesProperty)
+        return kZROtherLabel;
+    return kZRWorkLabel;
 }
 
 void withoutEmptyLabels(PlainCard& card, const Road& road)
 {
     forEachEntry(card, [&](const std::string& property, PlainEntry& entry) {
         if (entry.label.empty())
-            entry.label = property == zr::kZRAddressProperty && road.version == Version::v30
-                ? zr::kZRHomeLabel
+            entry.label = property == kZRAddressProperty && road.version == Version::v30
+                ? kZRHomeLabel
                 : labelOfNone(property);
     });
 }
@@ -362,21 +355,21 @@ void withoutHomeAndWorkOfDates(PlainCard& card, const Road& road)
 {
     if (road.version == Version::v40)
         return;
-    for (const auto property : {zr::kZROtherDatesProperty, zr::kZRRelatedNamesProperty})
+    for (const auto property : {kZROtherDatesProperty, kZRRelatedNamesProperty})
         if (const auto at = card.entries.find(std::string(property)); at != card.entries.end())
             for (PlainEntry& entry : at->second)
-                if (entry.label == zr::kZRHomeLabel || entry.label == zr::kZRWorkLabel)
-                    entry.label = zr::kZROtherLabel;
+                if (entry.label == kZRHomeLabel || entry.label == kZRWorkLabel)
+                    entry.label = kZROtherLabel;
 }
 
 void withoutOwnLabels21(PlainCard& card, const Road& road)
 {
-    constexpr std::array phoneLabels = {zr::kZRPhoneMobileLabel, zr::kZRPhoneMainLabel,
-        zr::kZRPhoneHomeFAXLabel, zr::kZRPhoneWorkFAXLabel, zr::kZRPhonePagerLabel};
+    constexpr std::array phoneLabels = {kZRPhoneMobileLabel, kZRPhoneMainLabel, kZRPhoneHomeFAXLabel,
+        kZRPhoneWorkFAXLabel, kZRPhonePagerLabel};
     if (road.version == Version::v21)
         forEachEntry(card, [&](const std::string& property, PlainEntry& entry) {
-            const bool hasType = entry.label == zr::kZRHomeLabel || entry.label == zr::kZRWorkLabel
-                || (property == zr::kZRPhoneProperty && holds(phoneLabels, entry.label));
+            const bool hasType = entry.label == kZRHomeLabel || entry.label == kZRWorkLabel
+                || (property == kZRPhoneProperty && holds(phoneLabels, entry.label));
             if (!hasType)
                 entry.label = labelOfNone(property);
         });
@@ -397,25 +390,25 @@ void withoutOtherFlags(PlainCard& card, const Road&)
 void asCompany(PlainCard& card, const Road&)
 {
     const auto has = [&](std::string_view property) { return card.texts.contains(std::string(property)); };
-    if (has(zr::kZROrganizationProperty) && !has(zr::kZRFirstNameProperty) && !has(zr::kZRLastNameProperty))
+    if (has(kZROrganizationProperty) && !has(kZRFirstNameProperty) && !has(kZRLastNameProperty))
         card.flags = (card.flags & ~std::int64_t(7)) | 1;
 }
 
 void addShownName(PlainCard& card)
 {
     // A name of blanks is one: it is shown, and goes with them.
-    for (const auto property : {zr::kZRFirstNameProperty, zr::kZRLastNameProperty})
+    for (const auto property : {kZRFirstNameProperty, kZRLastNameProperty})
         if (const auto text = card.texts.find(std::string(property));
             text != card.texts.end() && !text->second.empty())
             return;
     const bool isCompany = (card.flags & 7) == 1;
-    for (const auto property : {isCompany ? zr::kZROrganizationProperty : zr::kZRNicknameProperty,
-             isCompany ? zr::kZRNicknameProperty : zr::kZROrganizationProperty})
+    for (const auto property : {isCompany ? kZROrganizationProperty : kZRNicknameProperty,
+             isCompany ? kZRNicknameProperty : kZROrganizationProperty})
         if (const auto text = card.texts.find(std::string(property)); text != card.texts.end()) {
             card.texts.emplace(kShownName, text->second);
             return;
         }
-    for (const auto property : {zr::kZREmailProperty, zr::kZRAIMInstantProperty})
+    for (const auto property : {kZREmailProperty, kZRAIMInstantProperty})
         if (const auto values = card.entries.find(std::string(property)); values != card.entries.end()) {
             card.texts.emplace(kShownName, values->second.front().value.at(""));
             return;
@@ -438,8 +431,8 @@ void addFields(PlainCard& card, std::string_view fields, const List& properties)
 /// organization.
 void withShownName(PlainCard& card, const Road& road)
 {
-    constexpr std::array ofName = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty,
-        zr::kZRMiddleNameProperty, zr::kZRTitleProperty, zr::kZRSuffixProperty};
+    constexpr std::array ofName = {kZRLastNameProperty, kZRFirstNameProperty, kZRMiddleNameProperty,
+        kZRTitleProperty, kZRSuffixProperty};
     const auto text = [&](std::string_view property) {
         const auto at = card.texts.find(std::string(property));
         return at == card.texts.end() ? std::string() : at->second;
@@ -450,16 +443,16 @@ void withShownName(PlainCard& card, const Road& road)
     if (!road.isPrepared || !name || std::ranges::any_of(ofName, hasText))
         return;
     const std::string shown = canonical(name.mapped());
-    const bool hasOrganization = hasText(zr::kZROrganizationProperty) || hasText(zr::kZRDepartmentProperty);
+    const bool hasOrganization = hasText(kZROrganizationProperty) || hasText(kZRDepartmentProperty);
     const auto organization =
-        canonical(text(zr::kZROrganizationProperty)) + ";" + canonical(text(zr::kZRDepartmentProperty));
+        canonical(text(kZROrganizationProperty)) + ";" + canonical(text(kZRDepartmentProperty));
     const auto fields = vcard::prepare::nameFromText(shown);
     const bool isOneWord = shown.find_first_of(" ,\t\\") == shown.npos
         || vcard::prepare::isEmptyValue(fields, vcard::prepare::Shape::fields);
     if (isCompany && road.version == Version::v40 && !hasOrganization)
-        card.texts.emplace(zr::kZROrganizationProperty, name.mapped());
+        card.texts.emplace(kZROrganizationProperty, name.mapped());
     else if (!hasOrganization && (isCompany || isOneWord))
-        card.texts.emplace(zr::kZRLastNameProperty, name.mapped());
+        card.texts.emplace(kZRLastNameProperty, name.mapped());
     else if (!isCompany && !(hasOrganization && vcard::prepare::isSaidBy(shown, organization)))
         addFields(card, fields, ofName);
 }

@@ -81,6 +81,20 @@ TEST(ParserFrame, ReadsCardsOneBehindTheOther)
     EXPECT_EQ(cards, (Lines{"Last=Lima", "Last=Bo Ek"})) << "nothing of the first card is left in the second";
 }
 
+TEST(ParserFrame, ReadsEveryExampleThatComesWithTheLibrary)
+{
+    std::size_t cards = 0;
+    for (const auto& file : std::filesystem::directory_iterator(test::kExampleCards)) {
+        const std::string data = test::contentsOf(file.path());
+        const auto parser = ZRVCardParser::initWithData(data);
+        ASSERT_TRUE(parser) << file;
+        for (; !parser->atEnd(); ++cards)
+            if (Setter setter; !parser->importToValueSetter(setter))
+                ADD_FAILURE() << file << ": " << parser->failureReason();
+    }
+    EXPECT_EQ(cards, 48U);
+}
+
 TEST(ParserFrame, ReadsUTF16OfBothOrdersAndWithoutAMark)
 {
     const std::string text = card("N:Müller;山田\nTEL;TYPE=HOME:+49\\n1\nNOTE:a\n b\n");

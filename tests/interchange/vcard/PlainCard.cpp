@@ -19,7 +19,7 @@ using platform::Value;
 
 bool isDayProperty(std::string_view property)
 {
-    return property == zr::kZRBirthdayProperty || property == zr::kZROtherDatesProperty;
+    return property == kZRBirthdayProperty || property == kZROtherDatesProperty;
 }
 
 std::string plainText(const Value& value)
@@ -95,10 +95,10 @@ PlainCard PlainCard::of(const ZRPerson& person)
     PlainCard card;
     for (const auto& property : ZRRecord::propertiesWithRoster(person.recordClass(), person.roster().get())) {
         const Value value = person.valueForProperty(property);
-        if (value.isNothing() || property == zr::kZRUIDProperty || property == zr::kZRCreationDateProperty
-            || property == zr::kZRModificationDateProperty || property == zr::kZRImageProperty)
+        if (value.isNothing() || property == kZRUIDProperty || property == kZRCreationDateProperty
+            || property == kZRModificationDateProperty || property == kZRImageProperty)
             continue;
-        if (property == zr::kZRPersonFlags)
+        if (property == kZRPersonFlags)
             card.flags = value.asInteger();
         else if (const auto* values = value.as<ZRMultiValue>())
             card.entries[property] = plainEntries(*values);

@@ -11,21 +11,19 @@ namespace test {
 
 namespace {
 
-constexpr std::array kTexts = {zr::kZRLastNameProperty, zr::kZRFirstNameProperty, zr::kZRMiddleNameProperty,
-    zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZRNicknameProperty, zr::kZRMaidenNameProperty,
-    zr::kZRFirstNamePhoneticProperty, zr::kZRMiddleNamePhoneticProperty, zr::kZRLastNamePhoneticProperty,
-    zr::kZROrganizationProperty, zr::kZRDepartmentProperty, zr::kZRJobTitleProperty, zr::kZRNoteProperty,
-    zr::kZRHomePageProperty};
-constexpr std::array kEntries = {zr::kZREmailProperty, zr::kZRPhoneProperty, zr::kZRAddressProperty,
-    zr::kZRURLsProperty, zr::kZRCalendarURIsProperty, zr::kZROtherDatesProperty, zr::kZRRelatedNamesProperty,
-    zr::kZRAIMInstantProperty, zr::kZRJabberInstantProperty, zr::kZRMSNInstantProperty,
-    zr::kZRYahooInstantProperty, zr::kZRICQInstantProperty};
-constexpr std::array kAddressParts = {zr::kZRAddressStreetKey, zr::kZRAddressCityKey, zr::kZRAddressStateKey,
-    zr::kZRAddressZIPKey, zr::kZRAddressCountryKey};
-constexpr std::array<std::string_view, 12> kLabels = {zr::kZRHomeLabel, zr::kZRWorkLabel, zr::kZRHomeLabel,
-    zr::kZRWorkLabel, zr::kZROtherLabel, zr::kZRHomePageLabel, zr::kZRPhoneMobileLabel,
-    zr::kZRPhoneHomeFAXLabel, zr::kZRPhoneWorkFAXLabel, zr::kZRPhonePagerLabel, zr::kZRPhoneMainLabel,
-    "Summer house; north, or: so"};
+constexpr std::array kTexts = {kZRLastNameProperty, kZRFirstNameProperty, kZRMiddleNameProperty,
+    kZRTitleProperty, kZRSuffixProperty, kZRNicknameProperty, kZRMaidenNameProperty,
+    kZRFirstNamePhoneticProperty, kZRMiddleNamePhoneticProperty, kZRLastNamePhoneticProperty,
+    kZROrganizationProperty, kZRDepartmentProperty, kZRJobTitleProperty, kZRNoteProperty,
+    kZRHomePageProperty};
+constexpr std::array kEntries = {kZREmailProperty, kZRPhoneProperty, kZRAddressProperty, kZRURLsProperty,
+    kZRCalendarURIsProperty, kZROtherDatesProperty, kZRRelatedNamesProperty, kZRAIMInstantProperty,
+    kZRJabberInstantProperty, kZRMSNInstantProperty, kZRYahooInstantProperty, kZRICQInstantProperty};
+constexpr std::array kAddressParts = {
+    kZRAddressStreetKey, kZRAddressCityKey, kZRAddressStateKey, kZRAddressZIPKey, kZRAddressCountryKey};
+constexpr std::array kLabels = {kZRHomeLabel, kZRWorkLabel, kZRHomeLabel, kZRWorkLabel, kZROtherLabel,
+    kZRHomePageLabel, kZRPhoneMobileLabel, kZRPhoneHomeFAXLabel, kZRPhoneWorkFAXLabel, kZRPhonePagerLabel,
+    kZRPhoneMainLabel, "Summer house; north, or: so"};
 constexpr std::array<std::string_view, 12> kWords = {"Ana", "Müller-Lüdenscheidt", "Ωμέγα", "Ольга",
     "عبد الله", "山田花子", "👩‍💻", "a;b", "x,y", "http://x.example/?a=1;b", "7:30",
     "N:Lima;END:VCARD"};
@@ -68,8 +66,8 @@ PlainEntry RandomCards::entry(std::string_view property)
 {
     PlainEntry entry;
     entry.label = label();
-    if (property != zr::kZRAddressProperty) {
-        entry.value[""] = property == zr::kZROtherDatesProperty ? day() : text();
+    if (property != kZRAddressProperty) {
+        entry.value[""] = property == kZROtherDatesProperty ? day() : text();
         return entry;
     }
     const bool isBare = once(8);
@@ -77,7 +75,7 @@ PlainEntry RandomCards::entry(std::string_view property)
         if (!isBare && !once(3))
             entry.value[std::string(part)] = text();
     if (!once(3))
-        entry.value[std::string(zr::kZRAddressCountryCodeKey)] = kCountryCodes[number(kCountryCodes.size())];
+        entry.value[kZRAddressCountryCodeKey] = kCountryCodes[number(kCountryCodes.size())];
     if (once(6))
         entry.value["Region"] = "North";
     return entry;
@@ -102,7 +100,7 @@ PlainCard RandomCards::next()
         if (once(isRich ? 2 : 5))
             card.texts[std::string(property)] = text();
     if (once(3))
-        card.texts[std::string(zr::kZRBirthdayProperty)] = day();
+        card.texts[kZRBirthdayProperty] = day();
     for (const auto property : kEntries)
         if (once(isRich ? 2 : 5))
             card.entries[std::string(property)] = entries(property);

@@ -108,10 +108,10 @@ TEST_F(RoundTrip, Of21KeepsEveryScriptUnderEveryPreference)
         preferences->setObject(preferred, kZR21vCardEncoding);
         for (const char* const text : texts) {
             PlainCard card;
-            for (const auto property : {zr::kZRLastNameProperty, zr::kZRNoteProperty})
+            for (const auto property : {kZRLastNameProperty, kZRNoteProperty})
                 card.texts[std::string(property)] = text;
-            PlainEntry entry{std::string(zr::kZRWorkLabel), {{"", text}}, true};
-            for (const auto property : {zr::kZREmailProperty, zr::kZRAIMInstantProperty})
+            PlainEntry entry{kZRWorkLabel, {{"", text}}, true};
+            for (const auto property : {kZREmailProperty, kZRAIMInstantProperty})
                 card.entries[std::string(property)] = {entry};
             const auto person = card.addTo(roster);
             SCOPED_TRACE(std::string(preferred) + ": " + text);
