@@ -98,15 +98,32 @@ Process::Start Crowd::start(const std::string& role, const Words& words) const
     return start;
 }
 
-std::unique_ptr<Process> Crowd::startEditor(int saves)
+Crowd::Editor Crowd::startEditor(int saves)
 {
     const int number = _editors++;
-    return std::make_unique<Process>(start("edit",
-        {logOf(number), std::to_string(1000 + number), std::to_string(saves), _home.path().string(),
-            "saved " + std::to_string(number)}));
+    return {number,
+        std::make_unique<Process>(start("edit",
+            {logOf(number), std::to_string(1000 + number), std::to_string(saves), _home.path().string(),
+                "saved " + std::to_string(number)}))};
+}
+
+std::vector<Json> Crowd::end(const std::vector<Editor>& editors) const
+{
+    for (const auto& [number, process] : editors)
+        awaitFlag("saved " + std::to_string(number), *process);
+    raise("all saved");
+    std::vector<Json> told;
+    for (const auto& editor : editors)
+        told.push_back(toldBy(*editor.process));
+    return told;
 }
 
 void Crowd::raise(const std::string& flag) const { std::ofstream(path(flag)); }
+
+void Crowd::awaitFlag(const std::string& flag, Process& process) const
+{
+    waitUntil(flag, [&] { return fs::exists(path(flag)) || process.hasEnded(); });
+}
 
 Json Crowd::ask(const std::string& role, const Words& words) const
 {
@@ -120,6 +137,18 @@ Json toldBy(Process& process)
     if (ended.status != 0)
         throw std::runtime_error("status " + std::to_string(ended.status) + ": " + ended.err);
     return Json::parse(ended.out);
+}
+
+std::string disagreements(const Replay& saves, const Json& file, const std::vector<Json>& told)
+{
+    const Lines lines = file.at("fetched");
+    std::string text = saves.differencesTo(lines);
+    for (const auto& memory : told)
+        text += differences(memory.at("held"), linesOf(memory.at("held"), lines))
+            + differences(memory.at("fetched"), lines);
+    for (const std::string problem : file.at("problems"))
+        text += problem + "\n";
+    return text;
 }
 
 } // namespace test

@@ -41,13 +41,20 @@ public:
 
     /// How that role of this program is started beside the roster.
     Process::Start start(const std::string& role, const Words& words) const;
+    struct Editor {
+        int number;
+        std::unique_ptr<Process> process;
+    };
     /// Starts an editor under the next number: `saves` edits, or, for 0, edits until `raise("stop")`.
-    std::unique_ptr<Process> startEditor(int saves);
+    Editor startEditor(int saves);
     int editors() const { return _editors; }
+    /// Waits until all of them have saved, and answers what each then told.
+    std::vector<Json> end(const std::vector<Editor>& editors) const;
 
     /// Raises a flag that roles wait for, by a file of that name.
     void raise(const std::string& flag) const;
-    bool isRaised(const std::string& flag) const { return fs::exists(path(flag)); }
+    /// Waits until a role raised the flag, or ended without.
+    void awaitFlag(const std::string& flag, Process& process) const;
 
     /// Runs a role and answers what it told; throws unless it ended well.
     Json ask(const std::string& role, const Words& words = {}) const;
@@ -59,5 +66,9 @@ private:
 
 /// What an ended role told. Throws what it said instead.
 Json toldBy(Process& process);
+
+/// Where the saves, the file as the role "look" told of it, and what editors told of their memory differ, and
+/// what is wrong in the file; empty when all is well.
+std::string disagreements(const Replay& saves, const Json& file, const std::vector<Json>& told);
 
 } // namespace test

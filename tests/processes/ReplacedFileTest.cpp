@@ -1,6 +1,8 @@
 // What does a process do whose database is taken away, or replaced by another, while it is at work?
 #include "processes/Crowd.h"
 
+#include "platform/run/Log.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -12,6 +14,7 @@ using namespace test;
 /// Holds every record, one with an unsaved edit, until the file is another; then does what it is told and
 /// goes on. Words: the flags' folder, and how it meets the new file ("save", "fetch" or "read").
 const Role works("work on", [](const Words& words) {
+    const platform::LogCapture log;
     const auto roster = openShared();
     ZRRecordList held = roster->people();
     const auto unread = roster->groups();
@@ -35,6 +38,7 @@ const Role works("work on", [](const Words& words) {
         if (!plainRecord(*card).isEmpty())
             left.push_back(card->uniqueId());
     answer["left"] = left;
+    answer["isLogged"] = log.contains("Object may have been deleted in another process.");
     answer["hasChanges"] = roster->hasUnsavedChanges();
     const auto card = person(roster, {{zr::kZRFirstNameProperty, "new edit"}});
     answer["savedAfterwards"] = roster->save();
@@ -83,7 +87,7 @@ TEST_P(ReplacedFile, IsTakenUpWithoutAWriteOfOldRows)
     const Meeting& meeting = GetParam();
     const Lines before = crowd.ask("look").at("fetched");
     Process process(crowd.start("work on", {crowd.home().path().string(), meeting.how}));
-    waitUntil("it is at work", [&] { return crowd.isRaised("held") || process.hasEnded(); });
+    crowd.awaitFlag("held", process);
 
     moveAside();
     Lines expected;
@@ -101,6 +105,7 @@ TEST_P(ReplacedFile, IsTakenUpWithoutAWriteOfOldRows)
 
     EXPECT_EQ(told.value("saved", false), false) << "old rows went into the new file";
     EXPECT_EQ(told.at("left"), Json::array());
+    EXPECT_EQ(told.at("isLogged"), Json(true));
     EXPECT_EQ(told.at("hasChanges"), Json(false));
     EXPECT_EQ(told.at("savedAfterwards"), Json(true));
     expected[told.at("card")] = "First=new edit ";

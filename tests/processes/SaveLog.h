@@ -22,12 +22,7 @@ public:
     {
     }
 
-    /// Answers the number of the save in this log, from 1.
-    int begin(const Json& edits)
-    {
-        write({{"edits", edits}});
-        return ++_count;
-    }
+    void begin(const Json& edits) { write({{"edits", edits}}); }
     void saved(std::int64_t commit)
     {
         write({{"commit", commit}});
@@ -44,7 +39,6 @@ private:
     }
 
     platform::FileDescriptor _file;
-    int _count = 0;
 };
 
 /// One save of a log; of the last one of a killed process it may be unknown whether it was committed.
