@@ -9,21 +9,12 @@
 #include "platform/run/SuddenTermination.h"
 #include "store/RosterWorld.h"
 #include "store/ZRServices.h"
+#include "support/TemporaryFolder.h"
+#include "support/Waiting.h"
 
 #include <gmock/gmock.h>
 
-#include <chrono>
-#include <thread>
-
-#include <sys/stat.h>
-
 namespace test {
-
-inline mode_t modeOf(const fs::path& path)
-{
-    struct stat info { };
-    return lstat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
-}
 
 /// Looks into what it is given, and keeps what it saw.
 class RecordingCarrier final : public MailCarrier {
@@ -85,10 +76,7 @@ protected:
     /// Waits until what was sent has left, files included.
     static void finish()
     {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (platform::suddentermination::balance() != 0 && std::chrono::steady_clock::now() < end)
-            std::this_thread::yield();
-        ASSERT_EQ(platform::suddentermination::balance(), 0) << "the sender is still at work";
+        ASSERT_TRUE(eventually([] { return platform::suddentermination::balance() == 0; }));
     }
 
     const Ref<ZRUserDefaults> preferences = ZRUserDefaults::rosterPreferences();

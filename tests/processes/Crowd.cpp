@@ -5,17 +5,14 @@
 #include "objectstore/StoreFacts.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZROSRecord.h"
+#include "support/Waiting.h"
 
 #include <fstream>
 #include <stdexcept>
-#include <unistd.h>
 
 namespace test {
 
 namespace {
-
-constexpr useconds_t kLook = 2000;
-constexpr int kMostLooks = 150'000;
 
 /// The first save of a crowd. Words: the log, cards, groups.
 const Role prepares("prepare", [](const Words& words) {
@@ -62,12 +59,8 @@ const Role looks("look", [](const Words&) {
 
 void waitUntil(const std::string& what, const std::function<bool()>& isSo)
 {
-    for (int i = 0; i < kMostLooks; ++i) {
-        if (isSo())
-            return;
-        ::usleep(kLook);
-    }
-    throw std::runtime_error("waited in vain until " + what);
+    if (!eventually(isSo, std::chrono::minutes(5)))
+        throw std::runtime_error("waited in vain until " + what);
 }
 
 std::int64_t lastCommit(ZRRoster& roster)
@@ -92,10 +85,8 @@ Crowd::Crowd(int cards, int groups)
 
 Process::Start Crowd::start(const std::string& role, const Words& words) const
 {
-    Process::Start start{{fs::read_symlink("/proc/self/exe").string(), "--play=" + role}};
-    start.words.insert(start.words.end(), words.begin(), words.end());
-    start.environment = _home.stage({{"ZRLogToStandardError", "1"}}).environment;
-    return start;
+    return {.words = roleWords(role, words),
+        .environment = _home.stage({{"ZRLogToStandardError", "1"}}).environment};
 }
 
 Crowd::Editor Crowd::startEditor(int saves)

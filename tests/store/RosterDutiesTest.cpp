@@ -1,7 +1,6 @@
 // What a roster does beside opening and saving: copies for looking back, the helper, a restore beneath it.
 #include "store/RosterWorld.h"
 
-#include "../platform/processes/Waiting.h"
 #include "objectstore/PersistentStore.h"
 #include "objectstore/StoreCoordinator.h"
 #include "platform/files/Files.h"
@@ -15,6 +14,7 @@
 #include "store/ZRInitialImports.h"
 #include "store/ZRRosterState.h"
 #include "store/ZRServices.h"
+#include "support/Waiting.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>

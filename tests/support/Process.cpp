@@ -4,9 +4,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -16,12 +13,6 @@
 namespace test {
 
 namespace {
-
-std::string contentsOf(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 void redirect(int descriptor, const std::string& path, int flags)
 {
@@ -35,21 +26,17 @@ void redirect(int descriptor, const std::string& path, int flags)
 
 Process::Process(const Start& start)
 {
-    std::string folder = (std::filesystem::temp_directory_path() / "process-XXXXXX").string();
-    if (!::mkdtemp(folder.data()))
-        throw std::runtime_error("no folder for the outputs");
-    _folder = folder;
-    std::ofstream(_folder + "/in", std::ios::binary) << start.input;
-    const std::string out = start.outputPath.value_or(_folder + "/out");
+    put(_folder / "in", start.input);
+    const std::string out = start.outputPath.value_or(_folder / "out");
 
     _pid = ::fork();
     if (_pid < 0)
         throw std::runtime_error("cannot fork");
     if (_pid != 0)
         return;
-    redirect(STDIN_FILENO, _folder + "/in", O_RDONLY);
+    redirect(STDIN_FILENO, _folder / "in", O_RDONLY);
     redirect(STDOUT_FILENO, out, O_WRONLY | O_CREAT);
-    redirect(STDERR_FILENO, _folder + "/err", O_WRONLY | O_CREAT);
+    redirect(STDERR_FILENO, _folder / "err", O_WRONLY | O_CREAT);
     for (const auto& [name, value] : start.environment)
         ::setenv(name.c_str(), value.c_str(), 1);
     std::vector<char*> words;
@@ -66,8 +53,6 @@ Process::~Process()
         kill(SIGKILL);
         wait();
     }
-    std::error_code ignored;
-    std::filesystem::remove_all(_folder, ignored);
 }
 
 void Process::kill(int signal)
@@ -93,7 +78,7 @@ Ended Process::wait()
         else if (errno != EINTR)
             throw std::runtime_error("cannot wait for a process");
     return {WIFEXITED(*_status) ? WEXITSTATUS(*_status) : 128 + WTERMSIG(*_status),
-        contentsOf(_folder + "/out"), contentsOf(_folder + "/err")};
+        bytesOf(_folder / "out", ""), bytesOf(_folder / "err", "")};
 }
 
 Ended run(const Process::Start& start) { return Process(start).wait(); }

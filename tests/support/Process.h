@@ -1,6 +1,8 @@
 // Programs that a test runs as anybody would: words in, exit status and both outputs back.
 #pragma once
 
+#include "support/TemporaryFolder.h"
+
 #include <map>
 #include <optional>
 #include <string>
@@ -43,7 +45,7 @@ public:
     Ended wait();
 
 private:
-    std::string _folder;
+    TemporaryFolder _folder;
     pid_t _pid = -1;
     std::optional<int> _status;
 };

@@ -1,13 +1,13 @@
 // How a program becomes the other process of its own tests.
 #include "support/Role.h"
 
+#include "support/TemporaryFolder.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -25,17 +25,9 @@ std::map<std::string, Role::Play>& roles()
     return all;
 }
 
-std::string takeFile(const std::filesystem::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), {}};
-    std::filesystem::remove(path);
-    return text;
-}
-
 /// In the child: nothing but what becomes another program is done between fork and exec.
-[[noreturn]] void become(std::string program, const std::string& role, const Words& words, const Stage& stage,
-    const std::string& answer, const std::string& log)
+[[noreturn]] void become(
+    std::vector<std::string> words, const Stage& stage, const std::string& answer, const std::string& log)
 {
     if (!std::freopen(answer.c_str(), "w", stdout) || !std::freopen(log.c_str(), "w", stderr))
         _exit(failed);
@@ -44,10 +36,8 @@ std::string takeFile(const std::filesystem::path& path)
     setenv("ZRLogToStandardError", "1", 1);
     if (stage.user != 0 && (setgid(stage.user) != 0 || setuid(stage.user) != 0))
         _exit(failed);
-    std::string flag = std::string(roleFlag) + role;
-    std::vector<char*> arguments{program.data(), flag.data()};
-    std::vector<std::string> copies = words;
-    for (auto& word : copies)
+    std::vector<char*> arguments;
+    for (auto& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
     execv("/proc/self/exe", arguments.data());
@@ -56,23 +46,27 @@ std::string takeFile(const std::filesystem::path& path)
 
 } // namespace
 
+std::vector<std::string> roleWords(const std::string& role, Words words)
+{
+    // Programs find their preferences by their name.
+    words.insert(words.begin(),
+        {std::filesystem::read_symlink("/proc/self/exe").string(), std::string(roleFlag) + role});
+    return words;
+}
+
 Role::Role(std::string name, Play play) { roles().emplace(std::move(name), std::move(play)); }
 
 Outcome play(const std::string& role, const Words& words, const Stage& stage)
 {
-    static int number = 0;
-    const auto base = std::filesystem::temp_directory_path()
-        / ("role-" + std::to_string(getpid()) + "-" + std::to_string(++number));
-    const std::string answer = base.string() + ".answer", log = base.string() + ".log";
-    // Programs find their preferences by their name.
-    const std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
+    const TemporaryFolder folder;
+    const std::string answer = folder / "answer", log = folder / "log";
     const pid_t child = fork();
     if (child == 0)
-        become(program, role, words, stage, answer, log);
+        become(roleWords(role, words), stage, answer, log);
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) { }
-    return {
-        WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), takeFile(answer), takeFile(log)};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), bytesOf(answer, ""),
+        bytesOf(log, "")};
 }
 
 int playRoleOfCommandLine(int argc, char** argv)

@@ -39,6 +39,9 @@ struct Stage {
     uid_t user = 0;
 };
 
+/// The words that run a role of this program.
+Words roleWords(const std::string& role, Words words = {});
+
 /// Runs a role of this program in a new process, to its end.
 Outcome play(const std::string& role, const Words& words = {}, const Stage& stage = {});
 

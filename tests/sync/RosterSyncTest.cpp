@@ -1,15 +1,13 @@
 // The sync tool itself: what it writes down, whom it lets go first, and what it refuses.
 #include "store/RosterWorld.h"
 #include "support/Process.h"
+#include "support/ScopedVariable.h"
+#include "support/TemporaryFolder.h"
+#include "support/Waiting.h"
 
-#include "platform/files/Files.h"
 #include "platform/files/NamedClaim.h"
 
 #include <gmock/gmock.h>
-
-#include <filesystem>
-
-#include <unistd.h>
 
 namespace test {
 
@@ -29,11 +27,7 @@ protected:
         return run(how);
     }
 
-    std::string log() const
-    {
-        const auto text = platform::readFile(logFile.string());
-        return text ? std::string(*text) : std::string();
-    }
+    std::string log() const { return bytesOf(logFile, ""); }
 
     const Home home;
     const fs::path logFile = home.path() / "cache/org.quillon.Roster/RosterSync.log";
@@ -45,25 +39,21 @@ TEST_F(RosterSync, WritesDownWhatItWouldDo)
     EXPECT_THAT(log(), MatchesRegex("2[-0-9]+T[0-9:]+Z would sync org.quillon.Roster\n"));
     EXPECT_EQ(sync({"--tricklesync", "org.quillon.Roster:/a b", "--retry", "15"}).status, 0);
     EXPECT_THAT(log(), HasSubstr("Z would sync org.quillon.Roster:/a b, tried again after 15 minutes\n"));
-    EXPECT_EQ(fs::status(logFile).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    EXPECT_EQ(fs::status(logFile.parent_path()).permissions(), fs::perms::owner_all);
+    EXPECT_EQ(modeOf(logFile), 0600U);
+    EXPECT_EQ(modeOf(logFile.parent_path()), 0700U);
     EXPECT_THAT(sync({"--help"}).out, HasSubstr(logFile.string()));
 }
 
 TEST_F(RosterSync, BeginsALongLogAnew)
 {
-    fs::create_directories(logFile.parent_path());
-    ASSERT_TRUE(platform::writeFileAtomically(logFile.string(), std::string((256 << 10) + 1, '\n')));
+    put(logFile, std::string((256 << 10) + 1, '\n'));
     EXPECT_EQ(sync({"--tricklesync", "c"}).status, 0);
     EXPECT_THAT(log(), MatchesRegex("[-0-9]+T[0-9:]+Z would sync c\n"));
 }
 
 TEST_F(RosterSync, EndsAtOnceWhileAnotherOneRunsForItsClient)
 {
-    const auto stage = home.stage();
-    const char* const known = getenv("XDG_RUNTIME_DIR");
-    const std::string before = known ? known : "";
-    setenv("XDG_RUNTIME_DIR", stage.environment.at("XDG_RUNTIME_DIR").c_str(), 1);
+    const ScopedVariable runtime("XDG_RUNTIME_DIR", home.stage().environment.at("XDG_RUNTIME_DIR").c_str());
     {
         const auto other = platform::NamedClaim::take("org.quillon.Roster.sync:one");
         ASSERT_TRUE(other && *other);
@@ -75,7 +65,6 @@ TEST_F(RosterSync, EndsAtOnceWhileAnotherOneRunsForItsClient)
     }
     sync({"--tricklesync", "one"});
     EXPECT_THAT(log(), HasSubstr("would sync one"));
-    setenv("XDG_RUNTIME_DIR", before.c_str(), 1);
 }
 
 TEST_F(RosterSync, RefusesOtherCommandLines)
@@ -110,8 +99,7 @@ TEST_F(RosterSync, RunsAfterTheSaveOfAProgramThatEndsAtOnce)
     const std::string programs = fs::path(ROSTER_SYNC).parent_path();
     const auto stage = home.stage({{"ROSTER_HELPER_DIR", programs}});
     EXPECT_EQ(test::play("save once", {}, stage).answer, "saved");
-    for (int i = 0; i < 60000 && log().empty(); ++i)
-        usleep(1000);
+    EXPECT_TRUE(eventually([&] { return !log().empty(); }));
     EXPECT_THAT(log(), MatchesRegex("[-0-9]+T[0-9:]+Z would sync org.quillon.Roster\n"));
 }
 

@@ -7,17 +7,15 @@
 #include "platform/processes/PortPeer.h"
 #include "platform/processes/Scheduler.h"
 #include "platform/processes/Spool.h"
-#include "platform/processes/Waiting.h"
 #include "platform/run/Clock.h"
 #include "support/Process.h"
 #include "support/Role.h"
+#include "support/Waiting.h"
 
 #include <gmock/gmock.h>
 
 #include <csignal>
 #include <cstdlib>
-
-#include <sys/wait.h>
 
 using namespace platform;
 using testing::HasSubstr;
@@ -92,15 +90,6 @@ TEST_F(ZrdTest, RunsWhatIsDueAndLeavesTheRest)
     for (const auto* gone : {"due", "failing", "missing"})
         EXPECT_FALSE(spool().find("org.example", gone)) << gone;
     EXPECT_EQ(test::run(zrd({"--once"})).err, "");
-}
-
-// No shell stands between: words stay words.
-TEST_F(ZrdTest, HandsArgumentsOnAsTheyStand)
-{
-    const auto path = test::freshPath("a b;$(id)");
-    ASSERT_TRUE(spool().put({"org.example", "odd", "/usr/bin/touch", {"--", path}, {now() - 1}}));
-    EXPECT_EQ(test::run(zrd({"--once"})).status, 0);
-    EXPECT_TRUE(fileExists(path));
 }
 
 TEST_F(ZrdTest, IsTheOnlyOneAndLooksWhenTold)

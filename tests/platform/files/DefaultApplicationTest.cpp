@@ -1,10 +1,14 @@
 // Which program opens a link, by the lists of the user, the system and the desktop.
 #include "platform/files/DefaultApplication.h"
 
-#include "TestFolder.h"
 #include "platform/files/Directories.h"
+#include "support/ScopedVariable.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
 
 using namespace platform;
+using namespace test;
 
 namespace {
 
@@ -43,9 +47,9 @@ const std::vector<Case> cases = {
 
 TEST(DefaultApplication, IsTheFirstThatAListNames)
 {
-    setenv("XDG_CURRENT_DESKTOP", "One:TWO:../x", 1);
+    const ScopedVariable desktop("XDG_CURRENT_DESKTOP", "One:TWO:../x");
     for (const auto& [what, files, url, expected] : cases) {
-        const TestFolder folder;
+        const TemporaryFolder folder;
         for (const auto& [name, bytes] : files)
             put(folder / name, bytes);
         const std::map<std::string, std::string> variables = {{"HOME", folder.path()},
@@ -58,7 +62,6 @@ TEST(DefaultApplication, IsTheFirstThatAListNames)
         EXPECT_EQ(defaultApplicationForURL(url), expected) << what;
         Directories::install(before);
     }
-    unsetenv("XDG_CURRENT_DESKTOP");
 }
 
 } // namespace

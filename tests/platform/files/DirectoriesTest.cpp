@@ -1,13 +1,14 @@
 // Which environment puts things where.
-#include "TestFolder.h"
-
 #include "platform/files/Directories.h"
+
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
 #include <map>
 
 using namespace platform;
+using namespace test;
 using testing::ElementsAre;
 
 namespace {
@@ -48,7 +49,7 @@ TEST(DirectoriesTest, FindHomeWithoutTheEnvironment)
 
 TEST(RuntimeDirectory, IsTheSessionsWhereThatIsTheUsersOwn)
 {
-    const TestFolder session, shared;
+    const TemporaryFolder session, shared;
     const auto own = shared / ("roster-" + std::to_string(geteuid()));
     EXPECT_EQ(*directories({{"XDG_RUNTIME_DIR", session.path()}}, shared.path())->runtime(), session.path());
     // Anybody may look into this one, so it will not do.
@@ -60,7 +61,7 @@ TEST(RuntimeDirectory, IsTheSessionsWhereThatIsTheUsersOwn)
 
 TEST(RuntimeDirectory, IsRefusedWhereSomebodyElseMayHavePreparedIt)
 {
-    const TestFolder shared, bait;
+    const TemporaryFolder shared, bait;
     const auto own = shared / ("roster-" + std::to_string(geteuid()));
     const auto refused = [&] { return !directories({}, shared.path())->runtime(); };
     std::filesystem::create_symlink(bait.path(), own);

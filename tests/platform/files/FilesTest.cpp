@@ -1,13 +1,15 @@
 // Files are whole or not there, private, and named by one spelling.
-#include "TestFolder.h"
+#include "platform/files/Files.h"
 
 #include "platform/files/Directories.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
 #include <cerrno>
 
 using namespace platform;
+using namespace test;
 using testing::ElementsAre;
 
 namespace {
@@ -15,7 +17,7 @@ namespace {
 class FileWriting : public testing::Test {
 protected:
     ~FileWriting() override { setFileFault({}); }
-    TestFolder folder;
+    TemporaryFolder folder;
 };
 
 TEST_F(FileWriting, ReplacesAFileByAPrivateOne)
@@ -34,7 +36,7 @@ TEST_F(FileWriting, LeavesTheFormerFileAndNothingElseWhenAStepFails)
 {
     for (const bool isThere : {true, false})
         for (const auto failing : {FileStep::create, FileStep::write, FileStep::sync, FileStep::rename}) {
-            const TestFolder place;
+            const TemporaryFolder place;
             if (isThere)
                 put(place / "f", "old");
             setFileFault([&](FileStep step, const std::string&) { return step == failing ? ENOSPC : 0; });
@@ -104,7 +106,7 @@ TEST(FileReading, ReadsFilesWhoseLengthIsNotKnown)
 
 TEST(FileReading, SaysWhyThereIsNothing)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     EXPECT_EQ(readFile(folder / "f").error(),
         (Error{"File", ENOENT, (folder / "f") + ": cannot open: No such file or directory"}));
     EXPECT_EQ(readFile(folder.path()).error().code, EISDIR);
@@ -112,7 +114,7 @@ TEST(FileReading, SaysWhyThereIsNothing)
 
 TEST(PrivateDirectories, AreMadeWithAllAboveThem)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const auto before = umask(0);
     EXPECT_TRUE(makePrivateDirectory(folder / "a//b/c/"));
     EXPECT_TRUE(makePrivateDirectory(folder / "a/b"));
@@ -125,7 +127,7 @@ TEST(PrivateDirectories, AreMadeWithAllAboveThem)
 
 TEST(FileRemoval, TakesWholeTreesAndMindsNothingMissing)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     put(folder / "d/e/f", "x");
     put(folder / "g", "x");
     std::filesystem::create_symlink(folder / "g", folder / "d/link");

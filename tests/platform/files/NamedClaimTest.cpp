@@ -1,14 +1,13 @@
 // Which names exclude each other, whatever they are made of.
-#include "TestFolder.h"
+#include "platform/files/NamedClaim.h"
 
 #include "platform/files/Directories.h"
-#include "platform/files/NamedClaim.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-
 using namespace platform;
+using namespace test;
 
 namespace {
 

@@ -24,16 +24,5 @@ TEST(Pasteboard, HoldsOneValueForEachTypeUntilTheNextCopy)
     EXPECT_THAT(pasteboard->types(), IsEmpty());
 }
 
-TEST(Pasteboard, IsTheHostsWhereOneInstalledIts)
-{
-    const auto own = makePasteboard();
-    own->setValue("own", "text");
-    const auto before = Pasteboard::install(own);
-    EXPECT_EQ(Pasteboard::general()->valueForType("text").asText(), "own");
-    EXPECT_EQ(Pasteboard::install(nullptr), own);
-    EXPECT_THAT(Pasteboard::general()->types(), IsEmpty());
-    Pasteboard::install(before);
-}
-
 } // namespace
 } // namespace platform

@@ -1,17 +1,19 @@
 // Directories by path or URL, and copies that report each failing step.
-#include "TestFolder.h"
-
 #include "platform/files/PathUtils.h"
+
+#include "platform/files/Files.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
+using namespace test;
 using testing::HasSubstr;
 
 namespace {
 
 TEST(MakePath, MakesOneDirectoryOrFindsSomethingThere)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     put(folder / "file", "");
     EXPECT_TRUE(ZRPathUtils_MakePath(folder / "a", 0750));
     EXPECT_EQ(modeOf(folder / "a"), 0750U);
@@ -23,7 +25,7 @@ TEST(MakePath, MakesOneDirectoryOrFindsSomethingThere)
 
 TEST(MakePath, TakesPathsOfAtMost1024Bytes)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     auto path = folder.path();
     while (path.size() < 900)
         path += "/" + std::string(90, 'x');
@@ -35,7 +37,7 @@ TEST(MakePath, TakesPathsOfAtMost1024Bytes)
 
 TEST(MakeCompletePath, MakesEverythingAbove)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     EXPECT_TRUE(ZRPathUtils_MakeCompletePath(folder / "a//b/c/", 0700));
     EXPECT_EQ(modeOf(folder / "a/b/c"), 0700U);
     EXPECT_TRUE(ZRPathUtils_MakeCompletePath("file://localhost" + (folder / "d%20e/f%25"), 0700));
@@ -48,7 +50,7 @@ TEST(MakeCompletePath, MakesEverythingAbove)
 
 TEST(CopyFile, MakesAnExactPrivateCopyOverWhatIsThere)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     // Empty, less than a block, exactly one, and some more; over something longer and over nothing.
     for (const std::size_t size : {0, 100, 4096, 100'000})
         for (const bool isThere : {false, true}) {
@@ -67,7 +69,7 @@ TEST(CopyFile, MakesAnExactPrivateCopyOverWhatIsThere)
 
 TEST(CopyFile, ReportsTheStepThatFails)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     put(folder / "from", "x");
     std::filesystem::create_directory(folder / "d");
     const struct {

@@ -1,12 +1,14 @@
 // Preferences are shared: what one process writes the others read, and nobody's write is lost.
-#include "TestFolder.h"
+#include "platform/files/Preferences.h"
 
 #include "platform/files/Directories.h"
-#include "platform/files/Preferences.h"
+#include "platform/files/Files.h"
 #include "platform/files/UserDefaults.h"
 #include "platform/files/ZRUserDefaults.h"
 #include "platform/run/Log.h"
 #include "platform/value/PropertyList.h"
+#include "support/Forked.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -15,23 +17,12 @@
 #include <unistd.h>
 
 using namespace platform;
+using namespace test;
 using testing::ElementsAre;
 
 namespace {
 
 Preferences& preferences() { return Preferences::shared(); }
-
-/// Runs `work` in another process and answers whether it ended well.
-template <class Work>
-bool inAnotherProcess(Work&& work)
-{
-    const auto child = fork();
-    if (child == 0)
-        _exit(work() ? 0 : 1);
-    int status = -1;
-    waitpid(child, &status, 0);
-    return status == 0;
-}
 
 /// Each test has a domain of its own.
 class PreferencesTest : public testing::Test {
@@ -46,7 +37,7 @@ TEST_F(PreferencesTest, KeepEveryKindOfValue)
         Value::dictionary({{"flag", true}, {"count", 3}, {"ratio", 0.5}, {"day", Date{86400.25}},
             {"list", Value::array({"a", "é"})}, {"bytes", Value::data(std::string_view("\0\xff", 2))}});
     EXPECT_TRUE(preferences().set(domain, "all", value));
-    EXPECT_TRUE(inAnotherProcess([&] { return preferences().get(domain, "all") == value; }));
+    EXPECT_TRUE(inForkedChild([&] { return preferences().get(domain, "all") == value; }));
     EXPECT_TRUE(preferences().get(domain, "all")["flag"].isBoolean());
     EXPECT_EQ(modeOf(file), 0600U);
 }
@@ -65,7 +56,7 @@ TEST_F(PreferencesTest, ForgetWhatIsRemoved)
 TEST_F(PreferencesTest, SeeWhatAnotherProcessWroteSince)
 {
     ASSERT_TRUE(preferences().set(domain, "key", "ours"));
-    EXPECT_TRUE(inAnotherProcess([&] { return bool(preferences().set(domain, "key", "them")); }));
+    EXPECT_TRUE(inForkedChild([&] { return bool(preferences().set(domain, "key", "them")); }));
     EXPECT_EQ(preferences().get(domain, "key"), Value("them"));
     ASSERT_TRUE(removeFile(file));
     EXPECT_TRUE(preferences().get(domain, "key").isAbsent());
@@ -166,23 +157,24 @@ TEST(UserDefaultsTest, AskArgumentsThenTheProgramsFileThenTheRegistered)
 {
     auto& defaults = UserDefaults::standard();
     EXPECT_EQ(defaults.domain(), "platform_files_test");
-    EXPECT_FALSE(defaults.boolForKey("other"));
-    defaults.registerDefaults(Value::dictionary({{"flag", true}, {"number", 1}}));
-    defaults.registerDefaults(Value::dictionary({{"number", 2}}));
-    EXPECT_TRUE(defaults.boolForKey("flag"));
-    EXPECT_EQ(defaults.integerForKey("number"), 2);
+    const auto answers = [&] {
+        return std::pair(defaults.boolForKey("flag"), defaults.stringForKey("text"));
+    };
+    EXPECT_EQ(answers(), std::pair(false, std::string()));
+    defaults.registerDefaults(Value::dictionary({{"flag", true}, {"text", "one"}}));
+    defaults.registerDefaults(Value::dictionary({{"text", "two"}, {"number", 2}}));
+    EXPECT_EQ(answers(), std::pair(true, std::string("two")));
     defaults.setBool(false, "flag");
-    defaults.setObject("17", "number");
-    EXPECT_FALSE(defaults.boolForKey("flag"));
-    EXPECT_EQ(defaults.integerForKey("number"), 17);
-    EXPECT_EQ(defaults.stringForKey("number"), "17");
-    Preferences::shared().setArgument("number", "-4");
-    EXPECT_EQ(defaults.integerForKey("number"), -4);
-    Preferences::shared().setArgument("number", {});
-    defaults.removeObjectForKey("number");
-    defaults.removeObjectForKey("flag");
+    defaults.setObject("17", "text");
+    EXPECT_EQ(answers(), std::pair(false, std::string("17")));
+    Preferences::shared().setArgument("text", "-4");
+    EXPECT_EQ(answers(), std::pair(false, std::string("-4")));
+    EXPECT_EQ(defaults.integerForKey("text"), -4);
     EXPECT_EQ(defaults.integerForKey("number"), 2);
-    EXPECT_TRUE(defaults.boolForKey("flag"));
+    Preferences::shared().setArgument("text", {});
+    defaults.removeObjectForKey("text");
+    defaults.removeObjectForKey("flag");
+    EXPECT_EQ(answers(), std::pair(true, std::string("two")));
 }
 
 TEST(ZRUserDefaultsTest, KeepTheirThreeDomainsApart)

@@ -1,15 +1,16 @@
 // What the library carries, what may stand in for it, and which language is shown.
-#include "TestFolder.h"
+#include "platform/files/Resources.h"
 
 #include "platform/files/Directories.h"
-#include "platform/files/Resources.h"
+#include "support/ScopedVariable.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <map>
 
 using namespace platform;
+using namespace test;
 using testing::ElementsAre;
 using testing::Pair;
 
@@ -84,6 +85,8 @@ TEST(StringTablesTest, FallBackToEnglishThenTheDefaultThenTheKey)
     EXPECT_EQ(tables.string("MISSING", "ZRStrings"), "MISSING");
     EXPECT_EQ(tables.string("NO_NAME", "NoSuchTable"), "NO_NAME");
     EXPECT_EQ(StringTables({"tlh"}).string("NO_NAME", "ZRStrings"), "No Name");
+    EXPECT_EQ(
+        StringTables({"tlh", "zh_TW", "zh"}).string("ADDRESS_POSTAL_CODE", "ZRAddressLabels"), "郵遞區號");
     // Who wants English first is not shown another language behind it.
     EXPECT_EQ(StringTables({"en", "de"}).string("NO_NAME", "ZRStrings"), "No Name");
 }
@@ -111,17 +114,13 @@ TEST(UserLanguages, FollowTheEnvironment)
         {{{"LANG", "../../etc"}}, {}},
         {{}, {}},
     };
-    const std::string lang = std::getenv("LANG");
     for (const auto& [variables, expected] : cases) {
-        for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE"})
-            unsetenv(name);
-        for (const auto& [name, value] : variables)
-            setenv(name.c_str(), value, 1);
+        const auto value = [&names = variables](
+                               const char* name) { return names.contains(name) ? names.at(name) : nullptr; };
+        const ScopedVariable all("LC_ALL", value("LC_ALL")), messages("LC_MESSAGES", value("LC_MESSAGES")),
+            lang("LANG", value("LANG")), language("LANGUAGE", value("LANGUAGE"));
         EXPECT_EQ(userLanguages(), expected) << testing::PrintToString(variables);
     }
-    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANGUAGE"})
-        unsetenv(name);
-    setenv("LANG", lang.c_str(), 1);
 }
 
 } // namespace

@@ -1,15 +1,17 @@
 // What is thrown away can be put back by any desktop.
-#include "TestFolder.h"
+#include "platform/files/Trash.h"
 
 #include "platform/files/Directories.h"
-#include "platform/files/Trash.h"
+#include "platform/files/Files.h"
 #include "platform/run/Clock.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
 #include <cerrno>
 
 using namespace platform;
+using namespace test;
 
 namespace {
 
@@ -20,7 +22,7 @@ protected:
     std::string trash = Directories::current()->dataHome() + "/Trash";
     ManualClock clock{1'000'000'000};
     ClockScope scope{clock};
-    TestFolder folder;
+    TemporaryFolder folder;
 };
 
 TEST_F(TrashTest, KeepsTheFileAndANoteOfWhereItLay)
@@ -86,7 +88,7 @@ TEST_F(TrashTest, OfAnotherFileSystemLiesAtItsTop)
     if (stat(folder.path().c_str(), &here) != 0 || stat("/dev/shm", &there) != 0
         || here.st_dev == there.st_dev || access("/dev/shm", W_OK) != 0)
         GTEST_SKIP() << "there is no second file system";
-    const TestFolder other("/dev/shm");
+    const TemporaryFolder other("/dev/shm");
     put(other / "f", "x");
     const auto moved = moveToTrash(other / "f");
     ASSERT_TRUE(moved) << moved.error().text;

@@ -6,7 +6,6 @@
 
 #include <gmock/gmock.h>
 
-#include <future>
 #include <latch>
 #include <stdexcept>
 #include <thread>

@@ -1,16 +1,13 @@
 // What a launched program is given, and how its end is heard of.
 #include "platform/processes/Launch.h"
 #include "platform/files/Files.h"
-#include "support/Role.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <future>
 
 #include <sys/wait.h>
@@ -40,11 +37,6 @@ LaunchRequest shell(std::string script, std::vector<std::string> words = {})
     return {.program = "/bin/sh", .arguments = std::move(words)};
 }
 
-std::string scratch(const std::string& name)
-{
-    return std::filesystem::temp_directory_path() / ("launch-" + std::to_string(getpid()) + "-" + name);
-}
-
 TEST(LaunchTest, HearsHowTheProgramEnded)
 {
     const struct {
@@ -66,7 +58,7 @@ TEST(LaunchTest, RefusesWhatCannotBeStarted)
 
 TEST(LaunchTest, HandsWordsOnAsTheyStand)
 {
-    const auto path = scratch("words");
+    const auto path = test::freshPath("words");
     auto request = shell("printf '%s|' \"$@\" \"$EXTRA\" > " + path, {"a b", "$(id)", "", "--x=é"});
     request.environment = {{"EXTRA", "new"}};
     ASSERT_EQ(statusOf(request), 0);
@@ -76,7 +68,7 @@ TEST(LaunchTest, HandsWordsOnAsTheyStand)
 // The host may block and ignore signals, and have open what nobody else should hold.
 TEST(LaunchTest, GivesAFreshStart)
 {
-    const auto path = scratch("state");
+    const auto path = test::freshPath("state");
     const int leaked = dup(STDERR_FILENO);
     ASSERT_GE(leaked, 0);
     sigset_t blocked, maskBefore;
@@ -86,6 +78,7 @@ TEST(LaunchTest, GivesAFreshStart)
     const auto before = std::signal(SIGPIPE, SIG_IGN);
     const int status = statusOf(shell("exec > " + path
         + "; pwd; ls /proc/$$/fd; readlink /proc/$$/fd/0 /proc/$$/fd/2;"
+          "[ $(cut -d' ' -f6 /proc/$$/stat) = $$ ] && echo leads its session;"
           "exec grep -E 'SigBlk|SigIgn' /proc/self/status"));
     std::signal(SIGPIPE, before);
     pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr);
@@ -93,20 +86,11 @@ TEST(LaunchTest, GivesAFreshStart)
     ASSERT_EQ(status, 0);
     const auto state = *readFile(path);
     unsigned long long masked = 0, ignored = 0;
-    const std::string head = "/\n0\n1\n2\n/dev/null\n/dev/null\n";
+    const std::string head = "/\n0\n1\n2\n/dev/null\n/dev/null\nleads its session\n";
     ASSERT_EQ(state.substr(0, head.size()), head);
     ASSERT_EQ(std::sscanf(state.c_str() + head.size(), "SigBlk: %llx SigIgn: %llx", &masked, &ignored), 2);
     EXPECT_EQ(masked, 0U);
     EXPECT_EQ(ignored & (1ULL << (SIGPIPE - 1)), 0U);
-}
-
-TEST(LaunchTest, LeadsASessionOfItsOwn)
-{
-    const auto path = scratch("session");
-    ASSERT_EQ(statusOf(shell("echo $$ > " + path + "; cut -d' ' -f6 /proc/$$/stat >> " + path)), 0);
-    const auto text = *readFile(path);
-    const auto middle = text.find('\n');
-    EXPECT_EQ(text.substr(0, middle + 1), text.substr(middle + 1));
 }
 
 // A host that lets the system reap its children, or reaps them all itself, takes the status; nothing hangs.

@@ -4,11 +4,12 @@
 #include "platform/processes/PortAddress.h"
 #include "platform/processes/PortFrame.h"
 #include "platform/processes/PortPeer.h"
-#include "platform/processes/Waiting.h"
 #include "platform/run/Log.h"
 #include "platform/run/MainQueue.h"
+#include "support/Forked.h"
 #include "support/Process.h"
 #include "support/Role.h"
+#include "support/Waiting.h"
 
 #include <gmock/gmock.h>
 
@@ -18,10 +19,6 @@
 #include <fstream>
 #include <set>
 #include <stdexcept>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 
 using namespace platform;
 using testing::ElementsAre;
@@ -49,16 +46,13 @@ const test::Role holder("port-holder", [](const test::Words& words) {
 class Holder {
 public:
     explicit Holder(const std::string& name)
-        : _answer(test::freshPath("holder"))
-        , _process({.words = test::roleWords("port-holder", {name, _answer})})
+        : _process({.words = test::roleWords("port-holder", {name, _answer})})
     {
     }
     std::string answer() const
     {
         EXPECT_TRUE(test::eventually([&] { return std::filesystem::exists(_answer); }));
-        std::string text;
-        std::ifstream(_answer) >> text;
-        return text;
+        return test::bytesOf(_answer);
     }
     void kill()
     {
@@ -67,7 +61,7 @@ public:
     }
 
 private:
-    const std::string _answer;
+    const std::string _answer = test::freshPath("holder");
     test::Process _process;
 };
 
@@ -120,9 +114,7 @@ TEST_F(MessagePortTest, IsPrivate)
     const auto port = serve();
     const auto path = *portSocketPath(name);
     for (const auto& file : {path, path + ".lock"}) {
-        struct stat info { };
-        ASSERT_EQ(stat(file.c_str(), &info), 0) << file;
-        EXPECT_EQ(info.st_mode & 0777, 0600U) << file;
+        EXPECT_EQ(test::modeOf(file), 0600U) << file;
     }
 }
 
@@ -172,9 +164,6 @@ TEST_F(MessagePortTest, PassesToExactlyOneAfterADeadHolder)
 
 TEST_F(MessagePortTest, EndsWaitingInTime)
 {
-    Holder stopped(name);
-    ASSERT_EQ(stopped.answer(), "taken");
-    stopped.kill();
     const auto port = serve();
     std::atomic<bool> mayAnswer = false;
     answer = [&](const std::string&) {
@@ -248,26 +237,14 @@ TEST_F(MessagePortTest, LetsTheHandlerEndItsOwnPort)
 TEST_F(MessagePortTest, StaysWithTheParentOfAForkedChild)
 {
     auto port = serve();
-    const pid_t child = fork();
-    if (child == 0) {
+    EXPECT_TRUE(test::inForkedChild([&] {
         const bool wasReachable = port->isReachable();
         port.reset();
         const auto own = MessagePort::serve(name + ".child", {});
-        _exit(!wasReachable && !own && own.error().code == ECANCELED ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+        return !wasReachable && !own && own.error().code == ECANCELED;
+    }));
     EXPECT_EQ(*ask("x"), "re: x");
     EXPECT_EQ(MessagePort::serve(name, {}).error().code, EADDRINUSE);
-}
-
-TEST_F(MessagePortTest, KnowsThatItsSocketIsGone)
-{
-    const auto port = serve();
-    EXPECT_TRUE(port->isReachable());
-    unlink(portSocketPath(name)->c_str());
-    EXPECT_FALSE(port->isReachable());
 }
 
 TEST(PlainFileNameTest, IsAFileNameOfItsOwnForAnyText)

@@ -1,8 +1,7 @@
 // What is left of the notice file when posters die, bytes go bad and files are replaced, and what a listener
 // makes of it.
 #include "platform/processes/NoticeFile.h"
-#include "platform/files/Files.h"
-#include "platform/processes/Waiting.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -15,6 +14,7 @@
 #include <sys/stat.h>
 
 using namespace platform;
+using namespace test;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -23,13 +23,6 @@ namespace {
 std::string recordOf(const std::string& name, Value userInfo = {})
 {
     return *encodeNotice({name, std::nullopt, std::move(userInfo)});
-}
-
-std::string bytesOf(const std::string& path) { return *readFile(path); }
-
-void setBytes(const std::string& path, const std::string& bytes)
-{
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 void append(const std::string& path, const std::string& bytes)
@@ -65,7 +58,7 @@ protected:
         return names;
     }
 
-    const std::string path = test::freshPath("notices");
+    const std::string path = freshPath("notices");
     NoticeTail tail{path};
     bool missed = false;
 };
@@ -109,9 +102,7 @@ TEST_F(NoticeFileTest, IsPrivateAndHeardFromTheEndOn)
     post("after");
     EXPECT_THAT(heard(), ElementsAre("before", "after"));
     ASSERT_EQ(second.read().notices.size(), 1U);
-    struct stat info { };
-    ASSERT_EQ(stat(path.c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 07777, 0600U);
+    EXPECT_EQ(modeOf(path), 0600U);
 }
 
 // A poster may die after any byte: behind the last whole record, or before it moved the end.
@@ -142,7 +133,7 @@ TEST_F(NoticeFileTest, PassesOverADamagedRecordWhateverByteIsBad)
         post("lost");
         auto bytes = bytesOf(path);
         bytes[start + good.size() + at] ^= 0x55;
-        setBytes(path, bytes);
+        put(path, bytes);
         ASSERT_THAT(heard(), ElementsAre("good")) << at;
         ASSERT_TRUE(missed) << at;
         post("later");
@@ -154,17 +145,13 @@ TEST_F(NoticeFileTest, PassesOverADamagedRecordWhateverByteIsBad)
 // A record of a newer version: sound, but nothing that this one can read.
 TEST_F(NoticeFileTest, LeavesOutARecordThatSaysNothingToIt)
 {
-    auto header = *NoticeHeader::decode(bytesOf(path));
-    post("a");
-    const auto whole = bytesOf(path);
     const std::string payload = "bplist?? what is this";
     std::uint32_t head[3] = {0, static_cast<std::uint32_t>(payload.size()), 2166136261U};
-    std::memcpy(&head[0], whole.data() + NoticeHeader::kLength, sizeof head[0]);
+    std::memcpy(&head[0], recordOf("a").data(), sizeof head[0]);
     for (const char byte : payload)
         head[2] = (head[2] ^ static_cast<unsigned char>(byte)) * 16777619U;
-    const auto strange = std::string(reinterpret_cast<const char*>(head), sizeof head) + payload;
-    header.end = whole.size() + strange.size();
-    setBytes(path, header.encode() + whole.substr(NoticeHeader::kLength) + strange);
+    post("a");
+    ASSERT_TRUE(appendNotice(path, std::string(reinterpret_cast<const char*>(head), sizeof head) + payload));
     post("b");
     EXPECT_THAT(heard(), ElementsAre("a", "b"));
     EXPECT_FALSE(missed);
@@ -172,20 +159,13 @@ TEST_F(NoticeFileTest, LeavesOutARecordThatSaysNothingToIt)
 
 TEST_F(NoticeFileTest, BeginsAnewWhenTheHeaderIsBad)
 {
-    const auto cutTo = [](std::size_t length) {
-        return [length](const std::string& bytes) { return bytes.substr(0, length); };
-    };
-    const auto damages = std::vector<std::function<std::string(const std::string&)>>{
-        [](const std::string& bytes) { return "????" + bytes.substr(4); },
-        cutTo(NoticeHeader::kLength - 1),
-        cutTo(NoticeHeader::kLength + 1),
-        cutTo(0),
-        [](const std::string& bytes) { return std::string(bytes.size(), '\0'); },
-    };
-    for (std::size_t i = 0; i < damages.size(); ++i) {
+    for (std::size_t i = 0; i < 5; ++i) {
         post("before");
         heard();
-        setBytes(path, damages[i](bytesOf(path)));
+        const auto bytes = bytesOf(path);
+        const std::string damaged[] = {"????" + bytes.substr(4), bytes.substr(0, NoticeHeader::kLength - 1),
+            bytes.substr(0, NoticeHeader::kLength + 1), "", std::string(bytes.size(), '\0')};
+        put(path, damaged[i]);
         ASSERT_THAT(heard(), IsEmpty()) << i;
         post("after");
         const auto names = heard();
@@ -284,9 +264,9 @@ TEST_F(NoticeFileTest, GivesUpOnAPosterThatWasStopped)
 
 TEST(NoticePathTest, WritesToNothingButAFileOfItsOwn)
 {
-    const auto path = test::freshPath("not-a-file");
-    const auto elsewhere = test::freshPath("elsewhere");
-    setBytes(elsewhere, "precious");
+    const auto path = freshPath("not-a-file");
+    const auto elsewhere = freshPath("elsewhere");
+    put(elsewhere, "precious");
     const struct {
         const char* what;
         std::function<int()> make;

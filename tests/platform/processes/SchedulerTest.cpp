@@ -1,15 +1,11 @@
 // When the server of the spool is woken, and which scheduler the process has.
 #include "platform/processes/Scheduler.h"
-#include "platform/files/Files.h"
 #include "platform/processes/Helper.h"
-#include "platform/processes/Waiting.h"
 #include "platform/run/Clock.h"
+#include "support/ScopedVariable.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
 using namespace platform;
 
@@ -57,25 +53,16 @@ TEST_F(SchedulerTest, WakesTheServerForWhatIsLate)
     EXPECT_EQ(wakes, 2);
 }
 
-TEST_F(SchedulerTest, CanBeReplacedForTheProcess)
-{
-    EXPECT_EQ(Scheduler::install(scheduler), nullptr);
-    EXPECT_EQ(Scheduler::shared(), scheduler);
-    EXPECT_EQ(Scheduler::install(nullptr), scheduler);
-    EXPECT_NE(Scheduler::shared(), scheduler);
-}
-
 TEST(HelperTest, LooksForOwnProgramsOnlyWhereTheEnvironmentSays)
 {
-    const auto folder = test::freshPath("programs");
-    ASSERT_TRUE(makePrivateDirectory(folder));
-    setenv("ROSTER_HELPER_DIR", folder.c_str(), 1);
+    const test::TemporaryFolder folder;
+    test::ScopedVariable variable("ROSTER_HELPER_DIR", folder.path().c_str());
     EXPECT_EQ(ownProgram("tool"), std::nullopt);
-    std::ofstream(folder + "/tool") << "#!/bin/sh\n";
+    test::put(folder / "tool", "#!/bin/sh\n");
     EXPECT_EQ(ownProgram("tool"), std::nullopt);
-    std::filesystem::permissions(folder + "/tool", std::filesystem::perms::owner_all);
-    EXPECT_EQ(ownProgram("tool"), folder + "/tool");
-    unsetenv("ROSTER_HELPER_DIR");
+    std::filesystem::permissions(folder / "tool", std::filesystem::perms::owner_all);
+    EXPECT_EQ(ownProgram("tool"), folder / "tool");
+    variable.set(nullptr);
     EXPECT_EQ(ownProgram("tool"), std::nullopt);
     const auto self = std::filesystem::read_symlink("/proc/self/exe");
     EXPECT_EQ(ownProgram(self.filename()), self.string());

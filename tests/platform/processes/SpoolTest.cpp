@@ -1,8 +1,9 @@
 // What the spool keeps, hands out once, and never lets anybody run.
 #include "platform/processes/Spool.h"
 #include "platform/files/Files.h"
-#include "platform/processes/Waiting.h"
 #include "platform/run/Log.h"
+#include "support/TemporaryFolder.h"
+#include "support/Waiting.h"
 
 #include <gmock/gmock.h>
 
@@ -12,9 +13,8 @@
 #include <map>
 #include <thread>
 
-#include <sys/stat.h>
-
 using namespace platform;
+using namespace test;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -29,7 +29,7 @@ class SpoolTest : public testing::Test {
 protected:
     ~SpoolTest() override { static_cast<void>(removeFile(directory)); }
 
-    void put(const SpooledAction& action) const
+    void schedule(const SpooledAction& action) const
     {
         const auto done = spool.put(action);
         ASSERT_TRUE(done) << done.error().text;
@@ -50,14 +50,14 @@ protected:
 
     bool isEmpty() const { return std::filesystem::is_empty(directory); }
 
-    const std::string directory = test::freshPath("spool");
+    const std::string directory = freshPath("spool");
     const Spool spool{directory};
 };
 
 TEST_F(SpoolTest, KeepsACommandAsItWasPut)
 {
     const std::vector<std::string> words{"--tricklesync", "a b", "", "ünïcode\n", "$(id)"};
-    put(actionAt(1234567890.25, "sync", words));
+    schedule(actionAt(1234567890.25, "sync", words));
     const auto found = spool.find("org.example", "sync");
     ASSERT_TRUE(found);
     EXPECT_EQ(found->command, "/bin/true");
@@ -65,18 +65,15 @@ TEST_F(SpoolTest, KeepsACommandAsItWasPut)
     EXPECT_EQ(found->fireDate.seconds, 1234567890.25);
     EXPECT_FALSE(spool.find("org.example", "other"));
     EXPECT_FALSE(spool.find("org", "example/sync"));
-    struct stat info { };
-    ASSERT_EQ(stat(onlyFile().c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0600U);
-    ASSERT_EQ(stat(directory.c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0700U);
+    EXPECT_EQ(modeOf(onlyFile()), 0600U);
+    EXPECT_EQ(modeOf(directory), 0700U);
 }
 
 TEST_F(SpoolTest, HandsOutWhatIsDueOnceAndLeavesTheRest)
 {
-    put(actionAt(10, "a"));
-    put(actionAt(20, "b"));
-    put(actionAt(30, "c"));
+    schedule(actionAt(10, "a"));
+    schedule(actionAt(20, "b"));
+    schedule(actionAt(30, "c"));
     EXPECT_EQ(spool.nextDate()->seconds, 10);
     EXPECT_THAT(due(9.5), IsEmpty());
     EXPECT_THAT(due(20), testing::UnorderedElementsAre("a@10", "b@20"));
@@ -89,21 +86,21 @@ TEST_F(SpoolTest, HandsOutWhatIsDueOnceAndLeavesTheRest)
 
 TEST_F(SpoolTest, ReplacesThePairsFormerOne)
 {
-    put(actionAt(10));
-    put(actionAt(99));
+    schedule(actionAt(10));
+    schedule(actionAt(99));
     EXPECT_THAT(due(50), IsEmpty());
-    put(actionAt(20));
+    schedule(actionAt(20));
     EXPECT_THAT(due(50), ElementsAre("sync@20"));
     EXPECT_TRUE(isEmpty());
 }
 
 TEST_F(SpoolTest, GivesWhatADeadServerTookToTheNext)
 {
-    put(actionAt(10, "a"));
-    put(actionAt(10, "b"));
+    schedule(actionAt(10, "a"));
+    schedule(actionAt(10, "b"));
     ASSERT_EQ(spool.takeDue({10}).size(), 2U);
     EXPECT_THAT(due(10), IsEmpty());
-    put(actionAt(99, "b"));
+    schedule(actionAt(99, "b"));
     spool.recover();
     EXPECT_THAT(due(10), ElementsAre("a@10"));
     EXPECT_EQ(spool.nextDate()->seconds, 99);
@@ -121,26 +118,22 @@ TEST_F(SpoolTest, RefusesACommandWithoutAnAbsolutePath)
 TEST_F(SpoolTest, NeverRunsWhatIsNotTheUsersOwnOrSaysNothing)
 {
     const auto good = [&] {
-        put(actionAt(10));
+        schedule(actionAt(10));
         return onlyFile();
     };
-    const auto elsewhere = test::freshPath("elsewhere");
+    const auto elsewhere = freshPath("elsewhere");
+    const auto holding = [](std::string bytes) {
+        return [bytes = std::move(bytes)](const std::string& file) { put(file, bytes); };
+    };
+    using std::filesystem::file_size, std::filesystem::resize_file;
     const std::map<std::string, std::function<void(const std::string&)>> cases{
-        {"garbage", [](const auto& file) { ASSERT_TRUE(writeFileAtomically(file, "garbage")); }},
-        {"empty", [](const auto& file) { ASSERT_TRUE(writeFileAtomically(file, "")); }},
-        {"cut off",
-            [](const auto& file) {
-                std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
-            }},
-        {"no command",
-            [](const auto& file) { ASSERT_TRUE(writeFileAtomically(file, "<plist><dict/></plist>")); }},
-        {"no date",
-            [](const auto& file) {
-                ASSERT_TRUE(writeFileAtomically(
-                    file, "<plist><dict><key>command</key><string>/bin/true</string></dict></plist>"));
-            }},
-        {"huge", [](const auto& file) { std::filesystem::resize_file(file, kLargestSpooledAction + 1); }},
-        {"others may write it", [](const auto& file) { ASSERT_EQ(chmod(file.c_str(), 0622), 0); }},
+        {"garbage", holding("garbage")},
+        {"empty", holding("")},
+        {"cut off", [](const auto& file) { resize_file(file, file_size(file) / 2); }},
+        {"no command", holding("<plist><dict/></plist>")},
+        {"no date", holding("<plist><dict><key>command</key><string>/bin/true</string></dict></plist>")},
+        {"huge", [](const auto& file) { resize_file(file, kLargestSpooledAction + 1); }},
+        {"others may write it", [](const auto& file) { chmod(file.c_str(), 0622); }},
         {"a link to a good one",
             [&](const auto& file) {
                 std::filesystem::rename(file, elsewhere);
@@ -176,9 +169,9 @@ TEST_F(SpoolTest, LosesNothingThatIsReplacedWhileItIsTaken)
             }
     });
     for (int round = 0; round < 200; ++round) {
-        put(actionAt(10));
-        put(actionAt(99));
-        ASSERT_TRUE(test::eventually([&] { return spool.find("org.example", "sync").has_value(); })) << round;
+        schedule(actionAt(10));
+        schedule(actionAt(99));
+        ASSERT_TRUE(eventually([&] { return spool.find("org.example", "sync").has_value(); })) << round;
     }
     stop = true;
     server.join();

@@ -3,6 +3,8 @@
 
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
+#include "support/Forked.h"
+#include "support/Role.h"
 
 #include <gmock/gmock.h>
 
@@ -12,9 +14,7 @@
 #include <thread>
 
 #include <poll.h>
-#include <spawn.h>
 #include <sys/eventfd.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace platform;
@@ -72,14 +72,6 @@ TEST_F(ServedMainQueue, RunsWorkInOrderOnOneThreadOfItsOwn)
     EXPECT_EQ(threads.size(), 100U);
     EXPECT_THAT(threads, testing::Each(threads.front()));
     EXPECT_NE(threads.front(), std::this_thread::get_id());
-}
-
-TEST_F(ServedMainQueue, KnowsItsThread)
-{
-    EXPECT_FALSE(queue().isMainThread());
-    bool inside = false;
-    EXPECT_TRUE(queue().sync([&] { inside = queue().isMainThread(); }));
-    EXPECT_TRUE(inside);
 }
 
 TEST_F(ServedMainQueue, RunsANestedCallAtOnce)
@@ -263,18 +255,13 @@ TEST_F(AdoptedMainQueue, FollowsTheThreadThatDrainsIt)
 TEST_F(AdoptedMainQueue, DoesNothingInAForkedChild)
 {
     queue().async(note(1));
-    const auto child = fork();
-    if (child == 0) {
+    EXPECT_TRUE(test::inForkedChild([&] {
         queue().drain();
         const bool ranNothing = ran.empty() && !queue().sync([] {});
         const auto timer = queue().after(0, [] {});
         queue().async([] {});
-        _exit(ranNothing && queue().fileDescriptor() == -1 && !timer.isPending() ? 0 : 1);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+        return ranNothing && queue().fileDescriptor() == -1 && !timer.isPending();
+    }));
 }
 
 /// A thing of the host that its exit destroys while the library's thread is busy.
@@ -287,9 +274,7 @@ struct HostStatic {
     std::atomic<bool> busy = false;
 };
 
-// Run by the test below in a process of its own.
-TEST(MainQueueExit, DISABLED_InChild)
-{
+const test::Role exits("exit with work", [](const test::Words&) -> std::string {
     static HostStatic host;
     std::latch begun(1);
     queue().async([&] {
@@ -303,19 +288,11 @@ TEST(MainQueueExit, DISABLED_InChild)
     queue().after(0, [] { _exit(8); }).detach();
     begun.wait();
     std::exit(7);
-}
+});
 
 TEST(MainQueueExit, WaitsForTheRunningBlockAndDropsTheRest)
 {
-    std::string program = "/proc/self/exe", filter = "--gtest_filter=MainQueueExit.DISABLED_InChild",
-                also = "--gtest_also_run_disabled_tests", quiet = "--gtest_brief=1";
-    char* arguments[] = {program.data(), filter.data(), also.data(), quiet.data(), nullptr};
-    pid_t child = 0;
-    ASSERT_EQ(posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ), 0);
-    int status = -1;
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 7);
+    EXPECT_EQ(test::play("exit with work").status, 7);
 }
 
 } // namespace

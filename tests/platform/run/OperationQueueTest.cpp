@@ -4,6 +4,7 @@
 #include "platform/run/Log.h"
 #include "platform/run/Mutex.h"
 #include "platform/run/WorkQueue.h"
+#include "support/Forked.h"
 
 #include <gmock/gmock.h>
 
@@ -12,9 +13,6 @@
 #include <latch>
 #include <stdexcept>
 #include <thread>
-
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace platform;
 using testing::ElementsAre;
@@ -102,40 +100,6 @@ TEST_F(OperationQueueTest, HoldsAnOperationBackUntilItsDependenciesHaveFinished)
     EXPECT_THAT(notes(), testing::UnorderedElementsAre(0, 1, 3));
     const auto order = notes();
     EXPECT_LT(std::ranges::find(order, 1), std::ranges::find(order, 3));
-}
-
-TEST_F(OperationQueueTest, MergesOnlyWhatIsSorted)
-{
-    for (int round = 0; round < 50; ++round) {
-        const auto queue = makeRef<OperationQueue>(4);
-        std::atomic<int> sorted = 0, merged = 0;
-        std::atomic<bool> inOrder = true;
-        std::vector<Ref<Operation>> sorts, merges;
-        for (int i = 0; i < 4; ++i)
-            sorts.push_back(makeRef<BlockOperation>([&] { ++sorted; }));
-        for (int i = 0; i < 2; ++i) {
-            merges.push_back(makeRef<BlockOperation>([&] {
-                if (sorted < 2)
-                    inOrder = false;
-                ++merged;
-            }));
-            merges.back()->addDependency(sorts[static_cast<std::size_t>(2 * i)]);
-            merges.back()->addDependency(sorts[static_cast<std::size_t>(2 * i + 1)]);
-        }
-        const auto last = makeRef<BlockOperation>([&] {
-            if (sorted != 4 || merged != 2)
-                inOrder = false;
-        });
-        for (const auto& merge : merges)
-            last->addDependency(merge);
-        queue->add(last);
-        for (const auto& operation : merges)
-            queue->add(operation);
-        for (const auto& operation : sorts)
-            queue->add(operation);
-        queue->waitUntilAllFinished();
-        ASSERT_TRUE(inOrder) << "round " << round;
-    }
 }
 
 TEST_F(OperationQueueTest, BeginsNothingWhileSuspended)
@@ -256,16 +220,12 @@ TEST_F(OperationQueueTest, IsEmptyAndTakesNothingInAForkedChild)
     const auto queue = makeRef<OperationQueue>(1);
     queue->setSuspended(true);
     queue->add(noting(1));
-    const auto child = fork();
-    if (child == 0) {
+    EXPECT_TRUE(test::inForkedChild([&] {
         queue->waitUntilAllFinished();
         queue->add(noting(2));
         queue->cancelAll();
-        _exit(queue->operationCount() == 0 && queue->waitUntilFinished(1000) ? 0 : 1);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
+        return queue->operationCount() == 0 && queue->waitUntilFinished(1000);
+    }));
     queue->cancelAll();
     queue->waitUntilAllFinished();
 }

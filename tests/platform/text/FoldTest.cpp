@@ -18,29 +18,15 @@ struct Row {
 };
 
 constexpr Row kRows[] = {
-    {"", "", ""},
     {"Ana LIMA-9", "ana lima-9", "ana lima-9"},
-    {"straße", "strasse", "strasse"},
     {"STRAẞE", "strasse", "strasse"},
     {"Müller", "müller", "muller"},
     {"MU\u0308LLER", "mu\u0308ller", "muller"},
-    {"Éric", "éric", "eric"},
     {"İstanbul", "i\u0307stanbul", "istanbul"},
-    {"ISPARTA ılgaz", "isparta ılgaz", "isparta ılgaz"},
     {"ΟΔΥΣΣΕΎΣ", "οδυσσεύσ", "οδυσσευσ"},
-    {"οδυσσεύς", "οδυσσεύσ", "οδυσσευσ"},
-    {"ofﬁce", "office", "office"},
     {"Nguyễn Thị Ệ", "nguyễn thị ệ", "nguyen thi e"},
-    {"Żółć Đỗ", "żółć đỗ", "zołc đo"},
-    {"김", "김", "\u1100\u1175\u11B7"},
     {"が ハ\u309A ガ", "が ハ\u309A ガ", "か\u3099 ハ\u309A カ\u3099"},
-    {"ｶﾞ", "ｶﾞ", "カ\u3099"},
-    {"שָׁלוֹם", "שָׁלוֹם", "שלום"},
-    {"مُحَمَّد", "مُحَمَّد", "محمد"},
-    {"ЙОД Ёж", "йод ёж", "иод еж"},
     {"Ｗｉｄｅ ①", "ｗｉｄｅ ①", "wide 1"},
-    {"𐐀", "𐐨", "𐐨"},
-    {"\uFDFA", "\uFDFA", "صلى الله عليه وسلم"},
 };
 
 TEST(Fold, MakesSpellingsTheSame)
@@ -52,21 +38,6 @@ TEST(Fold, MakesSpellingsTheSame)
     }
     EXPECT_EQ(transformed("Éric ÀB", kFoldDiacritics), "Eric AB");
     EXPECT_EQ(foldCaseAndDiacritics("A\xFF"), "a\uFFFD");
-}
-
-TEST(Fold, FoldingTwiceChangesNothing)
-{
-    for (char32_t character = 1; character <= 0x10FFFF; ++character) {
-        if (character == 0xD800)
-            character = 0xE000;
-        std::string text;
-        appendUTF8(text, character);
-        for (const std::uint32_t options : {kFoldCase, kFoldDiacritics, kFoldCaseAndDiacritics}) {
-            const std::string once = transformed(text, options);
-            ASSERT_EQ(transformed(once, options), once)
-                << std::hex << std::uint32_t{character} << ' ' << options;
-        }
-    }
 }
 
 // The definition on whole strings, straight from ICU.
@@ -89,6 +60,22 @@ std::string foldByDefinition(const std::string& text, std::uint32_t options)
             u_charType(c) != U_NON_SPACING_MARK || c == 0x3099 || c == 0x309A)
             kept.append(c);
     return kept.toUTF8String(result);
+}
+
+TEST(Fold, OfEachCharacterFollowsTheDefinitionAndIsFinal)
+{
+    for (char32_t character = 1; character <= 0x10FFFF; ++character) {
+        const auto type = u_charType(static_cast<UChar32>(character));
+        if (type == U_UNASSIGNED || type == U_PRIVATE_USE_CHAR || type == U_SURROGATE)
+            continue;
+        std::string text;
+        appendUTF8(text, character);
+        for (const std::uint32_t options : {kFoldCase, kFoldDiacritics, kFoldCaseAndDiacritics}) {
+            const std::string once = transformed(text, options);
+            ASSERT_EQ(once, foldByDefinition(text, options)) << text << ' ' << options;
+            ASSERT_EQ(transformed(once, options), once) << text << ' ' << options;
+        }
+    }
 }
 
 TEST(Fold, AgreesWithItsDefinitionOnWholeTexts)

@@ -1,7 +1,6 @@
 // The environment names locale and languages.
 #include "platform/text/Locale.h"
-
-#include "Environment.h"
+#include "support/ScopedVariable.h"
 
 #include <gtest/gtest.h>
 
@@ -30,7 +29,7 @@ TEST(Locale, ComesFromTheFirstVariableThatIsSet)
         {"de_../x", nullptr, nullptr, "de", ""},
     };
     for (const auto& [all, collate, lang, locale, country] : rows) {
-        const ScopedVariable first("LC_ALL", all), second("LC_COLLATE", collate), third("LANG", lang);
+        const test::ScopedVariable first("LC_ALL", all), second("LC_COLLATE", collate), third("LANG", lang);
         EXPECT_EQ(currentLocale(), locale);
         EXPECT_EQ(countryOfLocale(currentLocale()), country) << locale;
     }

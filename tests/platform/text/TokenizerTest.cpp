@@ -1,8 +1,8 @@
 // Words are found in every script.
 #include "platform/text/Tokenizer.h"
 
-#include "Environment.h"
 #include "Samples.h"
+#include "support/ScopedVariable.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ TEST(Tokenizer, FindsTheWordsOfEachScript)
 TEST(Tokenizer, KnowsThatAColonJoinsInSwedish)
 {
     EXPECT_EQ(words("S:t Erik"), (List{"S", "t", "Erik"}));
-    const ScopedVariable locale("LC_ALL", "sv_SE.UTF-8");
+    const test::ScopedVariable locale("LC_ALL", "sv_SE.UTF-8");
     EXPECT_EQ(words("S:t Erik"), (List{"S:t", "Erik"}));
 }
 

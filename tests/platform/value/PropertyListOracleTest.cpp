@@ -1,30 +1,17 @@
 // Our codec against another one, in both directions and both forms: Python's own.
 #include "RandomValues.h"
 #include "platform/value/PropertyList.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
-#include <stdlib.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
 namespace platform {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr const char* kPython = "/usr/bin/python3";
 constexpr int kCount = 150;
-
-std::string contentOf(const fs::path& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    EXPECT_TRUE(stream) << file;
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 /// Empty when both are the same, else where they part: the whole is too long to look at.
 std::string difference(const std::string& ours, const std::string& theirs)
@@ -42,16 +29,8 @@ class PropertyListOracle : public testing::Test {
 protected:
     void SetUp() override
     {
-        if (!fs::exists(kPython))
+        if (!std::filesystem::exists(kPython))
             GTEST_SKIP() << kPython << " is missing: nothing to compare with";
-        std::string name = (fs::temp_directory_path() / "oracle-XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder = name;
-    }
-    void TearDown() override
-    {
-        if (!folder.empty())
-            fs::remove_all(folder);
     }
     static void run(const std::string& arguments)
     {
@@ -59,7 +38,7 @@ protected:
         ASSERT_EQ(std::system(command.c_str()), 0) << command;
     }
 
-    fs::path folder;
+    const test::TemporaryFolder folder;
 };
 
 Value corners()
@@ -83,14 +62,14 @@ TEST_F(PropertyListOracle, ReadsWhatWeWrite)
             const auto bytes = encodePropertyList(value, format);
             ASSERT_TRUE(bytes) << bytes.error().text << "\n" << spelled(value);
             const auto file = folder / fmt::format("{}.{}", at, static_cast<int>(format));
-            std::ofstream(file, std::ios::binary) << *bytes;
-            files += file.string() + " ";
+            test::put(file, *bytes);
+            files += file + " ";
             expected += spelled(value) + "\n";
         }
     }
     const auto answer = folder / "answer";
-    run("read " + files + "> " + answer.string());
-    std::istringstream ours(expected), theirs(contentOf(answer));
+    run("read " + files + "> " + answer);
+    std::istringstream ours(expected), theirs(test::bytesOf(answer));
     for (std::string our, their; std::getline(ours, our);) {
         std::getline(theirs, their);
         ASSERT_EQ(difference(our, their), "");
@@ -99,13 +78,14 @@ TEST_F(PropertyListOracle, ReadsWhatWeWrite)
 
 TEST_F(PropertyListOracle, WritesWhatWeRead)
 {
-    run(fmt::format("write {} {}", folder.string(), kCount));
+    run(fmt::format("write {} {}", folder.path(), kCount));
     for (int at = 0; at < kCount; ++at)
         for (const char* form : {"binary", "xml"}) {
             const auto file = folder / fmt::format("{}.{}", at, form);
-            const auto value = decodePropertyList(contentOf(file));
+            const auto value = decodePropertyList(test::bytesOf(file));
             ASSERT_TRUE(value) << file << ": " << value.error().text;
-            ASSERT_EQ(difference(spelled(*value), contentOf(folder / fmt::format("{}.txt", at))), "") << file;
+            ASSERT_EQ(difference(spelled(*value), test::bytesOf(folder / fmt::format("{}.txt", at))), "")
+                << file;
         }
 }
 

@@ -10,7 +10,9 @@
 namespace platform {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::StartsWith;
 using namespace std::string_literals;
 
 constexpr PropertyListFormat kBothFormats[] = {PropertyListFormat::binary, PropertyListFormat::xml};
@@ -113,9 +115,7 @@ TEST(PropertyListXML, IsRefusedWithItsLine)
         {"<string>\xE9</string>", "not well-formed"},
     };
     for (const auto& [content, reason] : cases)
-        EXPECT_THAT(answerTo(inXML(content)), HasSubstr("refused: ")) << content;
-    for (const auto& [content, reason] : cases)
-        EXPECT_THAT(answerTo(inXML(content)), HasSubstr(reason)) << content;
+        EXPECT_THAT(answerTo(inXML(content)), AllOf(StartsWith("refused: "), HasSubstr(reason))) << content;
     EXPECT_THAT(answerTo("<plist>\n<array>\n\n <real/></array></plist>"), HasSubstr("line 4, column 9: "));
 }
 
@@ -130,29 +130,6 @@ TEST(PropertyListXML, IsRefusedWithEntitiesOrAnotherType)
         ASSERT_FALSE(value) << head;
         EXPECT_EQ(value.error().code, static_cast<long>(PropertyListFault::unsupported)) << head;
     }
-}
-
-// Others read these bytes: their order and widths are the contract.
-TEST(PropertyListBinary, HasTheBytesThatOthersRead)
-{
-    const auto bytes = encodePropertyList(
-        Value::dictionary({{"a", Value::array({1, -1, 300, true, "a"})}}), PropertyListFormat::binary);
-    ASSERT_TRUE(bytes);
-    const std::string expected = "bplist00"
-                                 "\xD1\x01\x02"
-                                 "\x51"
-                                 "a"
-                                 "\xA5\x03\x04\x05\x06\x01"
-                                 "\x10\x01"
-                                 "\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"
-                                 "\x11\x01\x2C"
-                                 "\x09"
-                                 "\x08\x0B\x0D\x13\x15\x1E\x21"
-                                 "\0\0\0\0\0\0\x01\x01"
-                                 "\0\0\0\0\0\0\0\x07"
-                                 "\0\0\0\0\0\0\0\0"
-                                 "\0\0\0\0\0\0\0\x22"s;
-    EXPECT_EQ(*bytes, expected);
 }
 
 // A table of a hundred thousand people says "First" once.

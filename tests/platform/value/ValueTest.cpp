@@ -63,13 +63,6 @@ TEST(ValueDictionary, KeepsTheLastEntryOfAKeyAndForgetsWhatHasNoValue)
     EXPECT_TRUE(value["c"].isAbsent());
 }
 
-TEST(ValueObjects, GetTheirOwnKindBackThroughABareRef)
-{
-    const Ref<const Object> text = String::make("x");
-    EXPECT_TRUE(Value(text).isString());
-    EXPECT_TRUE(Value(Ref<const Object>()).isAbsent());
-}
-
 /// Stays in memory behind its end, so that the test can look.
 class Watched : public Object {
 public:

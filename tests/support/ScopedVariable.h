@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+namespace test {
+
 class ScopedVariable {
 public:
     /// A null value unsets the variable.
@@ -24,3 +26,5 @@ private:
     const char* _name;
     std::optional<std::string> _old;
 };
+
+} // namespace test

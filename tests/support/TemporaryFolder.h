@@ -1,35 +1,36 @@
 // A folder of its own for a test, and short words for what tests do with files.
 #pragma once
 
-#include "platform/files/Files.h"
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
-/// Made at the beginning of a test and removed with everything in it at the end.
-class TestFolder {
+namespace test {
+
+/// Made at the beginning of a test and removed with everything in it at the end. Throws when it cannot be.
+class TemporaryFolder {
 public:
-    explicit TestFolder(const std::string& above = std::filesystem::temp_directory_path().string())
+    explicit TemporaryFolder(const std::string& above = std::filesystem::temp_directory_path().string())
         : _path(above + "/folder-XXXXXX")
     {
         if (!mkdtemp(_path.data()))
-            ADD_FAILURE() << "no folder in " << above;
+            throw std::runtime_error("no folder in " + above);
     }
-    ~TestFolder()
+    ~TemporaryFolder()
     {
         std::error_code ignored;
         std::filesystem::remove_all(_path, ignored);
     }
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::string& path() const { return _path; }
     std::string operator/(const std::string& name) const { return _path + "/" + name; }
@@ -53,11 +54,19 @@ inline void put(const std::string& path, const std::string& bytes)
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-/// The bytes, or a word that no test writes.
-inline std::string bytesOf(const std::string& path)
+/// The bytes; without a file a word that no test writes.
+inline std::string bytesOf(const std::string& path, const std::string& missing = "(none)")
 {
-    const auto bytes = platform::readFile(path);
-    return bytes ? *bytes : "(none)";
+    std::ifstream file(path, std::ios::binary);
+    return file ? std::string{std::istreambuf_iterator<char>(file), {}} : missing;
+}
+
+/// A path of this test process's own that nothing lies at.
+inline std::string freshPath(const std::string& name)
+{
+    static int number = 0;
+    return std::filesystem::temp_directory_path()
+        / (name + "-" + std::to_string(getpid()) + "-" + std::to_string(++number));
 }
 
 inline mode_t modeOf(const std::string& path)
@@ -65,3 +74,5 @@ inline mode_t modeOf(const std::string& path)
     struct stat info { };
     return lstat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
 }
+
+} // namespace test
