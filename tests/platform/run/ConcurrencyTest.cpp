@@ -38,18 +38,6 @@ TEST(LockOrderDeathTest, EndsTheProcessForALockUnderWhatIsStillHeld)
 
 #endif
 
-TEST(LockOrder, AllowsTheOrderReentryTriesAndUnrankedLocks)
-{
-    RecursiveMutex global{LockRank::global};
-    Mutex context{LockRank::context}, file{LockRank::file}, unranked;
-    Lock outer(global);
-    Lock middle(context);
-    Lock again(global);
-    Lock any(unranked);
-    ASSERT_TRUE(file.tryLock());
-    file.unlock();
-}
-
 TEST(ManualClockTest, WakesASleeperWhenItIsMovedPastTheDeadline)
 {
     ManualClock clock(1000);

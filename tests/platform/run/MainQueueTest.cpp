@@ -37,9 +37,6 @@ void awaitReadable(int descriptor)
     ASSERT_EQ(poll(&wanted, 1, 60'000), 1);
 }
 
-/// Nobody has adopted the queue: the library serves it.
-class ServedMainQueue : public testing::Test { };
-
 /// This test's thread is the main thread, and time stands.
 class AdoptedMainQueue : public testing::Test {
 protected:
@@ -61,7 +58,8 @@ protected:
     std::vector<int> ran;
 };
 
-TEST_F(ServedMainQueue, RunsWorkInOrderOnOneThreadOfItsOwn)
+// Nobody has adopted the queue: the library serves it.
+TEST(ServedMainQueue, RunsWorkInOrderOnOneThreadOfItsOwn)
 {
     std::vector<std::thread::id> threads;
     std::promise<void> done;
@@ -74,7 +72,7 @@ TEST_F(ServedMainQueue, RunsWorkInOrderOnOneThreadOfItsOwn)
     EXPECT_NE(threads.front(), std::this_thread::get_id());
 }
 
-TEST_F(ServedMainQueue, RunsANestedCallAtOnce)
+TEST(ServedMainQueue, RunsANestedCallAtOnce)
 {
     std::vector<int> order;
     queue().sync([&] {
@@ -85,14 +83,14 @@ TEST_F(ServedMainQueue, RunsANestedCallAtOnce)
     EXPECT_THAT(order, ElementsAre(1, 2));
 }
 
-TEST_F(ServedMainQueue, RunsTimersOfTheRealClock)
+TEST(ServedMainQueue, RunsTimersOfTheRealClock)
 {
     std::promise<void> fired;
     const auto timer = queue().after(0.001, [&] { fired.set_value(); });
     fired.get_future().wait();
 }
 
-TEST_F(ServedMainQueue, SurvivesABlockThatThrowsAndLogsIt)
+TEST(ServedMainQueue, SurvivesABlockThatThrowsAndLogsIt)
 {
     const LogCapture log;
     queue().async([] { throw std::runtime_error("spoilt"); });
@@ -128,14 +126,14 @@ bool secondBlockIsLeftToTheHost()
 }
 
 // The first block may end before this thread has asked: then there is nothing to see, and it is tried again.
-TEST_F(ServedMainQueue, HandsOverBetweenTwoItems)
+TEST(ServedMainQueue, HandsOverBetweenTwoItems)
 {
     int tries = 0;
     while (!secondBlockIsLeftToTheHost())
         ASSERT_LT(++tries, 1000);
 }
 
-TEST_F(ServedMainQueue, TakesOverAgainFromAHostThatLeaves)
+TEST(ServedMainQueue, TakesOverAgainFromAHostThatLeaves)
 {
     queue().fileDescriptor();
     std::promise<void> done;
