@@ -105,14 +105,7 @@ TEST_F(MergeTest, AContextThatMissedMoreThanIsKeptLooksAtEverything)
 /// One entry a letter, its text a digit: "a1*" is entry a with text 1, primary.
 using Unit = std::vector<std::string>;
 
-struct UnitCase {
-    const char* name;
-    Unit base, mine, theirs, merged;
-};
-
-void PrintTo(const UnitCase& unit, std::ostream* out) { *out << unit.name; }
-
-class UnitMergeTest : public MergeTest, public testing::WithParamInterface<UnitCase> {
+class UnitMergeTest : public MergeTest {
 protected:
     static Unit unitOf(StoreObject& author)
     {
@@ -121,8 +114,7 @@ protected:
             handles, {}, [](const ObjectRef& handle) { return handle->integer(handle->slot("place")); });
         Unit unit;
         for (const auto& handle : handles)
-            unit.push_back(std::string(handle->text(handle->slot("uniqueId")))
-                + std::string(handle->text(handle->slot("text")))
+            unit.push_back(textOf(*handle, "uniqueId") + textOf(*handle, "text")
                 + (handle->boolean(handle->slot("isPrimary")) ? "*" : ""));
         return unit;
     }
@@ -162,50 +154,48 @@ protected:
     }
 };
 
-TEST_P(UnitMergeTest, KeepsWhatBothMeant)
+TEST_F(UnitMergeTest, KeepsWhatBothMeant)
 {
-    const UnitCase& unit = GetParam();
-    using Way = void (*)(os::StoreContext&, StoreObject&, const Unit&);
-    int round = 0;
-    for (const Way myWay : {&rewrite, &edit})
-        for (const Way theirWay : {&rewrite, &edit})
-            for (const bool looksBetween : {false, true}) {
-                SCOPED_TRACE(std::string(myWay == &rewrite ? "I rewrite, " : "I edit, ")
-                    + (theirWay == &rewrite ? "they rewrite" : "they edit")
-                    + (looksBetween ? ", I look" : ""));
-                const std::string name = "Author " + std::to_string(++round);
-                rewrite(*mine, *addAuthor(*mine, name), unit.base);
-                must(mine->save());
-                const ObjectRef here = fetchAuthor(*mine, name), there = fetchAuthor(*theirs, name);
-                theirWay(*theirs, *there, unit.theirs);
-                myWay(*mine, *here, unit.mine);
-                must(theirs->save());
-                if (looksBetween)
-                    must(mine->catchUp());
-                must(mine->save());
-                EXPECT_EQ(unitOf(*here), unit.merged);
-                EXPECT_EQ(unitOf(*fetchAuthor(*theirs, name)), unit.merged);
-                EXPECT_EQ(unitOf(*fetchAuthor(*store.makeContext(), name)), unit.merged);
-            }
-}
-
-INSTANTIATE_TEST_SUITE_P(Cases, UnitMergeTest,
-    testing::Values(UnitCase{"BothAdd", {"a1*"}, {"a1*", "b2"}, {"a1*", "c3"}, {"a1*", "c3", "b2"}},
-        UnitCase{"BothAddTheSame", {"a1*"}, {"a1*", "b2"}, {"a1*", "b3"}, {"a1*", "b2"}},
-        UnitCase{"IEditAndTheyEditAnother", {"a1*", "b1"}, {"a2*", "b1"}, {"a1*", "b2"}, {"a2*", "b2"}},
-        UnitCase{"BothEditOne", {"a1*", "b1"}, {"a2*", "b1"}, {"a3*", "b1"}, {"a2*", "b1"}},
-        UnitCase{"IRemoveAndTheyAdd", {"a1*", "b1"}, {"a1*"}, {"a1*", "b1", "c1"}, {"a1*", "c1"}},
-        UnitCase{"TheyRemoveAndIAdd", {"a1*", "b1"}, {"a1*", "b1", "c1"}, {"a1*"}, {"a1*", "c1"}},
-        UnitCase{"TheyRemoveWhatIKeep", {"a1*", "b1"}, {"a2*", "b1"}, {"a1*"}, {"a2*"}},
-        UnitCase{"TheyRemoveThePrimary", {"a1*", "b1"}, {"a1*", "b2"}, {"b1*"}, {"b2*"}},
-        UnitCase{"IRemoveThePrimaryAndTheyAdd", {"a1*", "b1"}, {"b1*"}, {"a1*", "b1", "c1"}, {"b1*", "c1"}},
-        UnitCase{"BothChooseAPrimary", {"a1*", "b1", "c1"}, {"a1", "b1*", "c1"}, {"a1", "b1", "c1*"},
+    const struct {
+        const char* what;
+        Unit base, mine, theirs, merged;
+    } rows[]{{"both add", {"a1*"}, {"a1*", "b2"}, {"a1*", "c3"}, {"a1*", "c3", "b2"}},
+        {"both add the same", {"a1*"}, {"a1*", "b2"}, {"a1*", "b3"}, {"a1*", "b2"}},
+        {"I edit one, they another", {"a1*", "b1"}, {"a2*", "b1"}, {"a1*", "b2"}, {"a2*", "b2"}},
+        {"both edit one", {"a1*", "b1"}, {"a2*", "b1"}, {"a3*", "b1"}, {"a2*", "b1"}},
+        {"I remove, they add", {"a1*", "b1"}, {"a1*"}, {"a1*", "b1", "c1"}, {"a1*", "c1"}},
+        {"they remove, I add", {"a1*", "b1"}, {"a1*", "b1", "c1"}, {"a1*"}, {"a1*", "c1"}},
+        {"they remove what I keep", {"a1*", "b1"}, {"a2*", "b1"}, {"a1*"}, {"a2*"}},
+        {"they remove the primary", {"a1*", "b1"}, {"a1*", "b2"}, {"b1*"}, {"b2*"}},
+        {"I remove the primary, they add", {"a1*", "b1"}, {"b1*"}, {"a1*", "b1", "c1"}, {"b1*", "c1"}},
+        {"both choose a primary", {"a1*", "b1", "c1"}, {"a1", "b1*", "c1"}, {"a1", "b1", "c1*"},
             {"a1", "b1*", "c1"}},
-        UnitCase{"TheyChooseAPrimary", {"a1*", "b1"}, {"a1*", "b2"}, {"a1", "b1*"}, {"a1", "b2*"}},
-        UnitCase{"BothClear", {"a1*"}, {}, {}, {}},
-        UnitCase{"IClearAndTheyAdd", {"a1*"}, {}, {"a1*", "b1"}, {"b1*"}},
-        UnitCase{"FromNothing", {}, {"a1*"}, {"b1*"}, {"b1", "a1*"}}),
-    [](const auto& tested) { return tested.param.name; });
+        {"they choose a primary", {"a1*", "b1"}, {"a1*", "b2"}, {"a1", "b1*"}, {"a1", "b2*"}},
+        {"both clear", {"a1*"}, {}, {}, {}}, {"I clear, they add", {"a1*"}, {}, {"a1*", "b1"}, {"b1*"}},
+        {"from nothing", {}, {"a1*"}, {"b1*"}, {"b1", "a1*"}}};
+    using Way = void (*)(os::StoreContext&, StoreObject&, const Unit&);
+    const std::pair<const char*, Way> ways[]{{"rewrite", &rewrite}, {"edit", &edit}};
+    for (const auto& row : rows)
+        for (const auto& [mySay, myWay] : ways)
+            for (const auto& [theirSay, theirWay] : ways)
+                for (const bool looksBetween : {false, true}) {
+                    const std::string name = std::string(row.what) + ": I " + mySay + ", they " + theirSay
+                        + (looksBetween ? ", I look" : "");
+                    SCOPED_TRACE(name);
+                    rewrite(*mine, *addAuthor(*mine, name), row.base);
+                    must(mine->save());
+                    const ObjectRef here = fetchAuthor(*mine, name), there = fetchAuthor(*theirs, name);
+                    theirWay(*theirs, *there, row.theirs);
+                    myWay(*mine, *here, row.mine);
+                    must(theirs->save());
+                    if (looksBetween)
+                        must(mine->catchUp());
+                    must(mine->save());
+                    EXPECT_EQ(unitOf(*here), row.merged);
+                    EXPECT_EQ(unitOf(*fetchAuthor(*theirs, name)), row.merged);
+                    EXPECT_EQ(unitOf(*fetchAuthor(*store.makeContext(), name)), row.merged);
+                }
+}
 
 TEST_F(MergeTest, UnitsOfOneOwnerAreApart)
 {

@@ -30,18 +30,18 @@ std::weak_ordering orderOf(const Value& a, const Value& b)
     return a.isData() ? order(a.asBytes(), b.asBytes()) : order(a.asReal(), b.asReal());
 }
 
-bool isOrdered(std::weak_ordering order, Rule::Test test)
+bool isOrdered(std::weak_ordering order, ZRSearchComparison test)
 {
     switch (test) {
-    case Rule::Test::equal:
+    case kZREqual:
         return order == 0;
-    case Rule::Test::less:
+    case kZRLessThan:
         return order < 0;
-    case Rule::Test::lessOrEqual:
+    case kZRLessThanOrEqual:
         return order <= 0;
-    case Rule::Test::greater:
+    case kZRGreaterThan:
         return order > 0;
-    case Rule::Test::greaterOrEqual:
+    case kZRGreaterThanOrEqual:
         return order >= 0;
     default:
         return false;
@@ -49,11 +49,11 @@ bool isOrdered(std::weak_ordering order, Rule::Test test)
 }
 
 /// Whether a part of the text is there: anywhere, at its beginning, at its end.
-bool containsText(std::string_view text, std::string_view part, Rule::Test test)
+bool containsText(std::string_view text, std::string_view part, ZRSearchComparison test)
 {
-    if (test == Rule::Test::beginsWith)
+    if (test == kZRPrefixMatch)
         return text.starts_with(part);
-    if (test == Rule::Test::endsWith)
+    if (test == kZRSuffixMatch)
         return text.ends_with(part);
     return text.find(part) != std::string_view::npos;
 }
@@ -88,7 +88,7 @@ double dayIn1976(platform::CalendarDay day, int year)
 /// One value, or none.
 bool NaiveSearch::ofEntry(const Value& value, const Asked& asked) const
 {
-    if (asked.rule.test == Rule::Test::bits) {
+    if (asked.rule.test == kZRBitsInBitFieldMatch) {
         const std::int64_t bits = value.asInteger(), sought = asked.value.asInteger();
         constexpr std::int64_t showAs = 7, nameOrder = 56;
         if (!asked.value.isNumber() || !(value.isNothing() || value.isNumber()))
@@ -125,7 +125,7 @@ bool NaiveSearch::holdsText(std::string_view text, std::string_view sought, cons
 {
     const auto test = asked.rule.test;
     const auto fold = foldOf(asked.rule, asked.condition);
-    if (asked.property == zr::kZREmailProperty && test == Rule::Test::equal && asked.rule.ignoresCase) {
+    if (asked.property == zr::kZREmailProperty && test == kZREqual && asked.rule.ignoresCase) {
         if (asked.differs(Difference::emailEquality))
             return platform::foldCaseAndDiacritics(text) == platform::foldCaseAndDiacritics(sought);
     } else if (asked.differs(Difference::localizedComparison)) {
@@ -138,7 +138,7 @@ bool NaiveSearch::holdsText(std::string_view text, std::string_view sought, cons
 bool NaiveSearch::holdsPart(std::string_view text, std::string_view sought, const Asked& asked)
 {
     const auto fold = foldOf(asked.rule, asked.condition);
-    const bool isContained = asked.rule.test == Rule::Test::contains;
+    const bool isContained = asked.rule.test == kZRContainsSubString;
     const std::string folded = platform::transformed(sought, fold);
     if (sought.empty())
         return isContained;
@@ -167,7 +167,7 @@ bool NaiveSearch::isWithin(const Value& value, const Asked& asked) const
     } else {
         const Date compared = asked.differs(Difference::daysAtNoonGMT) ? stored : date;
         const double distance = compared.seconds - _now.seconds;
-        const double measured = asked.rule.test == Rule::Test::fromToday ? distance : std::abs(distance);
+        const double measured = asked.rule.test == kZRWithinIntervalFromToday ? distance : std::abs(distance);
         isIn = measured >= 0
             && (asked.differs(Difference::intervalEnds) ? measured <= interval : measured < interval);
     }
@@ -183,7 +183,7 @@ bool NaiveSearch::isWithinYearless(Date date, const Asked& asked) const
     const double interval = asked.value.asReal();
     const double from = dayIn1976(*today, 1976), there = dayIn1976(*day, 1976);
     const double other = dayIn1976(*day, there < from ? 1977 : 1975);
-    if (asked.rule.test == Rule::Test::fromToday) {
+    if (asked.rule.test == kZRWithinIntervalFromToday) {
         const double ahead = ((there < from ? other : there) - from) * kDay;
         return ahead >= 0 && ahead < interval;
     }
@@ -207,7 +207,7 @@ bool NaiveSearch::isWithinYearlessInStore(Date stored, const Asked& asked) const
 {
     const int year = platform::yearOf(_now).value_or(1970);
     const double length = platform::startOfYear(year + 1).seconds - platform::startOfYear(year).seconds;
-    const bool isAhead = asked.rule.test == Rule::Test::fromToday;
+    const bool isAhead = asked.rule.test == kZRWithinIntervalFromToday;
     const double interval = asked.value.asReal();
     if (interval >= length || (!isAhead && interval >= length / 2))
         return true;

@@ -10,67 +10,55 @@ namespace test {
 
 /// What a comparison asks for, or asks the contrary of.
 struct Rule {
-    enum class Test {
-        equal,
-        less,
-        lessOrEqual,
-        greater,
-        greaterOrEqual,
-        contains,
-        beginsWith,
-        endsWith,
-        bits,
-        aroundToday,
-        fromToday,
-        membership
-    };
-
-    Test test;
+    /// The plainest comparison that asks for it.
+    ZRSearchComparison test;
     bool inverts = false;
     bool ignoresCase = false;
     bool isYearless = false;
 
-    bool isInterval() const { return test == Test::aroundToday || test == Test::fromToday; }
-    bool isMembership() const { return test == Test::membership; }
+    bool isInterval() const
+    {
+        return test == kZRWithinIntervalAroundToday || test == kZRWithinIntervalFromToday;
+    }
+    bool isMembership() const { return test == kZRMemberOfGroup; }
     /// Of whole texts, not of parts of them.
-    bool isOrder() const { return test <= Test::greaterOrEqual; }
+    bool isOrder() const { return test <= kZRGreaterThanOrEqual; }
     bool isTextNegation() const { return inverts && !isInterval() && !isMembership(); }
     bool isNegation() const { return inverts && !isMembership(); }
     /// Those that "no value" answers when nothing is asked for.
-    bool isEquality() const { return !inverts && (test == Test::equal || test == Test::contains); }
+    bool isEquality() const { return !inverts && (test == kZREqual || test == kZRContainsSubString); }
 };
 
 inline const Rule& ruleOf(ZRSearchComparison comparison)
 {
-    using enum Rule::Test;
     static constexpr std::array<Rule, kZRNotMemberOfGroup + 1> rules{{
-        {.test = equal},
-        {.test = equal, .inverts = true},
-        {.test = less},
-        {.test = lessOrEqual},
-        {.test = greater},
-        {.test = greaterOrEqual},
-        {.test = equal, .ignoresCase = true},
-        {.test = contains},
-        {.test = contains, .ignoresCase = true},
-        {.test = beginsWith},
-        {.test = beginsWith, .ignoresCase = true},
-        {.test = bits},
-        {.test = contains, .inverts = true},
-        {.test = contains, .inverts = true, .ignoresCase = true},
-        {.test = equal, .inverts = true, .ignoresCase = true},
-        {.test = endsWith},
-        {.test = endsWith, .ignoresCase = true},
-        {.test = aroundToday},
-        {.test = aroundToday, .isYearless = true},
-        {.test = aroundToday, .inverts = true},
-        {.test = aroundToday, .inverts = true, .isYearless = true},
-        {.test = fromToday},
-        {.test = fromToday, .isYearless = true},
-        {.test = fromToday, .inverts = true},
-        {.test = fromToday, .inverts = true, .isYearless = true},
-        {.test = membership},
-        {.test = membership, .inverts = true},
+        {.test = kZREqual},
+        {.test = kZREqual, .inverts = true},
+        {.test = kZRLessThan},
+        {.test = kZRLessThanOrEqual},
+        {.test = kZRGreaterThan},
+        {.test = kZRGreaterThanOrEqual},
+        {.test = kZREqual, .ignoresCase = true},
+        {.test = kZRContainsSubString},
+        {.test = kZRContainsSubString, .ignoresCase = true},
+        {.test = kZRPrefixMatch},
+        {.test = kZRPrefixMatch, .ignoresCase = true},
+        {.test = kZRBitsInBitFieldMatch},
+        {.test = kZRContainsSubString, .inverts = true},
+        {.test = kZRContainsSubString, .inverts = true, .ignoresCase = true},
+        {.test = kZREqual, .inverts = true, .ignoresCase = true},
+        {.test = kZRSuffixMatch},
+        {.test = kZRSuffixMatch, .ignoresCase = true},
+        {.test = kZRWithinIntervalAroundToday},
+        {.test = kZRWithinIntervalAroundToday, .isYearless = true},
+        {.test = kZRWithinIntervalAroundToday, .inverts = true},
+        {.test = kZRWithinIntervalAroundToday, .inverts = true, .isYearless = true},
+        {.test = kZRWithinIntervalFromToday},
+        {.test = kZRWithinIntervalFromToday, .isYearless = true},
+        {.test = kZRWithinIntervalFromToday, .inverts = true},
+        {.test = kZRWithinIntervalFromToday, .inverts = true, .isYearless = true},
+        {.test = kZRMemberOfGroup},
+        {.test = kZRMemberOfGroup, .inverts = true},
     }};
     return rules.at(static_cast<std::size_t>(comparison));
 }

@@ -289,7 +289,7 @@ bool NaiveSearch::ofAddressesInStore(const std::vector<NaiveEntry>& entries, con
         return ofRows(entries, ofPart);
     };
     const bool isAnyPart = asked.condition.comparison == kZRNotEqual
-        || (asked.rule.test == Rule::Test::contains && !asked.rule.inverts);
+        || (asked.rule.test == kZRContainsSubString && !asked.rule.inverts);
     const bool joinsByOr = asked.hasValue() ? isAnyPart : asked.rule.isTextNegation();
     return joinsByOr ? std::ranges::any_of(kSearchedAddressParts, holdsForPart)
                      : std::ranges::all_of(kSearchedAddressParts, holdsForPart);

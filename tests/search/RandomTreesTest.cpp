@@ -143,7 +143,7 @@ private:
         if (isMember)
             _twin.leave(id, group);
         else if (_twin.isPerson(id) || std::ranges::find(groups, id) < std::ranges::find(groups, group))
-            _twin.join(id, group);
+            _twin.changeMembership(id, group);
     }
 
     /// Later searches must not name it.

@@ -112,14 +112,6 @@ TEST_F(SearchElementHelpers, ReadNames)
     }
 }
 
-TEST_F(SearchElementHelpers, ListTheProperties)
-{
-    EXPECT_EQ(Helper::propertiesOfSearchElements({where(kZRNoteProperty, kZREqual, "x"),
-                  wholeCard("x", kZREqual), name("Ana"), where(kZREmailProperty, kZREqual, "x")}),
-        (Names{kZRNoteProperty, kZREmailProperty}));
-    EXPECT_EQ(Helper::propertiesOfSearchElements({}), Names{});
-}
-
 TEST(SearchIntervals, ReadAsPeopleSayThem)
 {
     using enum ZRDateUnit;

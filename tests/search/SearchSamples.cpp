@@ -19,19 +19,11 @@ using Keys = std::vector<std::optional<std::string>>;
 constexpr double kDay = 86400;
 
 /// Case, accents composed and apart, ligatures and wide digits, both i of Turkish, marks alone, kana.
-const Texts& spellings()
-{
-    static const Texts texts{"Ana", "ANA", "ana", "Ána", "A\u0301na", "Straße", "STRASSE", "İstanbul",
-        "istanbul", "ıstanbul", "ﬁn", "fin", "１２３", "123", "\u212Bke", "Åke", "が", "か\u3099", "か",
-        "Zoë", "Zoe", "Ωmega", "n", "Ana Lima", "\u0301"};
-    return texts;
-}
+const Texts kSpellings{"Ana", "ANA", "ana", "Ána", "A\u0301na", "Straße", "STRASSE", "İstanbul", "istanbul",
+    "ıstanbul", "ﬁn", "fin", "１２３", "123", "\u212Bke", "Åke", "が", "か\u3099", "か", "Zoë", "Zoe",
+    "Ωmega", "n", "Ana Lima", "\u0301"};
 
-const Texts& fewSpellings()
-{
-    static const Texts texts{"Ana", "ana", "Ána", "Straße", "STRASSE", "ﬁn", "n"};
-    return texts;
-}
+const Texts kFewSpellings{"Ana", "ana", "Ána", "Straße", "STRASSE", "ﬁn", "n"};
 
 std::vector<Value> withNothing(const Texts& texts)
 {
@@ -57,13 +49,9 @@ std::vector<Value> numbers()
     return values;
 }
 
-const Texts& days()
-{
-    static const Texts texts{"today", "today+1", "today-1", "today+3", "today-3", "today+7", "today-7",
-        "today+40", "1604-02-29", "1980-02-29", "1981-03-01", "2000-12-31", "2001-01-01", "1999-06-15",
-        "2150-07-04", "1984-12-28", "1985-01-03"};
-    return texts;
-}
+const Texts kDays{"today", "today+1", "today-1", "today+3", "today-3", "today+7", "today-7", "today+40",
+    "1604-02-29", "1980-02-29", "1981-03-01", "2000-12-31", "2001-01-01", "1999-06-15", "2150-07-04",
+    "1984-12-28", "1985-01-03"};
 
 /// Days to compare with, and intervals.
 std::vector<Value> daysAndIntervals()
@@ -79,22 +67,14 @@ std::vector<Value> daysAndIntervals()
     return values;
 }
 
-const Keys& noKeys()
-{
-    static const Keys keys{std::nullopt, "City"};
-    return keys;
-}
+const Keys kNoKeys{std::nullopt, "City"};
 
-const Keys& someLabels()
-{
-    static const Keys labels{std::nullopt, "home", "work"};
-    return labels;
-}
+const Keys kSomeLabels{std::nullopt, "home", "work"};
 
 Searched texts(std::string_view property, bool isOfPeople = true)
 {
     return {.property = std::string(property),
-        .contents = fewSpellings(),
+        .contents = kFewSpellings,
         .values = {Value(), Value(""), Value("Ána"), Value("STRASSE")},
         .isOfPeople = isOfPeople};
 }
@@ -102,7 +82,7 @@ Searched texts(std::string_view property, bool isOfPeople = true)
 Searched entries(std::string_view property, const Texts& contents, bool isOfPeople = true)
 {
     return {.property = std::string(property),
-        .labels = someLabels(),
+        .labels = kSomeLabels,
         .contents = contents,
         .values = {Value(), Value(""), Value(7), Value(contents.front()), Value(contents[1])},
         .isOfPeople = isOfPeople};
@@ -111,8 +91,8 @@ Searched entries(std::string_view property, const Texts& contents, bool isOfPeop
 Searched dates(std::string_view property, bool hasLabels = false, bool isOfPeople = true)
 {
     return {.property = std::string(property),
-        .labels = hasLabels ? someLabels() : Keys{std::nullopt},
-        .contents = days(),
+        .labels = hasLabels ? kSomeLabels : Keys{std::nullopt},
+        .contents = kDays,
         .values = daysAndIntervals(),
         .isOfPeople = isOfPeople};
 }
@@ -130,7 +110,7 @@ Searched declared(std::string_view property, const Texts& contents, std::vector<
     const bool hasLabels = std::string_view("Aliases Scores Weights Visits Lists Maps Blobs").find(property)
         != std::string_view::npos;
     return {.property = std::string(property),
-        .labels = hasLabels ? someLabels() : Keys{std::nullopt, "home"},
+        .labels = hasLabels ? kSomeLabels : Keys{std::nullopt, "home"},
         .contents = contents,
         .values = std::move(values)};
 }
@@ -139,7 +119,7 @@ Searched addresses()
 {
     return {.property = std::string(zr::kZRAddressProperty),
         .keys = {std::nullopt, "City", "CountryCode", "Floor"},
-        .labels = someLabels(),
+        .labels = kSomeLabels,
         .contents = {"{Street:Ana, City:Porto, ZIP:4000, Country:Portugal, CountryCode:pt}",
             "{City:PORTO, CountryCode:uk}", "{Street:Porto, Floor:7}", "{CountryCode:de}",
             "{Street:Porto, City:Porto, State:Porto, ZIP:Porto, Country:Porto, Region:Porto, Sama:Porto}",
@@ -160,9 +140,9 @@ Searched memberships(TwinRoster& twin, bool isOfPeople)
 void addBuiltIn(std::vector<Searched>& all)
 {
     all.push_back({.property = std::string(zr::kZRFirstNameProperty),
-        .keys = noKeys(),
-        .contents = spellings(),
-        .values = textsAndNumber(spellings())});
+        .keys = kNoKeys,
+        .contents = kSpellings,
+        .values = textsAndNumber(kSpellings)});
     for (const auto property : {zr::kZRLastNameProperty, zr::kZRMiddleNameProperty, zr::kZRNicknameProperty,
              zr::kZROrganizationProperty, zr::kZRDepartmentProperty, zr::kZRJobTitleProperty,
              zr::kZRTitleProperty, zr::kZRSuffixProperty, zr::kZRMaidenNameProperty,
@@ -188,23 +168,23 @@ void addDeclared(std::vector<Searched>& all)
 {
     const Texts amounts{"1", "2", "7", "16"}, lists{"Ana;Bo", "7;Ána", "Bo"},
         maps{"{City:Porto, Note:Ana}", "{Note:porto}"};
-    all.push_back(declared("Hobby", fewSpellings(), textsAndNumber({"Ána", "STRASSE"})));
+    all.push_back(declared("Hobby", kFewSpellings, textsAndNumber({"Ána", "STRASSE"})));
     all.push_back(declared("Lucky", amounts, numbers()));
     all.push_back(declared("Ratio", {"2.5", "2", "-1"}, numbers()));
-    all.push_back(declared("Joined", days(), daysAndIntervals()));
+    all.push_back(declared("Joined", kDays, daysAndIntervals()));
     all.push_back(declared("Tags", lists, textsAndNumber({"Ana"})));
     all.push_back(declared("Map", maps, textsAndNumber({"Ana"})));
-    all.back().keys = noKeys();
+    all.back().keys = kNoKeys;
     auto bytes = withNothing({"Ana"});
     bytes.push_back(Value::data("Ana"));
     all.push_back(declared("Blob", {"Ana", "Bo"}, bytes));
-    all.push_back(declared("Aliases", fewSpellings(), textsAndNumber({"Ána", "STRASSE"})));
+    all.push_back(declared("Aliases", kFewSpellings, textsAndNumber({"Ána", "STRASSE"})));
     all.push_back(declared("Scores", amounts, numbers()));
     all.push_back(declared("Weights", {"2.5", "2", "-1"}, numbers()));
-    all.push_back(declared("Visits", days(), daysAndIntervals()));
+    all.push_back(declared("Visits", kDays, daysAndIntervals()));
     all.push_back(declared("Lists", lists, textsAndNumber({"Ana"})));
     all.push_back(declared("Maps", maps, textsAndNumber({"Ana"})));
-    all.back().keys = noKeys();
+    all.back().keys = kNoKeys;
     all.push_back(declared("Blobs", {"Ana", "Bo"}, bytes));
 }
 
@@ -223,7 +203,7 @@ void addOfGroups(std::vector<Searched>& all, TwinRoster& twin)
 std::vector<Searched> searchedProperties(TwinRoster& twin)
 {
     std::vector<Searched> all;
-    all.push_back({.property = "", .values = textsAndNumber(spellings())});
+    all.push_back({.property = "", .values = textsAndNumber(kSpellings)});
     addBuiltIn(all);
     addDeclared(all);
     all.push_back({.property = "Unheard", .values = textsAndNumber({"Ana"})});
@@ -275,12 +255,12 @@ void addGroups(TwinRoster& twin)
     const auto below = twin.add(Kind::group, "GroupName=Ána | Songs[home]=bo | Songs[work]=Ana");
     const auto lowest = twin.add(Kind::group, "GroupName=STRASSE | Rank=2");
     twin.add(Kind::group, "Motto=n | Creation=now-86400");
-    twin.join(below, top);
-    twin.join(lowest, below);
+    twin.changeMembership(below, top);
+    twin.changeMembership(lowest, below);
     const auto people = twin.idsOfKind(Kind::person);
     for (std::size_t i = 0; i < people.size(); ++i)
         if (i % 3 == 0)
-            twin.join(people[i], i % 2 ? top : lowest);
+            twin.changeMembership(people[i], i % 2 ? top : lowest);
 
     const std::string named(zr::kZRFirstNameProperty);
     twin.addSmartGroup("Anas",

@@ -22,6 +22,11 @@ Date momentIn(const std::string& zone, const CalendarTime& time)
     return *platform::dateOf(time, *platform::TimeZone::named(zone));
 }
 
+Ref<ZRSearchElement> birthday(ZRSearchComparison comparison, double days)
+{
+    return where(kZRBirthdayProperty, comparison, Value(days * oneDay));
+}
+
 /// A world whose clock stands, in a zone of the test's choice, and whose first thread serves the main queue.
 class DateGroups : public SmartGroupWorld {
 protected:
@@ -45,6 +50,12 @@ protected:
         const Date noon = *platform::noonOf(day);
         return person(roster, {{kZRFirstNameProperty, Value(firstName)}, {kZRBirthdayProperty, Value(noon)}});
     }
+    /// A group of those whose birthday is within a week, with Ana's of 20 May in the roster.
+    Ref<ZRSmartGroup> soon() const
+    {
+        born("Ana", {1985, 5, 20});
+        return group("soon", birthday(kZRWithinIntervalAroundTodayYearless, 7.5));
+    }
     /// What is stored, without asking for it.
     static bool isMarked(const ZRSmartGroup& group)
     {
@@ -54,6 +65,12 @@ protected:
     void wait(double seconds)
     {
         clock.advance(seconds);
+        platform::MainQueue::shared().drain();
+    }
+    /// As a clock that was set tells everybody.
+    void tellThatClockWasSet()
+    {
+        notices->post({"org.quillon.MenuBarClock.ClockNotification", std::nullopt, {}});
         platform::MainQueue::shared().drain();
     }
     static std::string fireTime()
@@ -71,11 +88,6 @@ private:
     const std::shared_ptr<platform::DistributedNotificationCenter> _before;
 };
 
-Ref<ZRSearchElement> birthday(ZRSearchComparison comparison, double days)
-{
-    return where(kZRBirthdayProperty, comparison, Value(days * oneDay));
-}
-
 TEST_F(DateGroups, KnowWhoseBirthdayComes)
 {
     constexpr auto around = kZRWithinIntervalAroundTodayYearless, from = kZRWithinIntervalFromTodayYearless;
@@ -88,33 +100,33 @@ TEST_F(DateGroups, KnowWhoseBirthdayComes)
         bool isMember;
     } rows[] = {
         // Over New Year, both ways.
-        {"Europe/Berlin", {{2023, 12, 29}, 12, 0, 0}, {1980, 1, 2}, from, 7, true},
-        {"Europe/Berlin", {{2023, 12, 29}, 12, 0, 0}, {1980, 12, 27}, from, 7, false},
-        {"Europe/Berlin", {{2023, 12, 29}, 12, 0, 0}, {1980, 12, 27}, around, 7, true},
-        {"Europe/Berlin", {{2024, 1, 2}, 12, 0, 0}, {1980, 12, 30}, around, 7, true},
-        {"Europe/Berlin", {{2024, 1, 2}, 12, 0, 0}, {1980, 12, 20}, around, 7, false},
+        {"Europe/Berlin", {{2023, 12, 29}, 12}, {1980, 1, 2}, from, 7, true},
+        {"Europe/Berlin", {{2023, 12, 29}, 12}, {1980, 12, 27}, from, 7, false},
+        {"Europe/Berlin", {{2023, 12, 29}, 12}, {1980, 12, 27}, around, 7, true},
+        {"Europe/Berlin", {{2024, 1, 2}, 12}, {1980, 12, 30}, around, 7, true},
+        {"Europe/Berlin", {{2024, 1, 2}, 12}, {1980, 12, 20}, around, 7, false},
         {"America/New_York", {{2023, 12, 31}, 23, 59, 59}, {1980, 1, 1}, from, 2, true},
         // 29 February, in years with and without one. What counts is the time since the year began, so that
         // the
         // days behind it are one off where one year has it and the other has not.
-        {"Europe/Berlin", {{2024, 2, 29}, 12, 0, 0}, {1988, 2, 29}, from, 1, true},
-        {"Europe/Berlin", {{2023, 2, 27}, 12, 0, 0}, {1988, 2, 29}, from, 4, true},
-        {"Europe/Berlin", {{2023, 3, 2}, 12, 0, 0}, {1988, 2, 29}, around, 4, true},
-        {"Europe/Berlin", {{2023, 2, 20}, 12, 0, 0}, {1988, 2, 29}, from, 4, false},
+        {"Europe/Berlin", {{2024, 2, 29}, 12}, {1988, 2, 29}, from, 1, true},
+        {"Europe/Berlin", {{2023, 2, 27}, 12}, {1988, 2, 29}, from, 4, true},
+        {"Europe/Berlin", {{2023, 3, 2}, 12}, {1988, 2, 29}, around, 4, true},
+        {"Europe/Berlin", {{2023, 2, 20}, 12}, {1988, 2, 29}, from, 4, false},
         // Days of 23 and of 25 hours.
-        {"Europe/Berlin", {{2024, 3, 30}, 23, 30, 0}, {1984, 3, 31}, from, 1.5, true},
-        {"Europe/Berlin", {{2024, 3, 31}, 3, 30, 0}, {1984, 3, 31}, from, 1, true},
-        {"America/New_York", {{2024, 11, 3}, 1, 30, 0}, {1984, 11, 3}, from, 1, true},
-        {"America/New_York", {{2024, 11, 3}, 23, 30, 0}, {1984, 11, 5}, from, 1.5, false},
+        {"Europe/Berlin", {{2024, 3, 30}, 23, 30}, {1984, 3, 31}, from, 1.5, true},
+        {"Europe/Berlin", {{2024, 3, 31}, 3, 30}, {1984, 3, 31}, from, 1, true},
+        {"America/New_York", {{2024, 11, 3}, 1, 30}, {1984, 11, 3}, from, 1, true},
+        {"America/New_York", {{2024, 11, 3}, 23, 30}, {1984, 11, 5}, from, 1.5, false},
         // The day counts, not the hour, and it is the local one.
         {"America/New_York", {{2024, 5, 10}, 23, 59, 59}, {1984, 5, 10}, from, 1, true},
         {"America/New_York", {{2024, 5, 11}, 0, 0, 1}, {1984, 5, 10}, from, 1, false},
         {"Pacific/Apia", {{2024, 5, 10}, 0, 0, 1}, {1984, 5, 10}, from, 1, true},
         {"Pacific/Apia", {{2024, 5, 9}, 23, 59, 59}, {1984, 5, 11}, from, 1, false},
         // A day that was skipped.
-        {"Pacific/Apia", {{2011, 12, 29}, 23, 0, 0}, {1985, 12, 31}, from, 3, true},
+        {"Pacific/Apia", {{2011, 12, 29}, 23}, {1985, 12, 31}, from, 3, true},
         // Half a year to both sides is every birthday.
-        {"Europe/Berlin", {{2024, 5, 10}, 12, 0, 0}, {1985, 11, 11}, around, 200, true},
+        {"Europe/Berlin", {{2024, 5, 10}, 12}, {1985, 11, 11}, around, 200, true},
     };
     for (const auto& row : rows) {
         beAt(row.zone, row.now);
@@ -131,15 +143,14 @@ TEST_F(DateGroups, KnowWhoseBirthdayComes)
 
 TEST_F(DateGroups, AreModifiedAfterMidnightWithoutATouchOfACard)
 {
-    beAt("Europe/Berlin", {{2024, 5, 1}, 12, 0, 0});
-    born("Ana", {1985, 5, 20});
-    const auto group = SmartGroupWorld::group("soon", birthday(kZRWithinIntervalAroundTodayYearless, 7.5));
+    beAt("Europe/Berlin", {{2024, 5, 1}, 12});
+    const auto group = soon();
     const auto away = SmartGroupWorld::group("far", birthday(kZRWithinIntervalAroundTodayYearless, 1));
     const auto undated = groupOf({"Ana"});
     ASSERT_TRUE(roster->save());
     EXPECT_FALSE(group->isModified());
 
-    beAt("Europe/Berlin", {{2024, 5, 12}, 23, 59, 0});
+    beAt("Europe/Berlin", {{2024, 5, 12}, 23, 59});
     roster->_setupMidnightTimer();
     wait(60);
     EXPECT_FALSE(isMarked(*group)) << "not before five seconds past";
@@ -153,12 +164,11 @@ TEST_F(DateGroups, AreModifiedAfterMidnightWithoutATouchOfACard)
 // The first question of a process looks after all groups; later ones only read the bit.
 TEST_F(DateGroups, AreLookedAfterOnceAProcess)
 {
-    beAt("UTC", {{2024, 5, 1}, 12, 0, 0});
-    born("Ana", {1985, 5, 20});
-    const auto group = SmartGroupWorld::group("soon", birthday(kZRWithinIntervalAroundTodayYearless, 7.5));
+    beAt("UTC", {{2024, 5, 1}, 12});
+    const auto group = soon();
     const auto other = groupOf({"Ana"});
     ASSERT_TRUE(roster->save());
-    beAt("UTC", {{2024, 5, 15}, 12, 0, 0});
+    beAt("UTC", {{2024, 5, 15}, 12});
     EXPECT_TRUE(roster->nts_shouldUpdateDateRelatedSmartGroups());
     EXPECT_FALSE(other->isModified());
     EXPECT_FALSE(roster->nts_shouldUpdateDateRelatedSmartGroups());
@@ -174,14 +184,13 @@ TEST_F(DateGroups, AreLookedAfterOnceAProcess)
 // A group that was changed since the window's far edge passed has been seen with that card in it.
 TEST_F(DateGroups, AreLeftAloneWhenTheyWereChangedSince)
 {
-    beAt("UTC", {{2024, 5, 10}, 12, 0, 0});
-    born("Ana", {1985, 5, 20});
-    const auto group = SmartGroupWorld::group("soon", birthday(kZRWithinIntervalAroundTodayYearless, 7.5));
+    beAt("UTC", {{2024, 5, 10}, 12});
+    const auto group = soon();
     ASSERT_TRUE(roster->save());
-    beAt("UTC", {{2024, 5, 17}, 12, 0, 0});
+    beAt("UTC", {{2024, 5, 17}, 12});
     roster->updateDateRelatedSmartGroups();
     EXPECT_FALSE(isMarked(*group)) << "made seven days ago";
-    beAt("UTC", {{2024, 5, 18}, 12, 0, 0});
+    beAt("UTC", {{2024, 5, 18}, 12});
     roster->updateDateRelatedSmartGroups();
     EXPECT_TRUE(isMarked(*group)) << "made eight days ago";
 }
@@ -189,17 +198,15 @@ TEST_F(DateGroups, AreLeftAloneWhenTheyWereChangedSince)
 // What the store cannot be asked for costs a walk over all cards: only who wants to be told pays it.
 TEST_F(DateGroups, ThatTheStoreCannotAnswerAreLookedAfterWhenTracked)
 {
-    beAt("UTC", {{2024, 5, 1}, 12, 0, 0});
-    born("Ana", {1985, 5, 20});
-    const auto search = all({birthday(kZRWithinIntervalAroundTodayYearless, 7.5),
-        where(kZRPersonFlags, kZRBitsInBitFieldMatch, Value(0))});
+    beAt("UTC", {{2024, 5, 1}, 12});
+    const auto storable = soon();
+    const auto search =
+        all({storable->searchElement(), where(kZRPersonFlags, kZRBitsInBitFieldMatch, Value(0))});
     const auto tracked = SmartGroupWorld::group("tracked", search),
-               untracked = SmartGroupWorld::group("untracked", search),
-               storable =
-                   SmartGroupWorld::group("storable", birthday(kZRWithinIntervalAroundTodayYearless, 7.5));
+               untracked = SmartGroupWorld::group("untracked", search);
     tracked->setTracksModification(true);
     ASSERT_TRUE(roster->save());
-    beAt("UTC", {{2024, 5, 15}, 12, 0, 0});
+    beAt("UTC", {{2024, 5, 15}, 12});
     roster->updateDateRelatedSmartGroups();
     EXPECT_TRUE(isMarked(*tracked));
     EXPECT_FALSE(isMarked(*untracked));
@@ -213,18 +220,18 @@ TEST_F(DateGroups, WaitUntilFiveSecondsPastMidnight)
         CalendarTime now;
         const char* fire;
     } rows[] = {
-        {"UTC", {{2024, 5, 10}, 0, 0, 0}, "2024-05-11T00:00:05Z"},
-        {"Europe/Berlin", {{2024, 5, 10}, 17, 0, 0}, "2024-05-10T22:00:05Z"},
+        {"UTC", {{2024, 5, 10}, 0}, "2024-05-11T00:00:05Z"},
+        {"Europe/Berlin", {{2024, 5, 10}, 17}, "2024-05-10T22:00:05Z"},
         {"Europe/Berlin", {{2023, 12, 31}, 23, 59, 59}, "2023-12-31T23:00:05Z"},
         // 23 hours and 25.
-        {"Europe/Berlin", {{2024, 3, 31}, 1, 0, 0}, "2024-03-31T22:00:05Z"},
-        {"Europe/Berlin", {{2024, 10, 27}, 1, 0, 0}, "2024-10-27T23:00:05Z"},
-        {"America/New_York", {{2024, 3, 10}, 12, 0, 0}, "2024-03-11T04:00:05Z"},
-        {"America/New_York", {{2024, 11, 3}, 0, 30, 0}, "2024-11-04T05:00:05Z"},
+        {"Europe/Berlin", {{2024, 3, 31}, 1}, "2024-03-31T22:00:05Z"},
+        {"Europe/Berlin", {{2024, 10, 27}, 1}, "2024-10-27T23:00:05Z"},
+        {"America/New_York", {{2024, 3, 10}, 12}, "2024-03-11T04:00:05Z"},
+        {"America/New_York", {{2024, 11, 3}, 0, 30}, "2024-11-04T05:00:05Z"},
         // Midnight is skipped; it comes twice; a whole day is skipped.
-        {"Asia/Beirut", {{2022, 3, 26}, 12, 0, 0}, "2022-03-26T22:00:05Z"},
-        {"America/Santiago", {{2022, 4, 2}, 12, 0, 0}, "2022-04-03T04:00:05Z"},
-        {"Pacific/Apia", {{2011, 12, 29}, 12, 0, 0}, "2011-12-30T10:00:05Z"},
+        {"Asia/Beirut", {{2022, 3, 26}, 12}, "2022-03-26T22:00:05Z"},
+        {"America/Santiago", {{2022, 4, 2}, 12}, "2022-04-03T04:00:05Z"},
+        {"Pacific/Apia", {{2011, 12, 29}, 12}, "2011-12-30T10:00:05Z"},
     };
     for (const auto& [zone, now, fire] : rows) {
         beAt(zone, now);
@@ -235,17 +242,15 @@ TEST_F(DateGroups, WaitUntilFiveSecondsPastMidnight)
 
 TEST_F(DateGroups, WaitAnewWhenTheClockIsSet)
 {
-    beAt("UTC", {{2024, 5, 1}, 12, 0, 0});
-    born("Ana", {1985, 5, 20});
-    const auto group = SmartGroupWorld::group("soon", birthday(kZRWithinIntervalAroundTodayYearless, 7.5));
+    beAt("UTC", {{2024, 5, 1}, 12});
+    const auto group = soon();
     ASSERT_TRUE(roster->save());
     roster->updateDateRelatedSmartGroups();
     EXPECT_EQ(fireTime(), "2024-05-02T00:00:05Z");
 
-    beAt("America/New_York", {{2024, 5, 14}, 23, 0, 0});
+    beAt("America/New_York", {{2024, 5, 14}, 23});
     EXPECT_EQ(fireTime(), "2024-05-02T00:00:05Z") << "nobody has told";
-    notices->post({"org.quillon.MenuBarClock.ClockNotification", std::nullopt, {}});
-    platform::MainQueue::shared().drain();
+    tellThatClockWasSet();
     EXPECT_EQ(fireTime(), "2024-05-15T04:00:05Z");
     EXPECT_FALSE(isMarked(*group));
     wait(3606);
@@ -254,15 +259,14 @@ TEST_F(DateGroups, WaitAnewWhenTheClockIsSet)
     group->setIsModified(false);
     wait(2 * oneDay);
     EXPECT_FALSE(isMarked(*group)) << "it fires once, and the timer that it took the place of never";
-    notices->post({"org.quillon.MenuBarClock.ClockNotification", std::nullopt, {}});
-    platform::MainQueue::shared().drain();
+    tellThatClockWasSet();
     EXPECT_EQ(fireTime(), "2024-05-18T04:00:05Z");
 }
 
 // The timer belongs to the process; a roster that goes takes it along, and the next one sets its own.
 TEST_F(DateGroups, DoNotKeepTheirRosterOpenForTheTimer)
 {
-    beAt("UTC", {{2024, 5, 1}, 12, 0, 0});
+    beAt("UTC", {{2024, 5, 1}, 12});
     {
         const auto brief = ZRRoster::emptyMemoryBackedRoster();
         brief->updateDateRelatedSmartGroups();
@@ -271,8 +275,7 @@ TEST_F(DateGroups, DoNotKeepTheirRosterOpenForTheTimer)
     }
     EXPECT_EQ(fireTime(), "never");
     wait(oneDay);
-    notices->post({"org.quillon.MenuBarClock.ClockNotification", std::nullopt, {}});
-    platform::MainQueue::shared().drain();
+    tellThatClockWasSet();
     EXPECT_EQ(fireTime(), "never");
     roster->updateDateRelatedSmartGroups();
     EXPECT_EQ(fireTime(), "2024-05-03T00:00:05Z");

@@ -4,20 +4,56 @@
 #include "search/SearchWorld.h"
 #include "search/ZRSmartGroup.h"
 
+#include <algorithm>
+
 namespace test {
 
 /// A smart group of `roster`; without an element it has no search.
-Ref<ZRSmartGroup> smartGroup(
-    const Ref<ZRRoster>& roster, const std::string& name, const Ref<ZRSearchElement>& element = nullptr);
+inline Ref<ZRSmartGroup> smartGroup(
+    const Ref<ZRRoster>& roster, const std::string& name, const Ref<ZRSearchElement>& element = nullptr)
+{
+    auto group = ZRSmartGroup::initWithRoster(roster);
+    EXPECT_TRUE(group->setValue(Value(name), kZRGroupNameProperty));
+    if (element)
+        group->setSearchElement(element);
+    return group;
+}
 
 /// A search for the people in a group, or for those who are not.
-Ref<ZRSearchElement> inGroup(const Ref<ZRGroup>& group, ZRSearchComparison comparison = kZRMemberOfGroup);
-Ref<ZRSearchElement> any(const std::vector<Ref<ZRSearchElement>>& children);
-Ref<ZRSearchElement> all(const std::vector<Ref<ZRSearchElement>>& children);
+inline Ref<ZRSearchElement> inGroup(
+    const Ref<ZRGroup>& group, ZRSearchComparison comparison = kZRMemberOfGroup)
+{
+    return where(kZRParentGroupsProperty, comparison, Value(group));
+}
+
+inline Ref<ZRSearchElement> any(const std::vector<Ref<ZRSearchElement>>& children)
+{
+    return ZRSearchElement::searchElementForConjunction(kZRConjunctionOr, children);
+}
+inline Ref<ZRSearchElement> all(const std::vector<Ref<ZRSearchElement>>& children)
+{
+    return ZRSearchElement::searchElementForConjunction(kZRConjunctionAnd, children);
+}
 
 /// "modified, in came: Ana Bo", "modified, in came: nobody", or "as before": what is stored, with ids as
 /// first names. It asks for no members.
-std::string changesOf(const ZRSmartGroup& group);
+inline std::string changesOf(const ZRSmartGroup& group)
+{
+    const std::int64_t flags = group.valueForProperty(kZRSmartGroupFlagsProperty).asInteger();
+    const Value ids = group.valueForProperty(kZRSmartGroupModifiedUIDsProperty);
+    if ((flags & 1) == 0)
+        return ids.isArray() ? "as before, but with ids" : "as before";
+    Names names;
+    for (const Value& id : ids.asArray()) {
+        const auto record = group.roster()->recordForUniqueId(id.asText());
+        names.emplace_back(record ? record->valueForProperty(kZRFirstNameProperty).asText() : "a stranger");
+    }
+    std::ranges::sort(names);
+    std::string text = "modified, in came:";
+    for (const auto& name : names)
+        text += " " + name;
+    return text + (!ids.isArray() ? " unknown" : names.empty() ? " nobody" : "");
+}
 
 /// Forgets that the process has looked after its groups, and stops no timer.
 class SmartGroupWorld : public SearchWorld {
@@ -33,7 +69,13 @@ protected:
         return smartGroup(roster, name, element);
     }
     /// A group of those whose first name is one of `names`.
-    Ref<ZRSmartGroup> groupOf(const Names& names) const;
+    Ref<ZRSmartGroup> groupOf(const Names& names) const
+    {
+        std::vector<Ref<ZRSearchElement>> searches;
+        for (const auto& name : names)
+            searches.push_back(where(kZRFirstNameProperty, kZREqual, Value(name)));
+        return group("of names", any(searches));
+    }
 };
 
 } // namespace test

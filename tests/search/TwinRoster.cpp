@@ -205,10 +205,16 @@ void TwinRoster::fill(const std::string& id, const std::string& property,
     ASSERT_NE(type, kZRPropertyTypeUnknown) << property;
     if (!zrIsMultiValueType(type))
         return set(id, property, content.empty() ? Value() : valueOf(content.front().second, type));
-    std::vector<NaiveEntry> entries;
-    for (const auto& [label, text] : content)
-        entries.push_back({label, valueOf(text, type)});
-    setEntries(id, property, entries);
+    std::vector<Entry> written;
+    std::vector<NaiveEntry> read;
+    for (const auto& [label, text] : content) {
+        const Value value = valueOf(text, type);
+        written.push_back({value, label});
+        read.push_back({label, asRead(value, property)});
+    }
+    _hasChanged = true;
+    EXPECT_TRUE(_records.at(id)->setValue(written.empty() ? Value() : multiValue(written), property));
+    _plain.records.at(id).entries[property] = read;
 }
 
 std::string TwinRoster::addSmartGroup(const std::string& name, const Condition& search)
@@ -248,21 +254,6 @@ void TwinRoster::set(const std::string& id, std::string_view property, const Val
         record.values[std::string(property)] = value;
 }
 
-void TwinRoster::setEntries(
-    const std::string& id, std::string_view property, const std::vector<NaiveEntry>& entries)
-{
-    _hasChanged = true;
-    std::vector<Entry> written;
-    std::vector<NaiveEntry> read;
-    for (const auto& [label, value] : entries) {
-        written.push_back({value, label});
-        read.push_back({label, asRead(value, property)});
-    }
-    const Value value = entries.empty() ? Value() : multiValue(written);
-    EXPECT_TRUE(_records.at(id)->setValue(value, property)) << property;
-    _plain.records.at(id).entries[std::string(property)] = read;
-}
-
 // No caller can set this bit: an import does, on the stored card.
 void TwinRoster::markAsImported(const std::string& id)
 {
@@ -275,28 +266,17 @@ void TwinRoster::markAsImported(const std::string& id)
     record.isOfLastImport = true;
 }
 
-void TwinRoster::changeMembership(const std::string& id, const std::string& group, bool joins)
+void TwinRoster::changeMembership(const std::string& id, const std::string& group)
 {
     _hasChanged = true;
-    const bool isPerson = _plain.records.at(id).isPerson();
-    auto members = _records.at(group)->zrosMutableSetValueForKey(isPerson ? "contacts" : "childGroups");
+    auto& record = _plain.records.at(id);
+    auto members =
+        _records.at(group)->zrosMutableSetValueForKey(record.isPerson() ? "contacts" : "childGroups");
     auto& object = *_records.at(id)->zrDatabaseImpl();
-    if (joins)
-        members.addObject(object);
-    else
-        members.removeObject(object);
-}
-
-void TwinRoster::join(const std::string& id, const std::string& group)
-{
-    changeMembership(id, group, true);
-    _plain.records.at(id).parents.insert(group);
-}
-
-void TwinRoster::leave(const std::string& id, const std::string& group)
-{
-    changeMembership(id, group, false);
-    _plain.records.at(id).parents.erase(group);
+    if (record.parents.erase(group) > 0)
+        return members.removeObject(object);
+    record.parents.insert(group);
+    members.addObject(object);
 }
 
 void TwinRoster::remove(const std::string& id)

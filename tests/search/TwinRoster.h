@@ -60,18 +60,16 @@ public:
     /// label.
     void fill(const std::string& id, const std::string& property,
         const std::vector<std::pair<std::string, std::string>>& content);
-    void set(const std::string& id, std::string_view property, const Value& value);
-    void setEntries(const std::string& id, std::string_view property, const std::vector<NaiveEntry>& entries);
     void markAsImported(const std::string& id);
-    void join(const std::string& id, const std::string& group);
-    void leave(const std::string& id, const std::string& group);
+    /// Puts it into the group, or takes it out.
+    void changeMembership(const std::string& id, const std::string& group);
     void remove(const std::string& id);
     void save();
 
 private:
     Value valueOf(std::string_view text, ZRPropertyType type) const;
     void hold(const Ref<ZRRecord>& record, NaiveRecord::Kind kind);
-    void changeMembership(const std::string& id, const std::string& group, bool joins);
+    void set(const std::string& id, std::string_view property, const Value& value);
 
     const Ref<ZRRoster> _roster;
     NaiveRoster _plain;
