@@ -279,16 +279,8 @@ inline constexpr std::array kOld{os::SlotDescription{.key = "name", .type = os::
 inline constexpr std::array kNew{
     os::SlotDescription{.key = "name", .type = os::AttributeType::string, .flags = os::kIndexed},
     os::SlotDescription{.key = "nick", .type = os::AttributeType::string},
-    os::SlotDescription{.key = "words",
-        .kind = os::SlotKind::toOneInverse,
-        .destination = "Words",
-        .inverse = "person",
-        .deleteRule = os::DeleteRule::cascade},
-    os::SlotDescription{.key = "friends",
-        .kind = os::SlotKind::manyToMany,
-        .destination = "Person",
-        .joinTable = "friends",
-        .leads = true},
+    library::parts("words", os::SlotKind::toOneInverse, "Words", "person"),
+    library::links("friends", "Person", "", "friends", library::Side::leading),
 };
 inline constexpr std::array kOldWords{
     os::SlotDescription{.key = "person", .kind = os::SlotKind::toOne, .destination = "Person"},

@@ -64,14 +64,32 @@ inline void cutName(StoreObject& author, const Value& length)
     author.setValueForKey("name", name.substr(0, static_cast<std::size_t>(length.asInteger())));
 }
 
+/// Rows, or the one row, of a table of their own that go with their owner.
+constexpr os::SlotDescription parts(
+    std::string_view key, os::SlotKind kind, std::string_view destination, std::string_view inverse)
+{
+    return {.key = key,
+        .kind = kind,
+        .destination = destination,
+        .inverse = inverse,
+        .deleteRule = DeleteRule::cascade};
+}
+enum class Side { leading, other };
+constexpr os::SlotDescription links(std::string_view key, std::string_view destination,
+    std::string_view inverse, std::string_view joinTable, Side side)
+{
+    return {.key = key,
+        .kind = manyToMany,
+        .destination = destination,
+        .inverse = inverse,
+        .joinTable = joinTable,
+        .leads = side == Side::leading};
+}
+
 /// Spans three tables, so that a fetch of it reads all, and owns rows whose owner can be in any.
 inline constexpr std::array kItem{
     os::SlotDescription{.key = "uniqueId", .type = string, .flags = os::kIndexed},
-    os::SlotDescription{.key = "handles",
-        .kind = toMany,
-        .destination = "Handle",
-        .inverse = "owner",
-        .deleteRule = DeleteRule::cascade},
+    parts("handles", toMany, "Handle", "owner"),
 };
 
 inline constexpr std::array kAuthor{
@@ -90,24 +108,11 @@ inline constexpr std::array kAuthor{
     os::SlotDescription{.key = "draft", .flags = os::kTransient},
     os::SlotDescription{.key = "friend", .kind = toOne, .destination = "Author"},
     os::SlotDescription{.key = "site", .kind = toOne, .destination = "Site"},
-    os::SlotDescription{.key = "biography",
-        .kind = toOneInverse,
-        .destination = "Biography",
-        .inverse = "author",
-        .deleteRule = DeleteRule::cascade},
-    os::SlotDescription{.key = "index",
-        .kind = toOneInverse,
-        .destination = "Index",
-        .inverse = "author",
-        .deleteRule = DeleteRule::cascade},
+    parts("biography", toOneInverse, "Biography", "author"),
+    parts("index", toOneInverse, "Index", "author"),
     os::SlotDescription{
         .key = "featuredIn", .kind = toOneInverse, .destination = "Shelf", .inverse = "featured"},
-    os::SlotDescription{.key = "books",
-        .kind = manyToMany,
-        .destination = "Book",
-        .inverse = "authors",
-        .joinTable = "author_book",
-        .leads = true},
+    links("books", "Book", "authors", "author_book", Side::leading),
 };
 
 inline constexpr std::array kPenName{os::SlotDescription{.key = "alias", .type = string}};
@@ -115,23 +120,10 @@ inline constexpr std::array kPenName{os::SlotDescription{.key = "alias", .type =
 inline constexpr std::array kBook{
     os::SlotDescription{.key = "title", .type = string, .flags = os::kUnique},
     os::SlotDescription{.key = "genre", .type = string},
-    os::SlotDescription{.key = "authors",
-        .kind = manyToMany,
-        .destination = "Author",
-        .inverse = "books",
-        .joinTable = "author_book"},
+    links("authors", "Author", "books", "author_book", Side::other),
     os::SlotDescription{.key = "shelf", .kind = toOne, .destination = "Shelf"},
-    os::SlotDescription{.key = "volumes",
-        .kind = manyToMany,
-        .destination = "Book",
-        .inverse = "series",
-        .joinTable = "volume",
-        .leads = true},
-    os::SlotDescription{.key = "series",
-        .kind = manyToMany,
-        .destination = "Book",
-        .inverse = "volumes",
-        .joinTable = "volume"},
+    links("volumes", "Book", "series", "volume", Side::leading),
+    links("series", "Book", "volumes", "volume", Side::other),
 };
 
 inline constexpr std::array kShelf{
