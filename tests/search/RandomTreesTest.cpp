@@ -140,9 +140,8 @@ private:
         const auto id = pick(below(4) ? _twin.idsOfKind(Kind::person) : groups, _random);
         const auto group = pick(groups, _random);
         const bool isMember = _twin.plain().records.at(id).parents.contains(group);
-        if (isMember)
-            _twin.leave(id, group);
-        else if (_twin.isPerson(id) || std::ranges::find(groups, id) < std::ranges::find(groups, group))
+        if (isMember || _twin.isPerson(id)
+            || std::ranges::find(groups, id) < std::ranges::find(groups, group))
             _twin.changeMembership(id, group);
     }
 
