@@ -2,7 +2,6 @@
 // import.
 #include "interchange/import/PlanWorld.h"
 
-#include "platform/files/Preferences.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
 
@@ -90,14 +89,6 @@ TEST_F(PlanTest, ACardWithoutAPictureLeavesThatOfTheRoster)
     EXPECT_THAT(peopleOf(*roster->parallelUniverseRoster()), ElementsAre("Ana: new, P1,  i"));
 }
 
-// Who is the same belongs to the group of the import like everybody in the file.
-TEST_F(PlanTest, WhoIsThereAlreadyJoinsTheGroupOfTheImport)
-{
-    saved("First: Ana");
-    import(vCards({"First: Ana"}), DuplicateHandling::update, group("Imports"));
-    EXPECT_THAT(peopleOf(*roster->parallelUniverseRoster()), ElementsAre("Ana: , , I"));
-}
-
 TEST_F(PlanTest, MarksTheCardsOfTheLastImportOnly)
 {
     import(vCards({"First: Ana", "First: Bo"}));
@@ -116,19 +107,6 @@ TEST_F(PlanTest, MarksTheCardsOfTheLastImportOnly)
     import(vCards({"First: Ana"}));
     EXPECT_THAT(peopleOf(*roster->parallelUniverseRoster()),
         ElementsAre("Ana: , , ", "Bo: new, ,  i", "Cid: , ,  i"));
-}
-
-TEST_F(PlanTest, ThePreferenceKeepsBothUntilSomebodyAsksOtherwise)
-{
-    saved("First: Ana");
-    platform::Preferences::shared().setArgument("ZRDontAutoMerge", Value(true));
-    ZRvCardController preferred(roster), asked(roster);
-    asked.setDuplicateHandling(DuplicateHandling::update);
-    EXPECT_TRUE(asked.importVCardData(vCards({"First: Ana"})));
-    EXPECT_TRUE(preferred.importVCardData(vCards({"First: Ana"})));
-    platform::Preferences::shared().setArgument("ZRDontAutoMerge", Value());
-    EXPECT_EQ(asked.result().same, 1U);
-    EXPECT_EQ(preferred.result().added, 1U);
 }
 
 } // namespace

@@ -127,18 +127,6 @@ TEST(LexerStrings, UndoQuotedPrintable)
             << testing::PrintToString(input);
 }
 
-TEST(LexerStrings, GiveEncodedCharactersOneByOne)
-{
-    EXPECT_EQ(lexerOn("n", false)->nextEscapedCharacter(), "\n");
-    EXPECT_EQ(lexerOn("N", true)->nextEscapedCharacter(), std::string("\0N", 2));
-    EXPECT_EQ(lexerOn("41", false)->nextQuotedPrintableData(), "A");
-    EXPECT_EQ(lexerOn("\r\n\r\nx", false)->nextQuotedPrintableData(), std::nullopt);
-    const auto end = lexerOn("x", false);
-    end->advanceToEOL();
-    EXPECT_EQ(end->nextEscapedCharacter(), std::nullopt);
-    EXPECT_EQ(end->nextQuotedPrintableData(), std::nullopt);
-}
-
 TEST(LexerStrings, AreInTheEncodingThatTheyAreSaidToBeIn)
 {
     struct Encoded {

@@ -166,10 +166,11 @@ std::string PlainCard::text() const
                 text += fmt::format(" {}={:?}", key, value);
             text += "\n";
         }
-    text += fmt::format("flags: {}, picture: {} bytes", flags, photo.size());
+    if (flags != 0 || !photo.empty())
+        text += fmt::format("flags: {}, picture: {} bytes\n", flags, photo.size());
     for (const auto& group : groups)
-        text += ", in " + group;
-    return text + "\n";
+        text += "in " + group + "\n";
+    return text;
 }
 
 } // namespace test

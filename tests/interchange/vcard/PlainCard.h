@@ -35,7 +35,7 @@ struct PlainCard {
     static PlainCard read(const std::string& text);
     /// A new person of that roster with all that is here but the groups.
     platform::Ref<ZRPerson> addTo(const platform::Ref<ZRRoster>& roster) const;
-    /// For messages: a line each.
+    /// A line each, but for what is not there; all but the bytes of the picture.
     std::string text() const;
     friend bool operator==(const PlainCard&, const PlainCard&) = default;
 };

@@ -28,35 +28,14 @@ const std::array kRoads = {Road{.version = Version::v30}, Road{.version = Versio
     Road{.version = Version::v30, .isPrepared = true}, Road{.version = Version::v21, .isPrepared = true},
     Road{.version = Version::v40, .isPrepared = true}};
 
-std::multiset<std::string> linesOf(const std::string& text)
-{
-    std::istringstream stream(text);
-    std::multiset<std::string> lines;
-    for (std::string line; std::getline(stream, line);)
-        lines.insert(line);
-    return lines;
-}
-
-/// The lines of one text that the other does not have.
-std::string differences(const std::string& got, const std::string& wanted)
-{
-    const auto have = linesOf(got), want = linesOf(wanted);
-    std::string text;
-    for (const auto& line : have)
-        text += want.contains(line) ? "" : "got    " + line + "\n";
-    for (const auto& line : want)
-        text += have.contains(line) ? "" : "wanted " + line + "\n";
-    return text;
-}
-
 /// Sends the person down the road, and compares what comes back with what must.
 void travel(const ZRPerson& person, const Road& road, const Ref<ZRRoster>& roster, Names& met)
 {
     const PlainCard before = PlainCard::of(person), wanted = expected(before, road, met);
     const std::string data = written(person, road);
     const PlainCard got = comesBack(data, road, roster);
-    EXPECT_TRUE(got == wanted) << differences(got.text(), wanted.text()) << "before:\n"
-                               << before.text() << data;
+    EXPECT_EQ(got.text(), wanted.text()) << "before:\n" << before.text() << data;
+    EXPECT_TRUE(got.photo == wanted.photo);
 }
 
 class RoundTrip : public testing::Test {

@@ -14,14 +14,6 @@ namespace {
 using vcard::prepare::CanonicalCard;
 using vcard::prepare::Preparation;
 
-std::string outcomeOf(const PlainCard& card)
-{
-    std::string text = card.text();
-    if (const std::string nothing = "flags: 0, picture: 0 bytes\n"; text.ends_with(nothing))
-        text.resize(text.size() - nothing.size());
-    return text;
-}
-
 /// What is told, without the place.
 std::string told(const vcard::prepare::Report& report)
 {
@@ -54,7 +46,7 @@ protected:
                     text += "member: " + member + "\n";
             }
             for (const auto& person : readAll(canonical.text, roster)) {
-                text += outcomeOf(PlainCard::of(*person));
+                text += PlainCard::of(*person).text();
                 person->setImageData(Value());
             }
         }

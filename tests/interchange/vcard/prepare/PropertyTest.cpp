@@ -54,11 +54,5 @@ TEST(Property, ForgetsTheLineBefore)
     EXPECT_EQ(property.charset, "");
 }
 
-TEST(Property, CaretsAreDecoded)
-{
-    EXPECT_EQ(decodedCarets("a^nb^^c^'d^x^"), "a\nb^c\"d^x^");
-    EXPECT_EQ(decodedCarets("^^n"), "^n");
-}
-
 } // namespace
 } // namespace vcard::prepare
