@@ -60,9 +60,10 @@ Outcome play(const std::string& role, const Words& words, const Stage& stage)
 {
     const TemporaryFolder folder;
     const std::string answer = folder / "answer", log = folder / "log";
+    auto all = roleWords(role, words);
     const pid_t child = fork();
     if (child == 0)
-        become(roleWords(role, words), stage, answer, log);
+        become(std::move(all), stage, answer, log);
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) { }
     return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), bytesOf(answer, ""),

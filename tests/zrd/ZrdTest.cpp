@@ -118,6 +118,7 @@ TEST_F(ZrdTest, EndsWhenItHasBeenIdle)
     ASSERT_TRUE(spool().remove("org.example", "later"));
     // It may have looked already.
     tellHelper();
+    ASSERT_TRUE(test::eventually([&] { return process.hasEnded(); }));
     EXPECT_EQ(process.wait().status, 0);
     EXPECT_FALSE(tellHelper());
 }
@@ -130,6 +131,7 @@ TEST_F(ZrdTest, EndsWhenNobodyCanReachIt)
     ASSERT_EQ(unlink(portSocketPath(kHelperPort)->c_str()), 0);
     // It may have noticed by the caller above, and be gone.
     static_cast<void>(port.send(kLookAfterYourWork, {}, 60, 0, MessagePort::Reply::none));
+    ASSERT_TRUE(test::eventually([&] { return process.hasEnded(); }));
     EXPECT_EQ(process.wait().status, 0);
 }
 

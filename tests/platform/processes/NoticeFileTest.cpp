@@ -163,7 +163,7 @@ TEST_F(NoticeFileTest, BeginsAnewWhenTheHeaderIsBad)
         post("before");
         heard();
         const auto bytes = bytesOf(path);
-        const std::string damaged[] = {"????" + bytes.substr(4), bytes.substr(0, NoticeHeader::kLength - 1),
+        const std::string damaged[5] = {"????" + bytes.substr(4), bytes.substr(0, NoticeHeader::kLength - 1),
             bytes.substr(0, NoticeHeader::kLength + 1), "", std::string(bytes.size(), '\0')};
         put(path, damaged[i]);
         ASSERT_THAT(heard(), IsEmpty()) << i;

@@ -2,9 +2,9 @@
 #include "platform/run/OperationQueue.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
-#include "platform/run/Mutex.h"
 #include "platform/run/WorkQueue.h"
 #include "support/Forked.h"
+#include "support/Waiting.h"
 
 #include <gmock/gmock.h>
 
@@ -21,37 +21,25 @@ namespace {
 
 class OperationQueueTest : public testing::Test {
 protected:
-    /// An operation that notes its number.
-    Ref<Operation> noting(int number)
+    /// An operation that notes its name.
+    Ref<Operation> noting(const std::string& name)
     {
-        return makeRef<BlockOperation>([this, number] { note(number); });
-    }
-    void note(int number)
-    {
-        Lock lock(_mutex);
-        _notes.push_back(number);
-    }
-    std::vector<int> notes()
-    {
-        Lock lock(_mutex);
-        return _notes;
+        return makeRef<BlockOperation>([this, name] { notes.add(name); });
     }
 
-private:
-    Mutex _mutex;
-    std::vector<int> _notes ZR_GUARDED_BY(_mutex);
+    test::Heard notes;
 };
 
 TEST_F(OperationQueueTest, OfWidthOneKeepsTheOrder)
 {
     const auto queue = makeRef<OperationQueue>(1);
-    std::vector<int> expected;
+    std::vector<std::string> expected;
     for (int i = 0; i < 200; ++i) {
-        queue->add(noting(i));
-        expected.push_back(i);
+        expected.push_back(std::to_string(i));
+        queue->add(noting(expected.back()));
     }
     queue->waitUntilAllFinished();
-    EXPECT_EQ(notes(), expected);
+    EXPECT_EQ(notes.texts(), expected);
 }
 
 TEST_F(OperationQueueTest, RunsAsManyAtATimeAsItIsWide)
@@ -80,15 +68,15 @@ TEST_F(OperationQueueTest, HoldsAnOperationBackUntilItsDependenciesHaveFinished)
     std::latch go(1);
     const auto first = makeRef<BlockOperation>([&] {
         go.wait();
-        note(1);
+        notes.add("1");
     });
-    const auto second = noting(2), third = noting(3);
+    const auto second = noting("2"), third = noting("3");
     second->addDependency(first);
     third->addDependency(second);
     third->addDependency(first);
     other->add(third);
     queue->add(second);
-    queue->add(noting(0));
+    queue->add(noting("0"));
     queue->add(first);
     queue->operations().front()->cancel();
     go.count_down();
@@ -97,36 +85,36 @@ TEST_F(OperationQueueTest, HoldsAnOperationBackUntilItsDependenciesHaveFinished)
     // The second was cancelled: it finishes without running, and so holds the third back no more.
     EXPECT_TRUE(second->isCancelled());
     EXPECT_TRUE(second->isFinished());
-    EXPECT_THAT(notes(), testing::UnorderedElementsAre(0, 1, 3));
-    const auto order = notes();
-    EXPECT_LT(std::ranges::find(order, 1), std::ranges::find(order, 3));
+    EXPECT_THAT(notes.texts(), testing::UnorderedElementsAre("0", "1", "3"));
+    const auto order = notes.texts();
+    EXPECT_LT(std::ranges::find(order, "1"), std::ranges::find(order, "3"));
 }
 
 TEST_F(OperationQueueTest, BeginsNothingWhileSuspended)
 {
     const auto queue = makeRef<OperationQueue>(2);
     queue->setSuspended(true);
-    queue->add(noting(1));
-    queue->add(noting(2));
+    queue->add(noting("1"));
+    queue->add(noting("2"));
     EXPECT_FALSE(queue->waitUntilFinished(0));
     EXPECT_EQ(queue->operationCount(), 2U);
-    EXPECT_THAT(notes(), ElementsAre());
+    EXPECT_THAT(notes.texts(), ElementsAre());
     queue->setSuspended(false);
     queue->waitUntilAllFinished();
-    EXPECT_THAT(notes(), testing::UnorderedElementsAre(1, 2));
+    EXPECT_THAT(notes.texts(), testing::UnorderedElementsAre("1", "2"));
 }
 
 TEST_F(OperationQueueTest, EmptiesWhenAllIsCancelledEvenWhileSuspended)
 {
     const auto queue = makeRef<OperationQueue>(1);
     queue->setSuspended(true);
-    const auto operation = noting(1);
-    operation->setCompletion([this] { note(100); });
+    const auto operation = noting("1");
+    operation->setCompletion([this] { notes.add("100"); });
     queue->add(operation);
-    queue->add(noting(2));
+    queue->add(noting("2"));
     queue->cancelAll();
     queue->waitUntilAllFinished();
-    EXPECT_THAT(notes(), ElementsAre(100));
+    EXPECT_THAT(notes.texts(), ElementsAre("100"));
 }
 
 TEST_F(OperationQueueTest, LetsARunningOperationSeeThatItIsCancelled)
@@ -156,9 +144,9 @@ TEST_F(OperationQueueTest, FinishesAnOperationThatThrows)
     const LogCapture log;
     const auto queue = makeRef<OperationQueue>(1);
     queue->async([] { throw std::runtime_error("no luck"); });
-    queue->add(noting(1));
+    queue->add(noting("1"));
     queue->waitUntilAllFinished();
-    EXPECT_THAT(notes(), ElementsAre(1));
+    EXPECT_THAT(notes.texts(), ElementsAre("1"));
     EXPECT_TRUE(log.contains("no luck"));
 }
 
@@ -183,46 +171,46 @@ TEST_F(OperationQueueTest, TellsWhenItIsEmpty)
 {
     const auto queue = makeRef<OperationQueue>(1);
     queue->setSuspended(true);
-    queue->add(noting(1));
+    queue->add(noting("1"));
     std::promise<void> empty;
     queue->whenEmpty([&] {
-        note(2);
+        notes.add("2");
         empty.set_value();
     });
     queue->setSuspended(false);
     empty.get_future().wait();
-    queue->whenEmpty([this] { note(3); });
-    EXPECT_THAT(notes(), ElementsAre(1, 2, 3));
+    queue->whenEmpty([this] { notes.add("3"); });
+    EXPECT_THAT(notes.texts(), ElementsAre("1", "2", "3"));
 }
 
 TEST_F(OperationQueueTest, CancelsWhatWaitsWhenItsLastOwnerGoes)
 {
     std::latch begun(1), go(1), gone(1);
-    const auto last = noting(2);
+    const auto last = noting("2");
     last->setCompletion([&] { gone.count_down(); });
     {
         const auto queue = makeRef<OperationQueue>(1);
         queue->async([&] {
             begun.count_down();
             go.wait();
-            note(1);
+            notes.add("1");
         });
         queue->add(last);
         begun.wait();
     }
     go.count_down();
     gone.wait();
-    EXPECT_THAT(notes(), ElementsAre(1));
+    EXPECT_THAT(notes.texts(), ElementsAre("1"));
 }
 
 TEST_F(OperationQueueTest, IsEmptyAndTakesNothingInAForkedChild)
 {
     const auto queue = makeRef<OperationQueue>(1);
     queue->setSuspended(true);
-    queue->add(noting(1));
+    queue->add(noting("1"));
     EXPECT_TRUE(test::inForkedChild([&] {
         queue->waitUntilAllFinished();
-        queue->add(noting(2));
+        queue->add(noting("2"));
         queue->cancelAll();
         return queue->operationCount() == 0 && queue->waitUntilFinished(1000);
     }));
