@@ -104,16 +104,14 @@ TEST(Encoding, ASCIIIsItselfWhereTheTableSaysSo)
         if (!info.asciiCompatible)
             continue;
         // A character beyond ASCII keeps the converter from being passed over.
-        const std::string_view other = info.kind == Kind::ascii ? ""
-            : info.kind == Kind::multiByte                      ? "田"
-                                                                : "\u00A0";
-        const auto alone = encode(other, info.encoding),
-                   both = encode(ascii + std::string(other), info.encoding);
+        const std::string other = info.kind == Kind::ascii ? ""
+            : info.kind == Kind::multiByte                 ? "田"
+                                                           : "\u00A0";
+        const auto alone = encode(other, info.encoding);
         if (!alone)
             continue;
-        ASSERT_TRUE(both) << info.name;
-        EXPECT_EQ(*both, ascii + *alone) << info.name;
-        EXPECT_EQ(decode(*both, info.encoding), ascii + std::string(other)) << info.name;
+        EXPECT_EQ(encode(ascii + other, info.encoding), ascii + *alone) << info.name;
+        EXPECT_EQ(decode(ascii + *alone, info.encoding), ascii + other) << info.name;
     }
 }
 
