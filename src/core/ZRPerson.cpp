@@ -110,9 +110,10 @@ void ZRPerson::nts_CascadeRemove()
     for (const auto& group : nts_ParentGroups())
         if (auto* parent = dynamic_cast<ZRGroup*>(group.get()))
             parent->nts_RemoveMember(*this);
-    // Also one that waits for the save, which would write it without a card.
-    if (!nts_Roster()->nts_PendingPicture(nts_UniqueId(), zr::kZRImageProperty).isAbsent())
-        nts_Roster()->nts_KeepPicture(nts_UniqueId(), zr::kZRImageProperty, Value());
+    // Also those that wait for the save, which would write them without a card.
+    for (const std::string_view kind : {zr::kZRImageProperty, zr::kZRLargeImageProperty})
+        if (!nts_Roster()->nts_PendingPicture(nts_UniqueId(), kind).isAbsent())
+            nts_Roster()->nts_KeepPicture(nts_UniqueId(), kind, Value());
     const auto path = nts_PathForUIDTaggedImage();
     if (!path || !platform::isPlainFile(*path))
         return;

@@ -62,10 +62,11 @@ TEST_F(Pictures, GoWithTheirCard)
 TEST_F(Pictures, ThatWaitForASaveGoWithTheirCardToo)
 {
     locked(*roster, ZRAccess::write, [&]() ZR_NTS { roster->nts_SetKeepsPictures(true); });
-    one->setImageData(picture);
+    for (const std::string_view kind : {kZRImageProperty, kZRLargeImageProperty})
+        one->setImageData(picture, kind);
     roster->removeRecord(one);
     ASSERT_TRUE(roster->save());
-    EXPECT_FALSE(fs::exists(fileOf(one)));
+    EXPECT_TRUE(!fs::exists(images) || fs::is_empty(images));
 }
 
 TEST_F(Pictures, MarkTheCardAsModified)
