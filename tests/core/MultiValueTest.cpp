@@ -111,36 +111,6 @@ TEST(MultiValue, RefusesBadArgumentsBeforeAnythingChanges)
     }
 }
 
-TEST(MultiValue, HasATypeWhenAllValuesShareOne)
-{
-    const Value dictionary = Value::dictionary({{"City", "Bonn"}});
-    const struct {
-        const char* name;
-        std::vector<Value> values;
-        ZRPropertyType type;
-    } cases[] = {
-        {"strings", {"a", ""}, 257},
-        {"integers", {1, INT64_MIN, UINT64_MAX}, 258},
-        {"reals", {1.0, 0.5}, 259},
-        {"dates", {Date{0}, Date{1}}, 260},
-        {"arrays", {Value::array({})}, 261},
-        {"dictionaries", {dictionary, dictionary}, 262},
-        {"data", {Value::data("x")}, 263},
-        {"string and date", {"a", Date{0}}, 0},
-        {"integer and real", {1, 1.0}, 0},
-        {"booleans", {true, false}, 0},
-        {"a null marker", {"a", NullMarker()}, 0},
-        {"null markers", {NullMarker()}, 0},
-        {"multi-values", {makeRef<ZRMultiValue>()}, 0},
-    };
-    for (const auto& c : cases) {
-        auto list = makeRef<ZRMutableMultiValue>();
-        for (const Value& value : c.values)
-            list->addValue(value, "label");
-        EXPECT_EQ(list->propertyType(), c.type) << c.name;
-    }
-}
-
 TEST(MultiValue, FindsEntriesByIdentifier)
 {
     const auto list = entries({{"a", "x"}, {"b", "y"}});
@@ -192,19 +162,6 @@ TEST(MultiValue, KeepsItsPrimaryEntryThroughEdits)
     EXPECT_EQ(list->primaryIdentifier(), before);
     EXPECT_TRUE(list->removeValueAndLabelAtIndex(0));
     EXPECT_EQ(list->primaryIdentifier(), std::nullopt);
-}
-
-TEST(MultiValue, KeepsAnEntrysIdentifierThroughEdits)
-{
-    auto list = makeRef<ZRMutableMultiValue>();
-    const std::string identifier = list->addValue("x", "a");
-    list->replaceValueAtIndex(0, "y");
-    list->replaceLabelAtIndex(0, "b");
-    list->insertValue("z", "c", 0);
-    EXPECT_EQ(list->indexForIdentifier(identifier), 1);
-    EXPECT_EQ(list->labelForIdentifier(identifier), "b");
-    EXPECT_EQ(list->valueForIdentifier(identifier), Value("y"));
-    EXPECT_EQ(list->mutableCopy()->identifierAtIndex(1), identifier);
 }
 
 TEST(MultiValue, IsEqualByItsEntriesInOrder)

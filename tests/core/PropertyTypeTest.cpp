@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 
 namespace {
 
@@ -53,7 +54,12 @@ const std::vector<Sample>& samples()
         {"multi-array", multi({strings({})}), {261}, 0, 0},
         {"multi-dictionary", multi({Value::dictionary({})}), {262}, 0, 0},
         {"multi-data", multi({Value::data("")}), {263}, 0, 0},
+        {"multi-extreme", multi({1, INT64_MIN, UINT64_MAX}), {258, 259}, 0, 0},
         {"mixed multi-value", multi({"a", 1}), {}, 0, 0},
+        {"multi-number", multi({1, 1.0}), {}, 0, 0},
+        {"multi-boolean", multi({true, false}), {}, 0, 0},
+        {"multi-value with a null marker", multi({"a", NullMarker()}), {}, 0, 0},
+        {"multi-multi-value", multi({multi({})}), {}, 0, 0},
         {"empty multi-value", multi({}), {}, 0, 0},
     };
     return all;
@@ -86,60 +92,46 @@ TEST(PropertyType, IsFoundFromAValue)
 
 TEST(PropertyType, SeesASerializedMultiValueInADictionaryOfItsFourKeys)
 {
-    const Value ids = strings({"1"}), labels = strings({"l"}), text = strings({"a"}), none = strings({});
-    const Value mixed = Value::array({"a", 2.5});
-    const Value nested = Value::array({Value::dictionary({{"City", "Bonn"}})});
+    using Entries = std::map<std::string, Value>;
+    const Entries whole{{"identifiers", strings({"1"})}, {"labels", strings({"l"})},
+        {"values", strings({"a"})}, {"primary", "1"}};
+    const auto with = [&](const char* key, const Value& value) {
+        Entries changed = whole;
+        changed[key] = value;
+        return changed;
+    };
+    const auto without = [&](const char* key) {
+        Entries changed = whole;
+        changed.erase(key);
+        return changed;
+    };
     const struct {
         const char* name;
-        std::vector<std::pair<std::string, Value>> entries;
+        Entries entries;
         ZRPropertyType type;
     } cases[] = {
-        {"of strings", {{"identifiers", ids}, {"labels", labels}, {"values", text}, {"primary", "1"}}, 257},
-        {"by its last value", {{"identifiers", ids}, {"labels", labels}, {"values", mixed}, {"primary", "1"}},
-            259},
-        {"of dictionaries", {{"identifiers", ids}, {"labels", labels}, {"values", nested}, {"primary", "1"}},
-            262},
-        {"empty", {{"identifiers", none}, {"labels", none}, {"values", none}, {"primary", ""}}, 0},
-        {"without primary", {{"identifiers", ids}, {"labels", labels}, {"values", text}}, 6},
-        {"one key more",
-            {{"identifiers", ids}, {"labels", labels}, {"values", text}, {"primary", "1"}, {"x", 1}}, 6},
-        {"another key", {{"identifiers", ids}, {"labels", labels}, {"values", text}, {"Primary", "1"}}, 6},
-        {"primary no string", {{"identifiers", ids}, {"labels", labels}, {"values", text}, {"primary", 1}},
-            6},
-        {"labels no array", {{"identifiers", ids}, {"labels", "l"}, {"values", text}, {"primary", "1"}}, 6},
+        {"of strings", whole, 257},
+        {"by its last value", with("values", Value::array({"a", 2.5})), 259},
+        {"of dictionaries", with("values", Value::array({Value::dictionary({{"City", "Bonn"}})})), 262},
+        {"empty", with("values", strings({})), 0},
+        {"without primary", without("primary"), 6},
+        {"one key more", with("x", 1), 6},
+        {"primary no string", with("primary", 1), 6},
+        {"labels no array", with("labels", "l"), 6},
         {"nothing", {}, 6},
     };
     for (const auto& c : cases) {
-        const Value dictionary = Value::dictionary(c.entries);
+        const Value dictionary = Value::dictionary({c.entries.begin(), c.entries.end()});
         EXPECT_EQ(propertyTypeForValue(dictionary, ZRTypeGuess::lenient), c.type) << c.name;
         EXPECT_EQ(propertyTypeForValue(dictionary, ZRTypeGuess::strict), 0) << c.name;
     }
 }
 
-TEST(PropertyType, NamesTheColumnOfACustomValue)
+// Which column has which type is seen when a process reads what another one wrote.
+TEST(PropertyType, HasAColumnForCustomValuesOnlyWhereItIsOne)
 {
-    const struct {
-        ZRPropertyType type;
-        std::optional<ZRCustomValueKey> stored;
-    } cases[] = {
-        {1, {{"stringValue", false}}},
-        {2, {{"numberValue", false}}},
-        {3, {{"numberValue", false}}},
-        {4, {{"dateValue", false}}},
-        {5, {{"dataValue", true}}},
-        {6, {{"dataValue", true}}},
-        {7, {{"dataValue", false}}},
-        {257, {{"stringValue", false}}},
-        {262, {{"dataValue", true}}},
-        {263, {{"dataValue", false}}},
-        {0, {}},
-        {8, {}},
-        {256, {}},
-        {264, {}},
-        {-1, {}},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(customPropertyValueKeyNameForPropertyType(c.type), c.stored) << c.type;
+    for (const ZRPropertyType type : {-1, 0, 8, 256, 264})
+        EXPECT_FALSE(customPropertyValueKeyNameForPropertyType(type)) << type;
 }
 
 } // namespace

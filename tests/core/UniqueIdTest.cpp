@@ -2,8 +2,9 @@
 #include "core/ZRFailure.h"
 #include "core/ZRUniqueId.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
+#include <set>
 #include <thread>
 #include <unordered_set>
 #include <vector>
@@ -13,26 +14,22 @@
 
 namespace {
 
-TEST(UniqueString, IsARandomUUIDInUpperCase)
-{
-    for (int i = 0; i < 100; ++i)
-        EXPECT_THAT(zrUniqueString(),
-            testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
-}
-
 // A generator with a stuck part would still look like a UUID.
-TEST(UniqueString, VariesInEveryRandomDigit)
+TEST(UniqueString, IsAUUIDInUpperCaseThatVariesInEveryRandomDigit)
 {
-    std::vector<std::unordered_set<char>> seen(36);
+    std::vector<std::set<char>> seen(36);
     for (int i = 0; i < 1000; ++i) {
         const std::string text = zrUniqueString();
+        ASSERT_EQ(text.size(), seen.size());
         for (std::size_t place = 0; place < text.size(); ++place)
             seen[place].insert(text[place]);
     }
-    for (std::size_t place = 0; place < seen.size(); ++place) {
-        const bool isDash = place == 8 || place == 13 || place == 18 || place == 23;
-        const std::size_t expected = isDash || place == 14 ? 1 : place == 19 ? 4 : 16;
-        EXPECT_EQ(seen[place].size(), expected) << "at " << place;
+    constexpr std::string_view form = "xxxxxxxx-xxxx-4xxx-vxxx-xxxxxxxxxxxx";
+    for (std::size_t place = 0; place < form.size(); ++place) {
+        const std::string expected = form[place] == 'x' ? "0123456789ABCDEF"
+            : form[place] == 'v'                        ? "89AB"
+                                                        : std::string(1, form[place]);
+        EXPECT_EQ(std::string(seen[place].begin(), seen[place].end()), expected) << "at " << place;
     }
 }
 

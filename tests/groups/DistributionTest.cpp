@@ -5,8 +5,7 @@
 #include "objectstore/StoreContext.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZROSRecord.h"
-
-#include <sqlite3.h>
+#include "support/SQL.h"
 
 namespace test {
 
@@ -262,12 +261,7 @@ TEST(DistributionInProcesses, TellsOfAnEntryThatIsNotThere)
 {
     const Home home;
     ASSERT_EQ(home.play("make a choice").answer, "b@x");
-    sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(home.storeFile().c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(
-        sqlite3_exec(database, "DELETE FROM email_address WHERE address = 'b@x'", nullptr, nullptr, nullptr),
-        SQLITE_OK);
-    sqlite3_close(database);
+    runSQL(home.storeFile(), "DELETE FROM email_address WHERE address = 'b@x'");
     const Outcome outcome = home.play("tell what is chosen");
     EXPECT_EQ(outcome.answer, "");
     EXPECT_THAT(outcome.log,

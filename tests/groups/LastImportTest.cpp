@@ -10,6 +10,11 @@
 #include "store/NoticeWorld.h"
 #include "store/ZRChangeNotices.h"
 
+#include <fmt/ranges.h>
+
+#include <functional>
+#include <stdexcept>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -42,39 +47,33 @@ std::string fileOf(ZRRoster& roster)
 
 std::string membersOf(const ZRLastImportGroup& group)
 {
-    std::string names;
-    for (const auto& name : namesOf(group.members()))
-        names += (names.empty() ? "" : " ") + name;
-    return names;
+    return fmt::format("{}", fmt::join(namesOf(group.members()), " "));
 }
 
 /// The group of this process, with the file beside it: "members | file".
 std::string state(const Ref<ZRRoster>& roster)
 {
-    const auto group = ZRLastImportGroup::lastImportGroup();
-    const std::string members = membersOf(*group);
+    const std::string members = membersOf(*ZRLastImportGroup::lastImportGroup());
     return members + " | " + fileOf(*roster);
 }
 
-const Role imports("import", [](const Words& words) {
+/// "look" only, or "save"; before a save also "clear", or "import" with the names of new people.
+const Role opens("open and", [](const Words& words) {
     const auto roster = openShared();
     const auto group = ZRLastImportGroup::lastImportGroup();
+    const std::string& wish = words.at(0);
+    if (wish == "clear")
+        group->clear();
     ZRRecordList people;
-    for (const auto& word : words)
-        people.push_back(named(roster, word));
-    group->addMembers(people);
-    const std::string before = state(roster);
+    for (std::size_t i = 1; i < words.size(); ++i)
+        people.push_back(named(roster, words[i]));
+    if (wish == "import")
+        group->addMembers(people);
+    const std::string found = state(roster);
+    if (wish == "look")
+        return found;
     roster->save();
-    return before + "; " + state(roster);
-});
-
-const Role looks("look", [](const Words&) { return state(openShared()); });
-
-const Role saves("save", [](const Words&) {
-    const auto roster = openShared();
-    const std::string loaded = state(roster);
-    roster->save();
-    return loaded + "; " + state(roster);
+    return found + "; " + state(roster);
 });
 
 const Role deletes("delete", [](const Words& words) {
@@ -85,142 +84,124 @@ const Role deletes("delete", [](const Words& words) {
     return std::string(roster->save() ? "saved" : "not saved");
 });
 
-const Role clears("clear", [](const Words&) {
-    const auto roster = openShared();
-    ZRLastImportGroup::lastImportGroup()->clear();
-    const std::string before = state(roster);
-    roster->save();
-    return before + "; " + state(roster);
-});
-
-/// What each operation answers, in order.
-const Role answers("ask for everything", [](const Words&) {
-    const auto roster = openShared();
+/// Cy, one of three members, is deleted as `how` says. Who is left here, and in the file after a save.
+std::string leftWithoutCy(NoticeWorld& world, const std::function<void(const Ref<ZRPerson>& cy)>& how)
+{
     const auto group = ZRLastImportGroup::lastImportGroup();
-    const auto ana = named(roster, "Ana"), bo = named(roster, "Bo");
-    const auto other = test::group(roster, "other");
-    std::string told = group->name() + ":";
-    for (const bool answer : {group->addMember(*ana), group->addMember(*ana), group->removeMember(*bo),
-             group->addMembers({ana, bo}), group->removeMember(*ana), group->removeMember(*ana),
-             group->addSubgroup(*other), group->removeSubgroup(*other), other->addSubgroup(*group),
-             group->setValue("x", kZRGroupNameProperty), group->setValue("x", kZRNoteProperty),
-             group->isSpecialGroup(), ZRLastImportGroup::init() == group,
-             ZRLastImportGroup::specialGroupForRoster(roster) == group})
-        told += answer ? " yes" : " no";
-    for (const auto& list : {group->members(), group->subgroups(), group->membersAndSubgroups()})
-        told += " " + std::to_string(list.size());
-    return told + " " + textOf(group->valueForProperty(kZRCreationDateProperty));
-});
-
-/// Who is left when a notice tells of two deletions, of which one was undone meanwhile.
-const Role bringsBack("bring back", [](const Words&) {
-    const auto roster = openShared();
-    const auto group = ZRLastImportGroup::lastImportGroup();
-    const auto ana = named(roster, "Ana"), bo = named(roster, "Bo");
-    group->addMembers({ana, bo});
-    roster->save();
-    roster->removeRecord(bo);
-    const Value ids = Value::array({Value(ana->uniqueId()), Value(bo->uniqueId())});
-    group->dataBaseChanged({kZRDatabaseChangedNotification, nullptr,
-        Value::dictionary({{std::string(zr::kZRDeletedRecords), ids}})});
-    return membersOf(*group);
-});
-
-/// Who is left when somebody is deleted here, elsewhere with a notice, and elsewhere past counting.
-const Role loses("lose members", [](const Words& words) {
-    NoticeWorld world;
-    const auto group = ZRLastImportGroup::lastImportGroup();
-    group->addMembers({named(world.roster, "Bo"), named(world.roster, "Cy"), named(world.roster, "Di")});
+    const auto cy = named(world.roster, "Cy");
+    group->addMembers({named(world.roster, "Bo"), cy, named(world.roster, "Di")});
     world.roster->save();
     static_cast<void>(world.heard());
-    const auto cy = group->members().at(1);
-    if (words.at(0) == "here") {
-        world.roster->removeRecord(cy);
-        world.roster->save();
-    } else {
-        const std::string id = cy->uniqueId();
-        if (play("delete", {"Cy"}).answer != "saved")
-            return std::string("the other did not save");
-        std::vector<std::pair<std::string, Value>> info{
-            {std::string(zr::kZRSenderProcessID), Value(1)}, {kZRUserUIDKey, Value(std::int64_t{geteuid()})}};
-        if (words.at(0) == "elsewhere")
-            info.emplace_back(zr::kZRDeletedRecords, Value::array({Value(id)}));
-        else
-            info.emplace_back(kZRReloadRecords, Value(true));
-        world.center->deliver(
-            {kZRDatabaseChangedNotification, std::nullopt, Value::dictionary(std::move(info))});
-    }
+    how(cy);
     static_cast<void>(world.heard());
     const std::string left = membersOf(*group);
     world.roster->save();
     return left + " | " + fileOf(*world.roster);
-});
+}
 
-const Role resets("reset the database", [](const Words&) {
-    NoticeWorld world;
-    const auto group = ZRLastImportGroup::lastImportGroup();
-    const auto bo = named(world.roster, "Bo");
-    world.roster->save();
-    group->addMembers({bo, named(world.roster, "Unsaved")});
-    world.roster->resetDatabase();
-    static_cast<void>(world.heard());
-    world.roster->save();
-    return state(world.roster);
-});
+/// Another process deletes Cy, and tells it by a notice with `entry` in it.
+void deleteElsewhere(NoticeWorld& world, std::string_view key, const Value& entry)
+{
+    if (play("delete", {"Cy"}).answer != "saved")
+        throw std::runtime_error("the other did not save");
+    world.center->deliver({kZRDatabaseChangedNotification, std::nullopt,
+        Value::dictionary({{std::string(zr::kZRSenderProcessID), 1}, {kZRUserUIDKey, std::int64_t{geteuid()}},
+            {std::string(key), entry}})});
+}
+
+const Acts acts("act out an import",
+    {
+        {"a member is deleted here",
+            [](NoticeWorld& world) {
+                return leftWithoutCy(world, [&](const auto& cy) {
+                    world.roster->removeRecord(cy);
+                    world.roster->save();
+                });
+            },
+            "Bo Di | Bo Di"},
+        {"a member is deleted elsewhere",
+            [](NoticeWorld& world) {
+                return leftWithoutCy(world, [&](const auto& cy) {
+                    deleteElsewhere(world, zr::kZRDeletedRecords, Value::array({Value(cy->uniqueId())}));
+                });
+            },
+            "Bo Di | Bo Di"},
+        {"a member is deleted elsewhere among too many",
+            [](NoticeWorld& world) {
+                return leftWithoutCy(
+                    world, [&](const auto&) { deleteElsewhere(world, kZRReloadRecords, true); });
+            },
+            "Bo Di | Bo Di"},
+        // The deletion of Ana was undone before the notice of it comes.
+        {"a member is back before the notice comes",
+            [](NoticeWorld& world) {
+                const auto group = ZRLastImportGroup::lastImportGroup();
+                const auto bo = named(world.roster, "Bo");
+                group->addMembers({world.ana, bo});
+                world.roster->save();
+                world.roster->removeRecord(bo);
+                const Value ids = Value::array({Value(world.ana->uniqueId()), Value(bo->uniqueId())});
+                group->dataBaseChanged({kZRDatabaseChangedNotification, nullptr,
+                    Value::dictionary({{std::string(zr::kZRDeletedRecords), ids}})});
+                return membersOf(*group);
+            },
+            "Ana"},
+        {"the database is reset",
+            [](NoticeWorld& world) {
+                const auto group = ZRLastImportGroup::lastImportGroup();
+                group->addMembers({world.ana, named(world.roster, "Unsaved")});
+                world.roster->resetDatabase();
+                static_cast<void>(world.heard());
+                world.roster->save();
+                return state(world.roster);
+            },
+            "Ana | Ana"},
+        {"everything is asked of a group without a row",
+            [](NoticeWorld& world) {
+                const auto group = ZRLastImportGroup::lastImportGroup();
+                const auto ana = world.ana, bo = named(world.roster, "Bo");
+                const auto other = test::group(world.roster, "other");
+                std::string told = group->name() + ":";
+                for (const bool answer :
+                    {group->addMember(*ana), group->addMember(*ana), group->removeMember(*bo),
+                        group->addMembers({ana, bo}), group->removeMember(*ana), group->removeMember(*ana),
+                        group->addSubgroup(*other), group->removeSubgroup(*other), other->addSubgroup(*group),
+                        group->setValue("x", kZRGroupNameProperty), group->setValue("x", kZRNoteProperty),
+                        group->isSpecialGroup(), ZRLastImportGroup::init() == group,
+                        ZRLastImportGroup::specialGroupForRoster(world.roster) == group})
+                    told += answer ? " yes" : " no";
+                for (const auto& list : {group->members(), group->subgroups(), group->membersAndSubgroups()})
+                    told += " " + std::to_string(list.size());
+                return told + " " + textOf(group->valueForProperty(kZRCreationDateProperty));
+            },
+            "Last Import: yes no no no yes no no no no no no yes yes yes 1 0 1 absent"},
+    });
 
 } // namespace
 
 TEST(LastImport, IsKeptInAFileFromOneProcessToTheNext)
 {
     const Home home;
-    EXPECT_EQ(home.play("look").answer, " | no file");
-    EXPECT_EQ(home.play("import", {"Ana", "Bo"}).answer, "Ana Bo | no file; Ana Bo | Ana Bo");
-    EXPECT_EQ(home.play("look").answer, "Ana Bo | Ana Bo");
-    EXPECT_EQ(home.play("clear").answer, " | Ana Bo;  | no file");
-    EXPECT_EQ(home.play("look").answer, " | no file");
+    EXPECT_EQ(home.play("open and", {"look"}).answer, " | no file");
+    EXPECT_EQ(home.play("open and", {"import", "Ana", "Bo"}).answer, "Ana Bo | no file; Ana Bo | Ana Bo");
+    EXPECT_EQ(home.play("open and", {"look"}).answer, "Ana Bo | Ana Bo");
+    EXPECT_EQ(home.play("open and", {"clear"}).answer, " | Ana Bo;  | no file");
+    EXPECT_EQ(home.play("open and", {"look"}).answer, " | no file");
 }
 
 TEST(LastImport, DropsIdsOfTheDeletedWhenItIsRead)
 {
     const Home home;
-    home.play("import", {"Ana", "Bo"});
+    home.play("open and", {"import", "Ana", "Bo"});
     EXPECT_EQ(home.play("delete", {"Ana"}).answer, "saved");
-    EXPECT_EQ(home.play("look").answer, "Bo | ? Bo") << "nothing is written before a save";
-    EXPECT_EQ(home.play("save").answer, "Bo | ? Bo; Bo | Bo");
+    EXPECT_EQ(home.play("open and", {"look"}).answer, "Bo | ? Bo") << "nothing is written before a save";
+    EXPECT_EQ(home.play("open and", {"save"}).answer, "Bo | ? Bo; Bo | Bo");
     EXPECT_EQ(home.play("delete", {"Bo"}).answer, "saved");
-    EXPECT_EQ(home.play("look").answer, " | no file") << "a file without members is removed at once";
+    EXPECT_EQ(home.play("open and", {"look"}).answer, " | no file")
+        << "a file without members is removed at once";
 }
 
-TEST(LastImport, HearsOfTheDeleted)
-{
-    for (const std::string where : {"here", "elsewhere", "among too many"}) {
-        const Home home;
-        const Outcome outcome = home.play("lose members", {where});
-        EXPECT_EQ(outcome.answer, "Bo Di | Bo Di") << where << "\n" << outcome.log;
-    }
-}
-
-TEST(LastImport, KeepsThoseWhoAreBackBeforeTheNoticeComes)
-{
-    const Home home;
-    const Outcome outcome = home.play("bring back");
-    EXPECT_EQ(outcome.answer, "Ana") << outcome.log;
-}
-
-TEST(LastImport, FindsItsMembersAgainAfterAReset)
-{
-    const Home home;
-    const Outcome outcome = home.play("reset the database");
-    EXPECT_EQ(outcome.answer, "Bo | Bo") << outcome.log;
-}
-
-TEST(LastImport, AnswersAsAGroupWithoutARow)
-{
-    const Home home;
-    const Outcome outcome = home.play("ask for everything");
-    EXPECT_EQ(outcome.answer, "Last Import: yes no no no yes no no no no no no yes yes yes 1 0 1 absent")
-        << outcome.log;
-}
+TEST(LastImport, AnswersAndForgetsAsPrescribed) { acts.play(); }
 
 TEST(LastImport, TakesADamagedFileForEmpty)
 {
@@ -238,10 +219,10 @@ TEST(LastImport, TakesADamagedFileForEmpty)
     };
     for (const auto& [what, bytes] : cases) {
         const Home home;
-        ASSERT_EQ(home.play("import", {"Ana"}).status, 0);
+        ASSERT_EQ(home.play("open and", {"import", "Ana"}).status, 0);
         ASSERT_TRUE(platform::writeFileAtomically(home.rosterDirectory() / "LastImport.plist", bytes))
             << what;
-        const Outcome outcome = home.play("save");
+        const Outcome outcome = home.play("open and", {"save"});
         EXPECT_EQ(outcome.answer, " | no file;  | no file") << what << "\n" << outcome.log;
     }
 }

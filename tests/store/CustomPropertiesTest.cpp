@@ -57,11 +57,6 @@ const Role writes("write custom properties", [](const Words& words) {
     return textOf(*one);
 });
 
-const Role reads("read custom properties", [](const Words& words) {
-    const auto one = openShared()->recordForUniqueId(words.at(0));
-    return one ? textOf(*one) : std::string("no card");
-});
-
 const Role removes("remove custom properties", [](const Words& words) {
     const auto roster = openShared();
     const auto one = roster->recordForUniqueId(words.at(0));
@@ -90,10 +85,10 @@ TEST(CustomPropertiesInFiles, AreReadEqualByAnotherProcessAndLeaveNothingWhenRem
     ASSERT_EQ(written.status, 0) << written.log;
     EXPECT_THAT(written.answer, HasSubstr("beyond a double: whole 9007199254740993\n"));
     EXPECT_THAT(written.answer, HasSubstr("whole real: real 0x1p+1\n"));
-    EXPECT_EQ(home.play("read custom properties", {cardId}).answer, written.answer);
+    EXPECT_EQ(home.play("read card", {cardId}).answer, written.answer);
 
     ASSERT_EQ(home.play("remove custom properties", {cardId}).answer, "saved");
-    const auto left = home.play("read custom properties", {cardId});
+    const auto left = home.play("read card", {cardId});
     for (const auto& sample : samples())
         EXPECT_THAT(left.answer, HasSubstr(std::string(sample.name) + ": absent\n"));
 }

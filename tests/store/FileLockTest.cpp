@@ -132,17 +132,6 @@ protected:
     ZRFileLock lock;
 };
 
-TEST_F(FileLock, IsFilledWithoutTouchingTheDisk)
-{
-    for (const auto& [asked, got] : {std::pair{0, 160}, {5, 5}}) {
-        init(asked);
-        EXPECT_EQ(lock.timeout, got);
-    }
-    EXPECT_EQ(lock.pathN, pathN);
-    EXPECT_EQ(ZRLockBaseName(lock), ".database.lock");
-    EXPECT_TRUE(fs::is_empty(folder));
-}
-
 TEST_F(FileLock, ShowsItsHolderAndKeepsTheFileOfTheKernelLock)
 {
     init();
@@ -376,22 +365,19 @@ const Role tellsAll("tell all about the file lock", [](const Words& words) {
 TEST_F(FileLock, TellsWhatItDoesWhenAsked)
 {
     const std::string log = play("tell all about the file lock", {path}).log;
-    const std::string place = " 'here':7->'.database.lock'\n";
-    for (const std::string& line : {":\tlocking READ_WRITE_FILELOCK" + place,
-             ":\tlocking READ_ONLY_FILELOCK" + place, ":\treleasing READ_WRITE_FILELOCK" + place,
-             ":\thave file lock YES" + place, ":\thave file lock NO" + place,
-             std::string("\t__ZRNewAcquireFileLock:\twaiting for READ_WRITE_FILELOCK\n"),
-             std::string("\t__ZRNewAcquireFileLock:\twaiting for READ_ONLY_FILELOCK\n"),
-             std::string("\t__ZRNewAcquireFileLock:\tgot READ_WRITE_FILELOCK\n"),
-             std::string("\t__ZRNewAcquireFileLock:\tCounldn't acquire the lock (5:'Input/output "
-                         "error')******\n"),
-             std::string("\t__ZRNewAcquireFileLock:\tlooks like we should use old locking mechamism "
-                         "(O_EXLOCK not supported 37:'No locks available')******\n"),
-             std::string("\t__ZRNewAcquireFileLock:\tlooks like we should use old locking mechamism size == "
-                         "0\n"),
-             std::string("\t__ZROldAcquireLock:\tdiff is "), std::string("\t__ZROldAcquireLock:\tgot lock\n"),
-             std::string("\t__ZROldReleaseFileLock:\t2 No such file or directory******\n")})
-        EXPECT_THAT(log, HasSubstr(line));
+    for (const std::string operation : {"locking READ_WRITE_FILELOCK", "locking READ_ONLY_FILELOCK",
+             "releasing READ_WRITE_FILELOCK", "have file lock YES", "have file lock NO"})
+        EXPECT_THAT(log, HasSubstr(":\t" + operation + " 'here':7->'.database.lock'\n"));
+    for (const std::string step : {"NewAcquireFileLock:\twaiting for READ_WRITE_FILELOCK\n",
+             "NewAcquireFileLock:\twaiting for READ_ONLY_FILELOCK\n",
+             "NewAcquireFileLock:\tgot READ_WRITE_FILELOCK\n",
+             "NewAcquireFileLock:\tCounldn't acquire the lock (5:'Input/output error')******\n",
+             "NewAcquireFileLock:\tlooks like we should use old locking mechamism (O_EXLOCK not supported "
+             "37:'No locks available')******\n",
+             "NewAcquireFileLock:\tlooks like we should use old locking mechamism size == 0\n",
+             "OldAcquireLock:\tdiff is ", "OldAcquireLock:\tgot lock\n",
+             "OldReleaseFileLock:\t2 No such file or directory******\n"})
+        EXPECT_THAT(log, HasSubstr("\t__ZR" + step));
     EXPECT_THAT(log, testing::ContainsRegex("ZRAcquireFileLock [A-Z][a-z]+ [A-Z][a-z]+ .*:\tlocking"));
 }
 
@@ -415,6 +401,11 @@ const Role asksForLock("count who asks for the file lock", [](const Words&) {
     answer += ", nts_Save" + times([&] { nts_Save(*roster); });
     edit(roster);
     answer += ", save" + times([&] { roster->save(); });
+    edit(roster);
+    answer += ", without it" + times([&] {
+        locked(*roster, ZRAccess::write, [&]() ZR_NTS { return roster->nts_SaveWithFileLock(false); });
+    });
+    answer += roster->hasUnsavedChanges() ? " unsaved" : "";
     const auto memory = ZRRoster::emptyMemoryBackedRoster();
     edit(memory);
     answer += ", in memory" + times([&] { nts_Save(*memory); });
@@ -431,8 +422,8 @@ const Role asksForLock("count who asks for the file lock", [](const Words&) {
 TEST(FileLockOfARoster, IsTakenToOpenAndByTheSavesThatAskForIt)
 {
     EXPECT_EQ(Home().play("count who asks for the file lock").answer,
-        "open 1, nothing to save 0, nts_Save 1, save 0, in memory 0, open another 1, save it 1, one record a "
-        "directory, free");
+        "open 1, nothing to save 0, nts_Save 1, save 0, without it 0, in memory 0, open another 1, save it "
+        "1, one record a directory, free");
 }
 
 const Role opensWithoutLock("open without the file lock", [](const Words&) {
@@ -453,19 +444,14 @@ TEST(FileLockOfARoster, IsNeededToOpenIt)
     EXPECT_FALSE(fs::exists(home.storeFile()));
 }
 
-const Role savesWithoutLock("save without the file lock", [](const Words&) {
-    const auto roster = openShared();
+TEST_F(FileLock, OfARosterIsNeededToSave)
+{
+    const auto roster = ZRRoster::rosterWithDatabaseDirectory(folder.string());
     person(roster, {{kZRFirstNameProperty, "Ana"}});
     refuseKernelLocks(EIO);
-    const bool saved = locked(*roster, ZRAccess::write, [&]() ZR_NTS { return roster->nts_Save(); });
-    return std::string(saved ? "saved" : "not saved")
-        + (roster->hasUnsavedChanges() ? ", kept, " : ", lost, ") + roster->lastSaveError().text;
-});
-
-TEST(FileLockOfARoster, IsNeededToSave)
-{
-    EXPECT_THAT(Home().play("save without the file lock").answer,
-        testing::MatchesRegex("not saved, kept, .*/.database.lockN: cannot be locked: .*"));
+    EXPECT_FALSE(locked(*roster, ZRAccess::write, [&]() ZR_NTS { return roster->nts_Save(); }));
+    EXPECT_TRUE(roster->hasUnsavedChanges());
+    EXPECT_THAT(roster->lastSaveError().text, HasSubstr("/.database.lockN: cannot be locked: "));
 }
 
 } // namespace

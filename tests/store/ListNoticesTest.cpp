@@ -258,22 +258,16 @@ TEST(ListSaving, WritesWhatSeveralThreadsSave)
 
 TEST(ListSaving, TellsTheUserWhyItFailed)
 {
-    for (const auto& [what, told] : {std::pair{"sound", "not saved DB_CORRUPT; then DB_CORRUPT; "},
-             {"large", "not saved DB_CORRUPT; then LOW_DISK_SPACE; "},
-             {"gone", "not saved DB_CORRUPT; then "}}) {
-        const Home home;
-        const auto outcome = home.play("fail to save", {what});
-        EXPECT_EQ(outcome.status, 0) << what << "\n" << outcome.log;
-        EXPECT_EQ(outcome.answer, told) << what << "\n" << outcome.log;
-    }
-}
-
-TEST(ListSaving, TellsTheUserOfAFileThatMayNotBeUsed)
-{
     constexpr uid_t nobody = 65534;
-    const Home home;
-    const auto outcome = play("fail to save", {"locked up"}, home.stage({}, geteuid() == 0 ? nobody : 0));
-    EXPECT_EQ(outcome.answer, "not saved DB_CORRUPT; then DB_ADJUST_PERMISSIONS; ") << outcome.log;
+    for (const auto& [file, told] :
+        {std::pair{"sound", "not saved DB_CORRUPT; then DB_CORRUPT; "},
+            {"large", "not saved DB_CORRUPT; then LOW_DISK_SPACE; "}, {"gone", "not saved DB_CORRUPT; then "},
+            {"locked up", "not saved DB_CORRUPT; then DB_ADJUST_PERMISSIONS; "}}) {
+        const Home home;
+        const auto outcome = play("fail to save", {file}, home.stage({}, geteuid() == 0 ? nobody : 0));
+        EXPECT_EQ(outcome.status, 0) << file << "\n" << outcome.log;
+        EXPECT_EQ(outcome.answer, told) << file << "\n" << outcome.log;
+    }
 }
 
 TEST(ListSaving, IsRefusedWhereNothingMayBeWritten)

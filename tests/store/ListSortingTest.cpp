@@ -2,10 +2,7 @@
 #include "store/ListWorld.h"
 
 #include "core/ZRNameOrder.h"
-#include "core/ZRUniqueId.h"
 #include "store/ZRManagedObjectContext.h"
-#include "store/ZROSRecord.h"
-#include "store/ZRPeopleSorting.h"
 
 #include <gmock/gmock.h>
 
@@ -52,34 +49,7 @@ protected:
     const Ref<ZRDBCache> cache = roster->dbCache();
 };
 
-std::string stepsFor(std::size_t count)
-{
-    std::vector<ZRNamedRecord> people(count);
-    std::string text;
-    for (const auto& step : zrSortOperations(people)) {
-        const auto range = step->range(), with = step->mergeRange();
-        text += "(" + std::to_string(range.location) + ", " + std::to_string(range.length) + ")";
-        if (step->type() == _ZR_PeopleSorting_Operation::Type::merge)
-            text += "+(" + std::to_string(with.location) + ", " + std::to_string(with.length) + ")";
-        text += " ";
-    }
-    return text;
-}
-
 } // namespace
-
-TEST_F(ListSorting, IsSharedOutInFourSortsAndThreeMerges)
-{
-    EXPECT_EQ(stepsFor(800),
-        "(0, 200) (200, 200) (400, 200) (600, 200) "
-        "(0, 200)+(200, 200) (400, 200)+(600, 200) (0, 400)+(400, 400) ");
-    EXPECT_EQ(stepsFor(801),
-        "(0, 201) (201, 200) (401, 200) (601, 200) "
-        "(0, 201)+(201, 200) (401, 200)+(601, 200) (0, 401)+(401, 400) ");
-    EXPECT_EQ(stepsFor(803),
-        "(0, 203) (203, 200) (403, 200) (603, 200) "
-        "(0, 203)+(203, 200) (403, 200)+(603, 200) (0, 403)+(403, 400) ");
-}
 
 // Equal names keep their order, so the one answer is exact.
 TEST_F(ListSorting, GivesOneAnswerByAnyNumberOfThreads)

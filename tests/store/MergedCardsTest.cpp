@@ -1,44 +1,20 @@
 // What a card says, and what is found of it, when two rosters changed its entries at once.
-#include "store/NoticeWorld.h"
+#include "store/RosterWorld.h"
+#include "support/SQL.h"
 
 #include "core/ZRMultiValue.h"
 
-#include <algorithm>
 #include <map>
-#include <sqlite3.h>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace test {
 
 namespace {
 
-/// Edits of a card's addresses; entries are named by their texts.
-struct EntryEdit {
-    std::vector<std::string> removed;
-    std::map<std::string, std::string> replaced;
-    std::vector<std::string> added;
-};
-
-struct MergedCase {
-    const char* name;
-    EntryEdit mine, theirs;
-    /// The entries in order, the primary one with a star.
-    std::string merged;
-};
-
-const std::vector<MergedCase>& mergedCases()
-{
-    static const std::vector<MergedCase> all = {
-        {"removed here and rewritten there", {{"b"}, {}, {}}, {{}, {{"b", "bb"}}, {}}, "a* "},
-        {"rewritten here and removed there", {{}, {{"b", "bb"}}, {}}, {{"b"}, {}, {}}, "a* "},
-        {"rewritten here and there", {{}, {{"b", "mine"}}, {}}, {{}, {{"b", "theirs"}}, {}}, "a* mine "},
-        {"added here, all removed there", {{}, {}, {"c"}}, {{"a", "b"}, {}, {}}, "c* "},
-        {"all removed here, added there", {{"a", "b"}, {}, {}}, {{}, {}, {"c"}}, "c* "},
-        {"the primary removed here, the other there", {{"a"}, {}, {}}, {{"b"}, {}, {"c"}}, "c* "},
-    };
-    return all;
-}
+/// What becomes of the entry of that text: another text, or nothing for one that goes. What comes of no entry
+/// is new.
+using EntryEdits = std::map<std::string, std::string>;
 
 ZRIndex indexOf(const ZRMultiValue& entries, std::string_view text)
 {
@@ -48,68 +24,54 @@ ZRIndex indexOf(const ZRMultiValue& entries, std::string_view text)
     return index;
 }
 
-void apply(const EntryEdit& edit, ZRRecord& card)
+void editEntries(const EntryEdits& edits, ZRRecord& card)
 {
     const Value before = card.valueForProperty(kZREmailProperty);
     const auto entries = before.as<ZRMultiValue>()->mutableCopy();
-    for (const auto& text : edit.removed)
-        entries->removeValueAndLabelAtIndex(indexOf(*entries, text));
-    for (const auto& [text, other] : edit.replaced)
-        entries->replaceValueAtIndex(indexOf(*entries, text), Value(other));
-    for (const auto& text : edit.added)
-        entries->addValue(Value(text), kZREmailWorkLabel);
+    for (const auto& [text, other] : edits)
+        if (text.empty())
+            entries->addValue(Value(other), kZREmailWorkLabel);
+        else if (other.empty())
+            entries->removeValueAndLabelAtIndex(indexOf(*entries, text));
+        else
+            entries->replaceValueAtIndex(indexOf(*entries, text), Value(other));
     card.setValue(Value(entries), kZREmailProperty);
 }
 
-/// The entries as the rows have them, since a reader makes up a primary that is missing.
-std::string entriesOf(const std::string& store)
-{
-    std::string text;
-    sqlite3* connection = nullptr;
-    sqlite3_open_v2(store.c_str(), &connection, SQLITE_OPEN_READONLY, nullptr);
-    sqlite3_exec(
-        connection, "SELECT address || iif(isPrimary, '* ', ' ') FROM email_address ORDER BY orderingIndex",
-        [](void* found, int, char** columns, char**) {
-            *static_cast<std::string*>(found) += columns[0];
-            return 0;
-        },
-        &text, nullptr);
-    sqlite3_close(connection);
-    return text;
-}
-
-/// What goes wrong, and what a look through the roster finds wrong; empty when nothing does.
-std::string playMerge(const MergedCase& merge)
-{
-    NoticeWorld world;
-    world.ana->setValue(
-        multiValue({{Value("a"), kZREmailWorkLabel}, {Value("b"), kZREmailWorkLabel}}, 0), kZREmailProperty);
-    world.roster->save();
-    const auto parallel = world.roster->parallelUniverseRoster();
-    apply(merge.theirs, *parallel->recordForUniqueId(world.ana->uniqueId()));
-    apply(merge.mine, *world.ana);
-    std::string text = parallel->save() && world.roster->save() ? "" : "a save was refused; ";
-    for (const auto& problem : world.roster->check().problems)
-        text += problem + "; ";
-    return text;
-}
-
-const Role merges("merge a card", [](const Words& words) {
-    return playMerge(*std::ranges::find(
-        mergedCases(), words.at(0), [](const MergedCase& merge) { return std::string(merge.name); }));
-});
+} // namespace
 
 TEST(MergedCards, SayAndFindTheSame)
 {
-    for (const auto& merge : mergedCases()) {
-        SCOPED_TRACE(merge.name);
+    const struct {
+        const char* name;
+        EntryEdits mine, theirs;
+        /// The entries in order, a line each, the primary one with a star.
+        const char* merged;
+    } cases[] = {
+        {"removed here and rewritten there", {{"b", ""}}, {{"b", "bb"}}, "a*"},
+        {"rewritten here and removed there", {{"b", "bb"}}, {{"b", ""}}, "a*"},
+        {"rewritten here and there", {{"b", "mine"}}, {{"b", "theirs"}}, "a*\nmine"},
+        {"added here, all removed there", {{"", "c"}}, {{"a", ""}, {"b", ""}}, "c*"},
+        {"all removed here, added there", {{"a", ""}, {"b", ""}}, {{"", "c"}}, "c*"},
+        {"the primary removed here, the other there", {{"a", ""}}, {{"b", ""}, {"", "c"}}, "c*"},
+    };
+    for (const auto& [name, mine, theirs, merged] : cases) {
+        SCOPED_TRACE(name);
         const Home home;
-        const auto outcome = home.play("merge a card", {merge.name});
-        EXPECT_EQ(outcome.answer, "") << outcome.log;
-        EXPECT_EQ(entriesOf(home.storeFile()), merge.merged);
+        const auto roster = ZRRoster::rosterWithDatabaseDirectory(home.path().string());
+        const auto ana = person(
+            roster, {{kZREmailProperty, multiValue({{"a", kZREmailWorkLabel}, {"b", kZREmailWorkLabel}})}});
+        ASSERT_TRUE(roster->save());
+        const auto parallel = roster->parallelUniverseRoster();
+        editEntries(theirs, *parallel->recordForUniqueId(ana->uniqueId()));
+        editEntries(mine, *ana);
+        EXPECT_TRUE(parallel->save() && roster->save());
+        EXPECT_THAT(roster->check().problems, testing::IsEmpty());
+        // In the rows, since a reader makes up a primary that is missing.
+        EXPECT_EQ(runSQL(roster->rosterDatabaseFile(),
+                      "SELECT address || iif(isPrimary, '*', '') FROM email_address ORDER BY orderingIndex"),
+            merged);
     }
 }
-
-} // namespace
 
 } // namespace test

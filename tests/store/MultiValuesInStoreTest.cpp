@@ -1,7 +1,6 @@
 // How multi-values, addresses and dictionaries of cards go into the store and come out.
 #include "store/RosterWorld.h"
 
-#include "core/ZRGroup.h"
 #include "objectstore/StoreContext.h"
 #include "platform/run/Log.h"
 #include "store/ZRManagedObjectContext.h"
@@ -10,7 +9,6 @@
 #include <gmock/gmock.h>
 
 #include <stdexcept>
-#include <unordered_map>
 
 namespace test {
 
@@ -175,22 +173,6 @@ TEST_F(MultiValues, AnswerKeyPathsByTheLongestProperty)
     EXPECT_EQ(one->valueForKeyPath("table.z"), Value("newer"));
     one->setValueForKey(Value(), kZRFirstNameProperty);
     EXPECT_THROW(one->setValueForKey("x", kZRUIDProperty), std::invalid_argument);
-}
-
-TEST_F(MultiValues, LeaveALogOfDeletedRecords)
-{
-    const auto one = person(roster, {{kZRFirstNameProperty, "Ana"}});
-    const auto group = ZRGroup::initWithRoster(roster);
-    const auto neverSaved = person(roster, {});
-    roster->removeRecord(neverSaved);
-    ASSERT_TRUE(roster->save());
-    roster->removeRecord(one);
-    roster->removeRecord(group);
-    ASSERT_TRUE(roster->save());
-    std::vector<std::string> logged;
-    for (const auto& row : rows("ZROSDeletedRecordLog"))
-        logged.emplace_back(row->text(row->slot("deletedRecordUniqueId")));
-    EXPECT_THAT(logged, testing::UnorderedElementsAre(one->uniqueId(), group->uniqueId()));
 }
 
 TEST_F(MultiValues, AndTheirCardAreEmptyWithoutText)

@@ -101,36 +101,32 @@ TEST_F(NewPerson, IsDiscardedWhenItStaysEmpty)
 
 TEST_F(NewPerson, IsAddedUnderItsFinalName)
 {
-    const auto card = draft();
-    static_cast<void>(people());
-    cache->startEditingNewPerson(card, club);
-    static_cast<void>(members(club));
-    name(card, "Cy");
-    cache->endEditing(card);
-    EXPECT_EQ(card->roster(), roster);
-    EXPECT_THAT(people(), ElementsAre("Bo", "Cy"));
-    EXPECT_THAT(members(club), ElementsAre("Cy"));
-    EXPECT_THAT(namesOf(club->members()), ElementsAre("Cy"));
-    EXPECT_EQ(steps, "NEW_PERSON of Cy in club; ");
-}
-
-TEST_F(NewPerson, NeedsNoGroup)
-{
-    const auto card = draft();
-    cache->startEditingNewPerson(card, nullptr);
-    name(card, "Abe");
-    cache->endEditing(card);
-    EXPECT_THAT(people(), ElementsAre("Abe", "Bo"));
-    EXPECT_EQ(steps, "NEW_PERSON of Abe; ");
-}
-
-TEST_F(NewPerson, IsMarkedInASubscribedGroup)
-{
-    const auto card = draft();
-    cache->startEditingNewPerson(card, groupOf(ZRSubscribedGroup::recordClassDescription, roster, "theirs"));
-    name(card, "Abe");
-    cache->endEditing(card);
-    EXPECT_EQ(steps, "marked by theirs; NEW_PERSON of Abe in theirs; ");
+    const auto theirs = groupOf(ZRSubscribedGroup::recordClassDescription, roster, "theirs");
+    const struct {
+        const char* name;
+        Ref<ZRGroup> in;
+        std::vector<std::string> people;
+        const char* steps;
+    } cases[] = {
+        {"Cy", club, {"Bo", "Cy"}, "NEW_PERSON of Cy in club; "},
+        {"Abe", nullptr, {"Abe", "Bo", "Cy"}, "NEW_PERSON of Abe; "},
+        {"Di", theirs, {"Abe", "Bo", "Cy", "Di"}, "marked by theirs; NEW_PERSON of Di in theirs; "},
+    };
+    for (const auto& [first, in, expected, told] : cases) {
+        const auto card = draft();
+        static_cast<void>(people());
+        cache->startEditingNewPerson(card, in);
+        static_cast<void>(members(in));
+        name(card, first);
+        cache->endEditing(card);
+        EXPECT_EQ(card->roster(), roster) << first;
+        EXPECT_EQ(people(), expected);
+        EXPECT_EQ(std::exchange(steps, ""), told);
+        if (in) {
+            EXPECT_THAT(members(in), ElementsAre(first));
+            EXPECT_THAT(namesOf(in->members()), ElementsAre(first));
+        }
+    }
 }
 
 TEST_F(NewPerson, EndsTheOneBefore)

@@ -5,7 +5,11 @@
 #include "platform/run/MainQueue.h"
 #include "store/ZRChangeNotices.h"
 
+#include <fmt/ranges.h>
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -34,10 +38,7 @@ std::string wordForNotice(std::string_view notice)
 
 std::string joined(const std::vector<std::string>& notices)
 {
-    std::string text;
-    for (const auto& notice : notices)
-        text += (text.empty() ? "" : "; ") + notice;
-    return text.empty() ? "nothing" : text;
+    return notices.empty() ? "nothing" : fmt::format("{}", fmt::join(notices, "; "));
 }
 
 } // namespace
@@ -111,15 +112,28 @@ std::string NoticeWorld::wordsFor(char mark, const Value& ids) const
 {
     const auto& list = ids.asArray();
     if (list.size() > kMostNamed)
-        return std::string(" ") + mark + std::to_string(list.size()) + " records";
-    std::vector<std::string> words;
+        return fmt::format(" {}{} records", mark, list.size());
+    std::set<std::string> words;
     for (const Value& id : list)
-        words.push_back(wordFor(std::string(id.asText())));
-    std::ranges::sort(words);
-    std::string text;
-    for (const auto& word : words)
-        text += std::string(" ") + mark + word;
-    return text;
+        words.insert(fmt::format(" {}{}", mark, wordFor(std::string(id.asText()))));
+    return fmt::format("{}", fmt::join(words, ""));
+}
+
+Acts::Acts(std::string role, std::vector<Act> acts)
+    : _name(std::move(role)), _acts(std::move(acts)), _role(_name, [this](const Words& words) {
+        NoticeWorld world;
+        return _acts.at(std::stoul(words.at(0))).act(world);
+    })
+{
+}
+
+void Acts::play() const
+{
+    for (std::size_t i = 0; i < _acts.size(); ++i) {
+        const Home home;
+        const auto outcome = home.play(_name, {std::to_string(i)});
+        EXPECT_EQ(outcome.answer, _acts[i].expected) << _acts[i].name << "\n" << outcome.log;
+    }
 }
 
 } // namespace test

@@ -5,6 +5,7 @@
 #include "platform/notify/NotificationCenter.h"
 #include "store/RosterWorld.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -65,6 +66,26 @@ private:
     std::map<std::string, std::string> _words;
     std::vector<std::string> _heard;
     std::vector<platform::Subscription> _subscriptions;
+};
+
+/// One behaviour, and what a process that acts it out answers.
+struct Act {
+    const char* name;
+    std::function<std::string(NoticeWorld&)> act;
+    std::string expected;
+};
+
+/// Acts that this program can play. Make them at namespace scope.
+class Acts {
+public:
+    Acts(std::string role, std::vector<Act> acts);
+    /// Expects of each what it answers in a new process and home.
+    void play() const;
+
+private:
+    const std::string _name;
+    const std::vector<Act> _acts;
+    const Role _role;
 };
 
 } // namespace test

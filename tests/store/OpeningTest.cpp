@@ -2,6 +2,7 @@
 // is, what lies in its folder afterwards, and what is told.
 #include "store/RosterWorld.h"
 #include "support/FaultyVfs.h"
+#include "support/SQL.h"
 
 #include "platform/run/Log.h"
 
@@ -34,15 +35,6 @@ void write(const fs::path& path, std::string_view bytes)
 {
     fs::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-void run(const fs::path& path, const char* sql)
-{
-    sqlite3* connection = nullptr;
-    ASSERT_EQ(sqlite3_open(path.c_str(), &connection), SQLITE_OK);
-    char* why = nullptr;
-    EXPECT_EQ(sqlite3_exec(connection, sql, nullptr, nullptr, &why), SQLITE_OK) << why;
-    sqlite3_close(connection);
 }
 
 std::string describe(const Ref<ZRRoster>& roster)
@@ -119,7 +111,8 @@ protected:
     void makeStore()
     {
         ASSERT_EQ(home.play("make a roster").answer, "made");
-        run(file, "PRAGMA wal_checkpoint(TRUNCATE); PRAGMA journal_mode = DELETE; PRAGMA journal_mode = WAL");
+        runSQL(
+            file, "PRAGMA wal_checkpoint(TRUNCATE); PRAGMA journal_mode = DELETE; PRAGMA journal_mode = WAL");
         ASSERT_FALSE(fs::exists(file.string() + "-wal"));
     }
 
@@ -173,40 +166,31 @@ const Damage damages[] = {
     {"another program's database", "incompatible",
         [](const fs::path& store) {
             fs::remove(store);
-            run(store, "CREATE TABLE album(title); INSERT INTO album VALUES('x')");
+            runSQL(store, "CREATE TABLE album(title); INSERT INTO album VALUES('x')");
         }},
     {"a store of another model", "incompatible",
         [](const fs::path& store) {
-            run(store,
+            runSQL(store,
                 "UPDATE store_meta SET value = 'table unheard_of' WHERE name IN ('schema', 'model_hash')");
         }},
 };
 
 } // namespace
 
+// A crash while a store is made leaves an empty file.
 TEST_F(Opening, MakesAStoreWhereNoneIs)
 {
-    const auto missing = open();
-    EXPECT_EQ(missing.answer, "on file, 0 people, saves\n") << missing.log;
-    const auto again = open();
-    EXPECT_EQ(again.answer, "on file, 1 people, saves\n");
+    for (const bool isEmpty : {true, false}) {
+        SCOPED_TRACE(isEmpty ? "an empty file" : "no file");
+        fs::remove_all(home.rosterDirectory());
+        if (isEmpty)
+            write(file, "");
+        EXPECT_EQ(open().answer, "on file, 0 people, saves\n");
+        EXPECT_EQ(open().answer, "on file, 1 people, saves\n");
+        EXPECT_THAT(folder(), testing::ElementsAre(testing::Key(storeName)));
+    }
     EXPECT_EQ(fs::status(home.rosterDirectory()).permissions(), fs::perms::owner_all);
     EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-}
-
-// What a crash while a store is made leaves.
-TEST_F(Opening, MakesAStoreOfAnEmptyFile)
-{
-    write(file, "");
-    EXPECT_EQ(open().answer, "on file, 0 people, saves\n");
-    EXPECT_THAT(folder(), testing::ElementsAre(testing::Key(storeName)));
-}
-
-TEST_F(Opening, KeepsAWholeStore)
-{
-    makeStore();
-    EXPECT_EQ(open().answer, "on file, 200 people, saves\n");
-    EXPECT_THAT(folder(), testing::ElementsAre(testing::Key(storeName)));
 }
 
 TEST_F(Opening, MovesWhatIsNoStoreAsideUnharmed)

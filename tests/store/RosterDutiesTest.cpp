@@ -9,18 +9,16 @@
 #include "platform/processes/Helper.h"
 #include "platform/processes/MessagePort.h"
 #include "platform/run/Log.h"
-#include "platform/value/PropertyList.h"
 #include "store/ZRHindsightTempFileHelper.h"
 #include "store/ZRInitialImports.h"
 #include "store/ZRRosterState.h"
 #include "store/ZRServices.h"
+#include "support/SQL.h"
 #include "support/Waiting.h"
 
 #include <gmock/gmock.h>
-#include <sqlite3.h>
 
 #include <cerrno>
-#include <stdexcept>
 
 namespace test {
 
@@ -28,16 +26,6 @@ namespace {
 
 using testing::HasSubstr;
 using Copier = ZRHindsightTempFileHelper;
-
-void run(const std::string& path, const char* sql)
-{
-    sqlite3* connection = nullptr;
-    const bool done = sqlite3_open(path.c_str(), &connection) == SQLITE_OK
-        && sqlite3_exec(connection, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
-    sqlite3_close(connection);
-    if (!done)
-        throw std::runtime_error(sql);
-}
 
 std::string firstNames(ZRRoster& roster)
 {
@@ -85,17 +73,6 @@ const Role isReverted("revert", [](const Words& words) {
     const std::string after = firstNames(*roster);
     person(roster, {{kZRFirstNameProperty, "After"}});
     return (isKept ? "kept | " : "lost | ") + after + "| " + (roster->save() ? "saved" : "not saved");
-});
-
-const Role marksImport("mark the import", [](const Words&) {
-    const auto roster = openShared();
-    auto* const coordinator = roster->storeCoordinator();
-    const auto before = *coordinator->metadata(coordinator->firstStore());
-    roster->markZRStoreImportCompleted();
-    roster->markZRStoreImportCompleted();
-    const auto after = *coordinator->metadata(coordinator->firstStore());
-    return textOf(after["ZRObjectStoreImportCompleted"]) + ", "
-        + std::to_string(after.asDictionary()->count() - before.asDictionary()->count()) + " more";
 });
 
 /// Opens the store of mail recents, saves one, and opens it again.
@@ -174,9 +151,9 @@ TEST(Hindsight, LeavesNothingBehindWhenThereIsNothingToCopy)
 TEST(Hindsight, LeavesAStoreThatCannotBeCompletedAsItIs)
 {
     const Home home;
-    ASSERT_EQ(home.play("mark the import").status, 0);
-    run(home.storeFile(), "UPDATE store_meta SET value = replace(value, 'table country' || char(10), '')");
-    run(home.storeFile(), "PRAGMA journal_mode = DELETE");
+    ASSERT_EQ(home.play("copy the open store").status, 0);
+    runSQL(home.storeFile(), "UPDATE store_meta SET value = replace(value, 'table country' || char(10), '')");
+    runSQL(home.storeFile(), "PRAGMA journal_mode = DELETE");
     const auto size = fs::file_size(home.storeFile());
     const auto before = copiesInTemporary();
     const auto outcome = home.play("open inert");
@@ -191,7 +168,7 @@ TEST(RosterDuties, TakeInFilesThatWerePutBack)
     const Home backup, home;
     const auto other = (backup.path() / "store").string();
     ASSERT_EQ(backup.play("copy the open store").status, 0);
-    run(backup.storeFile(), "PRAGMA journal_mode = DELETE");
+    runSQL(backup.storeFile(), "PRAGMA journal_mode = DELETE");
     fs::copy_file(backup.storeFile(), other);
     const auto outcome = home.play("revert", {other});
     EXPECT_EQ(outcome.answer, "kept | Ana | saved") << outcome.log;
@@ -199,18 +176,21 @@ TEST(RosterDuties, TakeInFilesThatWerePutBack)
 
 TEST(RosterDuties, MarkAConvertedStoreOnce)
 {
-    const auto outcome = Home().play("mark the import");
-    EXPECT_EQ(outcome.answer, "whole 1, 1 more") << outcome.log;
+    const auto roster = ZRRoster::emptyMemoryBackedRoster();
+    const auto metadata = [&] {
+        return *roster->storeCoordinator()->metadata(roster->storeCoordinator()->firstStore());
+    };
+    const auto before = metadata().asDictionary()->count();
+    roster->markZRStoreImportCompleted();
+    roster->markZRStoreImportCompleted();
+    EXPECT_EQ(metadata()["ZRObjectStoreImportCompleted"], Value(1));
+    EXPECT_EQ(metadata().asDictionary()->count(), before + 1);
 }
 
 TEST(RosterDuties, WriteAProfileWhenAskedTo)
 {
     const Home home;
-    const auto preferences = platform::encodePropertyList(
-        Value::dictionary({{"ZREnableSampling", true}}), platform::PropertyListFormat::xml);
-    fs::create_directories(home.path() / "config");
-    ASSERT_TRUE(
-        platform::writeFileAtomically((home.path() / "config/store_test.plist").string(), *preferences));
+    home.setPreferences(Value::dictionary({{"ZREnableSampling", true}}));
     ASSERT_EQ(home.play("copy the open store").status, 0);
     std::vector<fs::path> profiles;
     for (const auto& entry : fs::recursive_directory_iterator(home.path()))
@@ -228,11 +208,7 @@ TEST(RosterDuties, KeepMailRecentsOutOfTheFileWhenAskedTo)
     constexpr std::string_view version = "real 0x1.47ae14p-6";
     for (const bool inMemory : {false, true}) {
         const Home home;
-        const auto preferences = platform::encodePropertyList(
-            Value::dictionary({{"ZRUseInMemorySQLiteStore", inMemory}}), platform::PropertyListFormat::xml);
-        fs::create_directories(home.path() / "config");
-        ASSERT_TRUE(
-            platform::writeFileAtomically((home.path() / "config/store_test.plist").string(), *preferences));
+        home.setPreferences(Value::dictionary({{"ZRUseInMemorySQLiteStore", inMemory}}));
         const auto outcome = home.play("keep mail recents");
         EXPECT_THAT(outcome.answer, testing::StartsWith(inMemory ? "0 new in memory " : "0 new on file "))
             << outcome.log;

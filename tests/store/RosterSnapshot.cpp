@@ -10,7 +10,7 @@
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <set>
@@ -21,14 +21,6 @@ namespace test {
 namespace {
 
 using Lines = std::set<std::string>;
-
-std::string joined(const Lines& lines, std::string_view between)
-{
-    std::string text;
-    for (const auto& line : lines)
-        text += line + std::string(between);
-    return text;
-}
 
 Lines idsOf(const ZRRecordList& records)
 {
@@ -59,14 +51,15 @@ std::string propertiesOf(const ZRRecord& record)
 std::string contentsOf(const ZRGroup& group)
 {
     const Value dictionary = group.dictionaryRepresentation();
-    return "members: " + joined(idsOf(dictionary[zr::kZRMembersDictionaryKey]), " ")
-        + "\nsubgroups: " + joined(idsOf(dictionary[zr::kZRSubgroupsDictionaryKey]), " ") + "\n";
+    return fmt::format("members: {}\nsubgroups: {}\n",
+        fmt::join(idsOf(dictionary[zr::kZRMembersDictionaryKey]), " "),
+        fmt::join(idsOf(dictionary[zr::kZRSubgroupsDictionaryKey]), " "));
 }
 
 std::string textOfRecord(const ZRRecord& record)
 {
-    std::string text = std::string(record.recordClass().name) + "\n" + propertiesOf(record)
-        + "in: " + joined(idsOf(record.parentGroups()), " ") + "\n";
+    std::string text = fmt::format("{}\n{}in: {}\n", record.recordClass().name, propertiesOf(record),
+        fmt::join(idsOf(record.parentGroups()), " "));
     if (const auto* person = dynamic_cast<const ZRPerson*>(&record))
         text += "picture: " + textOf(person->imageData()) + "\n";
     else if (const auto* group = dynamic_cast<const ZRGroup*>(&record))
@@ -147,12 +140,12 @@ Snapshot snapshotOf(const Ref<ZRRoster>& roster)
             text += textOfRecord(*record);
         }
         for (const auto& [group, choices] : choicesIn(*roster))
-            snapshot[group] += joined(choices, "\n");
+            snapshot[group] += fmt::format("{}\n", fmt::join(choices, "\n"));
     });
     const auto me = roster->me();
     snapshot["me"] = me ? me->uniqueId() : "nobody";
     if (roster->isSharedInstance())
-        snapshot["last import"] = joined(lastImportIn(*roster), "\n");
+        snapshot["last import"] = fmt::format("{}", fmt::join(lastImportIn(*roster), "\n"));
     return snapshot;
 }
 

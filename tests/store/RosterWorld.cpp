@@ -3,12 +3,15 @@
 
 #include "platform/files/Files.h"
 #include "platform/text/Dates.h"
+#include "platform/value/PropertyList.h"
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <set>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -56,6 +59,14 @@ void Home::belongTo(uid_t user) const
         std::ignore = lchown(file.path().c_str(), user, user);
 }
 
+void Home::setPreferences(const Value& preferences) const
+{
+    const auto bytes = platform::encodePropertyList(preferences, platform::PropertyListFormat::xml);
+    fs::create_directories(_path / "config");
+    const auto file = _path / "config" / (std::string(program_invocation_short_name) + ".plist");
+    EXPECT_TRUE(platform::writeFileAtomically(file.string(), *bytes));
+}
+
 Ref<ZRRoster> openShared()
 {
     ZRRoster::setShouldCreateEmptyDatabase(true);
@@ -85,14 +96,6 @@ Ref<ZRPerson> person(
 }
 
 namespace {
-
-std::string hexOf(std::string_view bytes)
-{
-    std::string text;
-    for (const unsigned char byte : bytes)
-        text += fmt::format("{:02x}", byte);
-    return text;
-}
 
 std::string linesOf(const ZRMultiValue& values)
 {
@@ -144,7 +147,7 @@ std::string textOf(const Value& value)
     case Value::Kind::string:
         return fmt::format("\"{}\"", value.asText());
     case Value::Kind::data:
-        return "data " + hexOf(value.asBytes());
+        return "data " + testing::PrintToString(value.asBytes());
     case Value::Kind::array: {
         std::string text;
         for (const auto& element : value.asArray())
@@ -152,14 +155,10 @@ std::string textOf(const Value& value)
         return "[" + text + "]";
     }
     case Value::Kind::dictionary: {
-        std::vector<std::string> entries;
+        std::set<std::string> entries;
         for (const auto& [key, entry] : value.asDictionary()->entries())
-            entries.push_back(key + " = " + textOf(entry) + "; ");
-        std::ranges::sort(entries);
-        std::string text;
-        for (const auto& entry : entries)
-            text += entry;
-        return "{" + text + "}";
+            entries.insert(key + " = " + textOf(entry) + "; ");
+        return fmt::format("{{{}}}", fmt::join(entries, ""));
     }
     case Value::Kind::object:
         break;

@@ -37,6 +37,8 @@ public:
         return test::play(role, words, stage());
     }
     void belongTo(uid_t user) const;
+    /// What the user prefers for this program, by the keys of its preferences.
+    void setPreferences(const Value& preferences) const;
 
 private:
     fs::path _path;

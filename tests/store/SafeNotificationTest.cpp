@@ -2,7 +2,6 @@
 #include "store/ZRSafeNotificationCenter.h"
 
 #include "platform/files/Preferences.h"
-#include "platform/files/UserDefaults.h"
 #include "platform/run/Log.h"
 
 #include <gmock/gmock.h>
@@ -52,24 +51,6 @@ TEST_F(SafeNotificationTest, TellsThoseWhoAskedForNameAndObject)
     EXPECT_THAT(post("Y"), UnorderedElementsAre("any"));
     safe->removeObserversInCollection(entries);
     EXPECT_THAT(post("X", a), IsEmpty());
-}
-
-TEST_F(SafeNotificationTest, ServesEachWayOfAskingByAReflectorOfItsOwn)
-{
-    const auto a = makeRef<Thing>();
-    const struct {
-        std::optional<std::string> name;
-        const Object* object;
-        std::string reflector;
-    } cases[] = {{"X", a.get(), "Exact"}, {{}, a.get(), "Wildcard Name"}, {"X", nullptr, "Wildcard Object"},
-        {{}, nullptr, "Wildcard"}};
-    for (const auto& [name, object, reflector] : cases) {
-        const auto entry = hear(name, object, reflector);
-        EXPECT_EQ(safe->reflectorForName(name, object)->name(), reflector);
-        EXPECT_THAT(safe->reflectorForName(name, object)->observers(), UnorderedElementsAre(entry));
-        EXPECT_THAT(post("X", a), UnorderedElementsAre(reflector));
-        safe->removeObserver(entry);
-    }
 }
 
 // Many entries of one name and object are one observer on the real center, and none once they are gone.
@@ -270,18 +251,6 @@ TEST_F(SafeNotificationTest, TellsInTheLogWhoListensAndHowOften)
     EXPECT_TRUE(log.contains(safe->reflectorForName("X", nullptr)->description()));
     EXPECT_TRUE(log.contains("Wildcard Object: 1 received, 1 reflected"));
     EXPECT_TRUE(log.contains("Exact: 0 received, 0 reflected"));
-}
-
-TEST(SafeNotificationCenter, IsOneForTheProcess)
-{
-    const auto safe = ZRSafeNotificationCenter::defaultCenter();
-    EXPECT_EQ(safe, ZRSafeNotificationCenter::defaultCenter());
-    int heard = 0;
-    const auto entry = safe->addSafeObserver(
-        nullptr, [&](const Notification&) { ++heard; }, "SafeNotificationTest", nullptr);
-    NotificationCenter::shared().post({"SafeNotificationTest", nullptr, {}});
-    safe->removeObserver(entry);
-    EXPECT_EQ(heard, 1);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // What a save writes and whom it tells: what changed, what it may not touch, and what fails.
 #include "store/NoticeWorld.h"
 
+#include "core/ZRGroup.h"
 #include "core/ZRInfo.h"
 #include "core/ZRLog.h"
 #include "objectstore/StoreContext.h"
@@ -9,7 +10,6 @@
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
 #include "store/ZRChangeNotices.h"
-#include "store/ZRFileLock.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
@@ -20,7 +20,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <stdexcept>
 
 #include <unistd.h>
 
@@ -30,13 +29,6 @@ namespace {
 
 using platform::Date;
 using testing::HasSubstr;
-
-/// One behaviour of a save, acted out by a process of its own; what it answers is what is expected.
-struct Act {
-    const char* name;
-    std::function<std::string(NoticeWorld&)> play;
-    std::string expected;
-};
 
 bool ntsSave(const Ref<ZRRoster>& roster)
 {
@@ -61,19 +53,6 @@ std::int64_t countOf(const Ref<ZRRoster>& roster, std::string_view what)
     })->second;
 }
 
-/// How often a body takes the lock of the directory.
-int fileLocksIn(const std::function<void()>& body)
-{
-    int locks = 0;
-    ZRSetKernelLockFault([&locks](const std::string&) {
-        ++locks;
-        return 0;
-    });
-    body();
-    ZRSetKernelLockFault({});
-    return locks;
-}
-
 /// The logged lines with that in them, each up to `end`, without the path of this program.
 std::string logged(const platform::LogCapture& log, std::string_view wanted)
 {
@@ -84,263 +63,256 @@ std::string logged(const platform::LogCapture& log, std::string_view wanted)
     return text;
 }
 
-// ---- what is saved
-
-std::string savesNothing(NoticeWorld& world)
-{
-    bool saved = false, saved2 = false;
-    const int locks = fileLocksIn([&] {
-        saved = world.roster->save();
-        saved2 = ntsSave(world.roster);
+const Acts saving("act out a save",
+    {
+        {"nothing to do",
+            [](NoticeWorld& world) {
+                const bool saved = world.roster->save() && ntsSave(world.roster);
+                return world.outcomeOf(saved);
+            },
+            "saved: nothing"},
+        {"the info record only",
+            [](NoticeWorld& world) {
+                world.roster->setSyncAnchorsFromString("a-7");
+                const std::string outcome = world.outcomeOf(world.roster->save());
+                return outcome + " | " + world.heard();
+            },
+            "saved: public; private ~info | public; private ~info"},
+        {"all kinds of change",
+            [](NoticeWorld& world) {
+                const auto bo = world.add("Bo"), cy = world.add("Cy");
+                world.roster->save();
+                static_cast<void>(world.told());
+                edit(world.ana, "a");
+                edit(world.add("Di"), "an edit of what is new");
+                world.roster->removeRecord(bo);
+                const std::string outcome = world.outcomeOf(world.roster->save());
+                static_cast<void>(world.heard());
+                edit(cy, "c");
+                world.roster->save();
+                return outcome + " | " + world.heard();
+            },
+            "saved: public +Di ~Ana -Bo; private +Di +log ~Ana -Bo | public ~Cy; private ~Cy"},
+        // Another context may have made the object that this one changed: one save can find it on both lists.
+        {"inserted and updated",
+            [](NoticeWorld& world) {
+                const auto bo = world.add("Bo");
+                const objectstore::ObjectList both{Ref<objectstore::StoreObject>(bo->zrDatabaseImpl())};
+                ZRRoster::UserInfo open, closed;
+                ZRRoster::SaveEffects effects;
+                locked(*world.roster, ZRAccess::write, [&]() ZR_NTS {
+                    world.roster->updatePublicUserInfo(
+                        open, closed, both, zr::kZRInsertedRecords, effects, Value(), {});
+                    world.roster->updatePublicUserInfo(
+                        open, closed, both, zr::kZRUpdatedRecords, effects, Value(), zr::kZRInsertedRecords);
+                });
+                std::string keys;
+                for (const auto* info : {&open, &closed})
+                    for (const auto& [key, ids] : *info)
+                        keys += key + std::to_string(ids.asArray().size()) + " ";
+                return keys + (effects.privateTablesChanged ? "private" : "");
+            },
+            "ZRInsertedRecords1 ZRInsertedRecords1 "},
+        {"an index string alone",
+            [](NoticeWorld& world) {
+                locked(*world.roster, ZRAccess::write, [&]() ZR_NTS {
+                    const auto index = world.ana->zrDatabaseImpl()->related(contactSlots().contactIndex);
+                    index->setValueForKey("stringForIndexing", Value("other words"));
+                });
+                const bool saved = world.roster->saveAndTriggerSync(true, Value(Date{777}));
+                return world.outcomeOf(saved) + ", " + dateOf(world.ana);
+            },
+            "saved: public ~Ana; private ~Ana, date 777.000000"},
+        {"a date to keep",
+            [](NoticeWorld& world) {
+                platform::UserDefaults::standard().setBool(true, "ZRHindsightDebug");
+                const platform::LogCapture log;
+                const std::string before = dateOf(world.ana);
+                locked(*world.roster, ZRAccess::write, [&]() ZR_NTS {
+                    world.ana->nts_setContextInfo(Value(true), kZRPreserveModificationDate);
+                });
+                edit(world.ana, "a");
+                const bool saved = world.roster->saveAndTriggerSync(true, Value(Date{777}));
+                return world.outcomeOf(saved) + (dateOf(world.ana) == before ? ", kept" : ", touched")
+                    + (log.contains("Record " + world.ana->uniqueId() + " is untouchable") ? ", told" : "");
+            },
+            "saved: public ~Ana; private ~Ana, kept, told"},
+        {"dates",
+            [](NoticeWorld& world) {
+                platform::ManualClock clock(5000);
+                const platform::ClockScope scope(clock);
+                std::string dates;
+                const std::function<bool()> saves[] = {
+                    [&] { return world.roster->saveAndTriggerSync(true, Value(Date{777})); },
+                    [&] {
+                        return world.roster->saveAndTriggerSync_udpateModificationDate(
+                            false, Value(Date{888}));
+                    },
+                    [&] { return world.roster->save(); },
+                };
+                for (const auto& save : saves) {
+                    edit(world.ana, std::to_string(dates.size()));
+                    dates += save() ? "" : "not saved ";
+                    dates += dateOf(world.ana) + "; ";
+                }
+                return dates;
+            },
+            "date 777.000000; date 888.000000; date 5000.000000; "},
+        {"deletions",
+            [](NoticeWorld& world) {
+                const platform::LogCapture log;
+                const auto cards = {world.add("Bo"), world.add("Cy")};
+                const auto group = ZRGroup::initWithRoster(world.roster);
+                world.roster->removeRecord(world.add("Never saved"));
+                world.roster->save();
+                for (const auto& card : cards)
+                    world.roster->removeRecord(card);
+                world.roster->removeRecord(group);
+                world.roster->save();
+                world.roster->removeRecord(world.ana);
+                world.roster->save();
+                const auto inMemory = ZRRoster::emptyMemoryBackedRoster();
+                const auto unseen = world.add("Di", inMemory);
+                inMemory->save();
+                inMemory->removeRecord(unseen);
+                inMemory->save();
+                return logged(log, "deleting ") + std::to_string(countOf(world.roster, "deleted records"))
+                    + " kept";
+            },
+            "deleting 2 contacts; deleting 1 contact; 4 kept"},
+        {"many records",
+            [](NoticeWorld& world) {
+                std::string text;
+                for (const int count : {1000, 1001}) {
+                    for (int i = 0; i < count; ++i)
+                        person(world.roster, {{kZRFirstNameProperty, "Many"}});
+                    text += world.outcomeOf(world.roster->save()) + " | ";
+                    text += world.heard() + "\n";
+                }
+                return text;
+            },
+            "saved: public +1000 records; private +1000 records | public +1000 records; private +1000 "
+            "records\n"
+            "saved: public reload; private reload | public +1001 records; private +1001 records\n"},
+        {"other rosters",
+            [](NoticeWorld& world) {
+                const std::string own = world.roster->databaseDirectory();
+                const Ref<ZRRoster> rosters[] = {world.roster->parallelUniverseRoster(),
+                    ZRRoster::rosterWithDatabaseDirectory(own, false),
+                    ZRRoster::rosterWithDatabaseDirectory(own + "/other", false),
+                    ZRRoster::emptyMemoryBackedRoster()};
+                static_cast<void>(world.told());
+                std::string text;
+                for (const auto& roster : rosters) {
+                    world.add("Bo", roster);
+                    const bool saved = roster->save();
+                    const bool isItsOwn = world.center->posted.empty()
+                        || world.center->posted.front().object == roster->notificationID();
+                    text += world.outcomeOf(saved) + (isItsOwn ? "\n" : ", in another's name\n");
+                }
+                return text;
+            },
+            "saved: public +Bo; private +Bo\nsaved: public +Bo; private +Bo\nsaved: nothing\nsaved: "
+            "nothing\n"},
+        {"an inert process",
+            [](NoticeWorld& world) {
+                const auto parallel = world.roster->parallelUniverseRoster();
+                ZRRoster::setIsInert(true);
+                world.add("Bo", parallel);
+                world.add("Cy");
+                return world.outcomeOf(parallel->save()) + " | " + world.outcomeOf(world.roster->save());
+            },
+            "not saved: nothing | saved: public +Cy; private +Cy"},
+        {"the sender",
+            [](NoticeWorld& world) {
+                edit(world.ana, "a");
+                world.roster->save();
+                const auto& notice = world.center->posted.at(0);
+                const auto& info = notice.userInfo;
+                const bool isOurs = info[zr::kZRSenderProcessID] == Value(std::int64_t{getpid()})
+                    && info[kZRUserUIDKey] == Value(std::int64_t{geteuid()})
+                    && info[zr::kZRSenderProcessName] == Value(program_invocation_short_name);
+                return std::string(isOurs ? "ours" : info.description()) + ", "
+                    + textOf(info[kZRDatabaseDirectoryKey])
+                    + (notice.object == world.roster->notificationID() ? ", named" : "")
+                    + (world.center->posted.at(1).object ? "" : ", private unnamed");
+            },
+            "ours, absent, named, private unnamed"},
+        {"the log of posts",
+            [](NoticeWorld& world) {
+                const platform::LogCapture log;
+                edit(world.ana, "a");
+                world.roster->save();
+                __ZRLogNotifications = true;
+                edit(world.ana, "b");
+                world.roster->save();
+                const std::string about = " for '" + world.roster->notificationID() + "'; ";
+                std::string text = logged(log, "posting ");
+                for (std::size_t at = 0; (at = text.find(about)) != std::string::npos;)
+                    text.replace(at, about.size(), "; ");
+                return text;
+            },
+            "posting kZRDatabaseChangedNotification; posting kZRDatabaseChangedNotificationPriv; "},
+        {"whom the helper is launched for",
+            [](NoticeWorld& world) {
+                int launched = 0;
+                std::vector<std::string> forMetadata;
+                ZRServices::registered().launchOrWaitForDaemon = [&] { ++launched; };
+                ZRServices::registered().processRecords = [&](ZRRoster&,
+                                                              const std::vector<Ref<ZROSRecord>>& records) {
+                    for (const auto& record : records)
+                        forMetadata.emplace_back(record->entity().name());
+                };
+                edit(world.ana, "a");
+                std::string text = world.outcomeOf(world.roster->save());
+                text += ", launched " + std::to_string(launched);
+                const std::string id = "00000000-0000-4000-8000-000000000000:ZRSubscribedPerson";
+                world.name(id, "Sub");
+                locked(*world.roster, ZRAccess::write, [&]() ZR_NTS {
+                    const auto made =
+                        world.roster->managedObjectContext()->insertObjectOfEntity("ZROSSubscribedContact");
+                    made->setValueForKey("uniqueId", Value(id));
+                });
+                text += " | " + world.outcomeOf(world.roster->save());
+                text += ", launched " + std::to_string(launched);
+                world.roster->nts_Info()->setValue(
+                    multiValue({{"https://example.org/a", kZRPublishLabel}}), kZRRemoteLocationProperty);
+                world.roster->save();
+                text += " | published, launched " + std::to_string(launched);
+                return text + " | " + testing::PrintToString(forMetadata);
+            },
+            "saved: public ~Ana; private ~Ana, launched 0 | saved: public; private +Sub, launched 1 | "
+            "published, launched 2 | { \"ZROSContact\", \"ZROSSubscribedContact\", \"ZROSRosterSource\" }"},
+        {"caches of others",
+            [](NoticeWorld& world) {
+                const auto parallel = world.roster->parallelUniverseRoster();
+                const std::string id = world.ana->uniqueId();
+                const auto isCached = [&] {
+                    return locked(*world.roster, ZRAccess::read,
+                        [&]() ZR_NTS { return bool(world.roster->nts_CachedRecordForUniqueId(id)); });
+                };
+                const auto typeHere = [&] {
+                    return world.roster->typeOfProperty("Colour", kZRPersonRecordType);
+                };
+                static_cast<void>(world.roster->recordForUniqueId(id));
+                std::string text =
+                    std::string(isCached() ? "cached" : "no") + ", " + std::to_string(typeHere());
+                ZRPerson::addPropertiesAndTypes(Value::dictionary({{"Colour", 1}}), parallel.get());
+                parallel->removeRecord(parallel->recordForUniqueId(id));
+                parallel->save();
+                return text + " | " + (isCached() ? "cached" : "no") + ", " + std::to_string(typeHere());
+            },
+            "cached, 0 | no, 1"},
     });
-    return world.outcomeOf(saved && saved2) + ", " + std::to_string(locks) + " locks";
-}
 
-std::string locksOfSaves(NoticeWorld& world)
-{
-    edit(world.ana, "a");
-    const int bySave = fileLocksIn([&] { world.roster->save(); });
-    edit(world.ana, "b");
-    const int byNtsSave = fileLocksIn([&] { ntsSave(world.roster); });
-    edit(world.ana, "c");
-    const int without = fileLocksIn([&] {
-        locked(*world.roster, ZRAccess::write,
-            [&]() ZR_NTS { return world.roster->nts_SaveWithFileLock(false); });
-    });
-    return std::to_string(bySave) + std::to_string(byNtsSave) + std::to_string(without)
-        + (world.roster->hasUnsavedChanges() ? " unsaved" : "");
-}
-
-std::string savesInfoOnly(NoticeWorld& world)
-{
-    world.roster->setSyncAnchorsFromString(Value("a-7"));
-    const std::string outcome = world.outcomeOf(world.roster->save());
-    return outcome + " | " + world.heard();
-}
-
-std::string savesAllKinds(NoticeWorld& world)
-{
-    const auto bo = world.add("Bo"), cy = world.add("Cy");
-    world.roster->save();
-    static_cast<void>(world.told());
-    edit(world.ana, "a");
-    edit(world.add("Di"), "an edit of what is new");
-    world.roster->removeRecord(bo);
-    const std::string outcome = world.outcomeOf(world.roster->save());
-    static_cast<void>(world.heard());
-    edit(cy, "c");
-    world.roster->save();
-    return outcome + " | " + world.heard();
-}
-
-// Another context may have made the object that this one changed: one save can find it on both lists.
-std::string listsNoIdTwice(NoticeWorld& world)
-{
-    const auto bo = world.add("Bo");
-    const objectstore::ObjectList both{Ref<objectstore::StoreObject>(bo->zrDatabaseImpl())};
-    ZRRoster::UserInfo open, closed;
-    ZRRoster::SaveEffects effects;
-    locked(*world.roster, ZRAccess::write, [&]() ZR_NTS {
-        world.roster->updatePublicUserInfo(open, closed, both, zr::kZRInsertedRecords, effects, Value(), {});
-        world.roster->updatePublicUserInfo(
-            open, closed, both, zr::kZRUpdatedRecords, effects, Value(), zr::kZRInsertedRecords);
-    });
-    std::string keys;
-    for (const auto* info : {&open, &closed})
-        for (const auto& [key, ids] : *info)
-            keys += key + std::to_string(ids.asArray().size()) + " ";
-    return keys + (effects.privateTablesChanged ? "private" : "");
-}
-
-std::string savesIndexOnly(NoticeWorld& world)
-{
-    locked(*world.roster, ZRAccess::write, [&]() ZR_NTS {
-        const auto index = world.ana->zrDatabaseImpl()->related(contactSlots().contactIndex);
-        index->setValueForKey("stringForIndexing", Value("other words"));
-    });
-    const bool saved = world.roster->saveAndTriggerSync(true, Value(Date{777}));
-    return world.outcomeOf(saved) + ", " + dateOf(world.ana);
-}
-
-std::string keepsDates(NoticeWorld& world)
-{
-    platform::UserDefaults::standard().setBool(true, "ZRHindsightDebug");
-    const platform::LogCapture log;
-    const std::string before = dateOf(world.ana);
-    locked(*world.roster, ZRAccess::write,
-        [&]() ZR_NTS { world.ana->nts_setContextInfo(Value(true), kZRPreserveModificationDate); });
-    edit(world.ana, "a");
-    const bool saved = world.roster->saveAndTriggerSync(true, Value(Date{777}));
-    return world.outcomeOf(saved) + (dateOf(world.ana) == before ? ", kept" : ", touched")
-        + (log.contains("Record " + world.ana->uniqueId() + " is untouchable") ? ", told" : "");
-}
-
-std::string datesChanges(NoticeWorld& world)
-{
-    platform::ManualClock clock(5000);
-    const platform::ClockScope scope(clock);
-    std::string dates;
-    const std::function<bool()> saves[] = {
-        [&] { return world.roster->saveAndTriggerSync(true, Value(Date{777})); },
-        [&] { return world.roster->saveAndTriggerSync_udpateModificationDate(false, Value(Date{888})); },
-        [&] { return world.roster->save(); },
-    };
-    for (const auto& save : saves) {
-        edit(world.ana, std::to_string(dates.size()));
-        dates += save() ? "" : "not saved ";
-        dates += dateOf(world.ana) + "; ";
-    }
-    return dates;
-}
-
-std::string keepsLogOfDeletions(NoticeWorld& world)
-{
-    const platform::LogCapture log;
-    const auto cards = {world.add("Bo"), world.add("Cy")};
-    world.roster->save();
-    for (const auto& card : cards)
-        world.roster->removeRecord(card);
-    world.roster->save();
-    world.roster->removeRecord(world.ana);
-    world.roster->save();
-    const auto inMemory = ZRRoster::emptyMemoryBackedRoster();
-    const auto unseen = world.add("Di", inMemory);
-    inMemory->save();
-    inMemory->removeRecord(unseen);
-    inMemory->save();
-    return logged(log, "deleting ") + std::to_string(countOf(world.roster, "deleted records")) + " kept";
-}
-
-std::string savesMany(NoticeWorld& world)
-{
-    std::string text;
-    for (const int count : {1000, 1001}) {
-        for (int i = 0; i < count; ++i)
-            person(world.roster, {{kZRFirstNameProperty, "Many"}});
-        text += world.outcomeOf(world.roster->save()) + " | ";
-        text += world.heard() + "\n";
-    }
-    return text;
-}
-
-// ---- which rosters tell
-
-std::string savesElsewhere(NoticeWorld& world)
-{
-    const std::string own = world.roster->databaseDirectory();
-    const Ref<ZRRoster> rosters[] = {world.roster->parallelUniverseRoster(),
-        ZRRoster::rosterWithDatabaseDirectory(own, false),
-        ZRRoster::rosterWithDatabaseDirectory(own + "/other", false), ZRRoster::emptyMemoryBackedRoster()};
-    static_cast<void>(world.told());
-    std::string text;
-    for (const auto& roster : rosters) {
-        world.add("Bo", roster);
-        const bool saved = roster->save();
-        const bool isItsOwn =
-            world.center->posted.empty() || world.center->posted.front().object == roster->notificationID();
-        text += world.outcomeOf(saved) + (isItsOwn ? "\n" : ", in another's name\n");
-    }
-    return text;
-}
-
-std::string isInert(NoticeWorld& world)
-{
-    const auto parallel = world.roster->parallelUniverseRoster();
-    ZRRoster::setIsInert(true);
-    world.add("Bo", parallel);
-    world.add("Cy");
-    return world.outcomeOf(parallel->save()) + " | " + world.outcomeOf(world.roster->save());
-}
-
-std::string saysWhoSends(NoticeWorld& world)
-{
-    edit(world.ana, "a");
-    world.roster->save();
-    const auto& notice = world.center->posted.at(0);
-    const auto& info = notice.userInfo;
-    const bool isOurs = info[zr::kZRSenderProcessID] == Value(std::int64_t{getpid()})
-        && info[kZRUserUIDKey] == Value(std::int64_t{geteuid()})
-        && info[zr::kZRSenderProcessName] == Value(program_invocation_short_name);
-    return std::string(isOurs ? "ours" : info.description()) + ", " + textOf(info[kZRDatabaseDirectoryKey])
-        + (notice.object == world.roster->notificationID() ? ", named" : "")
-        + (world.center->posted.at(1).object ? "" : ", private unnamed");
-}
-
-std::string logsPosts(NoticeWorld& world)
-{
-    const platform::LogCapture log;
-    edit(world.ana, "a");
-    world.roster->save();
-    __ZRLogNotifications = true;
-    edit(world.ana, "b");
-    world.roster->save();
-    const std::string about = " for '" + world.roster->notificationID() + "'; ";
-    std::string text = logged(log, "posting ");
-    for (std::size_t at = 0; (at = text.find(about)) != std::string::npos;)
-        text.replace(at, about.size(), "; ");
-    return text;
-}
-
-// ---- what a save may concern beside
-
-std::string savesSubscribed(NoticeWorld& world)
-{
-    int launched = 0;
-    std::vector<std::string> forMetadata;
-    ZRServices::registered().launchOrWaitForDaemon = [&] { ++launched; };
-    ZRServices::registered().processRecords = [&](ZRRoster&, const std::vector<Ref<ZROSRecord>>& records) {
-        for (const auto& record : records)
-            forMetadata.emplace_back(record->entity().name());
-    };
-    edit(world.ana, "a");
-    std::string text = world.outcomeOf(world.roster->save());
-    text += ", launched " + std::to_string(launched);
-    const std::string id = "00000000-0000-4000-8000-000000000000:ZRSubscribedPerson";
-    world.name(id, "Sub");
-    locked(*world.roster, ZRAccess::write, [&]() ZR_NTS {
-        const auto made = world.roster->managedObjectContext()->insertObjectOfEntity("ZROSSubscribedContact");
-        made->setValueForKey("uniqueId", Value(id));
-    });
-    text += " | " + world.outcomeOf(world.roster->save());
-    text += ", launched " + std::to_string(launched);
-    ZRServices::registered() = {};
-    return text + " | " + testing::PrintToString(forMetadata);
-}
-
-std::string savesPublished(NoticeWorld& world)
-{
-    int launched = 0;
-    ZRServices::registered().launchOrWaitForDaemon = [&] { ++launched; };
-    world.roster->nts_Info()->setValue(
-        multiValue({{Value("https://example.org/a"), kZRPublishLabel}}), kZRRemoteLocationProperty);
-    world.roster->save();
-    const std::string text = "launched " + std::to_string(launched);
-    ZRServices::registered() = {};
-    return text;
-}
-
-std::string clearsCaches(NoticeWorld& world)
-{
-    const auto parallel = world.roster->parallelUniverseRoster();
-    const std::string id = world.ana->uniqueId();
-    const auto isCached = [&] {
-        return locked(*world.roster, ZRAccess::read,
-            [&]() ZR_NTS { return bool(world.roster->nts_CachedRecordForUniqueId(id)); });
-    };
-    const auto typeHere = [&] { return world.roster->typeOfProperty("Colour", kZRPersonRecordType); };
-    static_cast<void>(world.roster->recordForUniqueId(id));
-    std::string text = std::string(isCached() ? "cached" : "no") + ", " + std::to_string(typeHere());
-    ZRPerson::addPropertiesAndTypes(Value::dictionary({{"Colour", 1}}), parallel.get());
-    parallel->removeRecord(parallel->recordForUniqueId(id));
-    parallel->save();
-    return text + " | " + (isCached() ? "cached" : "no") + ", " + std::to_string(typeHere());
-}
+TEST(Saving, DoesAndTellsWhatIsPrescribed) { saving.play(); }
 
 // ---- what fails
 
-/// The first write that a save makes goes wrong, the next save is as if it had never been tried.
-std::string failsToWrite(FaultyVfs& disk, NoticeWorld& world)
-{
+// The first write that a save makes goes wrong, the next save is as if it had never been tried.
+const Role fails("fail to save", [](const Words&) {
+    FaultyVfs disk;
+    NoticeWorld world;
     const platform::LogCapture log;
     world.add("Bo");
     world.roster->removeRecord(world.ana);
@@ -353,63 +325,6 @@ std::string failsToWrite(FaultyVfs& disk, NoticeWorld& world)
     disk.letPass();
     text += world.outcomeOf(world.roster->save());
     return text + ", " + std::to_string(countOf(world.roster, "deleted records")) + " kept";
-}
-
-std::string failsInRecents(NoticeWorld& world)
-{
-    ZRServices::registered().saveMailRecents = [] { return false; };
-    world.add("Bo");
-    const std::string text = world.outcomeOf(world.roster->save());
-    ZRServices::registered() = {};
-    return text + ", " + std::to_string(countOf(world.roster, "people")) + " people"
-        + (world.roster->hasUnsavedChanges() ? ", unsaved" : "");
-}
-
-const std::vector<Act>& acts()
-{
-    static const std::vector<Act> all = {
-        {"nothing to do", savesNothing, "saved: nothing, 0 locks"},
-        {"the file lock", locksOfSaves, "010"},
-        {"the info record only", savesInfoOnly, "saved: public; private ~info | public; private ~info"},
-        {"all kinds of change", savesAllKinds,
-            "saved: public +Di ~Ana -Bo; private +Di +log ~Ana -Bo | public ~Cy; private ~Cy"},
-        {"inserted and updated", listsNoIdTwice, "ZRInsertedRecords1 ZRInsertedRecords1 "},
-        {"an index string alone", savesIndexOnly, "saved: public ~Ana; private ~Ana, date 777.000000"},
-        {"a date to keep", keepsDates, "saved: public ~Ana; private ~Ana, kept, told"},
-        {"dates", datesChanges, "date 777.000000; date 888.000000; date 5000.000000; "},
-        {"deletions", keepsLogOfDeletions, "deleting 2 contacts; deleting 1 contact; 3 kept"},
-        {"many records", savesMany,
-            "saved: public +1000 records; private +1000 records | public +1000 records; private +1000 "
-            "records\n"
-            "saved: public reload; private reload | public +1001 records; private +1001 records\n"},
-        {"other rosters", savesElsewhere,
-            "saved: public +Bo; private +Bo\nsaved: public +Bo; private +Bo\nsaved: nothing\nsaved: "
-            "nothing\n"},
-        {"an inert process", isInert, "not saved: nothing | saved: public +Cy; private +Cy"},
-        {"the sender", saysWhoSends, "ours, absent, named, private unnamed"},
-        {"the log of posts", logsPosts,
-            "posting kZRDatabaseChangedNotification; posting kZRDatabaseChangedNotificationPriv; "},
-        {"subscribed records", savesSubscribed,
-            "saved: public ~Ana; private ~Ana, launched 0 | saved: public; private +Sub, launched 1 | "
-            "{ \"ZROSContact\", \"ZROSSubscribedContact\" }"},
-        {"a published roster", savesPublished, "launched 1"},
-        {"caches of others", clearsCaches, "cached, 0 | no, 1"},
-        {"recents that fail", failsInRecents, "not saved: nothing, 2 people"},
-    };
-    return all;
-}
-
-const Role actsOut("act out a save", [](const Words& words) {
-    const auto act =
-        std::ranges::find(acts(), words.at(0), [](const Act& one) { return std::string(one.name); });
-    NoticeWorld world;
-    return act->play(world);
-});
-
-const Role fails("fail to save", [](const Words&) {
-    FaultyVfs disk;
-    NoticeWorld world;
-    return failsToWrite(disk, world);
 });
 
 const Role saves("save a card", [](const Words& words) {
@@ -433,15 +348,6 @@ const Role cannotSave("save what may only be read", [](const Words&) {
     const std::string saved = roster->save() ? "saved" : "not saved";
     return saved + (roster->hasUnsavedChanges() ? ", unsaved: " : ": ") + roster->lastSaveError().text;
 });
-
-TEST(Saving, DoesAndTellsWhatIsPrescribed)
-{
-    for (const auto& act : acts()) {
-        const Home home;
-        const auto outcome = home.play("act out a save", {act.name});
-        EXPECT_EQ(outcome.answer, act.expected) << act.name << "\n" << outcome.log;
-    }
-}
 
 TEST(Saving, LeavesNothingOfASaveThatFailed)
 {

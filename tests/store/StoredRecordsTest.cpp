@@ -4,7 +4,6 @@
 #include "core/ZRGroup.h"
 #include "core/ZRInfo.h"
 #include "objectstore/StoreContext.h"
-#include "objectstore/StoreCoordinator.h"
 #include "objectstore/StoreErrors.h"
 #include "search/ZRSmartGroup.h"
 #include "store/ZRManagedObjectContext.h"

@@ -7,7 +7,6 @@
 #include "platform/files/Files.h"
 #include "platform/files/Preferences.h"
 #include "platform/files/UserDefaults.h"
-#include "platform/files/ZRUserDefaults.h"
 #include "platform/processes/Scheduler.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
@@ -81,14 +80,19 @@ protected:
     ~SyncManager() override
     {
         platform::Scheduler::install(_before);
-        ZRRoster::setIsInert(false);
-        ZRSyncManager::setSandboxCheck({});
-        __shouldDisableSync = -1;
-        platform::UserDefaults::standard().removeObjectForKey("ZRDisableSync");
+        allow();
         unsetenv("ROSTER_FRAMEWORKS_DIR");
         fs::remove_all(folder);
     }
 
+    /// Takes back whatever forbids a sync.
+    static void allow()
+    {
+        ZRRoster::setIsInert(false);
+        ZRSyncManager::setSandboxCheck({});
+        __shouldDisableSync = -1;
+        platform::UserDefaults::standard().removeObjectForKey("ZRDisableSync");
+    }
     bool wasAttempted() const { return log.contains(attempt); }
 
     ZRSyncManager& manager = ZRSyncManager::sharedSyncManager();
@@ -171,10 +175,7 @@ TEST_F(SyncManager, StartsNothingAndRemovesTheScheduleWhereItMayNot)
             EXPECT_FALSE(scheduler->pending) << name;
             EXPECT_THAT(log.lines(), IsEmpty()) << name;
         }
-        __shouldDisableSync = -1;
-        platform::UserDefaults::standard().removeObjectForKey("ZRDisableSync");
-        ZRRoster::setIsInert(false);
-        ZRSyncManager::setSandboxCheck({});
+        allow();
     }
     manager.scheduleTrickleSync();
     EXPECT_TRUE(wasAttempted());
@@ -214,13 +215,6 @@ TEST_F(SyncManager, FindsTheToolAmongOurProgramsOrTheFrameworks)
     EXPECT_EQ(ZRSyncManager::toolPath(), inBundle);
     putBrokenTool(folder);
     EXPECT_EQ(ZRSyncManager::toolPath(), folder / "RosterSync");
-}
-
-TEST_F(SyncManager, KnowsTheDateThatTheToolLeft)
-{
-    EXPECT_TRUE(ZRSyncManager::lastSyncDate().isAbsent());
-    ZRUserDefaults::rosterPreferences()->setObject(Value(Date{7}), "ZRSLastSyncDate");
-    EXPECT_EQ(ZRSyncManager::lastSyncDate(), Value(Date{7}));
 }
 
 const Role tellsClient("tell the sync client", [](const Words& words) {
@@ -294,29 +288,18 @@ TEST(SyncAfterASave, IsOneForManySavesInARow)
     EXPECT_LT(attempts, manySaves / 2);
 }
 
-const Role keepsAnchor("keep a sync anchor", [](const Words& words) {
-    const auto roster = openShared();
-    std::string answer;
-    for (const auto& word : words) {
-        roster->setSyncAnchorsFromString(word == "absent" ? Value() : Value(word));
-        answer += textOf(roster->syncAnchors()) + "; ";
-    }
-    return answer + (roster->save() ? "saved" : "not saved");
-});
-
-const Role tellsAnchor("tell the sync anchor", [](const Words&) {
-    const auto roster = openShared();
-    return textOf(roster->syncAnchors()) + "; " + textOf(ZRInfo::info()->valueForProperty("SyncAnchor"));
-});
-
 TEST(SyncAnchors, AreTheTextThatTheInfoRecordKeeps)
 {
-    const Home home;
-    EXPECT_EQ(home.play("tell the sync anchor").answer, "absent; absent");
-    EXPECT_EQ(home.play("keep a sync anchor", {"unsynched", "absent", "a-7"}).answer,
-        "absent; {org.quillon.contacts.Contact = \"\"; }; {org.quillon.contacts.Contact = \"a-7\"; }; saved");
-    EXPECT_EQ(
-        home.play("tell the sync anchor").answer, "{org.quillon.contacts.Contact = \"a-7\"; }; \"a-7\"");
+    const auto roster = ZRRoster::emptyMemoryBackedRoster();
+    EXPECT_EQ(textOf(roster->syncAnchors()), "absent");
+    for (const auto& [anchor, expected] : {std::pair<Value, const char*>{"unsynched", "absent"},
+             {{}, "{org.quillon.contacts.Contact = \"\"; }"},
+             {"a-7", "{org.quillon.contacts.Contact = \"a-7\"; }"}}) {
+        roster->setSyncAnchorsFromString(anchor);
+        EXPECT_EQ(textOf(roster->syncAnchors()), expected);
+    }
+    const auto info = locked(*roster, ZRAccess::read, [&]() ZR_NTS { return roster->nts_Info(); });
+    EXPECT_EQ(info->valueForProperty("SyncAnchor"), Value("a-7"));
 }
 
 } // namespace
