@@ -9,6 +9,7 @@
 #include "objectstore/PredicateText.h"
 #include "objectstore/Prefetch.h"
 #include "objectstore/RowReader.h"
+#include "objectstore/SchemaSQL.h"
 #include "objectstore/TextIndex.h"
 
 #include <fmt/format.h>
@@ -22,6 +23,8 @@ namespace objectstore {
 namespace {
 
 constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+/// Keys with as many others between them belong to few of the rows: an object and its parts have about nine.
+constexpr std::int64_t kSparseKeys = 64;
 
 void bindValue(sqlite::Statement& statement, int parameter, const platform::Value& value)
 {
@@ -81,18 +84,10 @@ public:
         if (isByMemory() || !_pending.isEmpty() || families.size() != 1)
             return false;
         const Family& family = *families.front();
-        std::string columns = "\"_key\"";
-        for (const Slot* slot : slots)
-            columns += ", " + slot->column;
-        sqlite::Use query(_reading->connection->prepared(fmt::format(
-            "SELECT {} FROM {}{}{}", columns, source(family), conditions(family), orderAndLimit())));
-        bind(*query);
-        std::vector<FieldValue> fields(slots.size());
-        while (query->step()) {
-            for (std::size_t i = 0; i < slots.size(); ++i)
-                fields[i] = readField(*query, static_cast<int>(i) + 1);
-            visitor(query->integer(0), fields);
-        }
+        if (const auto driver = soleTest())
+            visitHits(hitsOf(*driver), family, slots, visitor);
+        else
+            visitAll(family, slots, visitor);
         return true;
     }
 
@@ -120,6 +115,90 @@ public:
     }
 
 private:
+    void visitAll(const Family& family, const std::vector<const Slot*>& slots, const ColumnVisitor& visitor)
+    {
+        const auto limits =
+            _fetch.predicate ? conditions(family) : where({fromIdentities(slots), ofEntities(family)});
+        sqlite::Use query(_reading->connection->prepared(
+            fmt::format("SELECT {} FROM {}{}{}", columnsOf(slots), source(family), limits, orderAndLimit())));
+        bind(*query);
+        std::vector<FieldValue> fields(slots.size());
+        while (query->step())
+            visitRow(*query, fields, visitor);
+    }
+
+    static std::string columnsOf(const std::vector<const Slot*>& slots)
+    {
+        std::string columns = "\"_key\"";
+        for (const Slot* slot : slots)
+            columns += ", " + slot->column;
+        return columns;
+    }
+
+    /// The condition for the index of ids, where nothing else is asked of the rows.
+    std::string_view fromIdentities(const std::vector<const Slot*>& slots) const
+    {
+        const bool areIds =
+            std::ranges::all_of(slots, [](const Slot* slot) { return (slot->flags & kUnique) != 0; });
+        return areIds && _fetch.entity->textEntry() ? kHasIdentity : "";
+    }
+
+    static void visitRow(
+        const sqlite::Statement& query, std::vector<FieldValue>& fields, const ColumnVisitor& visitor)
+    {
+        for (std::size_t i = 0; i < fields.size(); ++i)
+            fields[i] = readField(query, static_cast<int>(i) + 1);
+        visitor(query.integer(0), fields);
+    }
+
+    /// The driver whose one test is all that is asked, of all objects: those that pass it are found without
+    /// looking at a row of theirs.
+    std::optional<TextDriver> soleTest() const
+    {
+        const auto* test =
+            _fetch.predicate ? std::get_if<StorePredicate::Comparison>(&_fetch.predicate->form()) : nullptr;
+        if (!test || isStreamed() || !_order.keys().empty())
+            return std::nullopt;
+        auto driver = textDriver(*_fetch.predicate, *_fetch.entity, [] { return false; });
+        return driver && driver->walked == test ? std::move(driver) : std::nullopt;
+    }
+
+    std::vector<std::int64_t> hitsOf(const TextDriver& driver)
+    {
+        const auto asked = walkQuery(driver);
+        sqlite::Use query(_reading->connection->prepared(asked.sql));
+        for (int parameter = 0; const auto& argument : asked.arguments)
+            bindValue(*query, ++parameter, argument);
+        std::vector<std::int64_t> hits;
+        while (query->step())
+            if (const auto key = query->integer(0); key > 0)
+                hits.push_back(key);
+        if (!std::ranges::is_sorted(hits))
+            std::ranges::sort(hits);
+        return hits;
+    }
+
+    /// Rows of many keys are read faster by a walk past all rows than by a search for each.
+    void visitHits(const std::vector<std::int64_t>& hits, const Family& family,
+        const std::vector<const Slot*>& slots, const ColumnVisitor& visitor)
+    {
+        if (hits.empty())
+            return;
+        const bool isWalk = (hits.back() - hits.front()) / std::ssize(hits) < kSparseKeys;
+        const std::string_view rows =
+            isWalk ? fromIdentities(slots) : "\"_key\" IN (SELECT value FROM json_each(?))";
+        sqlite::Use query(_reading->connection->prepared(fmt::format("SELECT {} FROM {}{} ORDER BY \"_key\"",
+            columnsOf(slots), family.table, where({rows, ofEntities(family)}))));
+        if (!isWalk)
+            query->bindText(1, fmt::format("[{}]", fmt::join(hits, ",")));
+        std::vector<FieldValue> fields(slots.size());
+        for (auto hit = hits.begin(); hit != hits.end() && query->step();) {
+            hit = std::find_if(hit, hits.end(), [&](std::int64_t key) { return key >= query->integer(0); });
+            if (hit != hits.end() && *hit == query->integer(0))
+                visitRow(*query, fields, visitor);
+        }
+    }
+
     /// No SQL form, or unsaved changes elsewhere decide: then each row is asked.
     bool isByMemory() const { return _fetch.predicate && !_condition; }
     bool isDriven() const { return _driver && _condition; }
@@ -200,27 +279,32 @@ private:
 
     std::string conditions(const Family& family) const
     {
+        return where({ofEntities(family), _condition ? fmt::format("({})", _condition->sql) : "",
+            _pending.hasKeys() ? "\"_key\" NOT IN (SELECT value FROM json_each(?))" : "",
+            _pending.hasDeletedOwners()
+                ? fmt::format("ifnull({}, 0) NOT IN (SELECT value FROM json_each(?))", family.owner->column)
+                : ""});
+    }
+
+    static std::string where(std::initializer_list<std::string_view> conditions)
+    {
         std::string sql;
-        const auto add = [&](std::string_view condition) {
-            sql += sql.empty() ? " WHERE " : " AND ";
-            sql += condition;
-        };
-        std::string numbers;
-        std::size_t wanted = 0;
-        for (const Entity* entity : family.entities)
-            if (_fetch.includesSubentities ? entity->isKindOf(*_fetch.entity) : entity == _fetch.entity) {
-                numbers += fmt::format("{}{}", numbers.empty() ? "" : ",", _reading->numberOf(*entity));
-                ++wanted;
-            }
-        if (wanted < family.entities.size())
-            add(fmt::format("\"_entity\" IN ({})", numbers));
-        if (_condition)
-            add(fmt::format("({})", _condition->sql));
-        if (_pending.hasKeys())
-            add("\"_key\" NOT IN (SELECT value FROM json_each(?))");
-        if (_pending.hasDeletedOwners())
-            add(fmt::format("ifnull({}, 0) NOT IN (SELECT value FROM json_each(?))", family.owner->column));
+        for (const auto condition : conditions)
+            if (!condition.empty())
+                sql.append(sql.empty() ? " WHERE " : " AND ").append(condition);
         return sql;
+    }
+
+    /// Empty where all rows of the table are of entities that are wanted.
+    std::string ofEntities(const Family& family) const
+    {
+        std::vector<std::int64_t> numbers;
+        for (const Entity* entity : family.entities)
+            if (_fetch.includesSubentities ? entity->isKindOf(*_fetch.entity) : entity == _fetch.entity)
+                numbers.push_back(_reading->numberOf(*entity));
+        return numbers.size() < family.entities.size()
+            ? fmt::format("\"_entity\" IN ({})", fmt::join(numbers, ","))
+            : "";
     }
 
     void bind(sqlite::Statement& query)

@@ -760,6 +760,14 @@ SQLCondition driverQuery(const TextDriver& driver)
         {driver.walked->operand.value}};
 }
 
+SQLCondition walkQuery(const TextDriver& driver)
+{
+    const Entity& entry = *driver.entry;
+    return {fmt::format("SELECT {} FROM {} WHERE store_holds({}, ?)", entry.owner()->column,
+                entry.family()->table, entry.textIndex()->column),
+        {driver.walked->operand.value}};
+}
+
 std::optional<SQLCondition> translate(
     const StorePredicate& predicate, const Entity& entity, const SQLScope& scope)
 {

@@ -51,6 +51,10 @@ std::optional<SQLCondition> translate(
 /// The driver as a query that answers keys as "_hit", ascending.
 SQLCondition driverQuery(const TextDriver& driver);
 
+/// The same for one that asks each entry: keys in the order in which the entries lie, absent or 0 for an
+/// entry without owner. Twice as fast for who wants all of them.
+SQLCondition walkQuery(const TextDriver& driver);
+
 /// Makes the functions that translated conditions call known to a connection. Answers SQLite's result code.
 int registerPredicateFunctions(sqlite3* connection);
 

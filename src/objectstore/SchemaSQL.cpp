@@ -126,6 +126,7 @@ private:
                     unit.identifier->column));
         if (const Slot* text = entity.textIndex()) {
             addMissing(entity, *text);
+            addIdentities(*entity.owner()->destination->families().front());
             addOnce({fmt::format("text {} of {}", entity.textTable(), text->column),
                 fmt::format(
                     "CREATE VIRTUAL TABLE {} USING fts5({}, content={}, content_rowid={}, tokenize='trigram"
@@ -146,6 +147,19 @@ private:
         const std::string sql = fmt::format("CREATE INDEX {} ON {}({}) WHERE {} IS NULL",
             quoted(family.name + "_missing"), family.table, entity.owner()->column, text.column);
         addOnce({sql, sql, "", ""});
+    }
+
+    /// The ids of all rows in the order of their keys, for who looks at nothing else. The condition, true for
+    /// every row, keeps the planner from walking it in place of the table: only who states it gets it.
+    void addIdentities(const Family& family)
+    {
+        for (const auto& column : family.columns) {
+            if ((column.flags & kUnique) == 0)
+                continue;
+            const std::string sql = fmt::format("CREATE INDEX {} ON {}(\"_key\", \"_entity\", {}) WHERE {}",
+                quoted(family.name + "_identities"), family.table, quoted(column.name), kHasIdentity);
+            addOnce({sql, sql, "", ""});
+        }
     }
 
     void addOnce(SchemaPart part)

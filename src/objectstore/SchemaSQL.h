@@ -21,6 +21,10 @@ struct SchemaPart {
     std::string fill;
 };
 
+/// True for every row; makes the index of ids usable, where a table of roots that a text index follows has
+/// one.
+inline constexpr std::string_view kHasIdentity = "\"_key\" > 0";
+
 /// Every part, in an order in which they can be made.
 std::vector<SchemaPart> schemaParts(const Model& model);
 
