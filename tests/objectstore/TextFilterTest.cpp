@@ -1,4 +1,5 @@
 // Whether the trigram index, as a filter of text tests, ever loses an object or changes an answer.
+#include "objectstore/ColumnFetch.h"
 #include "objectstore/PredicateMatch.h"
 #include "objectstore/PredicatePrinter.h"
 #include "objectstore/PredicateSQL.h"
@@ -183,6 +184,27 @@ protected:
         return found;
     }
 
+    using Columns = std::vector<std::pair<std::int64_t, std::string>>;
+
+    /// Keys and texts as they are read without making objects.
+    Columns columns(const os::StoreFetch& fetch, std::string_view key)
+    {
+        Columns read;
+        must(os::fetchColumns(
+            *context, fetch, {&key, 1}, [&](std::int64_t object, std::span<const os::FieldValue> fields) {
+                read.emplace_back(object, fields[0].bytes);
+            }));
+        return read;
+    }
+
+    static Columns columns(const ObjectList& objects, std::string_view key)
+    {
+        Columns read;
+        for (const auto& object : objects)
+            read.emplace_back(object->key(), textOf(*object, key));
+        return read;
+    }
+
     void check(const PredicateRef& predicate)
     {
         SCOPED_TRACE(os::printed(*predicate));
@@ -190,6 +212,8 @@ protected:
         const auto all = must(context->runFetch(fetch));
         EXPECT_THAT(all, testing::UnorderedElementsAreArray(plainAnswer(predicate)));
         EXPECT_EQ(must(context->countFetch(fetch)), all.size());
+        EXPECT_EQ(columns(fetch, "uniqueId"), columns(all, "uniqueId"));
+        EXPECT_EQ(columns(fetch, "city"), columns(all, "city"));
         fetch.offset = dice.below(3);
         fetch.limit = 1 + dice.below(5);
         const auto from = std::min(fetch.offset, all.size()), to = std::min(from + fetch.limit, all.size());
