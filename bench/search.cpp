@@ -1,7 +1,10 @@
 // What a search costs, kind by kind, beside plain SQLite that finds the same in the same store.
 #include "core/ZRPerson.h"
+#include "core/ZRVocabulary.h"
 #include "floor/Database.h"
 #include "objectstore/StorePredicate.h"
+#include "search/ZRPeopleMatching.h"
+#include "search/ZRSearchElement.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRModelSlots.h"
 #include "store/ZROSRecord.h"
@@ -15,6 +18,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +46,8 @@ struct Kind {
     /// ?1 is the term, ?2 its trigrams as a full-text query, ?3 the smallest text behind all that begin with
     /// it.
     std::string floor;
+    /// The same as programs ask it; then all ids are wanted.
+    std::function<platform::Ref<ZRSearchElement>(const std::string&)> element = {};
 };
 
 constexpr std::size_t kFirst = 20;
@@ -107,6 +113,12 @@ PredicateRef contains(const char* path, const std::string& term)
 }
 
 PredicateRef wholeCard(const std::string& term) { return contains("contactIndex.stringForIndexing", term); }
+
+platform::Ref<ZRSearchElement> elementOf(
+    std::optional<std::string_view> property, const std::string& term, ZRSearchComparison comparison)
+{
+    return ZRPerson::searchElementForProperty(property, std::nullopt, std::nullopt, Value(term), comparison);
+}
 
 PredicateRef inAddress(const std::string& term)
 {
@@ -192,11 +204,25 @@ std::vector<Kind> kinds(Database& store)
                     "lastName", Comparator::beginsWith, Value(term), TextOption::ignoringCase)});
         },
         "SELECT * FROM contact WHERE firstName LIKE ?1||'%' OR lastName LIKE ?1||'%' LIMIT 20"});
+    const auto asElement = [&](std::string_view name, std::string_view of, auto element) {
+        kinds.push_back(*std::ranges::find(kinds, of, &Kind::name));
+        kinds.back().name = name;
+        kinds.back().element = element;
+    };
+    const auto anywhere = [](const std::string& term) {
+        return elementOf(std::nullopt, term, kZRContainsSubStringCaseInsensitive);
+    };
+    asElement("3 to 6 letters, by an element", "3 to 6 letters, ids", anywhere);
+    asElement("1 or 2 letters, by an element", "1 or 2 letters, ids", anywhere);
+    asElement("phone contains, by an element", "phone contains, ids",
+        [](const std::string& term) { return elementOf(kZRPhoneProperty, term, kZRContainsSubString); });
     return kinds;
 }
 
 std::size_t askRoster(ZRRoster& roster, const Kind& kind, const std::string& term)
 {
+    if (kind.element)
+        return ZRIdsOfPeopleMatching(roster, kind.element(term)).size();
     StoreFetch fetch(contactSlots().entity, kind.predicate(term));
     fetch.includesSubentities = false;
     const auto context = roster.managedObjectContext();
