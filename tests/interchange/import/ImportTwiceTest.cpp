@@ -144,6 +144,11 @@ TEST_F(PlanTest, RandomCardsLoseWhatThePlanNames)
 {
     RandomCards random(20261122);
     std::size_t lost = 0;
+    const auto mergerInto = [](const Ref<ZRRoster>& target) {
+        auto made = ZRNewMerger::initWithGroup(nullptr);
+        made->setTargetRoster(target);
+        return made;
+    };
     for (int round = 0; round < 120; ++round) {
         SCOPED_TRACE(round);
         PlainCard there = random.next(), newcomer = random.next();
@@ -156,13 +161,7 @@ TEST_F(PlanTest, RandomCardsLoseWhatThePlanNames)
         const auto existing = there.addTo(roster);
         ASSERT_TRUE(roster->save());
         const auto before = PlainCard::of(*reread(*existing));
-        interchange::ImportPlan plan(
-            [&] {
-                auto merger = ZRNewMerger::initWithGroup(nullptr);
-                merger->setTargetRoster(roster->parallelUniverseRoster());
-                return merger;
-            }(),
-            DuplicateHandling::update);
+        interchange::ImportPlan plan(mergerInto(roster->parallelUniverseRoster()), DuplicateHandling::update);
         const auto card = newcomer.addTo(incoming);
         const auto incomingCard = PlainCard::of(*card);
         const std::string data = vCard(*card);
@@ -170,10 +169,8 @@ TEST_F(PlanTest, RandomCardsLoseWhatThePlanNames)
         const auto planned = plan.decide({card});
 
         const auto target = roster->parallelUniverseRoster();
-        const auto merger = ZRNewMerger::initWithGroup(nullptr);
-        merger->setTargetRoster(target);
         const auto again = newcomer.addTo(incoming);
-        merger->updateCard(
+        mergerInto(target)->updateCard(
             platform::refCast<ZRPerson>(target->recordForUniqueId(existing->uniqueId())), again);
         ASSERT_TRUE(target->save());
         const auto losses = lossesBetween(before, incomingCard, PlainCard::of(*reread(*existing)));

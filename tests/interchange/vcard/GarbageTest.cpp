@@ -16,7 +16,8 @@ std::string fullCard()
     return card("N:Lima;Ana;Rosa;Dr.;\nFN:Ana Lima\nORG:Acme;Sales\nitem1.TEL;TYPE=HOME,FAX:+1 555\n"
                 "item1.X-ZRLabel:Boat\\, house\nADR;WORK;QUOTED-PRINTABLE:;;2 Elm=0D=0ASt;T=\n=C3=BC;;;\n"
                 "URL:http://example.com/a b\nBDAY:1970-05-01\nX-AIM:a;b\nNOTE;CHARSET=UTF-8:one\n  two\n"
-                "PHOTO;ENCODING=b:QUJD\n REVG=\nX-UNKNOWN:x\n");
+                "PHOTO;ENCODING=b:QUJD\n REVG=\nX-UNKNOWN:x\nTEL;A\\:B\nTEL;TYPE=HOME,:2\nTITLE:\\:\n"
+                "NICKNAME;QUOTED-PRINTABLE:=4\n1\nPHOTO;BASE64:QUJD\n");
 }
 
 /// Reads all cards of the data; each attempt must move on.

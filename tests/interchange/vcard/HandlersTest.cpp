@@ -67,11 +67,13 @@ TEST(Handlers, OfAnOrganizationMakeACompanyOfANamelessCard)
 TEST(Handlers, ThatFailLogAndLoseTheirLine)
 {
     platform::LogCapture log;
-    EXPECT_EQ(read(card("NICKNAME:\nTITLE:x\n")), "JobTitle=x");
+    EXPECT_EQ(
+        read(card("NICKNAME:\nNOTE;CHARSET=X-NONE:abc\nN;CHARSET=X-NONE:a;b\nTITLE:x\n")), "JobTitle=x");
     EXPECT_EQ(read("BEGIN:VCARD\nVERSION;CHARSET=x:\xE9\nVERSION:\xE9\nTITLE:x\nEND:VCARD\n"), "JobTitle=x");
     EXPECT_EQ(log.lines(),
-        (std::vector<std::string>{
-            "Malformed NICKNAME", "x is an invalid encoding", "Malformed VERSION", "Malformed VERSION"}));
+        (std::vector<std::string>{"Malformed NICKNAME", "X-NONE is an invalid encoding",
+            "X-NONE is an invalid encoding", "x is an invalid encoding", "Malformed VERSION",
+            "Malformed VERSION"}));
 }
 
 TEST(Handlers, GiveEachEntryAnIdentifierAndTheFirstThePrimaryPlace)

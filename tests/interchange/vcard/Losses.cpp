@@ -48,6 +48,13 @@ std::string canonical(std::string_view text)
     return escaped;
 }
 
+/// Empty where there is none.
+std::string textOf(const PlainCard& card, std::string_view property)
+{
+    const auto text = card.texts.find(std::string(property));
+    return text == card.texts.end() ? std::string() : text->second;
+}
+
 template <class Change>
 void forEachText(PlainCard& card, Change&& change)
 {
@@ -157,13 +164,12 @@ void withoutEmptyTexts(PlainCard& card, const Road&)
 template <class List>
 void withoutBlankLine(PlainCard& card, const List& parts)
 {
-    const auto isBlank = [&](std::string_view part) {
-        const auto text = card.texts.find(std::string(part));
-        return text == card.texts.end() || text->second.find_first_not_of(" \t") == std::string::npos;
+    const auto isBlank = [&](const char* part) {
+        return textOf(card, part).find_first_not_of(" \t") == std::string::npos;
     };
     if (std::ranges::all_of(parts, isBlank))
-        for (const auto part : parts)
-            card.texts.erase(std::string(part));
+        for (const auto* part : parts)
+            card.texts.erase(part);
 }
 
 /// It takes tabs too, at the ends of whole lines.
@@ -397,10 +403,8 @@ void asCompany(PlainCard& card, const Road&)
 void addShownName(PlainCard& card)
 {
     // A name of blanks is one: it is shown, and goes with them.
-    for (const auto property : {kZRFirstNameProperty, kZRLastNameProperty})
-        if (const auto text = card.texts.find(std::string(property));
-            text != card.texts.end() && !text->second.empty())
-            return;
+    if (!textOf(card, kZRFirstNameProperty).empty() || !textOf(card, kZRLastNameProperty).empty())
+        return;
     const bool isCompany = (card.flags & 7) == 1;
     for (const auto property : {isCompany ? kZROrganizationProperty : kZRNicknameProperty,
              isCompany ? kZRNicknameProperty : kZROrganizationProperty})
@@ -433,19 +437,15 @@ void withShownName(PlainCard& card, const Road& road)
 {
     constexpr std::array ofName = {kZRLastNameProperty, kZRFirstNameProperty, kZRMiddleNameProperty,
         kZRTitleProperty, kZRSuffixProperty};
-    const auto text = [&](std::string_view property) {
-        const auto at = card.texts.find(std::string(property));
-        return at == card.texts.end() ? std::string() : at->second;
-    };
     const auto name = card.texts.extract(std::string(kShownName));
     const bool isCompany = !card.texts.extract(std::string(kShownAsCompany)).empty();
-    const auto hasText = [&](std::string_view property) { return !text(property).empty(); };
+    const auto hasText = [&](std::string_view property) { return !textOf(card, property).empty(); };
     if (!road.isPrepared || !name || std::ranges::any_of(ofName, hasText))
         return;
     const std::string shown = canonical(name.mapped());
     const bool hasOrganization = hasText(kZROrganizationProperty) || hasText(kZRDepartmentProperty);
-    const auto organization =
-        canonical(text(kZROrganizationProperty)) + ";" + canonical(text(kZRDepartmentProperty));
+    const auto organization = canonical(textOf(card, kZROrganizationProperty)) + ";"
+        + canonical(textOf(card, kZRDepartmentProperty));
     const auto fields = vcard::prepare::nameFromText(shown);
     const bool isOneWord = shown.find_first_of(" ,\t\\") == shown.npos
         || vcard::prepare::isEmptyValue(fields, vcard::prepare::Shape::fields);

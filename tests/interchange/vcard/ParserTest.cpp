@@ -162,15 +162,6 @@ TEST(ParserLines, EndTheCardAfterTenSyntaxErrors)
     EXPECT_EQ(read(card(lines(11))), "(refused: no END:VCARD where the card ends)");
 }
 
-TEST(ParserLines, EndTheCardWhereTheDataEnds)
-{
-    for (const char* end : {"TEL", "TEL;", "TEL;HOME", "TEL;TYPE=", "TEL;TYPE=HOME", "TEL;TYPE=HOME,",
-             "TEL:", "TEL:1", "TEL;A\\:B", "PHOTO;BASE64:QUJD", "N:a;b", "NOTE:a\r\n b", "E", "END",
-             "END:", "END:VCAR", "NOTE;QUOTED-PRINTABLE:=4", "X=\\:"})
-        EXPECT_EQ(read(card("N:Lima\n").substr(0, 32) + end), "(refused: no END:VCARD where the card ends)")
-            << end;
-}
-
 // ---- parameters
 
 // A parameter is kept for the next line with it, but not what it said.
@@ -205,13 +196,6 @@ TEST(ParserParameters, SayHowTheValueIsEncoded)
     };
     for (const auto& [lines, expected] : cases)
         EXPECT_EQ(read(card(lines)), expected) << lines;
-}
-
-TEST(ParserParameters, OfAnUnknownCharacterSetLoseTheLine)
-{
-    platform::LogCapture log;
-    EXPECT_EQ(read(card("NOTE;CHARSET=X-NONE:abc\nN;CHARSET=X-NONE:a;b\nTITLE:x\n")), "JobTitle=x");
-    EXPECT_EQ(log.lines(), (Lines{"X-NONE is an invalid encoding", "X-NONE is an invalid encoding"}));
 }
 
 // ---- the character set of the data
