@@ -28,7 +28,7 @@ struct CorpusRow {
     std::optional<std::string> alone, here, since;
 };
 
-/// "\\n" for a line feed and "\\\\" for a backslash.
+/// "\n" stands for a line feed and "\\" for a backslash.
 std::string unescaped(std::string_view text)
 {
     std::string plain;
@@ -52,10 +52,12 @@ std::vector<CorpusRow> corpusRows()
             std::istringstream(line) >> row.file >> row.card;
         else if (start == 2)
             rows.push_back({row.file, row.card, key, value, {}, {}, {}});
-        else if (start == 4)
-            (key == "alone"         ? rows.back().alone
-                    : key == "here" ? rows.back().here
-                                    : rows.back().since) = value;
+        else if (key == "alone")
+            rows.back().alone = value;
+        else if (key == "here")
+            rows.back().here = value;
+        else if (key == "since")
+            rows.back().since = value;
     }
     return rows;
 }

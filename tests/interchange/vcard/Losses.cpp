@@ -17,11 +17,6 @@ namespace {
 
 constexpr std::array kMessaging = {kZRAIMInstantProperty, kZRJabberInstantProperty, kZRMSNInstantProperty,
     kZRYahooInstantProperty, kZRICQInstantProperty};
-constexpr std::array kTexts = {kZRLastNameProperty, kZRFirstNameProperty, kZRMiddleNameProperty,
-    kZRTitleProperty, kZRSuffixProperty, kZRNicknameProperty, kZRMaidenNameProperty,
-    kZRFirstNamePhoneticProperty, kZRMiddleNamePhoneticProperty, kZRLastNamePhoneticProperty,
-    kZROrganizationProperty, kZRDepartmentProperty, kZRJobTitleProperty, kZRNoteProperty,
-    kZRBirthdayProperty};
 constexpr std::array kEntries = {kZREmailProperty, kZRPhoneProperty, kZRAddressProperty, kZRURLsProperty,
     kZRCalendarURIsProperty, kZROtherDatesProperty, kZRRelatedNamesProperty};
 constexpr std::array kAddressParts = {kZRAddressStreetKey, kZRAddressCityKey, kZRAddressStateKey,
@@ -110,7 +105,8 @@ void withoutHeldBack(PlainCard& card, const Road& road)
 void withoutLines(PlainCard& card, const Road&)
 {
     std::erase_if(card.texts, [](const auto& text) {
-        return !holds(kTexts, text.first) && text.first != kShownName && text.first != kShownAsCompany;
+        return !holds(kTextsOfCards, text.first) && text.first != kZRBirthdayProperty
+            && text.first != kShownName && text.first != kShownAsCompany;
     });
     std::erase_if(card.entries,
         [](const auto& values) { return !holds(kEntries, values.first) && !isMessaging(values.first); });

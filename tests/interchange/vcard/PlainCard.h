@@ -1,9 +1,11 @@
 // A person as plain texts: what tests of round trips compare.
 #pragma once
 
+#include "core/ZRConstants.h"
 #include "core/ZRPerson.h"
 #include "store/ZRRoster.h"
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -12,6 +14,12 @@
 namespace test {
 
 using Texts = std::map<std::string, std::string>;
+
+/// The texts that a vCard has lines for; a birthday is a day.
+inline const std::array kTextsOfCards = {kZRLastNameProperty, kZRFirstNameProperty, kZRMiddleNameProperty,
+    kZRTitleProperty, kZRSuffixProperty, kZRNicknameProperty, kZRMaidenNameProperty,
+    kZRFirstNamePhoneticProperty, kZRMiddleNamePhoneticProperty, kZRLastNamePhoneticProperty,
+    kZROrganizationProperty, kZRDepartmentProperty, kZRJobTitleProperty, kZRNoteProperty};
 
 /// One entry of a multi-value: a single value stands under "", the parts of an address under their keys.
 struct PlainEntry {

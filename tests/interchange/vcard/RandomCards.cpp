@@ -11,11 +11,6 @@ namespace test {
 
 namespace {
 
-constexpr std::array kTexts = {kZRLastNameProperty, kZRFirstNameProperty, kZRMiddleNameProperty,
-    kZRTitleProperty, kZRSuffixProperty, kZRNicknameProperty, kZRMaidenNameProperty,
-    kZRFirstNamePhoneticProperty, kZRMiddleNamePhoneticProperty, kZRLastNamePhoneticProperty,
-    kZROrganizationProperty, kZRDepartmentProperty, kZRJobTitleProperty, kZRNoteProperty,
-    kZRHomePageProperty};
 constexpr std::array kEntries = {kZREmailProperty, kZRPhoneProperty, kZRAddressProperty, kZRURLsProperty,
     kZRCalendarURIsProperty, kZROtherDatesProperty, kZRRelatedNamesProperty, kZRAIMInstantProperty,
     kZRJabberInstantProperty, kZRMSNInstantProperty, kZRYahooInstantProperty, kZRICQInstantProperty};
@@ -96,9 +91,11 @@ PlainCard RandomCards::next()
 {
     PlainCard card;
     const bool isRich = once(3);
-    for (const auto property : kTexts)
+    for (const auto* property : kTextsOfCards)
         if (once(isRich ? 2 : 5))
-            card.texts[std::string(property)] = text();
+            card.texts[property] = text();
+    if (once(isRich ? 2 : 5))
+        card.texts[kZRHomePageProperty] = text();
     if (once(3))
         card.texts[kZRBirthdayProperty] = day();
     for (const auto property : kEntries)
