@@ -88,10 +88,11 @@ private:
     {
         Ids seen = linesOf(_clients[client]->ask({"view"})), more, less;
         Ids wanted = _library.view(client).lines();
-        for (const auto& [author, unit] : _library.changes[client].units)
-            if (unit.isDisputed)
+        for (const auto& unit : _library.changes[client].units)
+            if (unit.second.isDisputed)
                 for (Ids* lines : {&seen, &wanted})
-                    std::erase_if(*lines, [&](const auto& line) { return line.starts_with(author + " "); });
+                    std::erase_if(
+                        *lines, [&](const auto& line) { return line.starts_with(unit.first + " "); });
         std::ranges::set_difference(seen, wanted, std::inserter(more, more.end()));
         std::ranges::set_difference(wanted, seen, std::inserter(less, less.end()));
         ASSERT_EQ(more, less) << "client " << client << " sees the first instead of the second\n"

@@ -146,7 +146,7 @@ public:
     }
 
 private:
-    static Question negation(Question part)
+    static Question negation(const Question& part)
     {
         return {StorePredicate::negation(part.predicate), [=](const Thing& t) { return !part.answer(t); }};
     }

@@ -68,11 +68,8 @@ class PredicateWorld {
 public:
     PredicateWorld(Dice& dice, const Store& store) : context(store.makeContext()), _dice(dice)
     {
-        for (const char* name : {"red", "Blue", "bleu"}) {
-            sites.push_back(
-                std::make_unique<Thing>(must(context->sharedObject(entityNamed("Site"), {name}))));
-            sites.back()->values["name"] = name;
-        }
+        for (const char* name : {"red", "Blue", "bleu"})
+            add(sites, must(context->sharedObject(entityNamed("Site"), {name}))).values["name"] = name;
         for (int i = 0; i < 6; ++i)
             addBook();
         for (int i = 0; i < 30; ++i)
@@ -110,9 +107,13 @@ public:
     const platform::Ref<os::StoreContext> context;
 
 private:
+    static Thing& add(Things& things, const ObjectRef& object)
+    {
+        return *things.emplace_back(std::make_unique<Thing>(Thing{object}));
+    }
     Thing& add(Things& things, std::string_view entity)
     {
-        return *things.emplace_back(std::make_unique<Thing>(context->insertObjectOfEntity(entity)));
+        return add(things, context->insertObjectOfEntity(entity));
     }
 
     void addAuthor()

@@ -103,7 +103,7 @@ protected:
 
     ObjectRef part(std::string_view entity, std::string_view owner, const ObjectRef& author)
     {
-        const auto made = context->insertObjectOfEntity(entity);
+        auto made = context->insertObjectOfEntity(entity);
         made->setRelated(made->slot(owner), author.get());
         return made;
     }
