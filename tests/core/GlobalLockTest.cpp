@@ -4,6 +4,7 @@
 #include "core/ZRLog.h"
 #include "core/ZRProfile.h"
 #include "platform/run/Clock.h"
+#include "support/Forked.h"
 
 #include <gmock/gmock.h>
 
@@ -14,7 +15,6 @@
 #include <thread>
 #include <vector>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -27,19 +27,6 @@ bool tryLock() { return _ZR_TRY_Lock("file.cpp", 9); }
 
 /// Runs `body` in another thread and waits for it.
 void elsewhere(const std::function<void()>& body) { std::thread(body).join(); }
-
-/// Runs `body` in a forked child and answers its exit status, or -1 when it died or hung.
-int inChild(const std::function<int()>& body)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(20);
-        _exit(body());
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 TEST(GlobalLock, LetsOneThreadInAtATime)
 {
@@ -217,7 +204,8 @@ TEST(GlobalLock, RefusesAForkedChildInsteadOfHanging)
     const std::pair<const char*, void (*)()> operations[] = {{"lock", lock}, {"try", [] { tryLock(); }},
         {"mail recents", [] { _ZR_MR_Lock("f", 1); }}, {"certificates", _ZR_IgnoreCertErrors_Lock}};
     for (const auto& [name, operation] : operations) {
-        const int status = inChild([run = operation] {
+        const bool isRefused = test::inForkedChild([run = operation] {
+            alarm(20);
             try {
                 run();
             } catch (const ZRForkedProcess&) {
@@ -225,11 +213,11 @@ TEST(GlobalLock, RefusesAForkedChildInsteadOfHanging)
                 unlock();
                 _ZR_MR_Unlock("f", 1);
                 _ZR_IgnoreCertErrors_Unlock();
-                return _ZR_IsLockedByThisThread() ? 2 : 0;
+                return !_ZR_IsLockedByThisThread();
             }
-            return 1;
+            return false;
         });
-        EXPECT_EQ(status, 0) << name;
+        EXPECT_TRUE(isRefused) << name;
     }
     done.count_down();
     holder.join();

@@ -6,9 +6,10 @@
 #include "store/RosterWorld.h"
 #include "store/SkippingClock.h"
 #include "support/Process.h"
+#include "support/TemporaryFolder.h"
+#include "support/Waiting.h"
 
 #include "platform/files/FileDescriptor.h"
-#include "platform/files/Files.h"
 
 #include <gmock/gmock.h>
 
@@ -40,18 +41,10 @@ bool acquire(ZRFileLock& lock, ZRFileLockType type = writer)
 void release(ZRFileLock& lock, ZRFileLockType type = writer) { ZRReleaseFileLock(lock, type, "here", 7); }
 bool isTaken(ZRFileLock& lock) { return ZRHaveFileLock(lock, "here", 7); }
 
-std::string bytesOf(const fs::path& path)
-{
-    const auto bytes = platform::readFile(path.string());
-    return bytes ? std::string(*bytes) : "nothing";
-}
-
 /// With nothing to go by but files: another process answers so.
 bool waitForFile(const fs::path& path)
 {
-    for (int i = 0; i < 60000 && !fs::exists(path); ++i)
-        usleep(1000);
-    return fs::exists(path);
+    return eventually([&] { return fs::exists(path); });
 }
 
 /// Whether anybody holds the kernel lock on that file.

@@ -3,15 +3,14 @@
 #include "store/RosterWorld.h"
 #include "support/FaultyVfs.h"
 #include "support/SQL.h"
+#include "support/TemporaryFolder.h"
 
 #include "platform/run/Log.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <unistd.h>
 
 namespace test {
@@ -24,18 +23,6 @@ using Folder = std::map<std::string, std::string>;
 
 constexpr uid_t nobody = 65534;
 uid_t ordinaryUser() { return geteuid() == 0 ? nobody : 0; }
-
-std::string bytesOf(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void write(const fs::path& path, std::string_view bytes)
-{
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
 
 std::string describe(const Ref<ZRRoster>& roster)
 {
@@ -147,7 +134,7 @@ struct Damage {
 void cutTo(const fs::path& store, std::uintmax_t size) { fs::resize_file(store, size); }
 
 const Damage damages[] = {
-    {"text", "corrupt", [](const fs::path& store) { write(store, std::string(20000, 'x')); }},
+    {"text", "corrupt", [](const fs::path& store) { put(store, std::string(20000, 'x')); }},
     {"a few bytes", "corrupt", [](const fs::path& store) { cutTo(store, 50); }},
     {"the header", "corrupt", [](const fs::path& store) { cutTo(store, 100); }},
     {"the first page", "corrupt", [](const fs::path& store) { cutTo(store, 4096); }},
@@ -161,7 +148,7 @@ const Damage damages[] = {
         [](const fs::path& store) {
             std::string bytes = bytesOf(store);
             bytes.replace(100, 1000, std::string(1000, '\7'));
-            write(store, bytes);
+            put(store, bytes);
         }},
     {"another program's database", "incompatible",
         [](const fs::path& store) {
@@ -184,7 +171,7 @@ TEST_F(Opening, MakesAStoreWhereNoneIs)
         SCOPED_TRACE(isEmpty ? "an empty file" : "no file");
         fs::remove_all(home.rosterDirectory());
         if (isEmpty)
-            write(file, "");
+            put(file, "");
         EXPECT_EQ(open().answer, "on file, 0 people, saves\n");
         EXPECT_EQ(open().answer, "on file, 1 people, saves\n");
         EXPECT_THAT(folder(), testing::ElementsAre(testing::Key(storeName)));
@@ -213,8 +200,8 @@ TEST_F(Opening, MovesWhatIsNoStoreAsideUnharmed)
 
 TEST_F(Opening, MovesTheLogOfADatabaseWithIt)
 {
-    write(file, "");
-    write(file.string() + "-wal", "frames");
+    put(file, "");
+    put(file.string() + "-wal", "frames");
     const auto outcome = open();
     EXPECT_THAT(outcome.answer, testing::StartsWith("on file, 0 people, saves\n"));
     EXPECT_EQ(bytesOf(file.string() + ".1.corrupt-wal"), "frames");
@@ -223,7 +210,7 @@ TEST_F(Opening, MovesTheLogOfADatabaseWithIt)
 TEST_F(Opening, NumbersCorruptFiles)
 {
     for (int i = 1; i <= 3; ++i) {
-        write(file, "damage " + std::to_string(i) + std::string(5000, ' '));
+        put(file, "damage " + std::to_string(i) + std::string(5000, ' '));
         fs::remove(file.string() + "-wal");
         fs::remove(file.string() + "-shm");
         open();

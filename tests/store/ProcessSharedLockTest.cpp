@@ -4,6 +4,7 @@
 #include "store/SkippingClock.h"
 #include "support/Process.h"
 #include "support/Role.h"
+#include "support/Waiting.h"
 
 #include "platform/files/UserDefaults.h"
 #include "platform/run/Log.h"
@@ -130,8 +131,7 @@ TEST_F(ProcessSharedLock, IsFreeWhenItsHolderWasKilled)
 {
     const auto sign = std::filesystem::temp_directory_path() / "holds-a-name";
     Process holder({.words = {"/proc/self/exe", "--play=hold a name", "name", sign}});
-    for (int i = 0; i < 60000 && !std::filesystem::exists(sign); ++i)
-        usleep(1000);
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(sign); }));
     ZRProcessSharedLock lock("name");
     EXPECT_FALSE(lock.tryLock());
     holder.kill(SIGKILL);

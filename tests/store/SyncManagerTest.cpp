@@ -3,6 +3,8 @@
 
 #include "core/ZRInfo.h"
 #include "store/RosterWorld.h"
+#include "support/TemporaryFolder.h"
+#include "support/Waiting.h"
 
 #include "platform/files/Files.h"
 #include "platform/files/Preferences.h"
@@ -14,8 +16,6 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
-
-#include <unistd.h>
 
 namespace test {
 
@@ -109,11 +109,9 @@ TEST_F(SyncManager, StartsTheToolAndTellsOfItsFailure)
 {
     putProgram(folder / "RosterSync", "#!/bin/sh\nprintf '%s, ' \"$@\" >> \"$0.calls\"\nexit 2\n");
     manager.scheduleTrickleSync();
-    for (int i = 0; i < 60000 && !log.contains("RosterSync exited with 2"); ++i)
-        usleep(1000);
+    ASSERT_TRUE(eventually([&] { return log.contains("RosterSync exited with 2"); }));
     EXPECT_THAT(log.lines(), ElementsAre("RosterSync exited with 2"));
-    const auto calls = platform::readFile(folder / "RosterSync.calls");
-    EXPECT_EQ(calls ? *calls : "nothing", "--tricklesync, org.quillon.Roster, ");
+    EXPECT_EQ(bytesOf(folder / "RosterSync.calls"), "--tricklesync, org.quillon.Roster, ");
     EXPECT_FALSE(scheduler->pending);
 }
 
