@@ -159,7 +159,8 @@ TEST_F(UnitMergeTest, KeepsWhatBothMeant)
     const struct {
         const char* what;
         Unit base, mine, theirs, merged;
-    } rows[]{{"both add", {"a1*"}, {"a1*", "b2"}, {"a1*", "c3"}, {"a1*", "c3", "b2"}},
+    } rows[] = {
+        {"both add", {"a1*"}, {"a1*", "b2"}, {"a1*", "c3"}, {"a1*", "c3", "b2"}},
         {"both add the same", {"a1*"}, {"a1*", "b2"}, {"a1*", "b3"}, {"a1*", "b2"}},
         {"I edit one, they another", {"a1*", "b1"}, {"a2*", "b1"}, {"a1*", "b2"}, {"a2*", "b2"}},
         {"both edit one", {"a1*", "b1"}, {"a2*", "b1"}, {"a3*", "b1"}, {"a2*", "b1"}},
@@ -171,8 +172,10 @@ TEST_F(UnitMergeTest, KeepsWhatBothMeant)
         {"both choose a primary", {"a1*", "b1", "c1"}, {"a1", "b1*", "c1"}, {"a1", "b1", "c1*"},
             {"a1", "b1*", "c1"}},
         {"they choose a primary", {"a1*", "b1"}, {"a1*", "b2"}, {"a1", "b1*"}, {"a1", "b2*"}},
-        {"both clear", {"a1*"}, {}, {}, {}}, {"I clear, they add", {"a1*"}, {}, {"a1*", "b1"}, {"b1*"}},
-        {"from nothing", {}, {"a1*"}, {"b1*"}, {"b1", "a1*"}}};
+        {"both clear", {"a1*"}, {}, {}, {}},
+        {"I clear, they add", {"a1*"}, {}, {"a1*", "b1"}, {"b1*"}},
+        {"from nothing", {}, {"a1*"}, {"b1*"}, {"b1", "a1*"}},
+    };
     using Way = void (*)(os::StoreContext&, StoreObject&, const Unit&);
     const std::pair<const char*, Way> ways[]{{"rewrite", &rewrite}, {"edit", &edit}};
     for (const auto& row : rows)
