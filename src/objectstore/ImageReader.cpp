@@ -185,8 +185,10 @@ ImageReader::Building* ImageReader::building(std::int64_t key)
 
 void ImageReader::readParts(const ImageModel::Found& parts, const std::string& keys, Section section)
 {
+    // Parts get new keys in the order of the image, and derived texts are made in the order of keys: any
+    // other order, as that of the index on owners, would leave them other than what the parts say.
     sqlite::Use find(_store.connection->prepared(
-        fmt::format("SELECT {} FROM {} WHERE {} IN (SELECT value FROM json_each(?))",
+        fmt::format("SELECT {} FROM {} WHERE {} IN (SELECT value FROM json_each(?)) ORDER BY \"_key\"",
             rowColumns(*parts.family), parts.family->table, parts.by->column)));
     find->bindText(1, keys);
     while (find->step()) {
