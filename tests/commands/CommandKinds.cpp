@@ -32,9 +32,10 @@ namespace {
 using Driver = CommandDriver;
 
 template <class Command, class... Arguments>
-bool perform(std::string_view name, Arguments&&... arguments)
+bool perform(Driver& driver, Arguments&&... arguments)
 {
-    return platform::makeRef<Command>(std::forward<Arguments>(arguments)...)->performWithActionName(name);
+    return platform::makeRef<Command>(std::forward<Arguments>(arguments)..., driver.roster())
+        ->performWithActionName("ACTION");
 }
 
 ZRRecordList joined(ZRRecordList a, const ZRRecordList& b)
@@ -114,32 +115,14 @@ bool deleteRecords(Driver& driver)
     if (driver.maybe(40))
         records =
             driver.maybe(50) ? joined(records, driver.someGroups(2)) : joined(driver.someGroups(2), records);
-    return perform<ZRDeleteRecordsCommand>("DELETE", driver.someGroup(), records, driver.roster());
+    return perform<ZRDeleteRecordsCommand>(driver, driver.someGroup(), records);
 }
 
 bool setImage(Driver& driver)
 {
     const Value data = driver.maybe(70) ? Value::data("image " + driver.word()) : Value();
     const Value large = driver.maybe(50) ? Value::data("large " + driver.word()) : Value();
-    return perform<ZRSetImageCommand>("IMAGE", driver.somebody(), data, large, driver.roster());
-}
-
-bool showAs(Driver& driver)
-{
-    return perform<ZRShowAsCommand>(
-        "SHOW", driver.somePeople(5), driver.someGroup(), driver.maybe(60) ? 1 : 0, driver.roster());
-}
-
-bool setMe(Driver& driver)
-{
-    return perform<ZRMeCommand>("ME", driver.someGroup(),
-        driver.maybe(90) ? Ref<ZRRecord>(driver.somebody()) : nullptr, driver.roster());
-}
-
-bool addURL(Driver& driver)
-{
-    return perform<ZRAddURLFromBrowserCommand>(
-        "URL", driver.somePeople(3), "http://" + driver.word() + ".example", driver.roster());
+    return perform<ZRSetImageCommand>(driver, driver.somebody(), data, large);
 }
 
 // ---- groups
@@ -155,44 +138,18 @@ bool addToGroup(Driver& driver)
     const ZRRecordList others = subscribed(driver, ZRSubscribedGroup::recordClassDescription);
     if (driver.maybe(20) && !others.empty())
         group = platform::refCast<ZRGroup>(others.front());
-    if (!perform<ZRAddToGroupCommand>("JOIN", group, records, driver.roster()))
-        return false;
-    return true;
-}
-
-bool removeFromGroup(Driver& driver)
-{
-    const auto group = driver.someGroup();
-    return perform<ZRRemoveFromGroupCommand>(
-        "LEAVE", group, group ? group->membersAndSubgroups() : ZRRecordList(), driver.roster());
+    return perform<ZRAddToGroupCommand>(driver, group, records);
 }
 
 bool newGroup(Driver& driver)
 {
     return perform<ZRNewGroupCommand>(
-        "NEW_GROUP", joined(driver.somePeople(4), driver.someGroups(2)), driver.someGroup(), driver.roster());
-}
-
-bool deleteGroups(Driver& driver)
-{
-    return perform<ZRDeleteGroupsCommand>("DELETE", driver.someGroups(2), driver.roster());
-}
-
-bool renameGroup(Driver& driver)
-{
-    return perform<ZRRenameGroupCommand>("RENAME", driver.someGroup(), Value(driver.word()), driver.roster());
+        driver, joined(driver.somePeople(4), driver.someGroups(2)), driver.someGroup());
 }
 
 bool newSmartGroup(Driver& driver)
 {
-    return perform<ZRNewSmartGroupCommand>(
-        "NEW_GROUP", driver.word(), search(driver), driver.maybe(50), driver.roster());
-}
-
-bool editSmartGroup(Driver& driver)
-{
-    return perform<ZREditSmartGroupCommand>("EDIT_GROUP", someSmartGroup(driver), driver.word(),
-        driver.maybe(90) ? search(driver) : nullptr, driver.maybe(50), driver.roster());
+    return perform<ZRNewSmartGroupCommand>(driver, driver.word(), search(driver), driver.maybe(50));
 }
 
 // ---- pasting and importing
@@ -201,15 +158,16 @@ bool pastePeople(Driver& driver)
 {
     const std::shared_ptr<platform::Pasteboard> board = platform::makePasteboard();
     ZRRecord::writeRecords(driver.somePeople(3), *board);
-    return perform<ZRPastePeopleCommand>(
-        "PASTE", driver.maybe(70) ? driver.someGroup() : nullptr, driver.roster(), board);
+    return platform::makeRef<ZRPastePeopleCommand>(
+        driver.maybe(70) ? driver.someGroup() : nullptr, driver.roster(), board)
+        ->performWithActionName("PASTE");
 }
 
 bool pasteGroups(Driver& driver)
 {
     const std::shared_ptr<platform::Pasteboard> board = platform::makePasteboard();
     ZRRecord::writeRecords(driver.someGroups(2), *board);
-    return perform<ZRPasteGroupsCommand>("PASTE", driver.roster(), board);
+    return platform::makeRef<ZRPasteGroupsCommand>(driver.roster(), board)->performWithActionName("PASTE");
 }
 
 /// Cards that came, cards that were updated, and cards that were merged into others and are gone.
@@ -244,7 +202,7 @@ bool import(Driver& driver)
         work.mergedIntoGroupsCommands.push_back(
             platform::makeRef<ZRAddToGroupCommand>(group, work.updatedPeople, driver.roster()));
     }
-    return perform<ZRImportCommand>("IMPORT", std::move(work), driver.roster());
+    return perform<ZRImportCommand>(driver, std::move(work));
 }
 
 } // namespace
@@ -253,11 +211,38 @@ CommandDriver::Kinds allCommandKinds()
 {
     return {{"new person", newPerson}, {"change property", changeProperty},
         {"change properties", changeProperties}, {"delete records", deleteRecords}, {"set image", setImage},
-        {"show as", showAs}, {"me", setMe}, {"add url", addURL}, {"add to group", addToGroup},
-        {"remove from group", removeFromGroup}, {"new group", newGroup}, {"delete groups", deleteGroups},
-        {"rename group", renameGroup}, {"new smart group", newSmartGroup},
-        {"edit smart group", editSmartGroup}, {"paste people", pastePeople}, {"paste groups", pasteGroups},
-        {"import", import}};
+        {"show as",
+            [](Driver& d) {
+                return perform<ZRShowAsCommand>(d, d.somePeople(5), d.someGroup(), d.maybe(60) ? 1 : 0);
+            }},
+        {"me",
+            [](Driver& d) {
+                const Ref<ZRRecord> person = d.maybe(90) ? d.somebody() : nullptr;
+                return perform<ZRMeCommand>(d, d.someGroup(), person);
+            }},
+        {"add url",
+            [](Driver& d) {
+                return perform<ZRAddURLFromBrowserCommand>(
+                    d, d.somePeople(3), "http://" + d.word() + ".example");
+            }},
+        {"add to group", addToGroup},
+        {"remove from group",
+            [](Driver& d) {
+                const auto group = d.someGroup();
+                return perform<ZRRemoveFromGroupCommand>(
+                    d, group, group ? group->membersAndSubgroups() : ZRRecordList());
+            }},
+        {"new group", newGroup},
+        {"delete groups", [](Driver& d) { return perform<ZRDeleteGroupsCommand>(d, d.someGroups(2)); }},
+        {"rename group",
+            [](Driver& d) { return perform<ZRRenameGroupCommand>(d, d.someGroup(), Value(d.word())); }},
+        {"new smart group", newSmartGroup},
+        {"edit smart group",
+            [](Driver& d) {
+                return perform<ZREditSmartGroupCommand>(
+                    d, someSmartGroup(d), d.word(), d.maybe(90) ? search(d) : nullptr, d.maybe(50));
+            }},
+        {"paste people", pastePeople}, {"paste groups", pasteGroups}, {"import", import}};
 }
 
 void declareProperties(const Ref<ZRRoster>& roster)
@@ -273,7 +258,7 @@ void populate(CommandDriver& driver)
     for (int i = 0; i < 8; ++i)
         driver.newPerson();
     for (int i = 0; i < 4; ++i)
-        perform<ZRNewGroupCommand>("", driver.somePeople(5), nullptr, roster);
+        perform<ZRNewGroupCommand>(driver, driver.somePeople(5), nullptr);
     const auto top = driver.someGroup();
     for (const auto& group : driver.someGroups(3))
         top->addSubgroup(static_cast<ZRGroup&>(*group));

@@ -112,10 +112,39 @@ protected:
         return lists->trace;
     }
     template <class Command, class... Arguments>
+    Ref<Command> make(Arguments&&... arguments)
+    {
+        return platform::makeRef<Command>(std::forward<Arguments>(arguments)..., roster);
+    }
+    template <class Command, class... Arguments>
     bool perform(Arguments&&... arguments)
     {
-        return platform::makeRef<Command>(std::forward<Arguments>(arguments)..., roster)
-            ->performWithActionName("ACTION");
+        return make<Command>(std::forward<Arguments>(arguments)...)->performWithActionName("ACTION");
+    }
+    /// A command that has something to do, and did it.
+    template <class Command, class... Arguments>
+    static Ref<Command> performed(Arguments&&... arguments)
+    {
+        auto command = platform::makeRef<Command>(std::forward<Arguments>(arguments)...);
+        EXPECT_TRUE(command->performWithActionName("ACTION"));
+        return command;
+    }
+    /// What was performed since then is undone exactly, and redone exactly.
+    void expectUndoable(const Snapshot& before)
+    {
+        const Snapshot after = snapshotOf(roster);
+        manager->undo();
+        EXPECT_EQ(differenceOf(before, snapshotOf(roster)), "");
+        manager->redo();
+        EXPECT_EQ(differenceOf(after, snapshotOf(roster)), "");
+    }
+    /// A group that came with a subscription.
+    Ref<ZRGroup> subscribedGroup()
+    {
+        auto made = platform::refCast<ZRGroup>(
+            ZRRecord::initWithUniqueId(ZRSubscribedGroup::recordClassDescription, {}, roster));
+        made->setValue(multiValue({{Value("http://shared"), kZRSubscribeLabel}}), kZRRemoteLocationProperty);
+        return made;
     }
     Ref<ZRSearchElement> search() const
     {
@@ -128,6 +157,7 @@ protected:
     const std::shared_ptr<UndoManager> manager = std::make_shared<ZRUndoManager>();
     const Ref<ZRPerson> ana = named(roster, "Ana"), bo = named(roster, "Bo");
     const Ref<ZRGroup> club = group(roster, "club"), empty = group(roster, "empty");
+    const std::shared_ptr<platform::Pasteboard> board = platform::makePasteboard();
 };
 
 } // namespace
@@ -188,47 +218,36 @@ TEST_F(Commands, LeaveNoStepWhereNothingIsToBeDone)
 {
     const auto nobody = Ref<ZRPerson>();
     const ZRRecordList both = {ana, bo};
-    const std::shared_ptr<platform::Pasteboard> blank = platform::makePasteboard();
     const Ref<ZRGroup> everybody = ZRAllGroup::specialGroupForRoster(roster);
-    const std::vector<std::pair<const char*, std::function<bool()>>> idle = {
-        {"no new card", [&] { return perform<ZRNewPersonCommand>(nobody, club); }},
-        {"no group to join", [&] { return perform<ZRAddToGroupCommand>(nullptr, both); }},
-        {"nobody to join it", [&] { return perform<ZRAddToGroupCommand>(club, ZRRecordList()); }},
-        {"members join", [&] { return perform<ZRAddToGroupCommand>(club, both); }},
-        {"cards join everybody", [&] { return perform<ZRAddToGroupCommand>(everybody, both); }},
-        {"a group joins itself", [&] { return perform<ZRAddToGroupCommand>(club, ZRRecordList{club}); }},
-        {"nobody leaves", [&] { return perform<ZRRemoveFromGroupCommand>(empty, both); }},
-        {"cards leave everybody", [&] { return perform<ZRRemoveFromGroupCommand>(everybody, both); }},
-        {"nothing is deleted", [&] { return perform<ZRDeleteRecordsCommand>(club, ZRRecordList()); }},
-        {"a special group is deleted",
-            [&] { return perform<ZRDeleteGroupsCommand>(ZRRecordList{everybody}); }},
-        {"no search", [&] { return perform<ZRNewSmartGroupCommand>("smart", nullptr, true); }},
-        {"no smart group",
-            [&] { return perform<ZREditSmartGroupCommand>(nullptr, "smart", search(), true); }},
-        {"a special group is renamed", [&] { return perform<ZRRenameGroupCommand>(everybody, Value("we")); }},
-        {"nobody's picture", [&] { return perform<ZRSetImageCommand>(nobody, Value::data("x"), Value()); }},
-        {"people shown as people", [&] { return perform<ZRShowAsCommand>(both, club, 0); }},
-        {"groups shown as companies", [&] { return perform<ZRShowAsCommand>(ZRRecordList{club}, club, 1); }},
-        {"Me is Me", [&] { return perform<ZRMeCommand>(club, ana); }},
-        {"nobody is Me", [&] { return perform<ZRMeCommand>(club, nobody); }},
-        {"a group is Me", [&] { return perform<ZRMeCommand>(club, club); }},
-        {"no cards to paste",
-            [&] {
-                return platform::makeRef<ZRPastePeopleCommand>(club, roster, blank)
-                    ->performWithActionName("");
-            }},
-        {"no groups to paste",
-            [&] {
-                return platform::makeRef<ZRPasteGroupsCommand>(roster, blank)->performWithActionName("");
-            }},
-        {"an empty import", [&] { return perform<ZRImportCommand>(ZRImportCommand::Work{}); }},
-        {"no address", [&] { return perform<ZRAddURLFromBrowserCommand>(both, ""); }},
-        {"no card for it",
-            [&] { return perform<ZRAddURLFromBrowserCommand>(ZRRecordList{club}, "http://x"); }},
+    const std::vector<std::pair<const char*, Ref<ZRCommand>>> idle = {
+        {"no new card", make<ZRNewPersonCommand>(nobody, club)},
+        {"no group to join", make<ZRAddToGroupCommand>(nullptr, both)},
+        {"nobody to join it", make<ZRAddToGroupCommand>(club, ZRRecordList())},
+        {"members join", make<ZRAddToGroupCommand>(club, both)},
+        {"cards join everybody", make<ZRAddToGroupCommand>(everybody, both)},
+        {"a group joins itself", make<ZRAddToGroupCommand>(club, ZRRecordList{club})},
+        {"nobody leaves", make<ZRRemoveFromGroupCommand>(empty, both)},
+        {"cards leave everybody", make<ZRRemoveFromGroupCommand>(everybody, both)},
+        {"nothing is deleted", make<ZRDeleteRecordsCommand>(club, ZRRecordList())},
+        {"a special group is deleted", make<ZRDeleteGroupsCommand>(ZRRecordList{everybody})},
+        {"no search", make<ZRNewSmartGroupCommand>("smart", nullptr, true)},
+        {"no smart group", make<ZREditSmartGroupCommand>(nullptr, "smart", search(), true)},
+        {"a special group is renamed", make<ZRRenameGroupCommand>(everybody, Value("we"))},
+        {"nobody's picture", make<ZRSetImageCommand>(nobody, Value::data("x"), Value())},
+        {"people shown as people", make<ZRShowAsCommand>(both, club, 0)},
+        {"groups shown as companies", make<ZRShowAsCommand>(ZRRecordList{club}, club, 1)},
+        {"Me is Me", make<ZRMeCommand>(club, ana)},
+        {"nobody is Me", make<ZRMeCommand>(club, nobody)},
+        {"a group is Me", make<ZRMeCommand>(club, club)},
+        {"no cards to paste", platform::makeRef<ZRPastePeopleCommand>(club, roster, board)},
+        {"no groups to paste", platform::makeRef<ZRPasteGroupsCommand>(roster, board)},
+        {"an empty import", make<ZRImportCommand>(ZRImportCommand::Work{})},
+        {"no address", make<ZRAddURLFromBrowserCommand>(both, "")},
+        {"no card for it", make<ZRAddURLFromBrowserCommand>(ZRRecordList{club}, "http://x")},
     };
     const Snapshot before = snapshotOf(roster);
-    for (const auto& [what, performs] : idle) {
-        EXPECT_FALSE(performs()) << what;
+    for (const auto& [what, command] : idle) {
+        EXPECT_FALSE(command->performWithActionName("ACTION")) << what;
         EXPECT_FALSE(manager->canUndo()) << what;
         EXPECT_EQ(differenceOf(before, snapshotOf(roster)), "") << what;
     }
@@ -253,40 +272,29 @@ TEST_F(Commands, RestoreTheSelectionFirst)
 {
     struct Seen {
         const char* what;
-        std::function<bool()> performs;
-        const char *undo, *redo;
+        Ref<ZRCommand> command;
+        std::string undo;
+        /// Where that differs.
+        std::string redo = undo;
     };
-    const auto smart = ZRSmartGroup::initWithRoster(roster);
-    smart->setSearchElement(search());
-    smart->setValue(Value("smart"), kZRGroupNameProperty);
     const auto cy = named(roster, "Cy");
     const auto card = Value::dictionary({{std::string(kZRLastNameProperty), Value(platform::NullMarker())}});
     const std::vector<Seen> all = {
-        {"new card", [&] { return perform<ZRNewPersonCommand>(cy, empty); }, "groups empty; members Cy; ",
-            "groups empty; members Cy; "},
-        {"delete", [&] { return perform<ZRDeleteRecordsCommand>(club, ZRRecordList{bo}); },
-            "groups club; members Bo; ", "groups club; members Bo; "},
-        {"delete group", [&] { return perform<ZRDeleteGroupsCommand>(ZRRecordList{club}); }, "groups club; ",
-            "groups club; "},
-        {"leave", [&] { return perform<ZRRemoveFromGroupCommand>(club, ZRRecordList{bo}); },
+        {"new card", make<ZRNewPersonCommand>(cy, empty), "groups empty; members Cy; "},
+        {"delete", make<ZRDeleteRecordsCommand>(club, ZRRecordList{bo}), "groups club; members Bo; "},
+        {"delete group", make<ZRDeleteGroupsCommand>(ZRRecordList{club}), "groups club; "},
+        {"leave", make<ZRRemoveFromGroupCommand>(club, ZRRecordList{bo}),
             "groups club; groups club; members Bo; ", "groups club; members Bo; "},
-        {"join", [&] { return perform<ZRAddToGroupCommand>(empty, ZRRecordList{bo}); },
-            "groups empty; members Bo; reload; ", "groups empty; members Bo; reload; "},
-        {"edit", [&] { return perform<ZRChangePropertiesCommand>(bo, card, club); },
-            "groups club; members Bo; ", "groups club; members Bo; "},
-        {"new group", [&] { return perform<ZRNewGroupCommand>(ZRRecordList{bo}, club); },
-            "groups untitled group; ", "groups untitled group; "},
-        {"new smart group", [&] { return perform<ZRNewSmartGroupCommand>("B", search(), true); },
-            "groups B; ", "groups B; "},
-        {"rename", [&] { return perform<ZRRenameGroupCommand>(club, Value("team")); }, "groups team; ",
-            "groups club; "},
-        {"show as", [&] { return perform<ZRShowAsCommand>(ZRRecordList{bo}, club, 1); },
-            "groups club; members Bo; ", "groups club; members Bo; "},
-        {"me", [&] { return perform<ZRMeCommand>(club, bo); }, "groups club; members Bo; ",
-            "groups club; members Bo; "},
+        {"join", make<ZRAddToGroupCommand>(empty, ZRRecordList{bo}), "groups empty; members Bo; reload; "},
+        {"edit", make<ZRChangePropertiesCommand>(bo, card, club), "groups club; members Bo; "},
+        {"new group", make<ZRNewGroupCommand>(ZRRecordList{bo}, club), "groups untitled group; "},
+        {"new smart group", make<ZRNewSmartGroupCommand>("B", search(), true), "groups B; "},
+        {"rename", make<ZRRenameGroupCommand>(club, Value("team")), "groups team; ", "groups club; "},
+        {"show as", make<ZRShowAsCommand>(ZRRecordList{bo}, club, 1), "groups club; members Bo; "},
+        {"me", make<ZRMeCommand>(club, bo), "groups club; members Bo; "},
     };
-    for (const auto& [what, performs, undo, redo] : all) {
-        ASSERT_TRUE(performs()) << what;
+    for (const auto& [what, command, undo, redo] : all) {
+        ASSERT_TRUE(command->performWithActionName("ACTION")) << what;
         EXPECT_EQ(traceOf([&] { manager->undo(); }), undo) << what;
         EXPECT_EQ(traceOf([&] { manager->redo(); }), redo) << what;
         manager->undo();
@@ -387,12 +395,10 @@ TEST_F(Commands, ShowThoseAsCompaniesThatAreNone)
         return std::pair(ana->valueForProperty(kZRPersonFlags).asInteger(),
             bo->valueForProperty(kZRPersonFlags).asInteger());
     };
+    const Snapshot before = snapshotOf(roster);
     ASSERT_TRUE(perform<ZRShowAsCommand>(ZRRecordList{ana, bo, club}, club, 1));
     EXPECT_EQ(flags(), std::pair(17L, 33L));
-    manager->undo();
-    EXPECT_EQ(flags(), std::pair(17L, 32L));
-    manager->redo();
-    EXPECT_EQ(flags(), std::pair(17L, 33L));
+    expectUndoable(before);
 }
 
 TEST_F(Commands, LeaveTheLargePictureWhereItCanBeFoundAgain)
@@ -434,30 +440,22 @@ TEST_F(Commands, PutAnAddressUnderALabelOfItsOwn)
     ana->setValue(multiValue({{Value("http://a"), kZRHomePageLabel}}), kZRURLsProperty);
     const Snapshot before = snapshotOf(roster);
     ASSERT_TRUE(perform<ZRAddURLFromBrowserCommand>(ZRRecordList{ana, bo}, "http://b"));
-    const Snapshot after = snapshotOf(roster);
     const Value value = ana->valueForProperty(kZRURLsProperty);
     const auto* urls = value.as<ZRMultiValue>();
     ASSERT_EQ(urls->count(), 2);
     EXPECT_EQ(urls->valueAtIndex(1), Value("http://b"));
     EXPECT_NE(urls->labelAtIndex(1), kZRHomePageLabel);
-    manager->undo();
-    EXPECT_EQ(differenceOf(before, snapshotOf(roster)), "");
-    manager->redo();
-    EXPECT_EQ(differenceOf(after, snapshotOf(roster)), "");
+    expectUndoable(before);
 }
 
 // ---- groups
 
 TEST_F(Commands, MakeGroupsWhereTheUserLooks)
 {
-    const auto shared = ZRRecord::initWithUniqueId(ZRSubscribedGroup::recordClassDescription, {}, roster);
-    shared->setValue(multiValue({{Value("http://shared"), kZRSubscribeLabel}}), kZRRemoteLocationProperty);
     const auto made = [&](const Ref<ZRGroup>& in) {
-        const auto command = platform::makeRef<ZRNewGroupCommand>(ZRRecordList{ana, empty}, in, roster);
-        EXPECT_TRUE(command->performWithActionName("NEW_GROUP"));
-        return command->madeGroups().front();
+        return performed<ZRNewGroupCommand>(ZRRecordList{ana, empty}, in, roster)->madeGroups().front();
     };
-    const auto local = made(club), subscribed = made(platform::refCast<ZRGroup>(shared));
+    const auto local = made(club), subscribed = made(subscribedGroup());
     EXPECT_EQ(local->remoteLocation(), "local");
     EXPECT_EQ(subscribed->remoteLocation(), "http://shared");
     EXPECT_EQ(subscribed->_table(), "ZRSubscribedGroup");
@@ -474,18 +472,14 @@ TEST_F(Commands, PutGroupsBackIntoEachOther)
     club->addSubgroup(*empty);
     top->addSubgroup(*club);
     const Snapshot before = snapshotOf(roster);
-    const std::vector<std::function<bool()>> all = {
-        [&] { return perform<ZRDeleteGroupsCommand>(ZRRecordList{empty}); },
-        [&] { return perform<ZRDeleteGroupsCommand>(ZRRecordList{top}); },
-        [&] {
-            return perform<ZRDeleteRecordsCommand>(club, ZRRecordList{top, club, empty});
-        },
-        [&] {
-            return perform<ZRRemoveFromGroupCommand>(top, ZRRecordList{club, empty});
-        },
+    const Ref<ZRCommand> all[] = {
+        make<ZRDeleteGroupsCommand>(ZRRecordList{empty}),
+        make<ZRDeleteGroupsCommand>(ZRRecordList{top}),
+        make<ZRDeleteRecordsCommand>(club, ZRRecordList({top, club, empty})),
+        make<ZRRemoveFromGroupCommand>(top, ZRRecordList({club, empty})),
     };
-    for (const auto& performs : all) {
-        ASSERT_TRUE(performs());
+    for (const auto& command : all) {
+        ASSERT_TRUE(command->performWithActionName("ACTION"));
         manager->undo();
         EXPECT_EQ(differenceOf(before, snapshotOf(roster)), "");
     }
@@ -493,36 +487,28 @@ TEST_F(Commands, PutGroupsBackIntoEachOther)
 
 TEST_F(Commands, CopyWhatDoesNotFitASubscribedGroupOnce)
 {
-    const auto shared = platform::refCast<ZRGroup>(
-        ZRRecord::initWithUniqueId(ZRSubscribedGroup::recordClassDescription, {}, roster));
-    shared->setValue(multiValue({{Value("http://shared"), kZRSubscribeLabel}}), kZRRemoteLocationProperty);
+    const auto shared = subscribedGroup();
     // Ana is in both groups, and one of them is in the other.
     empty->addMember(*ana);
     club->addSubgroup(*empty);
     const Snapshot before = snapshotOf(roster);
     ASSERT_TRUE(perform<ZRAddToGroupCommand>(shared, ZRRecordList{ana, empty, club}));
-    const Snapshot after = snapshotOf(roster);
-    EXPECT_EQ(after.size(), before.size() + 4) << "copies of Ana, Bo and two groups";
+    EXPECT_EQ(snapshotOf(roster).size(), before.size() + 4) << "copies of Ana, Bo and two groups";
     EXPECT_THAT(namesOf(shared->members()), ElementsAre("Ana"));
     for (const auto& member : shared->members())
         EXPECT_EQ(member->remoteLocation(), "http://shared");
     EXPECT_THAT(namesOf(shared->subgroups()), UnorderedElementsAre("club", "empty"));
-    manager->undo();
-    EXPECT_EQ(differenceOf(before, snapshotOf(roster)), "");
-    manager->redo();
-    EXPECT_EQ(differenceOf(after, snapshotOf(roster)), "");
+    expectUndoable(before);
 }
 
 // ---- pasting
 
 TEST_F(Commands, PasteGroupsUnderNamesOfTheirOwn)
 {
-    const std::shared_ptr<platform::Pasteboard> board = platform::makePasteboard();
     ZRRecord::writeRecords({club}, *board);
     const auto paste = [&] {
-        const auto command = platform::makeRef<ZRPasteGroupsCommand>(roster, board);
-        EXPECT_TRUE(command->performWithActionName("PASTE"));
-        return platform::refCast<ZRGroup>(command->madeGroups().front());
+        return platform::refCast<ZRGroup>(
+            performed<ZRPasteGroupsCommand>(roster, board)->madeGroups().front());
     };
     const auto first = paste();
     EXPECT_NE(first->uniqueId(), club->uniqueId());
@@ -536,16 +522,12 @@ TEST_F(Commands, PasteGroupsUnderNamesOfTheirOwn)
 
 TEST_F(Commands, LinkCardsThatAreThereAndCopyOthers)
 {
-    const std::shared_ptr<platform::Pasteboard> board = platform::makePasteboard();
     ZRRecord::writeRecords({ana, club}, *board);
-    const auto paste = [&](const Ref<ZRRoster>& into, const Ref<ZRGroup>& group) {
-        const auto command = platform::makeRef<ZRPastePeopleCommand>(group, into, board);
-        EXPECT_TRUE(command->performWithActionName("PASTE"));
-        return std::pair(command->linkedPeople(), command->people());
-    };
-    EXPECT_THAT(paste(roster, empty), testing::Pair(ElementsAre(ana), ElementsAre()));
+    const auto linked = performed<ZRPastePeopleCommand>(empty, roster, board);
+    EXPECT_THAT(linked->linkedPeople(), ElementsAre(ana));
+    EXPECT_THAT(linked->people(), ElementsAre());
     EXPECT_THAT(namesOf(empty->members()), ElementsAre("Ana"));
-    const auto [linked, copies] = paste(roster, nullptr);
+    const auto copies = performed<ZRPastePeopleCommand>(nullptr, roster, board)->people();
     EXPECT_THAT(namesOf(copies), ElementsAre("Ana"));
     EXPECT_NE(copies.front()->uniqueId(), ana->uniqueId());
 }
@@ -555,7 +537,6 @@ TEST_F(Commands, FindTheCopiesOfMembersElsewhere)
 {
     const auto elsewhere = ZRRoster::emptyMemoryBackedRoster();
     ApplicationHost::install(nullptr);
-    const std::shared_ptr<platform::Pasteboard> board = platform::makePasteboard();
     ZRRecord::writeRecords({ana, club}, *board);
     platform::makeRef<ZRPastePeopleCommand>(nullptr, elsewhere, board)->doIt();
     platform::makeRef<ZRPasteGroupsCommand>(elsewhere, board)->doIt();
@@ -589,21 +570,20 @@ TEST_F(Commands, PasteWhatCanBeReadOfAStrangePasteboard)
             0, 1},
     };
     for (const auto& [value, peopleCount, groupsCount] : pasted) {
-        const std::shared_ptr<platform::Pasteboard> board = platform::makePasteboard();
+        SCOPED_TRACE(value.description());
         board->setValue(value, ZRGroupDictPboardType);
         board->setValue(value, ZRPeopleDictPboardType);
         const Snapshot before = snapshotOf(roster);
         const auto people = platform::makeRef<ZRPastePeopleCommand>(nullptr, roster, board);
         const auto groups = platform::makeRef<ZRPasteGroupsCommand>(roster, board);
-        EXPECT_EQ(people->doIt(), peopleCount != 0) << value.description();
-        EXPECT_EQ(groups->doIt(), groupsCount != 0) << value.description();
-        EXPECT_EQ(people->people().size(), peopleCount) << value.description();
-        EXPECT_EQ(groups->madeGroups().size(), groupsCount) << value.description();
-        EXPECT_EQ(
-            snapshotOf(roster).size(), before.size() + people->people().size() + groups->madeGroups().size());
+        EXPECT_EQ(people->doIt(), peopleCount != 0);
+        EXPECT_EQ(groups->doIt(), groupsCount != 0);
+        EXPECT_EQ(people->people().size(), peopleCount);
+        EXPECT_EQ(groups->madeGroups().size(), groupsCount);
+        EXPECT_EQ(snapshotOf(roster).size(), before.size() + peopleCount + groupsCount);
         groups->undoIt();
         people->undoIt();
-        EXPECT_EQ(differenceOf(before, snapshotOf(roster)), "") << value.description();
+        EXPECT_EQ(differenceOf(before, snapshotOf(roster)), "");
     }
 }
 

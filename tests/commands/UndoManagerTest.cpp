@@ -79,37 +79,37 @@ struct Script {
     const char* redo;
 };
 
-class Scripts : public testing::TestWithParam<Script> { };
-
 } // namespace
 
-TEST_P(Scripts, LeaveTheLineAsTold)
+TEST(UndoManagers, DoAsScriptsTell)
 {
-    const auto& [what, script, text, undo, redo] = GetParam();
-    ZRUndoManager manager;
-    const auto line = platform::makeRef<Line>(manager);
-    play(manager, *line, script);
-    EXPECT_EQ(line->text, text) << what;
-    EXPECT_EQ(manager.undoActionName(), undo) << what;
-    EXPECT_EQ(manager.redoActionName(), redo) << what;
-    EXPECT_EQ(manager.canUndo(), *undo != '\0') << what;
-    EXPECT_EQ(manager.canRedo(), *redo != '\0') << what;
-    EXPECT_FALSE(manager.isUndoing() || manager.isRedoing());
+    const Script scripts[] = {
+        {"nothing to undo", "<>", "", "", ""},
+        {"one step a letter", "abc<<", "a", "type a", "type b"},
+        {"and back", "abc<<>", "ab", "type b", "type c"},
+        {"a new step forgets what could be redone", "abc<<x>", "ax", "type x", ""},
+        {"to the beginning, and to the end", "ab<<<>>>", "ab", "type b", ""},
+        {"a group is one step", "a(bc)<", "a", "type a", "type c"},
+        {"redone in its order", "a(bc)<>", "abc", "type c", ""},
+        {"a group in a group is part of it", "(a(bc)d)<", "", "", "type d"},
+        {"an empty group is no step", "a()(()())<", "", "", "type a"},
+        {"undoing ends an open group", "a(bc<", "a", "type a", "type c"},
+        {"the edits of a new card are part of its making", "a[bc]d<<", "a", "type a", "new card"},
+        {"which is opened once and closed once", "[[ab]]c<", "ab", "new card", "type c"},
+    };
+    for (const auto& [what, script, text, undo, redo] : scripts) {
+        SCOPED_TRACE(what);
+        ZRUndoManager manager;
+        const auto line = platform::makeRef<Line>(manager);
+        play(manager, *line, script);
+        EXPECT_EQ(line->text, text);
+        EXPECT_EQ(manager.undoActionName(), undo);
+        EXPECT_EQ(manager.redoActionName(), redo);
+        EXPECT_EQ(manager.canUndo(), *undo != '\0');
+        EXPECT_EQ(manager.canRedo(), *redo != '\0');
+        EXPECT_FALSE(manager.isUndoing() || manager.isRedoing());
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(All, Scripts,
-    testing::Values(Script{"nothing to undo", "<>", "", "", ""},
-        Script{"one step a letter", "abc<<", "a", "type a", "type b"},
-        Script{"and back", "abc<<>", "ab", "type b", "type c"},
-        Script{"a new step forgets what could be redone", "abc<<x>", "ax", "type x", ""},
-        Script{"to the beginning, and to the end", "ab<<<>>>", "ab", "type b", ""},
-        Script{"a group is one step", "a(bc)<", "a", "type a", "type c"},
-        Script{"redone in its order", "a(bc)<>", "abc", "type c", ""},
-        Script{"a group in a group is part of it", "(a(bc)d)<", "", "", "type d"},
-        Script{"an empty group is no step", "a()(()())<", "", "", "type a"},
-        Script{"undoing ends an open group", "a(bc<", "a", "type a", "type c"},
-        Script{"the edits of a new card are part of its making", "a[bc]d<<", "a", "type a", "new card"},
-        Script{"which is opened once and closed once", "[[ab]]c<", "ab", "new card", "type c"}));
 
 TEST(UndoManagers, NameTheCreationAndNotItsEdits)
 {

@@ -4,8 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-
 namespace test {
 
 namespace {
@@ -16,21 +14,12 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using Lines = std::vector<std::string>;
 
-Lines linesOf(const ZRRecordList& records)
-{
-    Lines lines;
-    for (const auto& record : records)
-        lines.push_back(lineOf(static_cast<ZRPerson&>(*record)));
-    std::ranges::sort(lines);
-    return lines;
-}
-
 /// Notes what it is told.
 class ReviewHost : public RosterHost {
 public:
     using RosterHost::RosterHost;
     void selectGroups(const ZRRecordList& groups) override { selectedGroups = groups; }
-    void selectMembers(const ZRRecordList& members) override { selected = linesOf(members); }
+    void selectMembers(const ZRRecordList& members) override { selected = MergeTest::linesOf(members); }
 
     ZRRecordList selectedGroups;
     Lines selected;
@@ -39,7 +28,7 @@ public:
 struct Source : ZRImportSource {
     void didImportPeople(const ZRRecordList& people, const Ref<ZRGroup>&) override
     {
-        told.push_back(linesOf(people));
+        told.push_back(MergeTest::linesOf(people));
     }
     std::vector<Lines> told;
 };
@@ -77,8 +66,6 @@ protected:
         return controller;
     }
 
-    Lines people() { return linesOf(roster->parallelUniverseRoster()->people()); }
-
     std::shared_ptr<ReviewHost> host;
     Source source;
 };
@@ -98,8 +85,7 @@ TEST_F(Review, EachActionDoesWhatItSays)
     };
     for (const auto& [action, after, selected, decision] : cases) {
         SCOPED_TRACE(static_cast<int>(action));
-        for (const auto& record : roster->people())
-            roster->removeRecord(record);
+        removeEverybody();
         saved("First: Ana | Nickname: a");
 
         Decisions decisions;

@@ -8,7 +8,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <sstream>
 #include <stdexcept>
@@ -19,14 +18,10 @@ namespace {
 
 Value dateFrom(const std::string& text)
 {
-    int year = 0;
-    unsigned month = 0, day = 0;
-    if (std::sscanf(text.c_str(), "%d-%u-%u", &year, &month, &day) != 3)
+    platform::CalendarDay day;
+    if (std::sscanf(text.c_str(), "%d-%d-%d", &day.year, &day.month, &day.day) != 3)
         throw std::invalid_argument("no date: " + text);
-    const std::chrono::sys_days days = std::chrono::year_month_day(
-        std::chrono::year(year), std::chrono::month(month), std::chrono::day(day));
-    const auto seconds = std::chrono::sys_seconds(days).time_since_epoch().count();
-    return Value(platform::Date{static_cast<double>(seconds + 43200)});
+    return Value(platform::noonOf(day, platform::TimeZone::gmt()).value());
 }
 
 Value dictionaryFrom(const std::string& text)

@@ -98,8 +98,7 @@ TEST_F(MergeContact, ChangesRowsInPlace)
     ASSERT_TRUE(friends->setDistributionIdentifier(chosen, kZREmailProperty, *target));
     ASSERT_TRUE(roster->save());
 
-    const auto other = roster->parallelUniverseRoster();
-    const auto source = platform::refCast<ZRPerson>(other->recordForUniqueId(target->uniqueId()));
+    const auto source = reread(*target);
     merge(*target, *source);
     EXPECT_FALSE(roster->hasUnsavedChanges()) << "both said the same";
 

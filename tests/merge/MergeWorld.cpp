@@ -35,10 +35,24 @@ Ref<ZRGroup> MergeTest::group(std::string_view name, const std::vector<Ref<ZRPer
     return made;
 }
 
-Ref<ZRPerson> MergeTest::reread(const ZRRecord& record)
+Ref<ZRPerson> MergeTest::personIn(const Ref<ZRRoster>& roster, const ZRRecord& record)
 {
-    return platform::refCast<ZRPerson>(
-        roster->parallelUniverseRoster()->recordForUniqueId(record.uniqueId()));
+    return platform::refCast<ZRPerson>(roster->recordForUniqueId(record.uniqueId()));
+}
+
+std::vector<std::string> MergeTest::linesOf(const ZRRecordList& records)
+{
+    std::vector<std::string> lines;
+    for (const auto& record : records)
+        lines.push_back(lineOf(static_cast<ZRPerson&>(*record)));
+    std::ranges::sort(lines);
+    return lines;
+}
+
+void MergeTest::removeEverybody()
+{
+    for (const auto& person : roster->people())
+        roster->removeRecord(person);
 }
 
 std::string MergeTest::groupsOf(const ZRRecord& record)

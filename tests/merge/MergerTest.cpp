@@ -27,10 +27,7 @@ protected:
     }
 
     /// The card as the merger's target has it.
-    Ref<ZRPerson> inTarget(const ZRRecord& card)
-    {
-        return platform::refCast<ZRPerson>(merger->targetRoster()->recordForUniqueId(card.uniqueId()));
-    }
+    Ref<ZRPerson> inTarget(const ZRRecord& card) { return personIn(merger->targetRoster(), card); }
 
     static bool isOfLastImport(const ZRRecord& card)
     {

@@ -168,9 +168,7 @@ TEST_F(RandomPairs, UpdatedLoseExactlyWhatIsReplaced)
     }
     ASSERT_TRUE(roster->save());
     for (std::size_t i = 0; i < pairs.size(); ++i)
-        merger->updateCard(
-            platform::refCast<ZRPerson>(merger->targetRoster()->recordForUniqueId(people[i]->uniqueId())),
-            imported(lineOf(pairs[i].second)));
+        merger->updateCard(personIn(merger->targetRoster(), *people[i]), imported(lineOf(pairs[i].second)));
     ASSERT_TRUE(merger->applyChanges());
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const auto& [first, second] = pairs[i];

@@ -5,7 +5,6 @@
 #include "interchange/import/ZRvCardController.h"
 #include "merge/MergeWorld.h"
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -68,16 +67,6 @@ protected:
     Done plan(const std::string& data, DuplicateHandling handling = DuplicateHandling::update)
     {
         return import(data, handling, nullptr, ZRvCardController::Outcome::readOnly);
-    }
-
-    /// Everybody in the store, a line each, in the order of the lines.
-    Lines people() const
-    {
-        Lines lines;
-        for (const auto& person : roster->parallelUniverseRoster()->people())
-            lines.push_back(lineOf(static_cast<ZRPerson&>(*person)));
-        std::ranges::sort(lines);
-        return lines;
     }
 };
 

@@ -8,8 +8,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-
 namespace test {
 namespace {
 
@@ -50,15 +48,6 @@ private:
 
 class DuplicateCardsTest : public MergeTest {
 protected:
-    /// What the store has then, a card a line, sorted.
-    std::vector<std::string> lines()
-    {
-        std::vector<std::string> all;
-        for (const auto& person : roster->parallelUniverseRoster()->people())
-            all.push_back(lineOf(static_cast<const ZRPerson&>(*person)));
-        std::ranges::sort(all);
-        return all;
-    }
     void save(const std::vector<std::string_view>& cards)
     {
         for (const auto line : cards)
@@ -117,8 +106,7 @@ TEST_F(DuplicateCardsTest, LooksWarnsAndMergesWhatTheUserWants)
     };
     for (const auto& [name, cards, answer, counts, major, minor, checkBox, left] : cases) {
         SCOPED_TRACE(name);
-        for (const auto& person : roster->people())
-            roster->removeRecord(person);
+        removeEverybody();
         save(cards);
         User user(answer);
         const auto controller = run(user);
@@ -129,7 +117,7 @@ TEST_F(DuplicateCardsTest, LooksWarnsAndMergesWhatTheUserWants)
         EXPECT_THAT(user.warning.major, HasSubstr(major));
         EXPECT_THAT(user.warning.minor, HasSubstr(minor));
         EXPECT_THAT(user.warning.checkBox, HasSubstr(checkBox));
-        EXPECT_EQ(lines(), left);
+        EXPECT_EQ(people(), left);
         EXPECT_FALSE(roster->hasUnsavedChanges());
     }
 }
@@ -143,16 +131,16 @@ TEST_F(DuplicateCardsTest, PassesMeOnKeepsGroupsAndIsUndoneAsOneStep)
     group("Crew", {second, third});
     roster->setMe(third);
     ASSERT_TRUE(roster->save());
-    const auto before = lines();
+    const auto before = people();
     User user(User::Answer::merge);
     run(user);
-    EXPECT_THAT(lines(), ElementsAre("First: Ana"));
+    EXPECT_THAT(people(), ElementsAre("First: Ana"));
     EXPECT_EQ(roster->me(), first);
     EXPECT_EQ(groupsOf(*reread(*first)), "Choir,Crew");
     EXPECT_EQ(manager->undoActionName(), "Merge Cards");
     manager->undo();
     EXPECT_FALSE(manager->canUndo());
-    EXPECT_EQ(lines(), before);
+    EXPECT_EQ(people(), before);
     EXPECT_EQ(groupsOf(*reread(*first)), "Choir");
     EXPECT_EQ(groupsOf(*reread(*third)), "Crew");
     EXPECT_EQ(roster->me()->uniqueId(), third->uniqueId());
@@ -163,7 +151,7 @@ TEST_F(DuplicateCardsTest, PassesMeOnKeepsGroupsAndIsUndoneAsOneStep)
 TEST_F(DuplicateCardsTest, ACancelledLookEndsOnceAndChangesNothing)
 {
     save(kRoster);
-    const auto before = lines();
+    const auto before = people();
     User user(User::Answer::merge);
     platform::MainQueue::shared().fileDescriptor();
     const auto controller = Controller::initWithDelegate(&user);
@@ -173,7 +161,7 @@ TEST_F(DuplicateCardsTest, ACancelledLookEndsOnceAndChangesNothing)
         platform::MainQueue::shared().runOnce(30);
     controller->cancelCurrentPhase();
     EXPECT_THAT(user.ends, ElementsAre(false));
-    EXPECT_EQ(lines(), before);
+    EXPECT_EQ(people(), before);
 }
 
 TEST_F(DuplicateCardsTest, KeepsOneMergerForEachRoster)
@@ -212,7 +200,7 @@ TEST_F(DuplicateCardsTest, BucketsWithACardInCommonBecomeOneCard)
     EXPECT_EQ(done.merged[0].survivor, dee->uniqueId());
     EXPECT_EQ(done.merged[1].survivor, ana->uniqueId());
     EXPECT_THAT(done.merged[1].dropped, ElementsAre(bo->uniqueId(), cy->uniqueId()));
-    EXPECT_THAT(lines(), ElementsAre("First: Cy", "First: Eve"));
+    EXPECT_THAT(people(), ElementsAre("First: Cy", "First: Eve"));
 }
 
 } // namespace
