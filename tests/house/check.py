@@ -13,10 +13,6 @@ LONGEST_FILE = 800
 SAME_ROOM = {"store": "model", "core": "model", "search": "model", "images": "model"}
 
 
-def room_name(folder):
-    return SAME_ROOM.get(folder, folder.replace("/", "_"))
-
-
 def rooms(source):
     """Folder to the set of folders that its includes may name, from the CMake lists."""
     declared, folder_of = {}, {}

@@ -1,11 +1,12 @@
 // Pages under docs/ that tests compare with what the code says.
 #pragma once
 
+#include "support/TextCases.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 namespace test {
@@ -13,12 +14,6 @@ namespace test {
 inline std::string pagePath(const std::string& name)
 {
     return std::string(ROSTER_SOURCE_DIR) + "/docs/" + name;
-}
-
-inline std::string contentsOf(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// The page is `wanted`; with ROSTER_UPDATE_PAGES set it becomes so.
