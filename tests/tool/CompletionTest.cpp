@@ -1,26 +1,22 @@
 // What the completions of the three shells offer, as each shell would get it.
 #include "tool/ToolWorld.h"
 
-#include <gmock/gmock.h>
-
 #include <filesystem>
 #include <sstream>
 
 namespace {
 
 using namespace test;
-using testing::IsEmpty;
 using testing::UnorderedElementsAreArray;
 
-using Lines = std::vector<std::string>;
-
-Lines linesOf(const std::string& text)
+/// What is offered, with "|" between; blanks at an end count.
+Words parted(const std::string& offers)
 {
-    Lines lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line.substr(0, line.find('\t')));
-    return lines;
+    Words parts;
+    std::istringstream stream(offers);
+    for (std::string part; std::getline(stream, part, '|');)
+        parts.push_back(part);
+    return parts;
 }
 
 /// The user's roster, with some people and groups in it.
@@ -28,45 +24,29 @@ class CompletionTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        world.write("two.vcf", simpleCard("Lima", "1") + simpleCard("O'Ek", "2"));
-        for (const Lines& words : {Lines{"import", world.path("two.vcf")}, Lines{"group", "make", "Friends"},
-                 Lines{"group", "make", "Old Friends"},
-                 Lines{"smart-group", "make", "Found", "--where", "First = Ana"}})
-            ASSERT_EQ(user(words).status, 0);
+        const std::string two = simpleCard("Lima", "1") + simpleCard("O'Ek", "2"),
+                          lines[] = {"import " + world.write("two.vcf", two), "group make Friends",
+                              "group make 'Old Friends'", "smart-group make Found --where 'First = Ana'"};
+        for (const auto& line : lines)
+            answered(ROSTER_TOOL, wordsOf(line));
     }
 
-    std::map<std::string, std::string> environment() const
+    /// Runs the program as that user, and answers the lines that it prints, without what explains them.
+    Words answered(const std::string& program, const Words& words) const
     {
         const std::string bin = std::filesystem::path(ROSTER_TOOL).parent_path();
-        return {{"HOME", world.path("")}, {"XDG_DATA_HOME", world.path("data")},
-            {"PATH", bin + ":/usr/bin:/bin"}, {"LC_ALL", "C.UTF-8"}};
-    }
-
-    Ended user(const Lines& words) const
-    {
-        Process::Start start{{ROSTER_TOOL}, {}, environment()};
-        start.words.insert(start.words.end(), words.begin(), words.end());
-        return run(start);
-    }
-
-    Lines offered(const Lines& words) const
-    {
-        Lines all{"complete", "--"};
-        all.insert(all.end(), words.begin(), words.end());
-        const auto ended = user(all);
-        EXPECT_EQ(ended.status, 0);
-        EXPECT_EQ(ended.err, "");
-        return linesOf(ended.out);
-    }
-
-    Lines shell(const std::string& program, const Lines& words) const
-    {
-        Process::Start start{{program}, {}, environment()};
+        Process::Start start{.words = {program},
+            .environment = {{"HOME", world.path("")}, {"XDG_DATA_HOME", world.path("data")},
+                {"PATH", bin + ":/usr/bin:/bin"}, {"LC_ALL", "C.UTF-8"}}};
         start.words.insert(start.words.end(), words.begin(), words.end());
         const auto ended = run(start);
         EXPECT_EQ(ended.status, 0) << ended.err;
         EXPECT_EQ(ended.err, "");
-        return linesOf(ended.out);
+        Words lines;
+        std::istringstream stream(ended.out);
+        for (std::string line; std::getline(stream, line);)
+            lines.push_back(line.substr(0, line.find('\t')));
+        return lines;
     }
 
     ToolWorld world;
@@ -76,64 +56,26 @@ const std::string completions = std::string(SOURCE_FOLDER) + "/tools/completions
 
 TEST_F(CompletionTest, OffersWhatMayStandThere)
 {
-    const std::string ana = "Ana Lima";
-    struct Case {
-        Lines words, offers;
-    };
-    const Case cases[] = {
-        {{"gro"}, {"group"}},
-        {{"group", "re"}, {"rename", "remove", "reach"}},
-        {{"list", "--sort", ""}, {"first", "last"}},
-        {{"list", "--so"}, {"--sort"}},
-        {{"list", "--sort=l"}, {"--sort=last"}},
-        {{"list", "--sort", "last", "--li"}, {"--limit"}},
-        {{"export", "-o", "a.vcf", "--stri"}, {"--strict"}},
-        {{"list", ""}, {}},
-        {{"list", "--limit", ""}, {}},
-        // Groups of the kinds that the place takes, in any case.
-        {{"list", "--group", ""}, {"Friends", "Old Friends", "Found"}},
-        {{"group", "add", "f"}, {"Friends"}},
-        {{"smart-group", "show", ""}, {"Found"}},
-        {{"group", "members", "--deep", "OLD"}, {"Old Friends"}},
-        // People, in all places but those that are taken.
-        {{"show", "ana l"}, {ana}},
-        {{"remove", ana, "ana o"}, {"Ana O'Ek"}},
-        {{"group", "add", "Friends", "Ana L"}, {ana}},
-        {{"group", "add", "--groups", "Friends", "o"}, {"Old Friends"}},
-        {{"group", "reach", "Friends", "Ana L"}, {ana}},
-        {{"group", "reach", "Friends", ana, "e"}, {"Email"}},
-        {{"group", "reach", "Friends", ana, "Email", ""}, {}},
-        // What is set, and by which label.
-        {{"add", "--set", "Bir"}, {"Birthday="}},
-        {{"edit", "x", "--set", "emai"}, {"Email=", "Email;"}},
-        {{"edit", "x", "--set", "Email;ho"}, {"Email;home="}},
-        {{"edit", "x", "--unset", "Email;ho"}, {"Email;home"}},
-        {{"edit", "x", "--set", "First=A"}, {}},
-        // Rules, piece by piece.
-        {{"search", "--where", "Nick"}, {"Nickname "}},
-        {{"search", "--where", "Nickname is"}, {"Nickname is absent", "Nickname is present"}},
-        {{"search", "--where", "Nickname lack"}, {"Nickname lacks ", "Nickname lacks-exactly "}},
-        {{"search", "--where", "Group m"}, {"Group member-of "}},
-        {{"search", "--where", "Group member-of Fo"}, {"Group member-of Found"}},
-        {{"--default", "ZRDont"}, {"ZRDontAutoMerge="}},
-        // Another roster; none is made.
-        {{"--roster", world.path("nowhere"), "list", "--group", ""}, {}},
-        {{"--roster", "~/data/Roster", "list", "--group", "o"}, {"Old Friends"}},
-        {{"--roster", "/proc/nowhere", "list", "--group", ""}, {}},
-        // Paths are the shell's to know.
-        {{"import", ""}, {""}},
-        {{"--roster", ""}, {""}},
-        {{"nonsense", "--nonsense", "x"}, {}},
-        {{}, {}},
-    };
-    for (const auto& [words, offers] : cases) {
-        SCOPED_TRACE(testing::PrintToString(words));
-        if (words.empty())
-            EXPECT_FALSE(offered(words).empty());
-        else
-            EXPECT_THAT(offered(words), UnorderedElementsAreArray(offers));
+    for (const auto& [place, line, wanted] : lineCasesIn("completions.txt")) {
+        Words offers = answered(ROSTER_TOOL, wordsOf("complete -- " + line));
+        for (auto& offer : offers)
+            if (offer.ends_with(' '))
+                offer.replace(offer.size() - 1, 1, "·");
+        EXPECT_THAT(offers, UnorderedElementsAreArray(wanted)) << place << " " << line;
     }
-    EXPECT_FALSE(std::filesystem::exists(world.path("nowhere")));
+    EXPECT_FALSE(answered(ROSTER_TOOL, {"complete", "--"}).empty());
+}
+
+TEST_F(CompletionTest, LeavesPathsToTheShellAndMakesNoRoster)
+{
+    for (const Words& words : {Words{"import", ""}, Words{"--roster", ""}}) {
+        const Words all{"complete", "--", words[0], words[1]};
+        EXPECT_EQ(answered(ROSTER_TOOL, all), Words{""}) << words[0];
+    }
+    const auto nowhere = world.path("nowhere");
+    EXPECT_EQ(
+        answered(ROSTER_TOOL, wordsOf("complete -- --roster " + nowhere + " list --group ''")), Words());
+    EXPECT_FALSE(std::filesystem::exists(nowhere));
 }
 
 constexpr char bashScript[] =
@@ -146,28 +88,25 @@ TEST_F(CompletionTest, BashGetsItsWordsBack)
 {
     struct Case {
         std::string line;
-        Lines words;
-        std::string current;
-        Lines offers;
+        Words words;
+        std::string current, offers;
     };
     const Case cases[] = {
-        {"roster gro", {"roster", "gro"}, "gro", {"group"}},
-        {"roster list --group ", {"roster", "list", "--group", ""}, "",
-            {"Friends", "Old\\ Friends", "Found"}},
-        {"roster list --group=O", {"roster", "list", "--group", "=", "O"}, "O", {"Old\\ Friends"}},
-        {"roster list --sort=", {"roster", "list", "--sort", "="}, "", {"first", "last"}},
-        {"roster list --group 'Old", {"roster", "list", "--group", "'Old"}, "Old", {"Old Friends"}},
-        {"roster show \"Ana O'", {"roster", "show", "\"Ana O'"}, "Ana O'", {"Ana O'Ek"}},
-        {"roster show Ana\\ O", {"roster", "show", "Ana\\ O"}, "Ana\\ O", {"Ana\\ O\\'Ek"}},
-        {"roster show 'Ana O", {"roster", "show", "'Ana O"}, "Ana O", {"Ana O'\\''Ek"}},
+        {"roster gro", {"roster", "gro"}, "gro", "group"},
+        {"roster list --group ", {"roster", "list", "--group", ""}, "", R"(Friends|Old\ Friends|Found)"},
+        {"roster list --group=O", {"roster", "list", "--group", "=", "O"}, "O", R"(Old\ Friends)"},
+        {"roster list --sort=", {"roster", "list", "--sort", "="}, "", "first|last"},
+        {"roster list --group 'Old", {"roster", "list", "--group", "'Old"}, "Old", "Old Friends"},
+        {"roster show \"Ana O'", {"roster", "show", "\"Ana O'"}, "Ana O'", "Ana O'Ek"},
+        {"roster show Ana\\ O", {"roster", "show", "Ana\\ O"}, "Ana\\ O", R"(Ana\ O\'Ek)"},
+        {"roster show 'Ana O", {"roster", "show", "'Ana O"}, "Ana O", R"(Ana O'\''Ek)"},
         {"roster search --where 'Group m", {"roster", "search", "--where", "'Group m"}, "Group m",
-            {"Group member-of ", "Group member-of …"}},
+            "Group member-of |Group member-of …"},
     };
     for (const auto& [line, words, current, offers] : cases) {
-        SCOPED_TRACE(line);
-        Lines all{"-c", bashScript, "bash", completions + "roster.bash", line, current};
+        Words all{"-c", bashScript, "bash", completions + "roster.bash", line, current};
         all.insert(all.end(), words.begin(), words.end());
-        EXPECT_THAT(shell("/bin/bash", all), UnorderedElementsAreArray(offers));
+        EXPECT_THAT(answered("/bin/bash", all), UnorderedElementsAreArray(parted(offers))) << line;
     }
 }
 
@@ -176,42 +115,36 @@ constexpr char zshScript[] = "compadd() { print -rl -- ${(P)@[-1]} }; completion
 
 TEST_F(CompletionTest, ZshGetsWholeWords)
 {
-    struct Case {
-        /// The words as they were typed, the last one without the quote that it begins with.
-        Lines words;
-        Lines offers;
-    };
-    const Case cases[] = {
-        {{"roster", "gro"}, {"group"}},
-        {{"roster", "list", "--group", ""}, {"Friends", "Old Friends", "Found"}},
-        {{"roster", "list", "--group=O"}, {"--group=Old Friends"}},
-        {{"roster", "group", "add", "'Old Friends'", "Ana\\ L"}, {"Ana Lima"}},
-        {{"roster", "search", "--where", "Group m"}, {"Group member-of "}},
+    // The words as they were typed, the last one without the quote that it begins with.
+    const std::pair<Words, std::string> cases[] = {
+        {{"roster", "gro"}, "group"},
+        {{"roster", "list", "--group", ""}, "Friends|Old Friends|Found"},
+        {{"roster", "list", "--group=O"}, "--group=Old Friends"},
+        {{"roster", "group", "add", "'Old Friends'", "Ana\\ L"}, "Ana Lima"},
+        {{"roster", "search", "--where", "Group m"}, "Group member-of "},
     };
     for (const auto& [words, offers] : cases) {
-        SCOPED_TRACE(testing::PrintToString(words));
-        Lines all{"-f", "-c", zshScript, "zsh", completions + "_roster"};
+        Words all{"-f", "-c", zshScript, "zsh", completions + "_roster"};
         all.insert(all.end(), words.begin(), words.end());
-        EXPECT_THAT(shell(ZSH, all), UnorderedElementsAreArray(offers));
+        EXPECT_THAT(answered(ZSH, all), UnorderedElementsAreArray(parted(offers)))
+            << testing::PrintToString(words);
     }
 }
 
 TEST_F(CompletionTest, FishCompletesItsCommandLine)
 {
-    const std::pair<std::string, Lines> cases[] = {
-        {"roster gro", {"group"}},
-        {"roster list --group ", {"Friends", "Old Friends", "Found"}},
-        {"roster list --sort=l", {"--sort=last"}},
-        {"roster show 'Ana L", {"Ana Lima"}},
-        {"roster group add 'Old Friends' Ana\\ L", {"Ana Lima"}},
+    const std::pair<std::string, std::string> cases[] = {
+        {"roster gro", "group"},
+        {"roster list --group ", "Friends|Old Friends|Found"},
+        {"roster list --sort=l", "--sort=last"},
+        {"roster show 'Ana L", "Ana Lima"},
+        {"roster group add 'Old Friends' Ana\\ L", "Ana Lima"},
     };
-    for (const auto& [line, offers] : cases) {
-        SCOPED_TRACE(line);
-        EXPECT_THAT(shell(FISH,
-                        {"--no-config", "-c", "source $argv[1]; complete -C $argv[2]",
-                            completions + "roster.fish", line}),
-            UnorderedElementsAreArray(offers));
-    }
+    const std::string script = "source $argv[1]; complete -C $argv[2]";
+    for (const auto& [line, offers] : cases)
+        EXPECT_THAT(answered(FISH, {"--no-config", "-c", script, completions + "roster.fish", line}),
+            UnorderedElementsAreArray(parted(offers)))
+            << line;
 }
 
 } // namespace

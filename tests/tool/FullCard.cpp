@@ -1,45 +1,13 @@
 // What is in the card that has everything.
 #include "tool/FullCard.h"
 
-#include "core/ZRConstants.h"
 #include "core/ZRGroup.h"
-#include "core/ZRMutableMultiValue.h"
-#include "core/ZRPerson.h"
-#include "platform/files/Preferences.h"
-#include "platform/text/Dates.h"
-#include "store/ZRRoster.h"
-#include "support/Role.h"
-
-#include <gtest/gtest.h>
+#include "merge/CardsInOneLine.h"
+#include "tool/OtherProcess.h"
 
 namespace test {
 
 namespace {
-
-using platform::Ref;
-using platform::Value;
-
-struct Single {
-    std::string_view property;
-    Value value;
-};
-
-struct Entry {
-    std::string_view label;
-    Value value;
-};
-
-struct Multi {
-    std::string_view property;
-    std::vector<Entry> entries;
-};
-
-Value day(int year, int month, int number) { return Value(*platform::noonOf({year, month, number})); }
-
-Value dictionary(std::string_view key, const Value& value)
-{
-    return Value::dictionary({{std::string(key), value}});
-}
 
 /// Types by name; the values are below.
 const std::vector<std::pair<std::string, ZRPropertyType>> customTypes{{"x.text", kZRPropertyTypeString},
@@ -50,57 +18,40 @@ const std::vector<std::pair<std::string, ZRPropertyType>> customTypes{{"x.text",
     {"x.days", kZRPropertyTypeMulti | kZRPropertyTypeDate},
     {"x.tables", kZRPropertyTypeMulti | kZRPropertyTypeDictionary}};
 
-std::vector<Single> singles()
-{
-    return {{zr::kZRFirstNameProperty, "Ana"}, {zr::kZRMiddleNameProperty, "Maria"},
-        {zr::kZRLastNameProperty, "Lima"}, {zr::kZRFirstNamePhoneticProperty, "アナ"},
-        {zr::kZRMiddleNamePhoneticProperty, "マリア"}, {zr::kZRLastNamePhoneticProperty, "リマ"},
-        {zr::kZRBirthdayProperty, day(1970, 5, 1)}, {zr::kZROrganizationProperty, "Works; & Co, \"Ltd\""},
-        {zr::kZRDepartmentProperty, "R:D"}, {zr::kZRJobTitleProperty, "Chief\\of \\n all"},
-        {zr::kZRTitleProperty, "Dr."}, {zr::kZRSuffixProperty, "PhD"}, {zr::kZRNicknameProperty, "Nia, Nini"},
-        {zr::kZRMaidenNameProperty, "Reis"}, {zr::kZRNoteProperty, "One\nTwo; three\\four, \"five\"\r\nsix "},
-        {zr::kZRPersonFlags, 32 | 64}, {"x.text", "a,b"}, {"x.number", 42}, {"x.real", 1.5},
-        {"x.day", day(2001, 2, 3)}, {"x.list", Value::array({"a", 1})}, {"x.table", dictionary("a", "b")},
-        {"x.bytes", Value::data(std::string_view("\0\xFF", 2))}};
-}
+constexpr std::string_view everything =
+    "First: Ana | Middle: Maria | Last: Lima | FirstPhonetic: アナ | MiddlePhonetic: マリア | "
+    "LastPhonetic: リマ | Birthday: 1970-05-01 | Organization: Works; & Co, \"Ltd\" | ZRDepartment: R:D | "
+    "JobTitle: Chief\\of \\n all | Title: Dr. | Suffix: PhD | Nickname: Nia, Nini | MaidenName: Reis | "
+    "Note: One\nTwo; three\\four, \"five\"\r\nsix  | ZRPersonFlags: 96 | "
+    "Email _$!<Home>!$_: ana@home.example | Email boat: ana@boat.example | "
+    "Email _$!<Home>!$_: second@home.example | Phone _$!<Home>!$_: +49 (0)30 12-34 56 | "
+    "Phone _$!<Mobile>!$_: +1 555 0101 | Phone _$!<WorkFAX>!$_: 555 0102 | Phone boat: 555 0103 | "
+    "Address _$!<Home>!$_: Street=Rua 1\nCasa 2,City=Porto,ZIP=4000,Country=Portugal,CountryCode=pt,"
+    "x.floor=3 | Address _$!<Work>!$_: Street=Av; 9,City=Lisboa | Address boat: Street=Av; 9,City=Lisboa | "
+    "AIMInstant _$!<Home>!$_: ana@im | AIMInstant boat: lima@im | ICQInstant _$!<Home>!$_: ana@im | "
+    "ICQInstant boat: lima@im | YahooInstant _$!<Home>!$_: ana@im | YahooInstant boat: lima@im | "
+    "MSNInstant _$!<Home>!$_: ana@im | MSNInstant boat: lima@im | JabberInstant _$!<Home>!$_: ana@im | "
+    "JabberInstant boat: lima@im | URLs _$!<HomePage>!$_: http://lima.example/a,b;c | "
+    "URLs boat: http://boat.example/ü | calendarURIs _$!<Home>!$_: http://cal.example/ | "
+    "ZRDate _$!<Anniversary>!$_: 1999-12-31 | ZRDate boat: 2001-02-03 | "
+    "ZRRelatedNames _$!<Friend>!$_: Ben Ek | ZRRelatedNames captain: Chloé | x.text: a,b | x.number: 42 | "
+    "x.real: 1.5 | x.day: 2001-02-03 | x.table: a=b | x.texts _$!<Home>!$_: ana@im | x.texts boat: lima@im | "
+    "x.numbers a: 1 | x.numbers b: 2 | x.days a: 2000-01-01 | x.tables a: k=v";
 
-std::vector<Multi> multis()
+Ref<ZRPerson> makeCard(const Ref<ZRRoster>& roster)
 {
-    const Value home = Value::dictionary({{"Street", "Rua 1\nCasa 2"}, {"City", "Porto"}, {"ZIP", "4000"},
-        {"Country", "Portugal"}, {"CountryCode", "pt"}, {"x.floor", "3"}});
-    const Value work = Value::dictionary({{"Street", "Av; 9"}, {"City", "Lisboa"}});
-    const Entry messages[] = {{zr::kZRHomeLabel, "ana@im"}, {"boat", "lima@im"}};
-    const std::vector<Entry> both(std::begin(messages), std::end(messages));
-    return {{zr::kZREmailProperty,
-                {{zr::kZREmailHomeLabel, "ana@home.example"}, {"boat", "ana@boat.example"},
-                    {zr::kZREmailHomeLabel, "second@home.example"}}},
-        {zr::kZRPhoneProperty,
-            {{zr::kZRPhoneHomeLabel, "+49 (0)30 12-34 56"}, {zr::kZRPhoneMobileLabel, "+1 555 0101"},
-                {zr::kZRPhoneWorkFAXLabel, "555 0102"}, {"boat", "555 0103"}}},
-        {zr::kZRAddressProperty,
-            {{zr::kZRAddressHomeLabel, home}, {zr::kZRAddressWorkLabel, work}, {"boat", work}}},
-        {zr::kZRAIMInstantProperty, both}, {zr::kZRICQInstantProperty, both},
-        {zr::kZRYahooInstantProperty, both}, {zr::kZRMSNInstantProperty, both},
-        {zr::kZRJabberInstantProperty, both},
-        {zr::kZRURLsProperty,
-            {{zr::kZRHomePageLabel, "http://lima.example/a,b;c"}, {"boat", "http://boat.example/ü"}}},
-        {zr::kZRCalendarURIsProperty, {{zr::kZRHomeLabel, "http://cal.example/"}}},
-        {zr::kZROtherDatesProperty,
-            {{zr::kZRAnniversaryLabel, day(1999, 12, 31)}, {"boat", day(2001, 2, 3)}}},
-        {zr::kZRRelatedNamesProperty, {{zr::kZRFriendLabel, "Ben Ek"}, {"captain", "Chloé"}}},
-        {"x.texts", both}, {"x.numbers", {{"a", 1}, {"b", 2}}}, {"x.days", {{"a", day(2000, 1, 1)}}},
-        {"x.tables", {{"a", dictionary("k", "v")}}}};
-}
-
-/// Of several entries the second is the primary one.
-Value multiValue(const std::vector<Entry>& entries)
-{
-    const auto values = platform::makeRef<ZRMutableMultiValue>();
-    for (const auto& [label, value] : entries)
-        values->addValue(value, label);
-    if (values->count() > 1)
-        values->setPrimaryIdentifier(values->identifierAtIndex(1));
-    return Value(values);
+    auto made = card(roster, everything);
+    made->setValue(Value::array({"a", 1}), "x.list");
+    made->setValue(Value::data(std::string_view("\0\xFF", 2)), "x.bytes");
+    for (const auto& property : ZRRecord::propertiesWithRoster(made->recordClass(), roster.get())) {
+        const Value value = made->valueForProperty(property);
+        if (const auto* several = value.as<ZRMultiValue>(); several && several->count() > 1) {
+            const auto entries = several->mutableCopy();
+            entries->setPrimaryIdentifier(entries->identifierAtIndex(1));
+            made->setValue(Value(entries), property);
+        }
+    }
+    return made;
 }
 
 std::string identifierAt(const ZRPerson& person, std::string_view property, ZRIndex index)
@@ -108,37 +59,26 @@ std::string identifierAt(const ZRPerson& person, std::string_view property, ZRIn
     return person.valueForProperty(property).as<ZRMultiValue>()->identifierAtIndex(index);
 }
 
-Ref<ZRRoster> openAt(const std::string& directory)
-{
-    platform::Preferences::shared().setArgument("ZRAlternateDataStoreDirectory", Value(directory));
-    ZRRoster::setShouldCreateEmptyDatabase(true);
-    return ZRRoster::sharedRoster();
-}
-
 void makeGroup(const Ref<ZRRoster>& roster, ZRPerson& person)
 {
     const auto group = ZRGroup::initWithRoster(roster);
-    group->setValue("Friends", zr::kZRGroupNameProperty);
+    group->setValue("Friends", kZRGroupNameProperty);
     group->addMember(person);
-    for (const auto property : {zr::kZREmailProperty, zr::kZRPhoneProperty, zr::kZRAddressProperty})
+    for (const auto property : {kZREmailProperty, kZRPhoneProperty, kZRAddressProperty})
         group->setDistributionIdentifier(identifierAt(person, property, 2), property, person);
 }
 
 const Role maker("make the full card", [](const Words& words) {
     const auto roster = openAt(words.at(0));
-    std::vector<std::pair<std::string, Value>> types(customTypes.begin(), customTypes.end());
-    ZRPerson::addPropertiesAndTypes(Value::dictionary(std::move(types)), roster.get());
-    const auto person = ZRPerson::initWithRoster(roster);
-    for (const auto& [property, value] : singles())
-        person->setValue(value, property);
-    for (const auto& [property, entries] : multis())
-        person->setValue(multiValue(entries), property);
+    ZRPerson::addPropertiesAndTypes(
+        Value::dictionary({customTypes.begin(), customTypes.end()}), roster.get());
+    const auto person = makeCard(roster);
     makeGroup(roster, *person);
     roster->setMe(person);
     const bool isSaved = roster->save() && person->setImageData(Value::data("picture"));
     ZRPerson::setPrivateVCardEnabled(true);
-    ZRPerson::setVCardField(zr::kZRBirthdayProperty, true);
-    ZRPerson::setVCardField("Phone." + identifierAt(*person, zr::kZRPhoneProperty, 2), true);
+    ZRPerson::setVCardField(kZRBirthdayProperty, true);
+    ZRPerson::setVCardField("Phone." + identifierAt(*person, kZRPhoneProperty, 2), true);
     return std::string(isSaved && roster->save() ? "saved" : "not saved");
 });
 
@@ -148,15 +88,6 @@ void addFullCard(const std::string& directory)
 {
     const auto outcome = play("make the full card", {directory});
     EXPECT_EQ(outcome.answer, "saved") << outcome.log;
-}
-
-Json everythingOf(const ToolWorld& world, const std::string& name)
-{
-    Json card = world.json({"show", name});
-    card.at("properties").erase("Modification");
-    card["reach"] = world.json({"group", "reach", "Friends", name});
-    card["picture"] = world.picture(card);
-    return card;
 }
 
 } // namespace test

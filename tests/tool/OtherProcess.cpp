@@ -5,7 +5,6 @@
 #include "core/ZRGroup.h"
 #include "core/ZRPerson.h"
 #include "platform/files/Preferences.h"
-#include "store/ZRRoster.h"
 
 #include <gtest/gtest.h>
 
@@ -50,9 +49,7 @@ void change(const Ref<ZRRoster>& roster, char how, const std::string& name)
 }
 
 const Role changes("change the roster", [](const Words& words) {
-    platform::Preferences::shared().setArgument("ZRAlternateDataStoreDirectory", Value(words.at(0)));
-    ZRRoster::setShouldCreateEmptyDatabase(true);
-    const auto roster = ZRRoster::sharedRoster();
+    const auto roster = openAt(words.at(0));
     for (const auto& word : Words(words.begin() + 1, words.end()))
         change(roster, word.front(), word.substr(1));
     return std::string(roster->save() ? "saved" : "not saved");
@@ -60,13 +57,13 @@ const Role changes("change the roster", [](const Words& words) {
 
 /// What an earlier one of that name said must not be taken for what this one says. Quotes do not occur in the
 /// paths and words of these tests.
-Process::Start startIntoFiles(const ToolWorld& world, const Words& words, const std::string& base)
+Process::Start startIntoFiles(const ToolWorld& world, const std::string& line, const std::string& base)
 {
     std::filesystem::remove(base + ".err");
-    std::string line = "exec";
-    for (const auto& word : world.start(words).words)
-        line += " '" + word + "'";
-    return {.words = {"/bin/sh", "-c", line + " > '" + base + ".out' 2> '" + base + ".err'"}};
+    std::string command = "exec";
+    for (const auto& word : world.start(line).words)
+        command += " '" + word + "'";
+    return {.words = {"/bin/sh", "-c", command + " > '" + base + ".out' 2> '" + base + ".err'"}};
 }
 
 } // namespace
@@ -79,6 +76,13 @@ bool waitUntil(const std::function<bool()>& isSo)
     return isSo();
 }
 
+Ref<ZRRoster> openAt(const std::string& directory)
+{
+    platform::Preferences::shared().setArgument("ZRAlternateDataStoreDirectory", Value(directory));
+    ZRRoster::setShouldCreateEmptyDatabase(true);
+    return ZRRoster::sharedRoster();
+}
+
 void changeRoster(const std::string& directory, const Words& words)
 {
     Words all{directory};
@@ -87,8 +91,8 @@ void changeRoster(const std::string& directory, const Words& words)
     EXPECT_EQ(outcome.answer, "saved") << outcome.log;
 }
 
-RunningTool::RunningTool(const ToolWorld& world, const Words& words, const std::string& name)
-    : _base(world.path(name)), _process(startIntoFiles(world, words, _base))
+RunningTool::RunningTool(const ToolWorld& world, const std::string& line, const std::string& name)
+    : _base(world.path(name)), _process(startIntoFiles(world, line, _base))
 {
 }
 

@@ -1,7 +1,7 @@
 // What another program does to the roster of a world, through the library.
 #pragma once
 
-#include "support/Role.h"
+#include "store/ZRRoster.h"
 #include "tool/ToolWorld.h"
 
 #include <functional>
@@ -12,6 +12,9 @@ namespace test {
 /// Waits until that is so, for a minute at most; answers whether it is.
 bool waitUntil(const std::function<bool()>& isSo);
 
+/// For another process: the roster in that directory, which is made where there is none.
+platform::Ref<ZRRoster> openAt(const std::string& directory);
+
 /// In one save, by another process: "+NAME" adds a person, "~NAME" edits one, "-NAME" removes one, "&NAME"
 /// makes a group, "*N" adds so many persons.
 void changeRoster(const std::string& directory, const Words& changes);
@@ -19,11 +22,11 @@ void changeRoster(const std::string& directory, const Words& changes);
 /// A program that runs with its outputs in files that can be read meanwhile.
 class RunningTool {
 public:
-    /// The tool with those words, on that roster.
-    RunningTool(const ToolWorld& world, const Words& words, const std::string& name = "running");
+    /// The tool with that line, on that roster.
+    RunningTool(const ToolWorld& world, const std::string& line, const std::string& name = "running");
 
-    std::string out() const { return contentsOf(_base + ".out"); }
-    std::string err() const { return contentsOf(_base + ".err"); }
+    std::string out() const { return contentsIfAny(_base + ".out"); }
+    std::string err() const { return contentsIfAny(_base + ".err"); }
     bool waitForErr(const std::string& text) const;
     /// Waits for that many lines of output and answers them; fewer when they do not come.
     std::vector<Json> waitForLines(std::size_t count) const;

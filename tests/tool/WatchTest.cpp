@@ -41,7 +41,7 @@ protected:
 TEST_F(WatchTest, TellsEverySaveOfOthersUntilASignal)
 {
     for (const int signal : {SIGINT, SIGTERM}) {
-        RunningTool watch(world, {"watch"});
+        RunningTool watch(world, "watch");
         ASSERT_TRUE(watch.waitForErr("watching " + world.roster())) << watch.err();
         changeRoster(world.roster(), {"+Cy"});
         changeRoster(world.roster(), {"~Cy", "&Club"});
@@ -62,7 +62,7 @@ TEST_F(WatchTest, TellsEverySaveOfOthersUntilASignal)
 
 TEST_F(WatchTest, EndsAfterTheFirstChangeWhenAskedTo)
 {
-    RunningTool watch(world, {"watch", "--once"});
+    RunningTool watch(world, "watch --once");
     ASSERT_TRUE(watch.waitForErr("watching"));
     // What is saved in another directory is no change of this roster.
     changeRoster(world.path("other"), {"+Di"});
@@ -74,7 +74,7 @@ TEST_F(WatchTest, EndsAfterTheFirstChangeWhenAskedTo)
 
 TEST_F(WatchTest, TellsAReloadForWhatIsTooMuchToName)
 {
-    RunningTool watch(world, {"watch"});
+    RunningTool watch(world, "watch");
     ASSERT_TRUE(watch.waitForErr("watching"));
     changeRoster(world.roster(), {"*1001"});
     changeRoster(world.roster(), {"-Bo"});
@@ -89,11 +89,11 @@ TEST_F(WatchTest, EndsQuietlyWithItsReader)
     Process pipeline({.words = {"/bin/sh", "-c",
                           std::string("(") + ROSTER_TOOL + " --roster " + world.roster() + " watch 2> " + err
                               + "; echo $? > " + status + ") | head -n 1"}});
-    ASSERT_TRUE(waitUntil([&] { return contentsOf(err).find("watching") != std::string::npos; }));
+    ASSERT_TRUE(waitUntil([&] { return contentsIfAny(err).find("watching") != std::string::npos; }));
     changeRoster(world.roster(), {"+Cy"});
     EXPECT_THAT(pipeline.wait().out, HasSubstr("Cy"));
-    EXPECT_EQ(contentsOf(status), "0\n");
-    EXPECT_EQ(contentsOf(err), "roster: watching " + world.roster() + "\n");
+    EXPECT_EQ(contentsIfAny(status), "0\n");
+    EXPECT_EQ(contentsIfAny(err), "roster: watching " + world.roster() + "\n");
 }
 
 TEST_F(WatchTest, SaysThatItCannotWrite)
@@ -102,10 +102,10 @@ TEST_F(WatchTest, SaysThatItCannotWrite)
     Process watch({.words = {"/bin/sh", "-c",
                        std::string("exec ") + ROSTER_TOOL + " --roster " + world.roster()
                            + " watch > /dev/full 2> " + err}});
-    ASSERT_TRUE(waitUntil([&] { return contentsOf(err).find("watching") != std::string::npos; }));
+    ASSERT_TRUE(waitUntil([&] { return contentsIfAny(err).find("watching") != std::string::npos; }));
     changeRoster(world.roster(), {"+Cy"});
     EXPECT_EQ(watch.wait().status, 1);
-    EXPECT_THAT(contentsOf(err), HasSubstr("standard output"));
+    EXPECT_THAT(contentsIfAny(err), HasSubstr("standard output"));
 }
 
 // Half a megabyte waits behind a pipe that nobody reads: a signal ends it all the same.
@@ -114,7 +114,7 @@ TEST_F(WatchTest, EndsAtASignalWhileItsReaderSleeps)
     const std::string pipe = world.path("running.out");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
-    RunningTool watch(world, {"watch"});
+    RunningTool watch(world, "watch");
     ASSERT_TRUE(watch.waitForErr("watching"));
     for (int i = 0; i < 5; ++i)
         changeRoster(world.roster(), {"*1000"});
