@@ -27,7 +27,7 @@ const Role holds("hold the lock of a directory", [](const Words& words) {
     ZRInitFileLock(lock, words.at(0), 0, false);
     ZRAcquireFileLock(lock, READ_WRITE_FILELOCK, "here", 7);
     std::ofstream(words.at(1)) << getpid() << std::flush;
-    waitUntil([&] { return access(words.at(1).c_str(), F_OK) != 0; });
+    eventually([&] { return access(words.at(1).c_str(), F_OK) != 0; });
     ZRReleaseFileLock(lock, READ_WRITE_FILELOCK, "here", 7);
     return std::string();
 });
@@ -44,8 +44,8 @@ protected:
         const std::string words = world.path("holder");
         auto process = std::make_unique<Process>(Process::Start{
             .words = {"/proc/self/exe", "--play=hold the lock of a directory", lockFile(), words}});
-        EXPECT_TRUE(waitUntil([&] { return !contentsIfAny(words).empty(); }));
-        return {std::move(process), std::stoi("0" + contentsIfAny(words))};
+        EXPECT_TRUE(eventually([&] { return !bytesOf(words, "").empty(); }));
+        return {std::move(process), std::stoi("0" + bytesOf(words, ""))};
     }
 
     /// An empty marker, as those leave who do without kernel locks, of that age.

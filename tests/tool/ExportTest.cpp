@@ -122,7 +122,7 @@ TEST_F(ExportTest, PutsAFileInPlaceWholeOrNotAtAll)
     EXPECT_EQ(contentsOf(file), "former");
     EXPECT_EQ(done("export -o " + file).out, "5 cards in " + file + "\n");
     EXPECT_EQ(contentsOf(file), done("export -o -").out);
-    EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(modeOf(file), 0600U);
     EXPECT_THAT(filesBeside(), testing::ElementsAre("cards.vcf"));
 
     // A link is followed; what is no plain file is written as it is.

@@ -11,8 +11,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include <unistd.h>
-
 namespace test {
 
 namespace {
@@ -68,14 +66,6 @@ Process::Start startIntoFiles(const ToolWorld& world, const std::string& line, c
 
 } // namespace
 
-bool waitUntil(const std::function<bool()>& isSo)
-{
-    constexpr int milliseconds = 60000;
-    for (int i = 0; i < milliseconds && !isSo(); ++i)
-        usleep(1000);
-    return isSo();
-}
-
 Ref<ZRRoster> openAt(const std::string& directory)
 {
     platform::Preferences::shared().setArgument("ZRAlternateDataStoreDirectory", Value(directory));
@@ -98,12 +88,12 @@ RunningTool::RunningTool(const ToolWorld& world, const std::string& line, const 
 
 bool RunningTool::waitForErr(const std::string& text) const
 {
-    return waitUntil([&] { return err().find(text) != std::string::npos; });
+    return eventually([&] { return err().find(text) != std::string::npos; });
 }
 
 std::vector<Json> RunningTool::waitForLines(std::size_t count) const
 {
-    waitUntil([&] { return static_cast<std::size_t>(std::ranges::count(out(), '\n')) >= count; });
+    eventually([&] { return static_cast<std::size_t>(std::ranges::count(out(), '\n')) >= count; });
     std::vector<Json> lines;
     const std::string text = out();
     for (std::size_t at = 0, end = 0; (end = text.find('\n', at)) != std::string::npos; at = end + 1)

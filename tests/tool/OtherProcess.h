@@ -2,15 +2,12 @@
 #pragma once
 
 #include "store/ZRRoster.h"
+#include "support/Waiting.h"
 #include "tool/ToolWorld.h"
 
-#include <functional>
 #include <string>
 
 namespace test {
-
-/// Waits until that is so, for a minute at most; answers whether it is.
-bool waitUntil(const std::function<bool()>& isSo);
 
 /// For another process: the roster in that directory, which is made where there is none.
 platform::Ref<ZRRoster> openAt(const std::string& directory);
@@ -25,8 +22,8 @@ public:
     /// The tool with that line, on that roster.
     RunningTool(const ToolWorld& world, const std::string& line, const std::string& name = "running");
 
-    std::string out() const { return contentsIfAny(_base + ".out"); }
-    std::string err() const { return contentsIfAny(_base + ".err"); }
+    std::string out() const { return bytesOf(_base + ".out", ""); }
+    std::string err() const { return bytesOf(_base + ".err", ""); }
     bool waitForErr(const std::string& text) const;
     /// Waits for that many lines of output and answers them; fewer when they do not come.
     std::vector<Json> waitForLines(std::size_t count) const;

@@ -3,9 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
-#include <stdexcept>
 
 namespace test {
 
@@ -29,23 +27,9 @@ Words wordsOf(std::string_view line)
     return words;
 }
 
-ToolWorld::ToolWorld()
+std::string ToolWorld::write(const std::string& name, const std::string& text) const
 {
-    std::string folder = (fs::temp_directory_path() / "tool-XXXXXX").string();
-    if (!::mkdtemp(folder.data()))
-        throw std::runtime_error("no folder for the test");
-    _folder = folder;
-}
-
-ToolWorld::~ToolWorld()
-{
-    std::error_code ignored;
-    fs::remove_all(_folder, ignored);
-}
-
-std::string ToolWorld::write(std::string_view name, std::string_view text) const
-{
-    std::ofstream(_folder / name, std::ios::binary) << text;
+    put(path(name), text);
     return path(name);
 }
 
@@ -73,7 +57,7 @@ std::string ToolWorld::idOf(const std::string& name) const
 
 std::string ToolWorld::picture(const Json& card) const
 {
-    return contentsIfAny(roster() + "/Images/" + card.at("id").get<std::string>().substr(0, 36));
+    return bytesOf(roster() + "/Images/" + card.at("id").get<std::string>().substr(0, 36), "");
 }
 
 void ToolWorld::removeRoster() const { fs::remove_all(roster()); }
@@ -159,8 +143,6 @@ Json withoutChange(Json cards)
         card.at("properties").erase("Modification");
     return cards;
 }
-
-std::string contentsIfAny(const std::string& path) { return fs::exists(path) ? contentsOf(path) : ""; }
 
 std::vector<LineCase> lineCasesIn(const std::string& name)
 {

@@ -3,6 +3,7 @@
 
 #include "support/Process.h"
 #include "support/Role.h"
+#include "support/TemporaryFolder.h"
 #include "support/TextCases.h"
 
 #include <gmock/gmock.h>
@@ -23,15 +24,10 @@ Words wordsOf(std::string_view line);
 /// A folder with one roster in it, which goes with the test.
 class ToolWorld {
 public:
-    ToolWorld();
-    ~ToolWorld();
-    ToolWorld(const ToolWorld&) = delete;
-    ToolWorld& operator=(const ToolWorld&) = delete;
-
-    std::string path(std::string_view name) const { return (_folder / name).string(); }
+    std::string path(const std::string& name) const { return _folder / name; }
     std::string roster() const { return path("roster"); }
     /// Writes a file of this world and answers its path.
-    std::string write(std::string_view name, std::string_view text) const;
+    std::string write(const std::string& name, const std::string& text) const;
 
     /// How `roster --roster <this one> line` is started.
     Process::Start start(const std::string& line) const;
@@ -48,7 +44,7 @@ public:
     void removeRoster() const;
 
 private:
-    std::filesystem::path _folder;
+    TemporaryFolder _folder;
 };
 
 /// A command that cannot be done: what it ends with, and what is in its one line on standard error.
@@ -89,9 +85,6 @@ std::string entriesIn(const Json& card, const std::string& property);
 Json withoutIds(Json card);
 /// Cards without the moments of their last change, which the history leaves at what it touched.
 Json withoutChange(Json cards);
-
-/// The bytes of a file; none where there is no file.
-std::string contentsIfAny(const std::string& path);
 
 /// What a file beside these tests says of a line, as support/TextCases.h reads it.
 struct LineCase {

@@ -89,11 +89,11 @@ TEST_F(WatchTest, EndsQuietlyWithItsReader)
     Process pipeline({.words = {"/bin/sh", "-c",
                           std::string("(") + ROSTER_TOOL + " --roster " + world.roster() + " watch 2> " + err
                               + "; echo $? > " + status + ") | head -n 1"}});
-    ASSERT_TRUE(waitUntil([&] { return contentsIfAny(err).find("watching") != std::string::npos; }));
+    ASSERT_TRUE(eventually([&] { return bytesOf(err, "").find("watching") != std::string::npos; }));
     changeRoster(world.roster(), {"+Cy"});
     EXPECT_THAT(pipeline.wait().out, HasSubstr("Cy"));
-    EXPECT_EQ(contentsIfAny(status), "0\n");
-    EXPECT_EQ(contentsIfAny(err), "roster: watching " + world.roster() + "\n");
+    EXPECT_EQ(bytesOf(status, ""), "0\n");
+    EXPECT_EQ(bytesOf(err, ""), "roster: watching " + world.roster() + "\n");
 }
 
 TEST_F(WatchTest, SaysThatItCannotWrite)
@@ -102,10 +102,10 @@ TEST_F(WatchTest, SaysThatItCannotWrite)
     Process watch({.words = {"/bin/sh", "-c",
                        std::string("exec ") + ROSTER_TOOL + " --roster " + world.roster()
                            + " watch > /dev/full 2> " + err}});
-    ASSERT_TRUE(waitUntil([&] { return contentsIfAny(err).find("watching") != std::string::npos; }));
+    ASSERT_TRUE(eventually([&] { return bytesOf(err, "").find("watching") != std::string::npos; }));
     changeRoster(world.roster(), {"+Cy"});
     EXPECT_EQ(watch.wait().status, 1);
-    EXPECT_THAT(contentsIfAny(err), HasSubstr("standard output"));
+    EXPECT_THAT(bytesOf(err, ""), HasSubstr("standard output"));
 }
 
 // Half a megabyte waits behind a pipe that nobody reads: a signal ends it all the same.
@@ -119,7 +119,7 @@ TEST_F(WatchTest, EndsAtASignalWhileItsReaderSleeps)
     for (int i = 0; i < 5; ++i)
         changeRoster(world.roster(), {"*1000"});
     const int most = fcntl(reader, F_GETPIPE_SZ) - PIPE_BUF;
-    EXPECT_TRUE(waitUntil([&] {
+    EXPECT_TRUE(eventually([&] {
         int waiting = 0;
         return ioctl(reader, FIONREAD, &waiting) == 0 && waiting >= most;
     }));
