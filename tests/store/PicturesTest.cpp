@@ -65,6 +65,7 @@ TEST_F(Pictures, ThatWaitForASaveGoWithTheirCardToo)
     for (const std::string_view kind : {kZRImageProperty, kZRLargeImageProperty})
         one->setImageData(picture, kind);
     roster->removeRecord(one);
+    person(roster, {{kZRFirstNameProperty, "Bo"}});
     ASSERT_TRUE(roster->save());
     EXPECT_TRUE(!fs::exists(images) || fs::is_empty(images));
 }
