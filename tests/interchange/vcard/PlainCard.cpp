@@ -78,11 +78,12 @@ std::string takeQuoted(std::string_view& rest)
 {
     std::string text;
     for (rest.remove_prefix(1); rest.front() != '"'; rest.remove_prefix(1)) {
-        const bool isEscape = rest.front() == '\\';
-        rest.remove_prefix(isEscape);
-        text += !isEscape || (rest.front() != 'n' && rest.front() != 'r') ? rest.front()
-            : rest.front() == 'n'                                         ? '\n'
-                                                                          : '\r';
+        char character = rest.front();
+        if (character == '\\') {
+            rest.remove_prefix(1);
+            character = rest.front() == 'n' ? '\n' : rest.front() == 'r' ? '\r' : rest.front();
+        }
+        text += character;
     }
     rest.remove_prefix(1);
     return text;
