@@ -131,6 +131,16 @@ int asOrdinaryUser(const std::function<int()>& body)
     return WIFEXITED(status) ? WEXITSTATUS(status) : 255;
 }
 
+/// A folder of its own that everybody may pass through.
+std::string openFolder()
+{
+    const std::string folder = freshPath("");
+    std::filesystem::create_directory(folder);
+    for (const char* open : {"", "/..", "/../.."})
+        chmod((folder + open).c_str(), 0755);
+    return folder;
+}
+
 /// 0 when opening answers that fault.
 int opensWith(const std::string& path, StoreFault fault)
 {
@@ -140,12 +150,8 @@ int opensWith(const std::string& path, StoreFault fault)
 
 TEST(StoreOpening, TellsWhatMayNotBeReadOrWritten)
 {
-    const std::string folder = freshPath("");
-    std::filesystem::create_directory(folder);
-    const std::string path = folder + "/library.db";
+    const std::string folder = openFolder(), path = folder + "/library.db";
     makeStore(path);
-    for (const char* open : {"", "/..", "/../.."})
-        chmod((folder + open).c_str(), 0755);
     const std::string before = bytesOf(path);
     for (const mode_t mode : {0000u, 0444u}) {
         chmod(path.c_str(), mode);
@@ -158,10 +164,13 @@ TEST(StoreOpening, TellsWhatMayNotBeReadOrWritten)
 
 TEST(StoreOpening, TellsThatDescriptorsAreOut)
 {
-    const std::string path = freshPath();
+    const std::string path = openFolder() + "/library.db";
     makeStore(path);
     chmod(path.c_str(), 0666);
     const int status = asOrdinaryUser([&] {
+        // A sanitizer wants a descriptor itself when it first meets what is thrown here.
+        if (opensWith(path + "/none", StoreFault::noDescriptors) == 0)
+            return 2;
         const rlimit none{3, 3};
         setrlimit(RLIMIT_NOFILE, &none);
         return opensWith(path, StoreFault::noDescriptors);
