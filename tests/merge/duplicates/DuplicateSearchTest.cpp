@@ -2,12 +2,11 @@
 #include "merge/DuplicateSearch.h"
 
 #include "core/ZRStringAdditions.h"
+#include "merge/CardsInOneLine.h"
 #include "merge/ComparePeople.h"
 #include "merge/SharedContact.h"
 #include "merge/ZRNewMerger.h"
-#include "platform/text/Dates.h"
 #include "platform/text/Fold.h"
-#include "store/RosterWorld.h"
 
 #include <gmock/gmock.h>
 
@@ -21,41 +20,59 @@ namespace {
 
 using Buckets = std::set<std::vector<std::string>>;
 
-/// Makes cards of few words, so that many are alike.
+/// What cards say of a property: so many in ten do, one of these texts.
+struct Choice {
+    const char* property;
+    int inTen;
+    std::vector<std::string> texts;
+};
+
+// Few words, so that many cards are alike.
+const std::vector<Choice> kSingles = {
+    {kZRFirstNameProperty, 8, {"Ana", "ANA", "ana", "Bo", "\u00C5sa", "\u00E5SA", std::string(256, 'x')}},
+    {kZRLastNameProperty, 6, {"Ek", "EK", "Lima"}},
+    {kZRMiddleNameProperty, 2, {"Q", ""}},
+    {kZRTitleProperty, 1, {"Dr."}},
+    {kZRSuffixProperty, 1, {"Jr."}},
+    {kZROrganizationProperty, 3, {"Ek", "Ana Ek", ""}},
+    {kZRNicknameProperty, 2, {"Bo", ""}},
+    {kZRNoteProperty, 1, {"one", "two"}},
+    {kZRPersonFlags, 3, {"0", "1", "16", "17", "32", "128", "129"}},
+    {kZRBirthdayProperty, 2, {"1970-05-01", "1970-05-02"}},
+};
+
+/// Those who say something say it of one to three entries.
+const std::vector<Choice> kSeveral = {
+    {kZREmailProperty, 2, {"a@b.example", "A@B.example", "a.@b.example", "n/a", "bo@b.example", " "}},
+    {kZRPhoneProperty, 2, {"+1 555 0100", "+1 (555) 01-00", "555", "5-55", "", "()", "call me"}},
+    {kZRURLsProperty, 2, {"http://a.example", "HTTP a.example", "http://b.example/"}},
+    {kZRAIMInstantProperty, 2, {"ana", "a-na"}},
+    {kZRJabberInstantProperty, 2, {"ana", "Ana"}},
+    {kZRRelatedNamesProperty, 2, {"Bo", "bo.", "Cy"}},
+    {kZROtherDatesProperty, 2, {"1970-05-01", "1970-05-02"}},
+    {kZRAddressProperty, 2,
+        {"Street=Row 1,Floor=x", "Street=ROW 1,Floor=X", "Street=Row 1,Floor=y", "Street=Lane 2,Floor="}},
+    {"Haunts", 2, {"Pier", "pier", "Park"}},
+};
+
+/// Makes cards by those choices.
 class RandomCards {
 public:
     RandomCards(Ref<ZRRoster> roster, unsigned seed) : _roster(std::move(roster)), _random(seed) { }
 
     Ref<ZRPerson> add()
     {
-        auto card = ZRPerson::initWithRoster(_roster);
-        setText(*card, 8, kZRFirstNameProperty,
-            {"Ana", "ANA", "ana", "Bo", "\u00C5sa", "\u00E5SA", std::string(256, 'x')});
-        setText(*card, 6, kZRLastNameProperty, {"Ek", "EK", "Lima"});
-        setText(*card, 2, kZRMiddleNameProperty, {"Q", ""});
-        setText(*card, 1, kZRTitleProperty, {"Dr."});
-        setText(*card, 1, kZRSuffixProperty, {"Jr."});
-        setText(*card, 3, kZROrganizationProperty, {"Ek", "Ana Ek", ""});
-        setText(*card, 2, kZRNicknameProperty, {"Bo", ""});
-        setText(*card, 1, kZRNoteProperty, {"one", "two"});
-        if (chance(3))
-            card->setValue(Value(pick<int>({0, 1, 16, 17, 32, 128, 129})), kZRPersonFlags);
-        if (chance(2))
-            card->setValue(Value(*platform::noonOf({1970, 5, pick<int>({1, 2})})), kZRBirthdayProperty);
-        setEntries(*card, kZREmailProperty,
-            {"a@b.example", "A@B.example", "a.@b.example", "n/a", "bo@b.example", " "});
-        setEntries(
-            *card, kZRPhoneProperty, {"+1 555 0100", "+1 (555) 01-00", "555", "5-55", "", "()", "call me"});
-        setEntries(*card, kZRURLsProperty, {"http://a.example", "HTTP a.example", "http://b.example/"});
-        setEntries(*card, kZRAIMInstantProperty, {"ana", "a-na"});
-        setEntries(*card, kZRJabberInstantProperty, {"ana", "Ana"});
-        setEntries(*card, kZRRelatedNamesProperty, {"Bo", "bo.", "Cy"});
-        setEntries(*card, kZROtherDatesProperty,
-            {Value(*platform::noonOf({1970, 5, 1})), Value(*platform::noonOf({1970, 5, 2}))});
-        setEntries(*card, kZRAddressProperty,
-            {address("Row 1", "x"), address("ROW 1", "X"), address("Row 1", "y"), address("Lane 2", "")});
-        setEntries(*card, "Haunts", {"Pier", "pier", "Park"});
-        return card;
+        std::string line;
+        const auto say = [&](const std::string& what, const Choice& choice) {
+            line += (line.empty() ? "" : " | ") + what + ": " + pick(choice.texts);
+        };
+        for (const auto& choice : kSingles)
+            if (chance(choice.inTen))
+                say(choice.property, choice);
+        for (const auto& choice : kSeveral)
+            for (std::size_t left = chance(choice.inTen) ? 1 + _random() % 3 : 0; left > 0; --left)
+                say(std::string(choice.property) + " " + (chance(5) ? kZRHomeLabel : kZRWorkLabel), choice);
+        return card(_roster, line);
     }
 
     /// Another card that says the same, now and then with one thing changed.
@@ -63,7 +80,7 @@ public:
     {
         const auto copy = card.duplicate();
         if (chance(4))
-            copy->setValue(Value(pick<std::string>({"three", "four"})), kZRNoteProperty);
+            copy->setValue(Value(pick({"three", "four"})), kZRNoteProperty);
         if (chance(2))
             copy->setValue(Value(), kZRPhoneProperty);
         constexpr std::int64_t lastImport = 128;
@@ -75,32 +92,7 @@ public:
     bool chance(int inTen) { return static_cast<int>(_random() % 10) < inTen; }
 
 private:
-    template <class T>
-    T pick(const std::vector<T>& from)
-    {
-        return from[_random() % from.size()];
-    }
-
-    static Value address(std::string_view street, std::string_view floor)
-    {
-        return Value::dictionary({{kZRAddressStreetKey, Value(street)}, {"Floor", Value(floor)}});
-    }
-
-    void setText(ZRPerson& card, int inTen, std::string_view property, const std::vector<std::string>& texts)
-    {
-        if (chance(inTen))
-            card.setValue(Value(pick(texts)), property);
-    }
-
-    void setEntries(ZRPerson& card, std::string_view property, const std::vector<Value>& values)
-    {
-        if (!chance(2))
-            return;
-        const auto entries = platform::makeRef<ZRMutableMultiValue>();
-        for (std::size_t count = 1 + _random() % 3; count > 0; --count)
-            entries->addValue(pick(values), chance(5) ? kZRHomeLabel : kZRWorkLabel);
-        card.setValue(Value(entries), property);
-    }
+    std::string pick(const std::vector<std::string>& from) { return from[_random() % from.size()]; }
 
     Ref<ZRRoster> _roster;
     std::mt19937 _random;
