@@ -164,12 +164,14 @@ TEST(StoreOpening, TellsWhatMayNotBeReadOrWritten)
 
 TEST(StoreOpening, TellsThatDescriptorsAreOut)
 {
-    const std::string path = openFolder() + "/library.db";
+    const std::string folder = openFolder(), path = folder + "/library.db", closed = folder + "/closed.db";
     makeStore(path);
     chmod(path.c_str(), 0666);
+    makeStore(closed);
+    chmod(closed.c_str(), 0);
     const int status = asOrdinaryUser([&] {
         // A sanitizer wants a descriptor itself when it first meets what is thrown here.
-        if (opensWith(path + "/none", StoreFault::noDescriptors) == 0)
+        if (opensWith(closed, StoreFault::notPermitted) != 0)
             return 2;
         const rlimit none{3, 3};
         setrlimit(RLIMIT_NOFILE, &none);
