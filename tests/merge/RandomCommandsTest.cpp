@@ -1,5 +1,5 @@
-// Long sequences of all commands, with merged cards and imports among them, walked up and down: every place is
-// what it was, here, in the store, and to who opens it.
+// Long sequences of all commands, with merged cards and imports among them, walked up and down: every place
+// is what it was, here, in the store, and to who opens it.
 #include "merge/MergeKinds.h"
 
 #include <gtest/gtest.h>
