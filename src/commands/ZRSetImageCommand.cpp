@@ -103,15 +103,23 @@ void ZRSetImageCommand::_switchImage()
 {
     const Value data = std::exchange(_imageData, _person->imageData());
     _person->setImageData(data);
-    // Before the save: who keeps a history of what it writes must know of both pictures.
-    switchLargeImage();
+    announceLargeImage();
     cache().nonThreadedSave();
+    switchLargeImage();
 }
 
-void ZRSetImageCommand::switchLargeImage() const
+/// Absent where there is no large picture, shown or waiting.
+std::optional<std::string> ZRSetImageCommand::pathOfLargeImage() const
 {
-    const auto large = _person->largeImagePath();
-    if (!large || (!platform::isPlainFile(*large) && !platform::isPlainFile(_alternatePath)))
+    auto path = _person->largeImagePath();
+    return path && (platform::isPlainFile(*path) || platform::isPlainFile(_alternatePath)) ? path
+                                                                                           : std::nullopt;
+}
+
+/// Who keeps a history of what the save writes must know of both pictures before it.
+void ZRSetImageCommand::announceLargeImage() const
+{
+    if (!pathOfLargeImage())
         return;
     const auto coming = platform::readFile(_alternatePath);
     ZRRoster& roster = *_person->roster();
@@ -119,6 +127,13 @@ void ZRSetImageCommand::switchLargeImage() const
         ZRPictureWillChange(
             roster, _person->uniqueId(), zr::kZRLargeImageProperty, coming ? Value::data(*coming) : Value());
     });
+}
+
+void ZRSetImageCommand::switchLargeImage() const
+{
+    const auto large = pathOfLargeImage();
+    if (!large)
+        return;
     logFailure(platform::makePrivateDirectory(cachesDirectory()));
     const std::string swap = fmt::format("{}/zrimageswap-{:x}.tiff", cachesDirectory(), _identity);
     logFailure(platform::removeFile(swap));

@@ -5,6 +5,7 @@
 #include "platform/value/Value.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 /// The exchange of a card's picture, and of the large one that it was cut from.
@@ -30,6 +31,8 @@ private:
     ~ZRSetImageCommand() override;
 
     void _switchImage();
+    std::optional<std::string> pathOfLargeImage() const;
+    void announceLargeImage() const;
     void switchLargeImage() const;
 
     const platform::Ref<ZRPerson> _person;
