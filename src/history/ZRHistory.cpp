@@ -6,6 +6,7 @@
 #include "history/HistoryModel.h"
 #include "history/HistoryReplay.h"
 #include "history/StepInUse.h"
+#include "objectstore/PageCache.h"
 #include "objectstore/PersistentStore.h"
 #include "objectstore/Transaction.h"
 #include "platform/run/Log.h"
@@ -13,7 +14,6 @@
 #include "store/ZRRoster.h"
 #include "store/ZRSyncManager.h"
 
-#include <fmt/format.h>
 
 using history::Deviation;
 using history::HistoryReplay;
@@ -74,30 +74,6 @@ Error refusalOf(ZRRoster& roster) ZR_NTS
         return {"ZRRosterErrorDomain", 3, "the roster has unsaved changes"};
     return {};
 }
-
-/// Lets SQLite keep what a long transaction comes back to: pages of many tables and indexes in turn.
-class RoomyCache {
-public:
-    explicit RoomyCache(StoreState& store)
-        : _store(store), _before(store.connection->integer("PRAGMA cache_size"))
-    {
-        _store.connection->execute("PRAGMA cache_size = -64000");
-    }
-    ~RoomyCache()
-    {
-        try {
-            _store.connection->execute(fmt::format("PRAGMA cache_size = {}", _before).c_str());
-        } catch (const objectstore::sqlite::Failure&) {
-            // It stays roomy, which harms nobody.
-        }
-    }
-    RoomyCache(const RoomyCache&) = delete;
-    RoomyCache& operator=(const RoomyCache&) = delete;
-
-private:
-    StoreState& _store;
-    const std::int64_t _before;
-};
 
 /// Gives the pictures back that were written for records that do not come.
 class WrittenPictures {
@@ -209,7 +185,7 @@ ZRHistoryOutcome ZRHistory::State::replay(Side towards, ZRHistoryForce force)
             outcome.status = Status::inUse;
             if (history::StepInUse::isHeld(directory(), step->number))
                 return;
-            const RoomyCache cache(store);
+            const objectstore::PageCache cache(store, objectstore::kKilobytesOfManyWrites);
             HistoryReplay replay(store, step->number, towards, roster->rosterImagesDirectory());
             WrittenPictures pictures(replay);
             if (!replayInStore(replay, force, outcome))

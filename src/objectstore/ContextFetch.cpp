@@ -3,6 +3,7 @@
 
 #include "objectstore/FieldOrder.h"
 #include "objectstore/ObjectAccess.h"
+#include "objectstore/PageCache.h"
 #include "objectstore/PendingMatches.h"
 #include "objectstore/PredicateMatch.h"
 #include "objectstore/PredicateSQL.h"
@@ -84,10 +85,15 @@ public:
         if (isByMemory() || !_pending.isEmpty() || families.size() != 1)
             return false;
         const Family& family = *families.front();
-        if (const auto driver = soleTest())
+        if (const auto driver = soleTest()) {
+            // What a transaction has written stays where it is.
+            std::optional<PageCache> little;
+            if (!_reading->isWriting)
+                little.emplace(*_reading, kKilobytesOfAWalk);
             visitHits(hitsOf(*driver), family, slots, visitor);
-        else
+        } else {
             visitAll(family, slots, visitor);
+        }
         return true;
     }
 
