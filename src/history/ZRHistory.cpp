@@ -14,7 +14,6 @@
 #include "store/ZRRoster.h"
 #include "store/ZRSyncManager.h"
 
-
 using history::Deviation;
 using history::HistoryReplay;
 using history::Side;
