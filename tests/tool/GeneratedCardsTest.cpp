@@ -1,5 +1,5 @@
 // A thousand generated cards in both versions, field by field against the table that they were made from.
-#include "platform/text/Escape.h"
+#include "platform/value/Base64.h"
 #include "tool/ToolWorld.h"
 
 #include <map>
@@ -51,7 +51,8 @@ std::map<std::string, std::string> photosIn(const std::string& path)
         else if (!photo.empty() && line.starts_with(' '))
             photo += line.substr(1);
         else if (!photo.empty())
-            photos[lastUid] = platform::decodeBase64(std::exchange(photo, {})).value_or("no Base64");
+            photos[lastUid] =
+                platform::propertylist::bytesFromBase64(std::exchange(photo, {})).value_or("no Base64");
     }
     return photos;
 }

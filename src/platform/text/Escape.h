@@ -1,4 +1,4 @@
-// Bytes in clothes: percent escapes for URLs, and Base64.
+// Bytes in clothes: percent escapes for URLs, and Base64 for everybody outside.
 #pragma once
 
 #include "platform/value/Export.h"
@@ -25,8 +25,5 @@ std::optional<std::string> removingPercentEscapes(std::string_view text);
 
 /// Base64 with padding, on one line (RFC 4648 §4).
 PLATFORM_EXPORT std::string encodeBase64(std::string_view bytes);
-
-/// The bytes of Base64 text, or absent for anything that `encodeBase64` would not have written.
-std::optional<std::string> decodeBase64(std::string_view text);
 
 } // namespace platform

@@ -1,5 +1,4 @@
-// Data within XML: bytes as text of 64 digits (RFC 4648 §4), and back. Everybody else uses the text room,
-// which stands above this one.
+// Bytes as text of 64 digits (RFC 4648 §4), and back.
 #pragma once
 
 #include <optional>
