@@ -195,7 +195,7 @@ std::size_t endOfDigits(std::string_view text, std::size_t from)
     };
     for (; text.size() - from >= sizeof(Block); from += sizeof(Block)) {
         const auto bytes = blockAt(text.data() + from);
-        // The bit in which letters differ by case, in no other byte leads to a letter.
+        // Letters differ by case in one bit, and no other byte becomes a letter with it.
         const auto digits =
             isBetween(bytes | 0x20, 'a' - 1, 'z' + 1) | isBetween(bytes, '/' - 1, '9' + 1) | (bytes == '+');
         if (isAny(~digits))
