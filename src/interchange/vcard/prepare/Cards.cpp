@@ -140,11 +140,11 @@ void CardReader::readLine(RawCard& card)
 {
     const auto start = card.bytes.size();
     const auto number = _lines.number();
-    const auto nul = _nul.behind(_lines.offset());
+    const auto offset = _lines.offset();
     const auto folding = card.version == Version::v21 ? Folding::keepBlank : Folding::dropBlank;
     readLogicalLine(_lines, folding, kMaximumCardBytes, card.bytes);
     // A NUL means nothing in a card, and a separator to its reader.
-    if (nul < _lines.offset())
+    if (_nul.between(offset, _lines.offset()) < _lines.offset())
         card.bytes.erase(
             std::remove(card.bytes.begin() + static_cast<std::ptrdiff_t>(start), card.bytes.end(), '\0'),
             card.bytes.end());

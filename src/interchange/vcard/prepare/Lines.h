@@ -29,29 +29,43 @@ inline bool endsInBegin(std::string_view line)
     return line.size() > kBeginMark.size() && upper(line.back()) == 'D' && hasBeginBehindText(line);
 }
 
-/// Where the next of one kind of byte is: a byte that is not there is looked for once, not in each line.
+/// Where the next of one kind of byte is: one that is rare is looked for in long stretches, not in each line.
+/// Not in all that is left, which may be a mapped file that is to be read bit by bit.
 ///
 /// Ownership: borrows the bytes.
 /// Threads:   a plain value.
 /// Errors:    none.
 class NextByte {
 public:
-    NextByte(std::string_view bytes, char byte) : _bytes(bytes), _byte(byte) { find(0); }
+    static constexpr std::size_t kStretch = 1U << 16;
 
-    /// Its place at or behind `start`, which never goes back, or the end of the bytes.
-    std::size_t behind(std::size_t start)
+    NextByte(std::string_view bytes, char byte) : _bytes(bytes), _byte(byte) { }
+
+    /// Its first place from `start`, which never goes back, to in front of `end`; or `end`.
+    std::size_t between(std::size_t start, std::size_t end)
     {
-        if (_at < start)
-            find(start);
-        return _at;
+        if (_looked < start) {
+            _looked = start;
+            _isFound = false;
+        }
+        while (!_isFound && _looked < end)
+            look(std::min(std::max(end, _looked + kStretch), _bytes.size()));
+        return std::min(_looked, end);
     }
 
 private:
-    void find(std::size_t start) { _at = std::min(_bytes.find(_byte, start), _bytes.size()); }
+    void look(std::size_t end)
+    {
+        const auto at = _bytes.substr(_looked, end - _looked).find(_byte);
+        _isFound = at != _bytes.npos;
+        _looked = _isFound ? _looked + at : end;
+    }
 
     std::string_view _bytes;
     char _byte;
-    std::size_t _at = 0;
+    /// In front of this there is none that counts; here is one if it was found.
+    std::size_t _looked = 0;
+    bool _isFound = false;
 };
 
 /// The physical lines of some bytes, ended by CR, LF or CR LF; a position that is cheap to copy.
@@ -92,7 +106,7 @@ public:
 private:
     void findEnd()
     {
-        _end = std::min(_lineFeed.behind(_start), _carriageReturn.behind(_start));
+        _end = _carriageReturn.between(_start, _lineFeed.between(_start, _bytes.size()));
         _endsAtMark = endsInBegin(line());
         if (_endsAtMark)
             _end -= kBeginMark.size();

@@ -34,6 +34,16 @@ TEST(PhysicalLines, EndAtEveryKindOfLineEndAndAreCounted)
             EXPECT_EQ(lines.number(), ++number);
         }
         EXPECT_THAT(found, ElementsAre("a", "", "b", "c")) << testing::PrintToString(bytes);
+        // Over several of the stretches that are looked at.
+        const std::string far(NextByte::kStretch - 1, 'a');
+        std::string many;
+        for (int i = 0; i < 4; ++i)
+            many += far + end + "b\r" + end;
+        std::size_t lines = 0, length = 0;
+        for (PhysicalLines each(many); !each.atEnd(); each.advance(), ++lines)
+            length += each.line().size();
+        EXPECT_EQ(length, 4 * (far.size() + 1)) << testing::PrintToString(end);
+        EXPECT_EQ(lines, end == "\n" ? 8U : 12U) << testing::PrintToString(end);
     }
     // A CR that ends the data has no partner to look for.
     PhysicalLines last("a\r");
