@@ -1,6 +1,8 @@
 // The code of the country that an address names.
 #pragma once
 
+#include "interchange/vcard/prepare/TextHash.h"
+
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -20,12 +22,7 @@ public:
     std::string_view codeOf(std::string_view name);
 
 private:
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
-    };
-
-    std::unordered_map<std::string, std::string, Hash, std::equal_to<>> _known;
+    std::unordered_map<std::string, std::string, TextHash, std::equal_to<>> _known;
 };
 
 } // namespace vcard::prepare

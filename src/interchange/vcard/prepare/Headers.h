@@ -4,6 +4,7 @@
 #include "interchange/vcard/prepare/Cards.h"
 #include "interchange/vcard/prepare/Map.h"
 #include "interchange/vcard/prepare/Property.h"
+#include "interchange/vcard/prepare/TextHash.h"
 
 #include <array>
 #include <cstddef>
@@ -65,12 +66,7 @@ public:
     const Header* of(std::string_view line);
 
 private:
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
-    };
-
-    using Known = std::unordered_map<std::string, Header, Hash, std::equal_to<>>;
+    using Known = std::unordered_map<std::string, Header, TextHash, std::equal_to<>>;
 
     Header* remembered(std::string_view text);
 
