@@ -4,6 +4,7 @@
 #include "core/ZRGlobalLock.h"
 #include "store/ZRRoster.h"
 #include "support/Process.h"
+#include "support/Forked.h"
 #include "support/Role.h"
 
 #include <gmock/gmock.h>
@@ -108,7 +109,7 @@ std::string calledInChild(const test::Samples& samples)
     int ends[2] = {};
     if (pipe(ends) != 0)
         return "no pipe";
-    if (const pid_t child = fork(); child == 0) {
+    if (const pid_t child = test::forkAmongSleepers(); child == 0) {
         for (const auto& row : test::allRows())
             if (!row.fails(samples) && write(ends[1], (row.name + " ").c_str(), row.name.size() + 1) < 0)
                 _exit(1);

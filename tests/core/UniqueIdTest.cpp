@@ -1,6 +1,7 @@
 // Identifiers: their form, that they never repeat, and the hash of records' ids.
 #include "core/ZRFailure.h"
 #include "core/ZRUniqueId.h"
+#include "support/Forked.h"
 
 #include <gtest/gtest.h>
 
@@ -56,7 +57,7 @@ TEST(UniqueString, NeverRepeatsInAForkedChild)
     zrUniqueString();
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
-    const pid_t child = fork();
+    const pid_t child = test::forkAmongSleepers();
     if (child == 0) {
         const std::string text = zrUniqueString();
         _exit(write(ends[1], text.data(), text.size()) == 36 ? 0 : 1);

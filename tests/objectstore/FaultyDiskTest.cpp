@@ -2,6 +2,7 @@
 #include "objectstore/Generations.h"
 #include "objectstore/StoreErrors.h"
 #include "support/FaultyVfs.h"
+#include "support/Forked.h"
 #include "support/SQL.h"
 
 #include <fstream>
@@ -44,7 +45,7 @@ std::uintmax_t sizeOf(const std::string& path)
 /// Written by a process that ends without closing, so that its log stays.
 int writeUntil(const std::string& path, const Before& before)
 {
-    const pid_t child = fork();
+    const pid_t child = forkAmongSleepers();
     if (child == 0) {
         const Store store(path);
         const auto context = store.makeContext();

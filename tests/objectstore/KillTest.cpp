@@ -1,6 +1,7 @@
 // What is left of a store when its writer is killed at any moment?
 #include "objectstore/Generations.h"
 #include "support/FaultyVfs.h"
+#include "support/Forked.h"
 #include "support/SQL.h"
 
 #include <chrono>
@@ -28,7 +29,7 @@ public:
         int ends[2];
         if (pipe(ends) != 0)
             throw std::runtime_error("no pipe");
-        _child = fork();
+        _child = forkAmongSleepers();
         if (_child == 0) {
             close(ends[0]);
             work(path, stopAt, ends[1]);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "objectstore/TestStore.h"
+#include "support/Forked.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -169,7 +170,7 @@ public:
         int ends[2];
         if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
             throw std::runtime_error("no socket pair");
-        _child = fork();
+        _child = forkAmongSleepers();
         if (_child == 0) {
             close(ends[0]);
             _exit(served(path, ends[1]));

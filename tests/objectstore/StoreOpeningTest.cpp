@@ -1,6 +1,7 @@
 // What becomes of a path that a store is to be opened at, and of the files behind open stores.
 #include "objectstore/TestStore.h"
 #include "objectstore/sqlite/Connection.h"
+#include "support/Forked.h"
 #include "support/SQL.h"
 
 #include <fcntl.h>
@@ -119,7 +120,7 @@ TEST(StoreOpening, RefusesWhatIsNoStoreAndLeavesItAlone)
 /// Runs the body as an ordinary user, for whom permissions count, and answers its exit status.
 int asOrdinaryUser(const std::function<int()>& body)
 {
-    const pid_t child = fork();
+    const pid_t child = forkAmongSleepers();
     if (child == 0) {
         const passwd* nobody = getpwnam("nobody");
         if (geteuid() == 0 && (!nobody || setgid(nobody->pw_gid) != 0 || setuid(nobody->pw_uid) != 0))
@@ -238,7 +239,7 @@ TEST(StoreOpening, NeverWritesToAFileThatTookTheStoresPlace)
 TEST(StoreOpening, RefusesToWorkInAForkedChild)
 {
     const auto context = Store().makeContext();
-    const pid_t child = fork();
+    const pid_t child = forkAmongSleepers();
     if (child == 0) {
         const auto fetched = context->runFetch(os::StoreFetch(entityNamed("Author")));
         _exit(!fetched && os::isFault(fetched.error(), StoreFault::foreignProcess) ? 0 : 1);

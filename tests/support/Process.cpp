@@ -1,50 +1,22 @@
 // How a program is started, ended and read.
 #include "support/Process.h"
 
+#include "support/Forked.h"
+
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <stdexcept>
 
-#include <fcntl.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace test {
 
-namespace {
-
-void redirect(int descriptor, const std::string& path, int flags)
+Process::Process(const Start& given)
 {
-    const int opened = ::open(path.c_str(), flags, 0600);
-    if (opened < 0 || ::dup2(opened, descriptor) < 0)
-        ::_exit(127);
-    ::close(opened);
-}
-
-} // namespace
-
-Process::Process(const Start& start)
-{
-    put(_folder / "in", start.input);
-    const std::string out = start.outputPath.value_or(_folder / "out");
-
-    _pid = ::fork();
-    if (_pid < 0)
-        throw std::runtime_error("cannot fork");
-    if (_pid != 0)
-        return;
-    redirect(STDIN_FILENO, _folder / "in", O_RDONLY);
-    redirect(STDOUT_FILENO, out, O_WRONLY | O_CREAT);
-    redirect(STDERR_FILENO, _folder / "err", O_WRONLY | O_CREAT);
-    for (const auto& [name, value] : start.environment)
-        ::setenv(name.c_str(), value.c_str(), 1);
-    std::vector<char*> words;
-    for (const auto& word : start.words)
-        words.push_back(const_cast<char*>(word.c_str()));
-    words.push_back(nullptr);
-    ::execv(words.front(), words.data());
-    ::_exit(127);
+    put(_folder / "in", given.input);
+    const std::string out = given.outputPath.value_or(_folder / "out");
+    _pid =
+        start({given.words.front(), given.words, given.environment, {_folder / "in", out, _folder / "err"}});
 }
 
 Process::~Process()

@@ -35,7 +35,7 @@ public:
         std::optional<std::string> outputPath = {};
     };
 
-    explicit Process(const Start& start);
+    explicit Process(const Start& given);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;

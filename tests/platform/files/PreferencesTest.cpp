@@ -86,7 +86,7 @@ TEST_F(PreferencesTest, LoseNoKeyOfTwoProcessesThatWriteAtOnce)
             written = written && preferences().set(domain, who + std::to_string(i), i);
         return written;
     };
-    const auto child = fork();
+    const auto child = forkAmongSleepers();
     if (child == 0)
         _exit(writeAll("child") ? 0 : 1);
     EXPECT_TRUE(writeAll("parent"));
