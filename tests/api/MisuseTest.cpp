@@ -3,8 +3,8 @@
 
 #include "core/ZRGlobalLock.h"
 #include "store/ZRRoster.h"
-#include "support/Process.h"
 #include "support/Forked.h"
+#include "support/Process.h"
 #include "support/Role.h"
 
 #include <gmock/gmock.h>
