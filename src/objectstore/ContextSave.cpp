@@ -140,8 +140,17 @@ private:
             {kStoreContextWillSave, platform::Ref<const StoreContext>(&_context.context), changes});
     }
 
-    /// Each changed object, and each whose parts changed, is asked once; what they change joins the list.
+    /// All have settled what others saved before anything is derived from it.
     void askObjects()
+    {
+        if (_context.mergeBase >= 0)
+            askEach([](StoreObject& object) { object.willMerge(); });
+        askEach([](StoreObject& object) { object.willSave(); });
+    }
+
+    /// Each changed object, and each whose parts changed, is asked once; what they change joins the list.
+    template <class Ask>
+    void askEach(Ask ask)
     {
         const AskedMarks marks(_context);
         std::size_t changed = 0, touched = 0;
@@ -152,9 +161,7 @@ private:
                 object->context() && !object->isDeleted() && !(changed == 0 && object->hasChanges());
             if (isAsked && !ObjectAccess::is(*object, ObjectAccess::kAsked)) {
                 ObjectAccess::add(*object, ObjectAccess::kAsked);
-                if (_context.mergeBase >= 0)
-                    object->willMerge();
-                object->willSave();
+                ask(*object);
             }
             _context.propagateDeletes();
         }

@@ -3,6 +3,7 @@
 
 #include "core/ZRFailure.h"
 #include "objectstore/StoreContext.h"
+#include "platform/notify/DistributedNotificationCenter.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZROSRecord.h"
 #include "support/SQL.h"
@@ -213,6 +214,8 @@ const Role tells("tell what is chosen", [](const Words&) { return Stored().chose
 /// Another process edits and saves, with or without an edit or a choice here that is not saved yet; then this
 /// one saves.
 const Role shares("choose, and be edited elsewhere", [](const Words& words) {
+    // The other's edit is seen by versions at the next look, without being told.
+    platform::DistributedNotificationCenter::install(nullptr);
     const Stored stored(true);
     if (words.at(2) == "choose")
         stored.friends->setDistributionIdentifier(
@@ -221,10 +224,11 @@ const Role shares("choose, and be edited elsewhere", [](const Words& words) {
         stored.edit(std::stoi(words.at(2)), words.at(3));
     if (play("edit the address at, to", {words.at(0), words.at(1)}).answer != "saved")
         return std::string("the other did not save");
-    // The other's edit is seen by versions at the next look, told or not.
     const std::string before = stored.roster->save() ? "" : "not saved ";
     stored.roster->groups();
-    return before + stored.chosen() + ", elsewhere " + play("tell what is chosen").answer;
+    const auto problems = stored.roster->check().problems;
+    return before + stored.chosen() + ", elsewhere " + play("tell what is chosen").answer
+        + (problems.empty() ? "" : ", " + problems.front());
 });
 
 } // namespace
