@@ -65,7 +65,7 @@ Value choicesOf(const ObjectList& all, std::string_view property)
 
 void addChoices(ZROSRecord& group, Entries& entries)
 {
-    const ObjectList choices = group.objects(groupSlots().distributionListConfigs);
+    const ObjectList choices = group.objectsIfThere(groupSlots().distributionListConfigs);
     std::vector<platform::Result<ObjectList>> held;
     for (const std::string_view key : {"contact", "phone", "email", "address"})
         held.push_back(group.context()->relatedObjects(choices, key));
@@ -77,11 +77,11 @@ void addChoices(ZROSRecord& group, Entries& entries)
 void addContents(ZROSRecord& group, Entries& entries)
 {
     const auto& slots = groupSlots();
-    if (const ObjectList members = group.objects(slots.contacts); !members.empty()) {
+    if (const ObjectList members = group.objectsIfThere(slots.contacts); !members.empty()) {
         entries.emplace_back(zr::kZRMembersDictionaryKey, idsOf(members));
         addChoices(group, entries);
     }
-    if (const ObjectList subgroups = group.objects(slots.childGroups); !subgroups.empty())
+    if (const ObjectList subgroups = group.objectsIfThere(slots.childGroups); !subgroups.empty())
         entries.emplace_back(zr::kZRSubgroupsDictionaryKey, idsOf(subgroups));
 }
 

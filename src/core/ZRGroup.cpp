@@ -45,8 +45,8 @@ ObjectList storedObjects(const ZRRecordList& records, const objectstore::StoreCo
 ZRRecordList recordsBehind(const ZRRecord& group, const Slot& slot, const ZRRecordClass& recordClass) ZR_NTS
 {
     auto* impl = group.zrDatabaseImpl();
-    return impl && impl->context()
-        ? ZROSRecord::copyPublicRecordsForClass(recordClass, impl->objects(slot), *group.nts_Roster())
+    return impl
+        ? ZROSRecord::copyPublicRecordsForClass(recordClass, impl->objectsIfThere(slot), *group.nts_Roster())
         : ZRRecordList();
 }
 

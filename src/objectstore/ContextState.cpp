@@ -91,15 +91,13 @@ ObjectRef ContextState::resolve(const Entity& destination, PersistentStore* stor
     if (destination.concreteEntities().size() == 1)
         return makeObject(*destination.concreteEntities().front(), store, key, nullptr);
     requireStore(store);
-    try {
+    return readForObject(*store, [&]() -> ObjectRef {
         Reading reading(*this, *store);
         for (const Family* family : destination.families())
             if (RowRef row = findRow(*reading, *family, key))
                 return objectForRow(*store, std::move(row));
-    } catch (const sqlite::Failure& failure) {
-        throw StoreFailure(errorOf(failure, store->path()));
-    }
-    return nullptr;
+        return nullptr;
+    });
 }
 
 void ContextState::exchangeRow(StoreObject& object, RowRef row)
@@ -120,19 +118,13 @@ void ContextState::exchangeRow(StoreObject& object, RowRef row)
 void ContextState::fill(StoreObject& object)
 {
     PersistentStore& store = requireStore(object.store());
-    RowRef row;
-    try {
+    RowRef row = readForObject(store, [&]() -> RowRef {
         Reading reading(*this, store);
         // Catching up may have found that it is gone, or filled it already.
-        if (object.isFault() && !ObjectAccess::is(object, ObjectAccess::kGone))
-            row = findRow(*reading, *object.entity().family(), object.key());
-    } catch (const sqlite::Failure& failure) {
-        throw StoreFailure(errorOf(failure, store.path()));
-    } catch (const StoreFailure& failure) {
-        if (isFault(failure.error(), StoreFault::replaced))
-            throw InaccessibleObject(failure.error().text);
-        throw;
-    }
+        return object.isFault() && !ObjectAccess::is(object, ObjectAccess::kGone)
+            ? findRow(*reading, *object.entity().family(), object.key())
+            : nullptr;
+    });
     if (row)
         exchangeRow(object, std::move(row));
     if (object.isFault())

@@ -185,6 +185,22 @@ private:
     ReadTransaction _transaction;
 };
 
+/// Runs `body`, which reads `store` on behalf of an object. What SQLite refuses becomes a StoreFailure; where
+/// another file stands in the store's place, the object was in the one that is gone: ObjectOfReplacedStore.
+template <class Body>
+auto readForObject(const PersistentStore& store, Body body) -> decltype(body())
+{
+    try {
+        return body();
+    } catch (const sqlite::Failure& failure) {
+        throw StoreFailure(errorOf(failure, store.path()));
+    } catch (const StoreFailure& failure) {
+        if (isFault(failure.error(), StoreFault::replaced))
+            throw ObjectOfReplacedStore(failure.error());
+        throw;
+    }
+}
+
 /// The relationships of `target` that are found through the to-one `slot` of an object of entity `part`.
 template <class Visitor>
 void forEachInverse(const Entity& target, const Slot& slot, const Entity& part, Visitor visit)

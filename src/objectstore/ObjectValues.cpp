@@ -163,7 +163,7 @@ Value StoreObject::largeValue(const Slot& slot)
     row();
     Operation operation(*owner);
     PersistentStore& store = operation->requireStore(_store);
-    try {
+    return readForObject(store, [&]() -> Value {
         Reading reading(*operation, store);
         sqlite::Use find(reading->connection->prepared(
             fmt::format("SELECT value FROM {} WHERE \"_key\" = ?", slot.table)));
@@ -171,9 +171,7 @@ Value StoreObject::largeValue(const Slot& slot)
         if (!find->step() || find->isNull(0))
             return {};
         return slot.type == AttributeType::string ? Value(find->text(0)) : Value::data(find->bytes(0));
-    } catch (const sqlite::Failure& failure) {
-        throw StoreFailure(errorOf(failure, store.path()));
-    }
+    });
 }
 
 Value StoreObject::lazyValue(const Slot& slot)

@@ -120,11 +120,7 @@ ObjectList resolveAll(
     if (missing.empty())
         return found;
     PersistentStore& store = context.requireStore(object.store());
-    try {
-        readMissing(context, store, *slot.destination, missing, found);
-    } catch (const sqlite::Failure& failure) {
-        throw StoreFailure(errorOf(failure, store.path()));
-    }
+    readForObject(store, [&] { readMissing(context, store, *slot.destination, missing, found); });
     return found;
 }
 
@@ -167,21 +163,11 @@ void ContextState::load(StoreObject& object, const Slot& slot, RelationshipCache
     cache.keys.clear();
     cache.isLoaded = true;
     try {
-        if (object.key() > 0) {
-            requireStore(object.store());
-            if (slot.holdsParts)
-                loadParts(*this, object, slot, cache);
-            else
-                loadKeys(*this, object, slot, cache);
-        }
-    } catch (const sqlite::Failure& failure) {
-        cache.isLoaded = false;
-        throw StoreFailure(errorOf(failure, object.store()->path()));
-    } catch (const StoreFailure& failure) {
-        cache.isLoaded = false;
-        if (isFault(failure.error(), StoreFault::replaced))
-            throw InaccessibleObject(failure.error().text);
-        throw;
+        if (object.key() > 0)
+            readForObject(requireStore(object.store()), [&] {
+                slot.holdsParts ? loadParts(*this, object, slot, cache)
+                                : loadKeys(*this, object, slot, cache);
+            });
     } catch (...) {
         cache.isLoaded = false;
         throw;

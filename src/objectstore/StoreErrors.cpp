@@ -12,4 +12,9 @@ StoreFailure::StoreFailure(platform::Error error) : std::runtime_error(error.tex
 {
 }
 
+ObjectOfReplacedStore::ObjectOfReplacedStore(platform::Error error)
+    : InaccessibleObject(error.text), _error(std::move(error))
+{
+}
+
 } // namespace objectstore

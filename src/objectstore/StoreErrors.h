@@ -56,6 +56,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The object was in a file that is gone, or that another one replaced; the Error has StoreFault::replaced.
+class ObjectOfReplacedStore final : public InaccessibleObject {
+public:
+    explicit ObjectOfReplacedStore(platform::Error error);
+    const platform::Error& error() const { return _error; }
+
+private:
+    platform::Error _error;
+};
+
 /// A key that the entity does not have, or a value that its slot cannot hold.
 class InvalidKey : public std::invalid_argument {
 public:

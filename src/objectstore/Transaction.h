@@ -80,6 +80,8 @@ auto answering(std::string_view path, Body body) -> platform::Result<decltype(bo
         return errorOf(failure, path);
     } catch (const StoreFailure& failure) {
         return failure.error();
+    } catch (const ObjectOfReplacedStore& failure) {
+        return failure.error();
     } catch (const std::bad_alloc&) {
         return storeError(StoreFault::noMemory, std::string(path) + ": no memory");
     }

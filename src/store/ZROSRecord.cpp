@@ -234,12 +234,24 @@ Value ZROSRecord::valueForUndefinedKey(std::string_view key)
     return {};
 }
 
+objectstore::ObjectList ZROSRecord::objectsIfThere(const Slot& slot)
+{
+    if (!context())
+        return {};
+    try {
+        return objects(slot);
+    } catch (const objectstore::InaccessibleObject& failure) {
+        platform::log(fmt::format("Could not get {}: {}", slot.key, failure.what()));
+        return {};
+    }
+}
+
 ZRRecordList ZROSRecord::nts_ParentGroupsOfRecord(const ZRRecord& record)
 {
     const Slot* key = entity().slot("parentGroups");
-    return context() && key
-        ? copyPublicRecordsForClass(ZRGroup::recordClassDescription, objects(*key), *record.nts_Roster())
-        : ZRRecordList();
+    return key ? copyPublicRecordsForClass(
+               ZRGroup::recordClassDescription, objectsIfThere(*key), *record.nts_Roster())
+               : ZRRecordList();
 }
 
 std::vector<std::string> ZROSRecord::nts_ChangedProperties()

@@ -151,6 +151,8 @@ public:
     /// The record that holds the shared values of the info record: its source. Others answer themselves.
     virtual platform::Ref<ZROSRecord> holderOf(const ZRPropertyPlace& place);
 
+    /// What a relationship leads to; nothing, with a line in the log, where this record is gone.
+    objectstore::ObjectList objectsIfThere(const objectstore::Slot& slot);
     /// The groups that contain this record.
     ZRRecordList nts_ParentGroupsOfRecord(const ZRRecord& record) ZR_NTS;
     std::vector<std::string> nts_ChangedProperties() ZR_NTS;
