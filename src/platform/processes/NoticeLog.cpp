@@ -21,6 +21,11 @@ namespace {
 /// How often a process looks that the kernel has no watch for.
 constexpr double kSecondsBetweenLooks = 0.5;
 
+/// How long a process without a loop of its own must live before it watches. The end of a process that
+/// watched waits for the kernel to let go of its watch, 15 ms at times: longer than all else that a short
+/// command does.
+constexpr double kSecondsUntilWatched = 0.05;
+
 /// The kernel's watch on whichever file stands at a path. What exactly happened there does not matter: a wake
 /// means "look".
 class FileWatch {
@@ -85,9 +90,6 @@ public:
                     && (!filterObject || filterObject == notice.object))
                     call(notice);
             });
-        // What was posted between reading the end and watching the file is heard now.
-        if (isFirst)
-            MainQueue::shared().async(looking());
         return token;
     }
 
@@ -97,8 +99,25 @@ private:
         _waiting.clear();
         if (const auto started = _tail.startAtEnd(); !started)
             log("No notices are heard for now: " + started.error().text);
-        if (watchFile() && !_token.isPending())
-            _token = MainQueue::shared().watch(_watch.descriptor(), looking());
+        auto watching = [self = weak_from_this()] {
+            if (const auto log = self.lock())
+                log->beginWatching();
+        };
+        if (MainQueue::shared().isAdopted())
+            MainQueue::shared().async(std::move(watching));
+        else
+            _nextLook = MainQueue::shared().after(kSecondsUntilWatched, std::move(watching));
+    }
+
+    /// What was posted between reading the end and watching the file is heard now.
+    void beginWatching()
+    {
+        {
+            Lock lock(_mutex);
+            if (watchFile() && !_token.isPending())
+                _token = MainQueue::shared().watch(_watch.descriptor(), looking());
+        }
+        look();
     }
 
     /// Watches the file that is at the path now; where the kernel has no watch left, looks from time to time.

@@ -16,9 +16,10 @@ inline constexpr char kNoticesMissed[] = "org.quillon.platform.NoticesMissed";
 /// The notification center over the notice file at `path`, in a private directory that exists.
 ///
 /// A post appends one record and returns; posts of one process arrive in their order. A listener starts at
-/// the end of the file and is woken by the kernel. One that was stopped or slow catches up piece by piece, a
-/// bounded amount of memory at a time; when more was posted meanwhile than the file holds, it is told
-/// `kNoticesMissed` and goes on from there. Of equal notices in a row it may hear one.
+/// the end of the file and is woken by the kernel; where no host has adopted the main queue, what is posted
+/// in its first twentieth of a second is heard at the end of that. One that was stopped or slow catches up
+/// piece by piece, a bounded amount of memory at a time; when more was posted meanwhile than the file holds,
+/// it is told `kNoticesMissed` and goes on from there. Of equal notices in a row it may hear one.
 ///
 /// Ownership: shared; a subscription does not keep it alive.
 /// Threads:   any; callbacks run on the main queue, also those of the poster's own process.

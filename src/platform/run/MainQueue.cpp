@@ -164,7 +164,7 @@ struct MainQueue::State : std::enable_shared_from_this<State> {
     {
         Lock lock(mutex);
         const auto me = std::this_thread::get_id();
-        if (depth > 0 && server != me)
+        if (ended || (depth > 0 && server != me))
             return;
         server = me;
         ++depth;
@@ -286,7 +286,8 @@ struct MainQueue::State : std::enable_shared_from_this<State> {
         signal();
     }
 
-    /// At exit, before the statics of the host that blocks may use are destroyed.
+    /// At exit, before the statics of the host that blocks may use are destroyed. A thread that serves
+    /// nothing at this moment is not woken to say goodbye: it ends with the process.
     void end()
     {
         std::deque<Item> dropped;
@@ -294,9 +295,8 @@ struct MainQueue::State : std::enable_shared_from_this<State> {
         Sources droppedWatches;
         Lock lock(mutex);
         ended = true;
-        signal();
         const double deadline = Clock::current().monotonic() + kLongestGoodbye;
-        while (ownThread && server != std::this_thread::get_id())
+        while (ownThread && depth > 0 && server != std::this_thread::get_id())
             if (!Clock::current().wait(changed, mutex, deadline))
                 break;
         dropped.swap(work);
@@ -351,6 +351,14 @@ bool MainQueue::isMainThread() const
         return false;
     Lock lock(_state->mutex);
     return _state->isMainThread();
+}
+
+bool MainQueue::isAdopted() const
+{
+    if (_state->mark.isForeign())
+        return false;
+    Lock lock(_state->mutex);
+    return _state->host.has_value();
 }
 
 void MainQueue::async(Block block)

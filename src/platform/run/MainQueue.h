@@ -14,8 +14,8 @@ namespace platform {
 /// nothing waits for ever. It is no work queue: blocks are short, and nobody waits on it with the global lock
 /// held.
 ///
-/// Ownership: one for the process, never destroyed. At exit its thread is stopped and what still waits is
-///            dropped.
+/// Ownership: one for the process, never destroyed. The exit waits for the block that its thread is in; what
+///            still waits is dropped.
 /// Threads:   any thread may give work; work runs on one thread at a time, in the order given.
 /// Errors:    an exception that leaves a block is logged. In a forked child, and after exit has begun, every
 ///            operation does nothing.
@@ -47,6 +47,9 @@ public:
 
     /// Whether this thread serves the queue now: inside a block, or as the thread that adopted it.
     bool isMainThread() const;
+
+    /// Whether a host with a loop of its own serves it.
+    bool isAdopted() const;
 
     /// Queues `block`.
     void async(Block block) override;

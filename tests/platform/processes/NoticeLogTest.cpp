@@ -11,9 +11,11 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <map>
 
@@ -49,6 +51,24 @@ const test::Role listener("notice-listener", [](const test::Words& words) {
     if (!test::eventually([&] { return ended.load(); }))
         throw std::runtime_error("never heard the last");
     return missed ? std::string("missed") : std::to_string(heard);
+});
+
+bool hasKernelWatch()
+{
+    return std::ranges::any_of(std::filesystem::directory_iterator("/proc/self/fd"), [](const auto& entry) {
+        std::error_code gone;
+        return std::filesystem::read_symlink(entry.path(), gone) == "anon_inode:inotify";
+    });
+}
+
+/// Answers whether the kernel watched for it at once, and when it was told of the first notice.
+const test::Role briefListener("brief-listener", [](const test::Words& words) {
+    const auto center = makeNoticeLog(words.at(0));
+    std::atomic<bool> isTold = false;
+    const auto token = center->subscribe({}, {}, [&](const auto&) { isTold = true; });
+    center->post({"between", std::nullopt, {}});
+    const std::string atOnce = hasKernelWatch() ? "watched" : "unwatched";
+    return atOnce + (test::eventually([&] { return isTold.load(); }) && hasKernelWatch() ? ", watched" : "");
 });
 
 class NoticeLogTest : public testing::Test {
@@ -103,6 +123,12 @@ TEST_F(NoticeLogTest, HearsNothingThatWasPostedWhileNobodyListened)
     post("somebody");
     ASSERT_TRUE(heard.waitFor(1));
     EXPECT_THAT(heard.texts(), ElementsAre("somebody"));
+}
+
+/// The kernel takes its time to let go of a watch: a command that ends at once is not to have one.
+TEST_F(NoticeLogTest, WatchesOnlyForThoseWhoStayAndTellsThemWhatCameBetween)
+{
+    EXPECT_EQ(test::play("brief-listener", {path}).answer, "unwatched, watched");
 }
 
 TEST_F(NoticeLogTest, RefusesATooLargeNoticeWithALine)
