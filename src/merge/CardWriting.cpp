@@ -114,6 +114,8 @@ Ref<ZRRecord> CardWriting::nts_take(const Ref<ZRRecord>& person, ZROSContact& ta
         mergeContact(target, source);
         _written.emplace_back(&target);
         return record;
+    } catch (const objectstore::ObjectOfReplacedStore&) {
+        throw;
     } catch (const objectstore::InaccessibleObject& failure) {
         platform::log(fmt::format("Could not write {}: {}", person->nts_UniqueId(), failure.what()));
         return nullptr;

@@ -4,7 +4,7 @@
 #include "merge/CardWriting.h"
 #include "merge/ZRNewMerger.h"
 #include "objectstore/PersistentStore.h"
-#include "objectstore/StoreErrors.h"
+#include "objectstore/Transaction.h"
 #include "store/ZRManagedObjectContext.h"
 #include "store/ZRRoster.h"
 
@@ -43,12 +43,12 @@ Ref<ZRCommand> ZRNewMerger::writeChanges()
     zrRequire(
         cards && haveOneStore(requireTarget(), *cards), "targetRoster is on the store of the card context");
     merge::CardWriting writing(cards, store);
-    try {
+    const auto written = objectstore::answering("merge", [&] {
         write(writing, *host);
         _failure = writing.save();
-    } catch (const objectstore::StoreFailure& failure) {
-        _failure = failure.error();
-    }
+    });
+    if (!written)
+        _failure = written.error();
     return _failure.domain.empty() ? newCommand(writing) : nullptr;
 }
 

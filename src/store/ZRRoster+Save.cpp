@@ -5,6 +5,7 @@
 #include "core/ZRLastImportGroup.h"
 #include "core/ZRLog.h"
 #include "objectstore/StoreContext.h"
+#include "objectstore/Transaction.h"
 #include "platform/files/Files.h"
 #include "platform/run/Clock.h"
 #include "platform/run/Log.h"
@@ -79,13 +80,12 @@ void dropLogOfDeletions(ZRManagedObjectContext& context)
 template <class Step>
 bool unlessUnreadable(platform::Error& reason, Step step) ZR_NTS
 {
-    try {
-        return step();
-    } catch (const objectstore::StoreFailure& failure) {
-        reason = failure.error();
-        platform::log(fmt::format("Roster failed to save: {} ({})", reason.text, reason.code));
-        return false;
-    }
+    const auto done = objectstore::answering("save", step);
+    if (done)
+        return *done;
+    reason = done.error();
+    platform::log(fmt::format("Roster failed to save: {} ({})", reason.text, reason.code));
+    return false;
 }
 
 /// Other processes hear only of the store that the shared roster is on.
