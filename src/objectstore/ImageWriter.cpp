@@ -52,6 +52,8 @@ ImageWriter::ImageWriter(StoreState& store, const ImageModel& model)
 
 void ImageWriter::finish()
 {
+    for (auto& [entity, index] : _textIndexes)
+        index.mergeSegments();
     sqlite::Use write(prepared("UPDATE store_state SET commitNumber = ?, sequence = ? WHERE id = 1"));
     write->bind(1, _version).bind(2, _sequence).run();
 }

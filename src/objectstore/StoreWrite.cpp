@@ -91,6 +91,8 @@ void StoreWrite::run()
     writeInserts();
     writeLinks();
     bumpOwners();
+    for (auto& [entity, index] : _textIndexes)
+        index.mergeSegments();
     writeState();
 }
 

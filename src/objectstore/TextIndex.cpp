@@ -14,6 +14,13 @@ namespace objectstore {
 
 namespace {
 
+/// So many segments of about one size become a larger one.
+constexpr int kSegmentsToMerge = 16;
+
+/// What a save merges: as many pages as keep pace with saves of one card each, and with cards by the
+/// thousand, of which many share a page.
+constexpr std::int64_t kPagesPerSave = 16, kEntriesPerPage = 4;
+
 /// Runs a statement on an entry. A NUL gets its stand-in on the way in and on the way out.
 void runOn(sqlite::Statement& statement, std::int64_t owner, std::string_view text)
 {
@@ -33,8 +40,9 @@ void configureTextIndex(sqlite::Connection& connection, const Entity& entity)
             fmt::format("INSERT INTO {0}({0}, rank) VALUES('{1}', {2})", entity.textTable(), option, value)
                 .c_str());
     };
-    set("automerge", 8);
-    set("crisismerge", 32);
+    set("automerge", 0);
+    set("usermerge", kSegmentsToMerge);
+    set("crisismerge", 4 * kSegmentsToMerge);
 }
 
 bool hasEveryEntry(StoreState& store, const Entity& entity)
@@ -60,6 +68,7 @@ TextIndex::TextIndex(StoreState& store, const Entity& entity) : _store(store)
             column, owner, content);
     _remove = fmt::format("INSERT INTO {0}({0}, rowid, {1}) VALUES('delete', ?, ?)", table, column);
     _add = fmt::format("INSERT INTO {}(rowid, {}) VALUES(?, ?)", table, column);
+    _merge = fmt::format("INSERT INTO {0}({0}, rank) VALUES('merge', ?)", table);
 }
 
 void TextIndex::removeEntry(std::int64_t owner, std::string_view text)
@@ -68,6 +77,7 @@ void TextIndex::removeEntry(std::int64_t owner, std::string_view text)
         return;
     sqlite::Use remove(_store.connection->prepared(_remove));
     runOn(*remove, owner, text);
+    ++_written;
 }
 
 void TextIndex::remove(std::int64_t owner)
@@ -97,6 +107,15 @@ void TextIndex::add(std::int64_t owner, std::string_view text)
         return;
     sqlite::Use add(_store.connection->prepared(_add));
     runOn(*add, owner, text);
+    ++_written;
+}
+
+void TextIndex::mergeSegments()
+{
+    if (_written == 0)
+        return;
+    sqlite::Use merge(_store.connection->prepared(_merge));
+    merge->bind(1, kPagesPerSave + std::exchange(_written, 0) / kEntriesPerPage).run();
 }
 
 } // namespace objectstore

@@ -81,5 +81,17 @@ TEST_F(TextIndexTest, TakesOutWhatIsStoredNotWhatIsRemembered)
     expectConsistent();
 }
 
+// Each save leaves a segment, and each search asks all of them.
+TEST_F(TextIndexTest, StaysInFewSegmentsHoweverManySavesWriteIt)
+{
+    const ObjectRef ana = addIndexed("lima");
+    for (int i = 0; i < 100; ++i) {
+        ana->setValueForKeyPath("index.text", Value("ferro " + std::to_string(i)));
+        must(context->save());
+    }
+    EXPECT_LT(std::stoi(runSQL(path, "SELECT count(DISTINCT segid) FROM author_index_text_idx")), 30);
+    expectConsistent();
+}
+
 } // namespace
 } // namespace test
