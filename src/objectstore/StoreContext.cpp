@@ -6,6 +6,7 @@
 #include "objectstore/ContextSave.h"
 #include "objectstore/ContextState.h"
 #include "objectstore/Prefetch.h"
+#include "objectstore/TextIndex.h"
 #include "platform/notify/NotificationCenter.h"
 
 #include <fmt/format.h>
@@ -296,6 +297,21 @@ void StoreContext::reset()
     for (const auto& seen : operation->stores)
         seen->seen = -1;
     ++operation->linkEpoch;
+}
+
+Result<void> StoreContext::mergeTextIndex()
+{
+    Operation operation(*this);
+    return answering("text index", [&] {
+        PersistentStore& store = operation->requireStore(nullptr);
+        const Entity* const entry = operation->coordinator->model().textEntry();
+        if (!entry)
+            return;
+        platform::Lock lock(operation->coordinator->mutex());
+        WriteTransaction transaction(store.state());
+        TextIndex(store.state(), *entry).mergeAllSegments();
+        transaction.commit();
+    });
 }
 
 Result<void> StoreContext::catchUp()

@@ -17,8 +17,8 @@ namespace {
 /// So many segments of about one size become a larger one.
 constexpr int kSegmentsToMerge = 16;
 
-/// What a save merges: as many pages as keep pace with saves of one card each, and with cards by the
-/// thousand, of which many share a page.
+/// What a save merges: it keeps pace with saves of one entry each, and with those of thousands, of which many
+/// share a page.
 constexpr std::int64_t kPagesPerSave = 16, kEntriesPerPage = 4;
 
 /// Runs a statement on an entry. A NUL gets its stand-in on the way in and on the way out.
@@ -42,7 +42,7 @@ void configureTextIndex(sqlite::Connection& connection, const Entity& entity)
     };
     set("automerge", 0);
     set("usermerge", kSegmentsToMerge);
-    set("crisismerge", 4 * kSegmentsToMerge);
+    set("crisismerge", 16 * kSegmentsToMerge);
 }
 
 bool hasEveryEntry(StoreState& store, const Entity& entity)
@@ -56,9 +56,9 @@ bool hasEveryEntry(StoreState& store, const Entity& entity)
     return query->step() && query->integer(0) != 0;
 }
 
-TextIndex::TextIndex(StoreState& store, const Entity& entity) : _store(store)
+TextIndex::TextIndex(StoreState& store, const Entity& entity) : _store(store), _table(entity.textTable())
 {
-    const std::string& table = entity.textTable();
+    const std::string& table = _table;
     const std::string& column = entity.textIndex()->column;
     const std::string& owner = entity.owner()->column;
     const std::string& content = entity.family()->table;
@@ -112,10 +112,16 @@ void TextIndex::add(std::int64_t owner, std::string_view text)
 
 void TextIndex::mergeSegments()
 {
-    if (_written == 0)
+    const std::int64_t written = std::exchange(_written, 0);
+    if (written == 0)
         return;
     sqlite::Use merge(_store.connection->prepared(_merge));
-    merge->bind(1, kPagesPerSave + std::exchange(_written, 0) / kEntriesPerPage).run();
+    merge->bind(1, kPagesPerSave + written / kEntriesPerPage).run();
+}
+
+void TextIndex::mergeAllSegments()
+{
+    _store.connection->execute(fmt::format("INSERT INTO {0}({0}) VALUES('optimize')", _table).c_str());
 }
 
 } // namespace objectstore

@@ -35,11 +35,14 @@ public:
     /// Behind the last entry of a save: merges a bounded part of the segments that saves have left. Left to
     /// itself the table would do it with every 64th page, twenty times the work of the save that meets that.
     void mergeSegments();
+    /// Makes one segment of all: work for the whole table.
+    void mergeAllSegments();
 
 private:
     void removeEntry(std::int64_t owner, std::string_view text);
 
     StoreState& _store;
+    std::string _table;
     std::string _find;
     std::string _findAll;
     std::string _remove;

@@ -25,6 +25,11 @@ protected:
         return runSQL(path, "SELECT group_concat(rowid, ' ') FROM author_index_text('\"" + trigram + "\"')");
     }
 
+    int segments() const
+    {
+        return std::stoi(runSQL(path, "SELECT count(DISTINCT segid) FROM author_index_text_idx"));
+    }
+
     /// Checks the table against the texts, by the full-text engine's own means.
     void expectConsistent() const
     {
@@ -89,7 +94,11 @@ TEST_F(TextIndexTest, StaysInFewSegmentsHoweverManySavesWriteIt)
         ana->setValueForKeyPath("index.text", Value("ferro " + std::to_string(i)));
         must(context->save());
     }
-    EXPECT_LT(std::stoi(runSQL(path, "SELECT count(DISTINCT segid) FROM author_index_text_idx")), 30);
+    EXPECT_LT(segments(), 30);
+    EXPECT_GT(segments(), 1);
+    must(context->mergeTextIndex());
+    EXPECT_EQ(segments(), 1);
+    EXPECT_EQ(having("fer"), std::to_string(ana->key()));
     expectConsistent();
 }
 

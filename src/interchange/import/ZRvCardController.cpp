@@ -6,7 +6,11 @@
 #include "core/ZRLog.h"
 #include "core/ZRPerson.h"
 #include "interchange/import/ZRImportServices.h"
+#include "objectstore/StoreFetch.h"
 #include "platform/run/Clock.h"
+#include "platform/run/Log.h"
+#include "store/ZRManagedObjectContext.h"
+#include "store/ZRModelSlots.h"
 
 #include <algorithm>
 
@@ -21,6 +25,21 @@ constexpr std::size_t kCardsInTransaction = 2000;
 constexpr std::size_t kBytesInTransaction = 64U << 20;
 /// How many cards there are between two reports of progress.
 constexpr std::size_t kCardsBetweenReports = 10;
+/// Behind an import of so many, the text index is in so many pieces that edits would tidy it for long.
+constexpr std::size_t kManyCards = 20000;
+
+/// A roster that consists of what was just imported is made ready for searches and edits.
+void tidyAfter(std::size_t added, ZRRoster& roster)
+{
+    if (added < kManyCards)
+        return;
+    const auto context = roster.managedObjectContext();
+    const auto people = context->countFetch(objectstore::StoreFetch(contactSlots().entity));
+    if (!people || *people > 2 * added)
+        return;
+    if (const auto merged = context->mergeTextIndex(); !merged)
+        platform::log("The text index stays in many pieces: " + merged.error().text);
+}
 
 } // namespace
 
@@ -67,8 +86,8 @@ bool ZRvCardController::importVCards()
     _state->result.reports = _state->feed->reports();
     nameUnread();
     _state->feed.reset();
-    if (!_state->isCancelled)
-        commit(Rest::none);
+    if (!_state->isCancelled && commit(Rest::none) && _state->outcome == Outcome::saved)
+        tidyAfter(_state->result.added, *_state->roster);
     forgetPeople();
     if (importFinished)
         importFinished();

@@ -6,6 +6,7 @@
 #include "platform/files/Files.h"
 #include "platform/notify/NotificationCenter.h"
 #include "store/ZRManagedObjectContext.h"
+#include "support/SQL.h"
 
 #include <fmt/format.h>
 
@@ -83,6 +84,17 @@ TEST_F(ImportTest, SavesTwoThousandCardsInATransaction)
 }
 
 // The parser has set the picture by the time that it finds the card unfinished.
+// Each of its ten transactions leaves a piece.
+TEST_F(ImportTest, LeavesTheTextIndexOfALargeNewRosterInOnePiece)
+{
+    ZRvCardController import(roster);
+    ASSERT_TRUE(import.importFile(write("many.vcf", cards(20000))));
+    EXPECT_EQ(test::runSQL(
+                  roster->rosterDatabaseFile(), "SELECT count(DISTINCT segid) FROM contact_index_text_idx"),
+        "1");
+    EXPECT_THAT(roster->check().problems, testing::IsEmpty());
+}
+
 TEST_F(ImportTest, ARefusedCardLeavesNoPicture)
 {
     ZRvCardController import(roster);
