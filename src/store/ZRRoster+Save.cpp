@@ -80,7 +80,10 @@ void dropLogOfDeletions(ZRManagedObjectContext& context)
 template <class Step>
 bool unlessUnreadable(platform::Error& reason, Step step) ZR_NTS
 {
-    const auto done = objectstore::answering("save", step);
+    const auto done = objectstore::answering("save", [&] {
+        zrGlobalLockIsHeld();
+        return step();
+    });
     if (done)
         return *done;
     reason = done.error();
