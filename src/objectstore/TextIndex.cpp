@@ -56,9 +56,9 @@ bool hasEveryEntry(StoreState& store, const Entity& entity)
     return query->step() && query->integer(0) != 0;
 }
 
-TextIndex::TextIndex(StoreState& store, const Entity& entity) : _store(store), _table(entity.textTable())
+TextIndex::TextIndex(StoreState& store, const Entity& entity) : _store(store)
 {
-    const std::string& table = _table;
+    const std::string& table = entity.textTable();
     const std::string& column = entity.textIndex()->column;
     const std::string& owner = entity.owner()->column;
     const std::string& content = entity.family()->table;
@@ -69,6 +69,7 @@ TextIndex::TextIndex(StoreState& store, const Entity& entity) : _store(store), _
     _remove = fmt::format("INSERT INTO {0}({0}, rowid, {1}) VALUES('delete', ?, ?)", table, column);
     _add = fmt::format("INSERT INTO {}(rowid, {}) VALUES(?, ?)", table, column);
     _merge = fmt::format("INSERT INTO {0}({0}, rank) VALUES('merge', ?)", table);
+    _mergeAll = fmt::format("INSERT INTO {0}({0}) VALUES('optimize')", table);
 }
 
 void TextIndex::removeEntry(std::int64_t owner, std::string_view text)
@@ -119,9 +120,6 @@ void TextIndex::mergeSegments()
     merge->bind(1, kPagesPerSave + written / kEntriesPerPage).run();
 }
 
-void TextIndex::mergeAllSegments()
-{
-    _store.connection->execute(fmt::format("INSERT INTO {0}({0}) VALUES('optimize')", _table).c_str());
-}
+void TextIndex::mergeAllSegments() { _store.connection->execute(_mergeAll.c_str()); }
 
 } // namespace objectstore

@@ -42,12 +42,12 @@ private:
     void removeEntry(std::int64_t owner, std::string_view text);
 
     StoreState& _store;
-    std::string _table;
     std::string _find;
     std::string _findAll;
     std::string _remove;
     std::string _add;
     std::string _merge;
+    std::string _mergeAll;
     std::int64_t _written = 0;
 };
 

@@ -80,17 +80,14 @@ public:
         if (_mark.isForeign())
             return {};
         Lock lock(_mutex);
-        const bool isFirst = _observers.count() == 0;
-        if (isFirst)
+        if (_observers.count() == 0)
             beginListening();
-        auto token =
-            _observers.subscribe([filterName = std::move(name), filterObject = std::move(object),
-                                     call = std::move(callback)](const DistributedNotification& notice) {
-                if ((!filterName || filterName == notice.name)
-                    && (!filterObject || filterObject == notice.object))
-                    call(notice);
-            });
-        return token;
+        return _observers.subscribe([filterName = std::move(name), filterObject = std::move(object),
+                                        call = std::move(callback)](const DistributedNotification& notice) {
+            if ((!filterName || filterName == notice.name)
+                && (!filterObject || filterObject == notice.object))
+                call(notice);
+        });
     }
 
 private:
